@@ -1,0 +1,3 @@
+// Resource identifiers shared by the .rc file and the code.
+#pragma once
+#define IDI_TOLVANE 1

@@ -1,0 +1,48 @@
+// CDelayLoad: the program-group model's file and the lookups that need the platform. The model
+// itself is the process-wide one in AppState; an object holds only its file path and the tree
+// that a load fills.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "startup/app_state.h"
+
+namespace tolvane {
+
+class TreeModel;
+
+// Where Tolvane keeps the copies of the Run values it took out.
+inline constexpr const char* kSavedUserRunKey = "Software\\Hexmoor\\Tolvane\\HKCU";
+inline constexpr const char* kSavedMachineRunKey = "Software\\Hexmoor\\Tolvane\\HKLM";
+
+class CDelayLoad {
+public:
+    // Makes sure the folder named after the Windows user exists in the program folder: the
+    // file is per user.
+    explicit CDelayLoad(AppState& app);
+
+    ProgramModel& Model() { return app_.model; }
+    const std::string& FilePath() const { return filePath_; }
+
+    void SetBoundTreeView(TreeModel* tree) { tree_ = tree; }
+    TreeModel* BoundTreeView() const { return tree_; }
+
+    // The path and parameters that start a stopped item, given its whole entry (prefix and
+    // name) or its index. Shortcuts lie in the items folders; Run values are found among the
+    // saved copies. False when the entry is unknown.
+    bool GetStoppedInfo(std::string_view entry, std::string& path, std::string& parameters);
+    bool GetStoppedInfo(int index, std::string& path, std::string& parameters);
+
+private:
+    bool StoppedInfoOf(const std::string& entry, std::string& path, std::string& parameters);
+
+    AppState& app_;
+    std::string filePath_;
+    TreeModel* tree_ = nullptr;
+};
+
+// The Windows user's name, as the per-user folder is named.
+std::string WindowsUserName();
+
+} // namespace tolvane

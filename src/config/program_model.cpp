@@ -1,0 +1,233 @@
+#include "config/program_model.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "text/strings.h"
+
+namespace tolvane {
+
+std::string_view LocationPrefix(int code) {
+    switch (code) {
+    case kMachineRun:
+        return "_REGAU_";
+    case kUserRun:
+        return "_REGCU_";
+    case kCommonStartup:
+        return "_STPAU_";
+    case kUserStartup:
+        return "_STPCU_";
+    default:
+        return "";
+    }
+}
+
+static bool ValidIndex(const auto& list, int index) {
+    return index >= 0 && static_cast<size_t>(index) < list.size();
+}
+
+const ProgramGroup* ProgramModel::StartupGroup() const {
+    return ValidIndex(ProgramGroups, StartupGroupIndex) ? &ProgramGroups[StartupGroupIndex]
+                                                        : nullptr;
+}
+
+ProgramGroup* ProgramModel::StartupGroup() {
+    return const_cast<ProgramGroup*>(std::as_const(*this).StartupGroup());
+}
+
+std::vector<std::string> ProgramModel::RemoveDisallowed() {
+    std::vector<std::string> removed(1);
+    ProgramGroup* group = StartupGroup();
+    if (!group)
+        return removed;
+    for (GroupProgram& program : group->Programs) {
+        std::string path = Trim(program.Path);
+        if (path.empty())
+            continue;
+        for (const std::string& word : DisallowedPrograms) {
+            // An empty word would match every path and silently stop the whole log-on run;
+            // a blank line in the list means no word.
+            if (word.empty() || !ContainsNoCase(path, word))
+                continue;
+            if (!removed.back().empty())
+                removed.emplace_back();
+            removed.back() = path;
+            program.Path.clear();
+        }
+    }
+    return removed;
+}
+
+int ProgramModel::GetGroupID(std::string_view name) const {
+    for (size_t i = 0; i < ProgramGroups.size(); ++i)
+        if (ProgramGroups[i].Name == name)
+            return static_cast<int>(i);
+    return -1;
+}
+
+int ProgramModel::GetProgramID(std::string_view program, std::string_view groupName) const {
+    return GetProgramID(program, GetGroupID(groupName));
+}
+
+int ProgramModel::GetProgramID(std::string_view program, int groupIndex) const {
+    if (!ValidIndex(ProgramGroups, groupIndex))
+        return -1; // a missing or removed group holds no programs
+    const std::string sought = Trim(program);
+    const auto& programs = ProgramGroups[groupIndex].Programs;
+    for (size_t i = 0; i < programs.size(); ++i) {
+        const GroupProgram& p = programs[i];
+        if (sought == p.Path + " " + p.Parameters || sought == p.Path)
+            return static_cast<int>(i);
+    }
+    return -1;
+}
+
+void ProgramModel::AddStoppedProgram(std::string_view name, int code) {
+    if (StoppedPrograms.empty() || !StoppedPrograms.back().empty())
+        StoppedPrograms.emplace_back();
+    StoppedPrograms.back() = std::string(LocationPrefix(code)) + std::string(name);
+}
+
+int ProgramModel::FindStoppedProgram(std::string_view name, int code) const {
+    // Both sides trimmed: a stopped Run path ends in a blank when its command had parameters,
+    // and the entry must still be found to restore or remove it.
+    const std::string sought = Trim(std::string(LocationPrefix(code)) + std::string(name));
+    for (size_t i = 0; i < StoppedPrograms.size(); ++i)
+        if (!StoppedPrograms[i].empty() && Trim(StoppedPrograms[i]) == sought)
+            return static_cast<int>(i);
+    return -1;
+}
+
+void ProgramModel::RemoveStoppedProgram(std::string_view name, int code) {
+    int i = FindStoppedProgram(name, code);
+    if (i >= 0)
+        StoppedPrograms[i].clear();
+}
+
+int ProgramModel::AddGroup(std::string_view name) {
+    std::string converted = ReplaceAll(name, " ", "_");
+    int existing = GetGroupID(converted);
+    if (existing >= 0)
+        return existing;
+    ProgramGroups.push_back(ProgramGroup{converted, std::vector<GroupProgram>(1)});
+    int index = static_cast<int>(ProgramGroups.size()) - 1;
+    if (converted == kStartupGroup)
+        StartupGroupIndex = index;
+    return index;
+}
+
+bool ProgramModel::UpdateGroupName(int groupIndex, std::string_view newName) {
+    if (!ValidIndex(ProgramGroups, groupIndex))
+        return false;
+    ProgramGroups[groupIndex].Name = std::string(newName);
+    return true;
+}
+
+bool ProgramModel::UpdateGroupNameString(std::string_view oldName, std::string_view newName) {
+    return UpdateGroupName(GetGroupID(oldName), newName);
+}
+
+void ProgramModel::AddProgramToGroup(int groupIndex, std::string_view command,
+                                     std::string_view path, std::string_view parameters,
+                                     float delay, std::string_view registryKeyName) {
+    // A "Startup" index that no longer names the "Startup" group (removed in the editor since
+    // the last load) would put the item into a hole that is never written: the item would be
+    // gone from Windows' start and from the file. Such an item goes into a live "Startup" group.
+    bool startupWanted = groupIndex == -1;
+    if (!startupWanted && groupIndex == StartupGroupIndex) {
+        const ProgramGroup* g = StartupGroup();
+        startupWanted = !g || g->Name.empty();
+    }
+    if (startupWanted) {
+        groupIndex = GetGroupID(kStartupGroup);
+        if (groupIndex < 0)
+            groupIndex = AddGroup(kStartupGroup);
+        StartupGroupIndex = groupIndex;
+    }
+    if (!ValidIndex(ProgramGroups, groupIndex))
+        throw ModelError("AddProgramToGroup: no group at index " + std::to_string(groupIndex));
+    GroupProgram program;
+    program.Command = std::string(command);
+    program.Path = std::string(path);
+    program.Parameters = std::string(parameters);
+    program.Delay = delay;
+    program.RegistryKeyName = std::string(registryKeyName);
+    ProgramGroups[groupIndex].Programs.push_back(std::move(program));
+}
+
+bool ProgramModel::UpdateProgramInGroup(int groupIndex, int programIndex, std::string_view path,
+                                        std::string_view parameters, float delay) {
+    if (!ValidIndex(ProgramGroups, groupIndex))
+        return false;
+    auto& programs = ProgramGroups[groupIndex].Programs;
+    if (!ValidIndex(programs, programIndex))
+        return false;
+    GroupProgram& p = programs[programIndex];
+    p.Delay = delay;
+    p.Parameters = std::string(parameters);
+    p.Path = std::string(path);
+    return true;
+}
+
+bool ProgramModel::RemoveProgramFromGroup(int groupIndex, int programIndex) {
+    if (programIndex < 0)
+        return true;
+    if (!ValidIndex(ProgramGroups, groupIndex))
+        return false;
+    auto& programs = ProgramGroups[groupIndex].Programs;
+    if (programs.empty())
+        return false; // a removed group has no program to remove
+    if (programs.size() == 1) {
+        programs.assign(1, GroupProgram{});
+        return true;
+    }
+    // An index past the end removes the last program.
+    size_t index = std::min(static_cast<size_t>(programIndex), programs.size() - 1);
+    programs.erase(programs.begin() + static_cast<std::ptrdiff_t>(index));
+    return true;
+}
+
+void ProgramModel::RemoveProgramGroup(int groupIndex) {
+    if (!ValidIndex(ProgramGroups, groupIndex))
+        throw ModelError("RemoveProgramGroup: no group at index " + std::to_string(groupIndex));
+    if (static_cast<size_t>(groupIndex) + 1 < ProgramGroups.size()) {
+        // Other groups keep their indexes: the slot stays as a hole.
+        ProgramGroups[groupIndex].Name.clear();
+        ProgramGroups[groupIndex].Programs.clear();
+        return;
+    }
+    if (ProgramGroups.size() == 1)
+        throw ModelError("RemoveProgramGroup: the only group cannot be removed");
+    ProgramGroups.pop_back();
+}
+
+void ProgramModel::SortArray() {
+    for (ProgramGroup& group : ProgramGroups)
+        std::stable_sort(
+            group.Programs.begin(), group.Programs.end(),
+            [](const GroupProgram& a, const GroupProgram& b) { return a.Delay < b.Delay; });
+}
+
+const ProgramGroup* ProgramModel::GroupForDelays() const {
+    int index = StartupGroupIndex == -1 ? GetGroupID(kStartupGroup) : StartupGroupIndex;
+    return ValidIndex(ProgramGroups, index) ? &ProgramGroups[index] : nullptr;
+}
+
+bool ProgramModel::AreAllUserDelays() const {
+    const ProgramGroup* group = GroupForDelays();
+    if (!group)
+        return false;
+    return std::any_of(group->Programs.begin(), group->Programs.end(), [](const GroupProgram& p) {
+        return p.Command == kExecuteRegAU || p.Command == kExecuteAU;
+    });
+}
+
+bool ProgramModel::AreUserDelays() const {
+    const ProgramGroup* group = GroupForDelays();
+    if (!group)
+        return false;
+    return std::any_of(group->Programs.begin(), group->Programs.end(),
+                       [](const GroupProgram& p) { return !p.Path.empty(); });
+}
+
+} // namespace tolvane

@@ -1,0 +1,112 @@
+// The process-wide program-group model: groups of delayed programs, the disallowed words, the
+// stopped items and the settings, with the operations that every part of the program uses to
+// change them. Plain data and rules; the file and the registry stay outside.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tolvane {
+
+inline constexpr std::string_view kStartupGroup = "Startup";
+
+// Command words of program lines: where a delayed program came from.
+inline constexpr std::string_view kExecute = "Execute";           // user's Startup folder, editor
+inline constexpr std::string_view kExecuteReg = "ExecuteReg";     // user's Run key
+inline constexpr std::string_view kExecuteAU = "ExecuteAU";       // all users' Startup folder
+inline constexpr std::string_view kExecuteRegAU = "ExecuteRegAU"; // machine's Run key
+
+// Where a startup item lives; a stopped entry is the location's prefix and the item's name.
+enum LocationCode : int {
+    kMachineRun = 0,    // "_REGAU_"
+    kUserRun = 1,       // "_REGCU_"
+    kCommonStartup = 2, // "_STPAU_"
+    kUserStartup = 3,   // "_STPCU_"
+};
+inline constexpr size_t kPrefixLength = 7;
+// The prefix of a location code; "" for any other code.
+std::string_view LocationPrefix(int code);
+
+// The built-in disallowed words, each followed by one blank.
+inline constexpr std::string_view kBuiltInDisallowed = "format fdisk del rmdir mkdir delete ";
+
+struct GroupProgram {
+    std::string Path; // empty: a free slot that the next addition fills
+    std::string Parameters;
+    std::string Command;
+    float Delay = 0;
+    std::string RegistryKeyName;
+    int MenuCommandId = 0; // not stored in the file
+};
+
+struct ProgramGroup {
+    std::string Name; // empty: a hole left by RemoveProgramGroup
+    std::vector<GroupProgram> Programs;
+};
+
+// An operation asked for an element that is not in its list. The caller reports it; the model
+// never reads or writes outside a list.
+class ModelError : public std::out_of_range {
+public:
+    using std::out_of_range::out_of_range;
+};
+
+class ProgramModel {
+public:
+    std::vector<ProgramGroup> ProgramGroups;
+    int StartupGroupIndex = -1;
+    std::vector<std::string> DisallowedPrograms;
+    std::vector<std::string> StoppedPrograms;
+
+    float MainStartupDelay = 0;
+    int StartupType = 0;
+    int CloseType = 0;
+    std::string Language;
+    int ShowTipsAtStartup = 0;
+
+    // Empties the path of every "Startup" program that holds a disallowed word (letter case
+    // ignored) and returns those trimmed paths, once per matching word; one "" when none.
+    std::vector<std::string> RemoveDisallowed();
+
+    int GetGroupID(std::string_view name) const;
+    // The program whose "path parameters" or path alone equals the trimmed text; -1 when none,
+    // also when the group does not exist.
+    int GetProgramID(std::string_view program, std::string_view groupName) const;
+    int GetProgramID(std::string_view program, int groupIndex) const;
+
+    void AddStoppedProgram(std::string_view name, int code);
+    void RemoveStoppedProgram(std::string_view name, int code);
+    // Index of the stopped entry for this name and code, or -1.
+    int FindStoppedProgram(std::string_view name, int code) const;
+
+    int AddGroup(std::string_view name);
+    bool UpdateGroupName(int groupIndex, std::string_view newName);
+    bool UpdateGroupNameString(std::string_view oldName, std::string_view newName);
+
+    // groupIndex -1 means the "Startup" group, made when missing. Throws ModelError for an
+    // index outside the list.
+    void AddProgramToGroup(int groupIndex, std::string_view command, std::string_view path,
+                           std::string_view parameters, float delay,
+                           std::string_view registryKeyName);
+    bool UpdateProgramInGroup(int groupIndex, int programIndex, std::string_view path,
+                              std::string_view parameters, float delay);
+    bool RemoveProgramFromGroup(int groupIndex, int programIndex);
+    // Throws ModelError for an index outside the list and for the only group.
+    void RemoveProgramGroup(int groupIndex);
+
+    void SortArray();
+    bool AreAllUserDelays() const;
+    bool AreUserDelays() const;
+
+    // The "Startup" group as the item moves and the log-on run see it: nullptr when the index
+    // is unknown, outside the list, or names a removed group (a group without programs).
+    const ProgramGroup* StartupGroup() const;
+    ProgramGroup* StartupGroup();
+
+private:
+    const ProgramGroup* GroupForDelays() const;
+};
+
+} // namespace tolvane

@@ -1,0 +1,81 @@
+#include "platform/dir_struct.h"
+
+#include <windows.h>
+
+#include "platform/handles.h"
+#include "platform/path_rules.h"
+
+namespace tolvane {
+
+namespace {
+
+std::string EntryName(const WIN32_FIND_DATAA& data) {
+    const char* name = data.cFileName;
+    return std::string(name, strnlen(name, MAX_PATH));
+}
+
+} // namespace
+
+bool CDirStruct::FindEntry(std::string_view name, std::string_view folder, bool foldersOnly) {
+    WIN32_FIND_DATAA data{};
+    UniqueFind find(FindFirstFileA(JoinSearchPath(folder, name).c_str(), &data));
+    if (!find)
+        return false;
+    do {
+        std::string entry = EntryName(data);
+        if (entry == "." || entry == "..")
+            continue;
+        if (entry != name)
+            continue;
+        if (foldersOnly && !(data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY))
+            continue;
+        return true;
+    } while (FindNextFileA(find.get(), &data));
+    return false;
+}
+
+bool CDirStruct::FileExists(std::string_view name, std::string_view folder) {
+    return FindEntry(name, folder, false);
+}
+
+bool CDirStruct::DirectoryExists(std::string_view name, std::string_view folder, bool create) {
+    if (FindEntry(name, folder, true))
+        return true;
+    if (!create)
+        return false;
+    std::string path = WithTrailingBackslash(folder) + std::string(name);
+    return CreateDirectoryA(path.c_str(), nullptr) != 0;
+}
+
+bool CDirStruct::ReturnFiles(std::string_view folder, std::vector<std::string>& out) {
+    out.assign(1, std::string());
+    WIN32_FIND_DATAA data{};
+    UniqueFind find(FindFirstFileA(JoinSearchPath(folder, "*.*").c_str(), &data));
+    if (!find)
+        return true;
+    do {
+        std::string entry = EntryName(data);
+        if (entry == "." || entry == ".." || entry == "desktop.ini")
+            continue;
+        if (!out.back().empty())
+            out.emplace_back();
+        out.back() = std::move(entry);
+    } while (FindNextFileA(find.get(), &data));
+    return true;
+}
+
+bool CDirStruct::RemoveEmptyDirectory(std::string_view path) {
+    if (path.empty())
+        return false;
+    return RemoveDirectoryA(std::string(path).c_str()) != 0;
+}
+
+bool CDirStruct::OrdinaryFileExists(std::string_view path) {
+    DWORD attributes = GetFileAttributesA(std::string(path).c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return false;
+    return !(attributes &
+             (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM));
+}
+
+} // namespace tolvane

@@ -1,0 +1,31 @@
+// The questions the program asks of folders: is this exact name there, make a folder, list a
+// folder, remove an empty one. Stateless; failures show only in the results.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tolvane {
+
+class CDirStruct {
+public:
+    // An entry, file or folder, whose name equals the given one exactly, letter case included
+    // (the platform's own match ignores case and also matches short 8.3 names).
+    bool FileExists(std::string_view name, std::string_view folder);
+    // A subfolder of exactly that name; when missing and create is set, makes it (the last
+    // level only) and returns whether that worked.
+    bool DirectoryExists(std::string_view name, std::string_view folder, bool create);
+    // The folder's entries in the platform's order, subfolders and hidden entries included,
+    // without ".", ".." and "desktop.ini"; one "" when there are none or the folder is missing.
+    bool ReturnFiles(std::string_view folder, std::vector<std::string>& out);
+    bool RemoveEmptyDirectory(std::string_view path);
+
+    // A plain lookup of an ordinary file: no folders, no hidden or system files.
+    static bool OrdinaryFileExists(std::string_view path);
+
+private:
+    bool FindEntry(std::string_view name, std::string_view folder, bool foldersOnly);
+};
+
+} // namespace tolvane

@@ -1,0 +1,84 @@
+// The owners of the Win32 handles the program uses. No other code closes a handle by hand.
+#pragma once
+
+#include <windows.h>
+#include <commctrl.h>
+#include <shlobj.h>
+
+#include "platform/unique_any.h"
+
+namespace tolvane {
+
+namespace handle_traits {
+struct HKey {
+    using Type = HKEY;
+    static Type Invalid() { return nullptr; }
+    static void Close(Type h) { RegCloseKey(h); }
+};
+struct Find {
+    using Type = HANDLE;
+    static Type Invalid() { return INVALID_HANDLE_VALUE; }
+    static void Close(Type h) { FindClose(h); }
+};
+// Process, thread, mutex and event handles: "no handle" is NULL.
+struct Kernel {
+    using Type = HANDLE;
+    static Type Invalid() { return nullptr; }
+    static void Close(Type h) { CloseHandle(h); }
+};
+// File handles from CreateFile: "no handle" is INVALID_HANDLE_VALUE.
+struct File {
+    using Type = HANDLE;
+    static Type Invalid() { return INVALID_HANDLE_VALUE; }
+    static void Close(Type h) { CloseHandle(h); }
+};
+struct Menu {
+    using Type = HMENU;
+    static Type Invalid() { return nullptr; }
+    static void Close(Type h) { DestroyMenu(h); }
+};
+struct Icon {
+    using Type = HICON;
+    static Type Invalid() { return nullptr; }
+    static void Close(Type h) { DestroyIcon(h); }
+};
+struct GdiObject {
+    using Type = HGDIOBJ;
+    static Type Invalid() { return nullptr; }
+    static void Close(Type h) { DeleteObject(h); }
+};
+struct Dc {
+    using Type = HDC;
+    static Type Invalid() { return nullptr; }
+    static void Close(Type h) { DeleteDC(h); }
+};
+struct ImageList {
+    using Type = HIMAGELIST;
+    static Type Invalid() { return nullptr; }
+    static void Close(Type h) { ImageList_Destroy(h); }
+};
+struct Pidl {
+    using Type = PIDLIST_ABSOLUTE;
+    static Type Invalid() { return nullptr; }
+    static void Close(Type h) { CoTaskMemFree(h); }
+};
+struct Window {
+    using Type = HWND;
+    static Type Invalid() { return nullptr; }
+    static void Close(Type h) { DestroyWindow(h); }
+};
+} // namespace handle_traits
+
+using UniqueHKey = UniqueAny<handle_traits::HKey>;
+using UniqueFind = UniqueAny<handle_traits::Find>;
+using UniqueHandle = UniqueAny<handle_traits::Kernel>;
+using UniqueFile = UniqueAny<handle_traits::File>;
+using UniqueMenu = UniqueAny<handle_traits::Menu>;
+using UniqueIcon = UniqueAny<handle_traits::Icon>;
+using UniqueGdiObject = UniqueAny<handle_traits::GdiObject>;
+using UniqueDc = UniqueAny<handle_traits::Dc>;
+using UniqueImageList = UniqueAny<handle_traits::ImageList>;
+using UniquePidl = UniqueAny<handle_traits::Pidl>;
+using UniqueWindow = UniqueAny<handle_traits::Window>;
+
+} // namespace tolvane

@@ -1,0 +1,255 @@
+#include "platform/registry.h"
+
+#include <windows.h>
+
+#include "platform/handles.h"
+
+namespace tolvane {
+
+namespace {
+
+HKEY RootKey(RegistryRoot root) {
+    switch (root) {
+    case RegistryRoot::ClassesRoot:
+        return HKEY_CLASSES_ROOT;
+    case RegistryRoot::CurrentUser:
+        return HKEY_CURRENT_USER;
+    case RegistryRoot::LocalMachine:
+        return HKEY_LOCAL_MACHINE;
+    }
+    return HKEY_CURRENT_USER;
+}
+
+// With or without a trailing "\" the path names the same key.
+std::string KeyPath(std::string_view path) {
+    while (!path.empty() && path.back() == '\\')
+        path.remove_suffix(1);
+    return std::string(path);
+}
+
+UniqueHKey OpenKey(RegistryRoot root, std::string_view path, REGSAM access,
+                   LONG* status = nullptr) {
+    UniqueHKey key;
+    LONG rc = RegOpenKeyExA(RootKey(root), KeyPath(path).c_str(), 0, access, key.put());
+    if (status)
+        *status = rc;
+    if (rc != ERROR_SUCCESS)
+        key.release();
+    return key;
+}
+
+UniqueHKey CreateOpenKey(RegistryRoot root, std::string_view path, REGSAM access) {
+    UniqueHKey key;
+    LONG rc = RegCreateKeyExA(RootKey(root), KeyPath(path).c_str(), 0, nullptr, 0, access, nullptr,
+                              key.put(), nullptr);
+    if (rc != ERROR_SUCCESS)
+        key.release();
+    return key;
+}
+
+// The value's type and bytes, asked again with a bigger buffer while it grows meanwhile.
+std::optional<RegistryValue> QueryValue(HKEY key, std::string_view name) {
+    std::string valueName(name);
+    for (int attempt = 0; attempt < 8; ++attempt) {
+        DWORD type = 0, size = 0;
+        if (RegQueryValueExA(key, valueName.c_str(), nullptr, &type, nullptr, &size) !=
+            ERROR_SUCCESS)
+            return std::nullopt;
+        RegistryValue value;
+        value.Data.assign(size, ' ');
+        DWORD got = size;
+        LONG rc = RegQueryValueExA(key, valueName.c_str(), nullptr, &type,
+                                   value.Data.empty() ? nullptr : value.Data.data(), &got);
+        if (rc == ERROR_MORE_DATA)
+            continue;
+        if (rc != ERROR_SUCCESS)
+            return std::nullopt;
+        value.Type = type;
+        value.Data.resize(std::min<DWORD>(got, size));
+        return value;
+    }
+    return std::nullopt;
+}
+
+bool WriteValue(RegistryRoot root, std::string_view path, std::string_view name, DWORD type,
+                const void* data, size_t size) {
+    UniqueHKey key = CreateOpenKey(root, path, KEY_SET_VALUE);
+    if (!key)
+        return false;
+    return RegSetValueExA(key.get(), std::string(name).c_str(), 0, type,
+                          static_cast<const BYTE*>(data),
+                          static_cast<DWORD>(size)) == ERROR_SUCCESS;
+}
+
+std::wstring WideFromAnsi(std::string_view text) {
+    if (text.empty())
+        return std::wstring();
+    int n = MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
+    std::wstring wide(static_cast<size_t>(n), L'\0');
+    MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), wide.data(), n);
+    return wide;
+}
+
+} // namespace
+
+bool CRegistry::DeleteValue(RegistryRoot root, std::string_view path, std::string_view name) {
+    LONG status = 0;
+    UniqueHKey key = OpenKey(root, path, KEY_SET_VALUE, &status);
+    if (!key)
+        return status == ERROR_FILE_NOT_FOUND;
+    LONG rc = RegDeleteValueA(key.get(), std::string(name).c_str());
+    return rc == ERROR_SUCCESS || rc == ERROR_FILE_NOT_FOUND;
+}
+
+bool CRegistry::DeleteKey(RegistryRoot root, std::string_view path) {
+    LONG rc = RegDeleteKeyA(RootKey(root), KeyPath(path).c_str());
+    return rc == ERROR_SUCCESS || rc == ERROR_FILE_NOT_FOUND;
+}
+
+bool CRegistry::CreateKey(RegistryRoot root, std::string_view path) {
+    return static_cast<bool>(CreateOpenKey(root, path, KEY_QUERY_VALUE));
+}
+
+std::string CRegistry::GetSettingString(RegistryRoot root, std::string_view path,
+                                        std::string_view name, std::string_view defaultValue) {
+    UniqueHKey key = OpenKey(root, path, KEY_QUERY_VALUE);
+    if (!key)
+        return std::string(defaultValue);
+    auto value = QueryValue(key.get(), name);
+    if (!value || value->Type != REG_SZ)
+        return std::string(defaultValue);
+    std::string text(value->Data.begin(), value->Data.end());
+    size_t nul = text.find('\0');
+    if (nul != std::string::npos)
+        text.resize(nul);
+    return text;
+}
+
+bool CRegistry::SaveSettingString(RegistryRoot root, std::string_view path, std::string_view name,
+                                  std::string_view value) {
+    return WriteValue(root, path, name, REG_SZ, value.data(), value.size());
+}
+
+int32_t CRegistry::GetSettingLong(RegistryRoot root, std::string_view path, std::string_view name,
+                                  int32_t defaultValue) {
+    UniqueHKey key = OpenKey(root, path, KEY_QUERY_VALUE);
+    if (!key)
+        return defaultValue;
+    DWORD type = 0, data = 0, size = sizeof data;
+    if (RegQueryValueExA(key.get(), std::string(name).c_str(), nullptr, &type,
+                         reinterpret_cast<BYTE*>(&data), &size) != ERROR_SUCCESS ||
+        type != REG_DWORD || size != sizeof data)
+        return defaultValue;
+    return static_cast<int32_t>(data);
+}
+
+bool CRegistry::SaveSettingLong(RegistryRoot root, std::string_view path, std::string_view name,
+                                int32_t value) {
+    DWORD data = static_cast<DWORD>(value);
+    return WriteValue(root, path, name, REG_DWORD, &data, sizeof data);
+}
+
+std::optional<ByteArray> CRegistry::GetSettingByte(RegistryRoot root, std::string_view path,
+                                                   std::string_view name,
+                                                   std::optional<ByteArray> defaultValue) {
+    UniqueHKey key = OpenKey(root, path, KEY_QUERY_VALUE);
+    if (!key)
+        return defaultValue;
+    auto value = QueryValue(key.get(), name);
+    if (!value || value->Type != REG_BINARY)
+        return defaultValue;
+    return std::move(value->Data);
+}
+
+bool CRegistry::SaveSettingByte(RegistryRoot root, std::string_view path, std::string_view name,
+                                const ByteArray& value) {
+    return WriteValue(root, path, name, REG_BINARY, value.data(), value.size());
+}
+
+bool CRegistry::EnumKey(RegistryRoot root, std::string_view path, std::vector<std::string>& out) {
+    out.assign(1, std::string());
+    UniqueHKey key = OpenKey(root, path, KEY_QUERY_VALUE);
+    if (!key)
+        return true;
+    // The classic 255-character buffers serve almost every value; a longer name or data is
+    // asked for again with buffers as big as the key's largest value.
+    std::vector<char> name(256);
+    std::vector<BYTE> data(256);
+    for (DWORD index = 0;; ++index) {
+        DWORD nameLength = static_cast<DWORD>(name.size());
+        DWORD dataLength = static_cast<DWORD>(data.size());
+        LONG rc = RegEnumValueA(key.get(), index, name.data(), &nameLength, nullptr, nullptr,
+                                data.data(), &dataLength);
+        if (rc == ERROR_NO_MORE_ITEMS)
+            return true;
+        if (rc == ERROR_MORE_DATA) {
+            DWORD maxName = 0, maxData = 0;
+            if (RegQueryInfoKeyA(key.get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                 nullptr, &maxName, &maxData, nullptr, nullptr) != ERROR_SUCCESS)
+                return false;
+            size_t wantName = std::max<size_t>(name.size() * 2, maxName + 1);
+            size_t wantData = std::max<size_t>(data.size() * 2, maxData + 1);
+            if (wantName > (1u << 20) || wantData > (64u << 20))
+                return false;
+            name.resize(wantName);
+            data.resize(wantData);
+            --index; // the same value again
+            continue;
+        }
+        if (rc != ERROR_SUCCESS)
+            return false;
+        if (dataLength == 0)
+            continue;
+        size_t textLength = std::min<size_t>(dataLength, data.size());
+        // The terminating NUL is dropped only when it is there: a string stored without one
+        // keeps its last character.
+        if (data[textLength - 1] == 0)
+            --textLength;
+        if (!out.back().empty())
+            out.emplace_back();
+        std::string& entry = out.back();
+        entry.assign(name.data(), std::min<size_t>(nameLength, name.size()));
+        entry += '=';
+        entry.append(reinterpret_cast<const char*>(data.data()), textLength);
+    }
+}
+
+// Typed values go through the wide entry points: they hand over the stored bytes untouched,
+// where the ANSI ones convert text (losing what the code page cannot hold) and may add a NUL.
+std::optional<RegistryValue> CRegistry::GetValue(RegistryRoot root, std::string_view path,
+                                                 std::string_view name) {
+    UniqueHKey key = OpenKey(root, path, KEY_QUERY_VALUE);
+    if (!key)
+        return std::nullopt;
+    const std::wstring wideName = WideFromAnsi(name);
+    for (int attempt = 0; attempt < 8; ++attempt) {
+        DWORD type = 0, size = 0;
+        if (RegQueryValueExW(key.get(), wideName.c_str(), nullptr, &type, nullptr, &size) !=
+            ERROR_SUCCESS)
+            return std::nullopt;
+        RegistryValue value;
+        value.Data.resize(size);
+        DWORD got = size;
+        LONG rc = RegQueryValueExW(key.get(), wideName.c_str(), nullptr, &type,
+                                   value.Data.empty() ? nullptr : value.Data.data(), &got);
+        if (rc == ERROR_MORE_DATA)
+            continue;
+        if (rc != ERROR_SUCCESS)
+            return std::nullopt;
+        value.Type = type;
+        value.Data.resize(std::min<DWORD>(got, size));
+        return value;
+    }
+    return std::nullopt;
+}
+
+bool CRegistry::SetValue(RegistryRoot root, std::string_view path, std::string_view name,
+                         const RegistryValue& value) {
+    UniqueHKey key = CreateOpenKey(root, path, KEY_SET_VALUE);
+    if (!key)
+        return false;
+    return RegSetValueExW(key.get(), WideFromAnsi(name).c_str(), 0, value.Type, value.Data.data(),
+                          static_cast<DWORD>(value.Data.size())) == ERROR_SUCCESS;
+}
+
+} // namespace tolvane

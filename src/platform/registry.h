@@ -1,0 +1,71 @@
+// The one gate to the registry. Stateless: each operation opens its key, does one thing and
+// closes it again. Absence reads as the caller's default; reads never fail loudly.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tolvane {
+
+enum class RegistryRoot : uint32_t {
+    ClassesRoot = 0x80000000u,
+    CurrentUser = 0x80000001u,
+    LocalMachine = 0x80000002u,
+};
+
+inline constexpr const char* kRunKey = "Software\\Microsoft\\Windows\\CurrentVersion\\Run";
+
+using ByteArray = std::vector<uint8_t>;
+
+// A value exactly as stored: its type and its bytes (text types in UTF-16, as the registry
+// keeps them).
+struct RegistryValue {
+    uint32_t Type = 0;
+    ByteArray Data;
+};
+
+// Key paths are given with "\" separators and no leading one; a trailing "\" names the same
+// key. The write operations return whether the registry now holds what was asked: callers
+// that move a user's startup entry must know, even though most of them need not care.
+class CRegistry {
+public:
+    // True when the value is not there afterwards (a missing key or value counts as done).
+    bool DeleteValue(RegistryRoot root, std::string_view path, std::string_view name);
+    bool DeleteKey(RegistryRoot root, std::string_view path);
+    bool CreateKey(RegistryRoot root, std::string_view path);
+
+    // REG_SZ only, cut at its first NUL; anything else (REG_EXPAND_SZ included) is the default.
+    std::string GetSettingString(RegistryRoot root, std::string_view path, std::string_view name,
+                                 std::string_view defaultValue = "");
+    // Stored as REG_SZ without a terminating NUL; "" is a zero-length value.
+    bool SaveSettingString(RegistryRoot root, std::string_view path, std::string_view name,
+                           std::string_view value);
+
+    int32_t GetSettingLong(RegistryRoot root, std::string_view path, std::string_view name,
+                           int32_t defaultValue = 0);
+    bool SaveSettingLong(RegistryRoot root, std::string_view path, std::string_view name,
+                         int32_t value);
+
+    // REG_BINARY data, else the fallback; nullopt stands for "no byte array" (the number 0).
+    std::optional<ByteArray> GetSettingByte(RegistryRoot root, std::string_view path,
+                                            std::string_view name,
+                                            std::optional<ByteArray> defaultValue = std::nullopt);
+    bool SaveSettingByte(RegistryRoot root, std::string_view path, std::string_view name,
+                         const ByteArray& value);
+
+    // Every value of the key as "name=data", in the registry's order; one "" when there are
+    // none or the key is missing. Values with no data are left out. Long names and data are
+    // listed whole: a command cut short here would be written back cut short.
+    bool EnumKey(RegistryRoot root, std::string_view path, std::vector<std::string>& out);
+
+    // The value with its type, for moves that must put back exactly what they took.
+    std::optional<RegistryValue> GetValue(RegistryRoot root, std::string_view path,
+                                          std::string_view name);
+    bool SetValue(RegistryRoot root, std::string_view path, std::string_view name,
+                  const RegistryValue& value);
+};
+
+} // namespace tolvane

@@ -1,0 +1,21 @@
+#include "startup/app_state.h"
+
+#include "text/strings.h"
+
+namespace tolvane {
+
+AppFolders FoldersForProgramFolder(std::string programFolder) {
+    while (EndsWith(programFolder, "\\"))
+        programFolder.pop_back();
+    AppFolders f;
+    f.ProgramFolder = programFolder;
+    f.RunCommand = "\"" + programFolder + "\\Tolvane.exe\" -nogui";
+    f.UserItemsFolder = programFolder + "\\Tolvane Items\\Current User\\";
+    f.AllUsersItemsFolder = programFolder + "\\Tolvane Items\\All Users\\";
+    return f;
+}
+
+AppState::AppState(std::string programFolder, UserMessages& messages)
+    : folders(FoldersForProgramFolder(std::move(programFolder))), messages(messages) {}
+
+} // namespace tolvane

@@ -1,0 +1,133 @@
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include "platform/registry.h"
+#include "support/test_support.h"
+#include "support/win_test_support.h"
+
+namespace tolvane {
+namespace {
+
+using test::LongText;
+using test::ScratchKey;
+
+TEST(Registry, StringsReadOnlyAsTextValuesAndCutAtTheirFirstNul) {
+    ScratchKey key;
+    CRegistry reg;
+    const auto root = key.Root();
+    const std::string& path = key.Path();
+
+    EXPECT_TRUE(reg.SaveSettingString(root, path, "Empty", ""));
+    EXPECT_EQ(reg.GetSettingString(root, path, "Empty", "default"), ""); // not the default
+    EXPECT_TRUE(reg.SaveSettingString(root, path, "Text", "C:\\x.exe -a"));
+    EXPECT_EQ(reg.GetSettingString(root, path, "Text"), "C:\\x.exe -a");
+
+    key.SetRaw("Nul", REG_SZ, std::string_view("ab\0cd\0", 6));
+    EXPECT_EQ(reg.GetSettingString(root, path, "Nul"), "ab");
+    key.SetRaw("Dword", REG_DWORD, std::string_view("\x01\x00\x00\x00", 4));
+    EXPECT_EQ(reg.GetSettingString(root, path, "Dword", "dflt"), "dflt");
+    key.SetRaw("Expand", REG_EXPAND_SZ, std::string_view("%TEMP%\0", 7));
+    EXPECT_EQ(reg.GetSettingString(root, path, "Expand", "dflt"), "dflt");
+    EXPECT_EQ(reg.GetSettingString(root, path, "Missing", "dflt"), "dflt");
+    EXPECT_EQ(reg.GetSettingString(root, path + "\\NoSuchKey", "Text", "dflt"), "dflt");
+
+    // Stored without a NUL, a value reads whole, and its typed bytes come back untouched.
+    key.SetRaw("NoNul", REG_SZ, "C:\\x.exe -a");
+    EXPECT_EQ(reg.GetSettingString(root, path, "NoNul"), "C:\\x.exe -a");
+    auto raw = reg.GetValue(root, path, "NoNul");
+    ASSERT_TRUE(raw);
+    EXPECT_EQ(raw->Type, static_cast<uint32_t>(REG_SZ));
+    const std::u16string stored(reinterpret_cast<const char16_t*>(raw->Data.data()),
+                                raw->Data.size() / 2);
+    EXPECT_EQ(stored, u"C:\\x.exe -a");
+}
+
+TEST(Registry, ListsEveryValueWholeAsNameEqualsData) {
+    ScratchKey key;
+    CRegistry reg;
+    const auto root = key.Root();
+    const std::string& path = key.Path();
+    std::vector<std::string> list{"stale"};
+
+    EXPECT_TRUE(reg.EnumKey(root, path + "\\Missing", list));
+    EXPECT_EQ(list, std::vector<std::string>{""});
+    list = {"stale"};
+    EXPECT_TRUE(reg.EnumKey(root, path, list));
+    EXPECT_EQ(list, std::vector<std::string>{""});
+
+    const std::string longName = LongText(300, 'A');
+    const std::string longData = "C:\\" + LongText(5000) + ".exe /x";
+    key.SetRaw("A", REG_SZ, std::string_view("\0", 1));              // only the NUL
+    key.SetRaw("B", REG_SZ, std::string_view("", 0));                // no data: left out
+    key.SetRaw("C", REG_SZ, std::string_view("x.exe /opt=1\0", 13)); // "=" in the data
+    key.SetRaw("D", REG_SZ, "ends in z");                            // no NUL: z survives
+    reg.SaveSettingString(root, path, longName, "C:\\long-name.exe");
+    reg.SaveSettingString(root, path, "E", longData);
+    reg.SaveSettingString(root, path, "F", LongText(255)); // exactly the classic buffer
+    reg.SaveSettingString(root, path, "G", LongText(256));
+
+    ASSERT_TRUE(reg.EnumKey(root, path, list));
+    std::vector<std::string> expected = {"A=",
+                                         "C=x.exe /opt=1",
+                                         "D=ends in z",
+                                         longName + "=C:\\long-name.exe",
+                                         "E=" + longData,
+                                         "F=" + LongText(255),
+                                         "G=" + LongText(256)};
+    std::sort(list.begin(), list.end());
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(list, expected);
+}
+
+TEST(Registry, NumbersBytesAndTypedValuesKeepWhatWasStored) {
+    ScratchKey key;
+    CRegistry reg;
+    const auto root = key.Root();
+    const std::string& path = key.Path();
+
+    EXPECT_TRUE(reg.SaveSettingLong(root, path, "N", -7));
+    EXPECT_EQ(reg.GetSettingLong(root, path, "N", 3), -7);
+    reg.SaveSettingString(root, path, "S", "12");
+    EXPECT_EQ(reg.GetSettingLong(root, path, "S", 3), 3);
+    EXPECT_EQ(reg.GetSettingLong(root, path, "Missing"), 0);
+
+    const ByteArray bytes = {0, 1, 2, 255};
+    EXPECT_TRUE(reg.SaveSettingByte(root, path, "Bin", bytes));
+    EXPECT_EQ(reg.GetSettingByte(root, path, "Bin"), bytes);
+    EXPECT_EQ(reg.GetSettingByte(root, path, "S"), std::nullopt);
+    EXPECT_EQ(reg.GetSettingByte(root, path, "Missing", ByteArray{9}), ByteArray{9});
+    EXPECT_TRUE(reg.SaveSettingByte(root, path, "EmptyBin", {}));
+    EXPECT_EQ(reg.GetSettingByte(root, path, "EmptyBin"), ByteArray{});
+
+    RegistryValue expand{REG_EXPAND_SZ, {'%', 0, 'A', 0, '%', 0, 0, 0}};
+    EXPECT_TRUE(reg.SetValue(root, path, "X", expand));
+    auto back = reg.GetValue(root, path, "X");
+    ASSERT_TRUE(back);
+    EXPECT_EQ(back->Type, expand.Type);
+    EXPECT_EQ(back->Data, expand.Data);
+}
+
+TEST(Registry, KeysNameTheSameWithOrWithoutTrailingBackslash) {
+    ScratchKey key;
+    CRegistry reg;
+    const auto root = key.Root();
+    const std::string sub = key.Path() + "\\Saved\\";
+    EXPECT_TRUE(reg.CreateKey(root, sub));
+    EXPECT_TRUE(reg.SaveSettingString(root, sub, "V", "1"));
+    EXPECT_EQ(reg.GetSettingString(root, key.Path() + "\\Saved", "V"), "1");
+    std::vector<std::string> list;
+    reg.EnumKey(root, sub, list);
+    EXPECT_EQ(list, std::vector<std::string>{"V=1"});
+
+    EXPECT_TRUE(reg.DeleteValue(root, key.Path() + "\\Saved", "V"));
+    EXPECT_EQ(reg.GetSettingString(root, sub, "V", "gone"), "gone");
+    EXPECT_TRUE(reg.DeleteValue(root, sub, "V"));                 // already gone
+    EXPECT_TRUE(reg.DeleteValue(root, key.Path() + "\\No", "V")); // no key: nothing to do
+    EXPECT_TRUE(reg.DeleteKey(root, sub));
+    reg.EnumKey(root, sub, list);
+    EXPECT_EQ(list, std::vector<std::string>{""});
+}
+
+} // namespace
+} // namespace tolvane

@@ -1,0 +1,32 @@
+// Helpers shared by the test groups.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <vector>
+
+#include "ui/user_messages.h"
+
+namespace tolvane::test {
+
+// Records every message box instead of showing it, and answers with a chosen button.
+class CapturedMessages : public UserMessages {
+public:
+    struct Shown {
+        std::string Text;
+        std::string Title;
+        unsigned Style;
+    };
+    int ShowMessage(std::string_view text, std::string_view title, unsigned style) override {
+        shown.push_back({std::string(text), std::string(title), style});
+        return answer;
+    }
+    std::vector<Shown> shown;
+    int answer = kIdOk;
+};
+
+// A string of n characters cycling through printable letters, for long names and data.
+std::string LongText(size_t n, char first = 'a');
+
+} // namespace tolvane::test

@@ -1,0 +1,68 @@
+// Helpers for test groups that run under Wine against the real file system and registry.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/registry.h"
+
+namespace tolvane::test {
+
+// A fresh folder in the Windows temp folder, removed with all it holds when the test ends.
+class TempFolder {
+public:
+    explicit TempFolder(std::string_view hint = "tolvane");
+    ~TempFolder();
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+
+    const std::string& Path() const { return path_; }
+    // The folder, a backslash and the name.
+    std::string operator/(std::string_view name) const;
+
+private:
+    std::string path_;
+};
+
+void WriteFileBytes(const std::string& path, std::string_view bytes);
+// The file's bytes; fails the calling test when the file cannot be read.
+std::string ReadFileBytes(const std::string& path);
+bool PathExists(const std::string& path);
+void MakeFolder(const std::string& path);
+// Removes a folder and everything in it; a missing folder is fine.
+void RemoveTree(const std::string& path);
+
+// A registry key that only this test uses, below HKCU\Software\TolvaneTests (or the machine's
+// equivalent); deleted with its values and subkeys when the test ends.
+class ScratchKey {
+public:
+    explicit ScratchKey(RegistryRoot root = RegistryRoot::CurrentUser);
+    ~ScratchKey();
+    ScratchKey(const ScratchKey&) = delete;
+    ScratchKey& operator=(const ScratchKey&) = delete;
+
+    RegistryRoot Root() const { return root_; }
+    const std::string& Path() const { return path_; }
+    // Writes a value with any type and exactly these bytes (no NUL added), bypassing CRegistry.
+    void SetRaw(std::string_view name, unsigned long type, std::string_view bytes) const;
+
+private:
+    RegistryRoot root_;
+    std::string path_;
+};
+
+// Deletes a key with all its values and subkeys; a missing key is fine.
+void DeleteRegistryTree(RegistryRoot root, const std::string& path);
+
+} // namespace tolvane::test
+
+namespace tolvane::test {
+
+// A real shell shortcut (.lnk) to a target with arguments, made through IShellLink.
+bool CreateShortcut(const std::string& linkPath, const std::string& target,
+                    const std::string& arguments = "");
+
+// The shell's folder for a CSIDL value, "" when it has none.
+std::string ShellFolder(int csidl);
+
+} // namespace tolvane::test

@@ -2,7 +2,56 @@
 
 namespace tolvane {
 
-TextTables::TextTables() : Languages(1) {}
+// The English texts, for a language file or entry that is missing; they match lang/en.
+TextTables::TextTables() : Languages(1) {
+    Buttons = {
+        "OK",      "Cancel",     "&Close",  "&Add",        "&Browse...",
+        "&Remove", "Add Grou&p", "&Update", "Edit Gro&up",
+    };
+    Menus = {
+        "&File",  "&Save",    "&Minimize to Tray", "E&xit",           "&Program Groups", "&Modify",
+        "&Tools", "&Options", "&Language",         "&Help",           "&Help",           "&About",
+        "&Tips",  "&Online",  "&Forums",           "&Support E-Mail", "&Main Page",      "Delay",
+        "Stop",   "Run",      "Properties",        "&Search Online",
+    };
+    Messages = {
+        "Tolvane is already running. Please use its open window or the Tolvane icon in the "
+        "notification area.",
+        "Not all of the ticked registry entries could be moved. Nothing is lost: every entry that "
+        "was taken out of the registry has a backup (.reg file) in the \"Delayed Registry\" folder "
+        "in Tolvane's program folder.\r\nRefresh the list to see the current state, then try "
+        "again.",
+        "Not all of the ticked shortcuts could be moved. Nothing is lost: any shortcut that was "
+        "already taken out of your Startup folder is in the \"Tolvane Items\" folder in Tolvane's "
+        "program folder.\r\nRefresh the list to see the current state, then try again.",
+        "Please enter a group name, or choose a group from the list.",
+        "Please enter the path of the program to start, or click Browse to find it.",
+        "The file could not be found. Please check the path, or click Browse to choose the file.",
+        "Something went wrong, so Tolvane has stopped this action. Please try again; if the "
+        "problem persists, restart Tolvane.",
+        "The delay must be a number of seconds, for example 5 or 2.5.",
+        "The program groups could not be saved:\r\n",
+        "The program groups could not be shown. Please close this window and open it again.",
+        "Do you really want to remove the selected program group and all programs in it?",
+        "The \"Startup\" group cannot be removed: it holds the programs that Tolvane starts when "
+        "you log on.",
+        "Programs of the \"Startup\" group cannot be removed here. Use the main window instead: "
+        "there you can give them back to the normal Windows startup (Run) or stop them.",
+        "Tolvane could not read all of its program group file, proggroup.c, and continues with "
+        "what it could read.\r\nThe file as it was is kept beside it as proggroup.c.unreadable: "
+        "correct the typing error there and, while Tolvane is closed, rename it back to "
+        "proggroup.c.",
+    };
+    Toolbar = {
+        "Save Changes",
+        "Refresh the list",
+        "Don't run at all",
+        "Delay the startup",
+        "Run at startup",
+        "Properties",
+        "Tick items, then use Delay, Stop or Run on the toolbar.",
+    };
+}
 
 const std::string& TextTables::Entry(const std::vector<std::string>& table, size_t index) {
     static const std::string empty;

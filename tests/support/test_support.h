@@ -30,3 +30,12 @@ public:
 std::string LongText(size_t n, char first = 'a');
 
 } // namespace tolvane::test
+
+namespace tolvane::test {
+
+// A file below the repository's tests folder, as a path this build can open.
+std::string TestDataPath(std::string_view relative);
+// The whole file; fails the calling test when it cannot be read.
+std::string ReadTestFile(const std::string& path);
+
+} // namespace tolvane::test

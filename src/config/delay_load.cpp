@@ -2,7 +2,10 @@
 
 #include <windows.h>
 
+#include "config/program_group_file.h"
 #include "items/run_data.h"
+#include "platform/file_io.h"
+#include "text/language_files.h"
 #include "platform/dir_struct.h"
 #include "platform/registry.h"
 #include "text/strings.h"
@@ -65,6 +68,44 @@ bool CDelayLoad::StoppedInfoOf(const std::string& entry, std::string& path,
         return true;
     }
     return true;
+}
+
+void CDelayLoad::WriteItems() {
+    AtomicFileWriter file(filePath_);
+    WriteProgramGroupFile(app_.model, app_.text.Languages,
+                          [&](std::string_view chunk) { file.Write(chunk); });
+    file.Commit();
+}
+
+void CDelayLoad::LoadItems() {
+    ProgramModel& model = app_.model;
+    if (!IsFile(filePath_)) {
+        SetDefaultModel(model);
+        try {
+            WriteItems();
+        } catch (const FileError&) {
+            // The folder cannot be written: the model of a first start holds all the same.
+            app_.messages.ShowMessage(app_.text.Message(13), "Tolvane - Error",
+                                      kMbOk | kMbIconInformation);
+        }
+        model.SortArray();
+        model.StartupGroupIndex = model.GetGroupID(kStartupGroup);
+        return;
+    }
+    ProgramGroupReadResult result{false, "the file cannot be read"};
+    if (auto bytes = ReadFileBytes(filePath_)) {
+        ProgramGroupReadContext context;
+        context.UserItemsFolder = app_.folders.UserItemsFolder;
+        context.AllUsersItemsFolder = app_.folders.AllUsersItemsFolder;
+        context.Languages = &app_.text.Languages;
+        context.LanguageChosen = [this](const std::string&) { LoadLanguageFiles(app_); };
+        context.Tree = tree_;
+        result = ReadProgramGroupFile(*bytes, model, context);
+    }
+    if (result.Ok)
+        return;
+    CopyFileA(filePath_.c_str(), UnreadableCopyPath().c_str(), FALSE);
+    app_.messages.ShowMessage(app_.text.Message(13), "Tolvane - Error", kMbOk | kMbIconInformation);
 }
 
 } // namespace tolvane

@@ -34,6 +34,17 @@ public:
     bool GetStoppedInfo(std::string_view entry, std::string& path, std::string& parameters);
     bool GetStoppedInfo(int index, std::string& path, std::string& parameters);
 
+    // Rebuilds the model from the file (and fills the bound tree). A missing file gives the
+    // model of a first start, which is written at once. A file that cannot be read whole is
+    // reported with message 13; the model keeps what was read, and the file as it was is kept
+    // beside it (".unreadable"), since the next write replaces it with what was read.
+    void LoadItems();
+    // Writes the whole model; throws FileError when it cannot, leaving the old file intact.
+    void WriteItems();
+
+    // The copy of a file that a load could not read.
+    std::string UnreadableCopyPath() const { return filePath_ + ".unreadable"; }
+
 private:
     bool StoppedInfoOf(const std::string& entry, std::string& path, std::string& parameters);
 

@@ -13,8 +13,11 @@ std::string WithTrailingBackslash(std::string_view folder) {
 
 std::string JoinSearchPath(std::string_view folder, std::string_view name) {
     std::string joined = WithTrailingBackslash(folder) + std::string(name);
-    if (StartsWith(joined, "\\\\") && !StartsWith(joined, "\\\\\\"))
-        return "\\" + ReplaceAll(std::string_view(joined).substr(1), "\\\\", "\\");
+    if (StartsWith(joined, "\\\\") && !StartsWith(joined, "\\\\\\")) {
+        std::string network = "\\";
+        network += ReplaceAll(std::string_view(joined).substr(1), "\\\\", "\\");
+        return network;
+    }
     return ReplaceAll(joined, "\\\\", "\\");
 }
 

@@ -1,0 +1,4 @@
+void G()
+{
+     Execute C:\a.exe
+  }

@@ -62,6 +62,12 @@ struct Pidl {
     static Type Invalid() { return nullptr; }
     static void Close(Type h) { CoTaskMemFree(h); }
 };
+// Modules loaded with LoadLibraryEx, for instance to read another file's resources.
+struct Module {
+    using Type = HMODULE;
+    static Type Invalid() { return nullptr; }
+    static void Close(Type h) { FreeLibrary(h); }
+};
 struct Window {
     using Type = HWND;
     static Type Invalid() { return nullptr; }
@@ -79,6 +85,7 @@ using UniqueGdiObject = UniqueAny<handle_traits::GdiObject>;
 using UniqueDc = UniqueAny<handle_traits::Dc>;
 using UniqueImageList = UniqueAny<handle_traits::ImageList>;
 using UniquePidl = UniqueAny<handle_traits::Pidl>;
+using UniqueModule = UniqueAny<handle_traits::Module>;
 using UniqueWindow = UniqueAny<handle_traits::Window>;
 
 // A window's painting, from BeginPaint to EndPaint. The DC belongs to the paint.

@@ -82,10 +82,7 @@ std::string TrashFilesFolder() {
     DWORD n = GetEnvironmentVariableA("XDG_DATA_HOME", unixPath, MAX_PATH);
     if (n == 0 || n >= MAX_PATH || unixPath[0] != '/')
         return std::string();
-    std::string path = std::string("Z:") + unixPath;
-    for (char& c : path)
-        if (c == '/')
-            c = '\\';
+    const std::string path = test::WinePathOfUnixPath(unixPath);
     test::MakeFolder(path);
     return path + "\\Trash\\files";
 }

@@ -21,19 +21,12 @@ cp clock.ico tolvane.ico
 # pixels, and a 1-unit outline is one crisp pixel at 16, where the tree shows them.
 # Outlines run on half units so that they cover whole pixels.
 tree_ico() { # name mvg
-    big=$(mktemp --suffix=.png)
-    convert -size 256x256 xc:none -draw "scale 16,16 stroke-linejoin round $2" "$big"
-    set --  "$1" 48 32 24 16
-    name=$1
-    shift
-    parts=""
-    for size in "$@"; do
-        convert "$big" -scale "${size}x${size}" "$big-$size.png"
-        parts="$parts $big-$size.png"
+    convert -size 256x256 xc:none -draw "scale 16,16 stroke-linejoin round $2" "$tmp"
+    for size in 48 32 24 16; do
+        convert "$tmp" -scale "${size}x${size}" "$tmp-$size.png"
     done
-    # shellcheck disable=SC2086
-    convert $parts "$name.ico"
-    rm -f "$big" $parts
+    convert "$tmp-48.png" "$tmp-32.png" "$tmp-24.png" "$tmp-16.png" "$1.ico"
+    rm -f "$tmp"-*.png
 }
 
 # One person, for the current user: a head above blue shoulders.

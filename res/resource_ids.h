@@ -1,3 +1,11 @@
 // Resource identifiers shared by the .rc file and the code.
 #pragma once
 #define IDI_TOLVANE 1
+
+// The startup tree's pictures, in the order of the tree's image list.
+#define IDI_TREE_USER 101
+#define IDI_TREE_GROUP 102
+#define IDI_TREE_STARTUP 103
+#define IDI_TREE_REGISTRY 104
+#define IDI_TREE_DELAY 105
+#define IDI_TREE_STOPPED 106

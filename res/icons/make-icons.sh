@@ -1,6 +1,6 @@
 #!/bin/sh
-# Draws the program's icons with ImageMagick on a 48x48 canvas and stores each as an .ico of
-# 48, 32, 24 and 16 pixels. The .ico files are committed; run this only to change them.
+# Draws the program's icons with ImageMagick and stores each as an .ico of 48, 32, 24 and 16
+# pixels. The .ico files are committed; run this only to change them.
 set -eu
 cd "$(dirname "$0")"
 tmp=$(mktemp --suffix=.png)
@@ -15,3 +15,67 @@ convert -size 48x48 xc:none \
     -fill '#2b4c7e' -stroke none -draw 'circle 24,24 24,21' "$tmp"
 ico clock
 cp clock.ico tolvane.ico
+
+# The startup tree's pictures. Each is drawn once on a grid of 16 units at 256 pixels and
+# averaged down to each size: edges on whole units fall on pixel edges at 16, 32 and 48
+# pixels, and a 1-unit outline is one crisp pixel at 16, where the tree shows them.
+# Outlines run on half units so that they cover whole pixels.
+tree_ico() { # name mvg
+    convert -size 256x256 xc:none -draw "scale 16,16 stroke-linejoin round $2" "$tmp"
+    for size in 48 32 24 16; do
+        convert "$tmp" -scale "${size}x${size}" "$tmp-$size.png"
+    done
+    convert "$tmp-48.png" "$tmp-32.png" "$tmp-24.png" "$tmp-16.png" "$1.ico"
+    rm -f "$tmp"-*.png
+}
+
+# One person, for the current user: a head above blue shoulders.
+tree_ico tree-user '
+    fill #2f6fb5 stroke #173a66 stroke-width 1
+    path "M 2.5,15.5 L 2.5,12.5 Q 2.5,9.5 5.5,9.5 L 10.5,9.5 Q 13.5,9.5 13.5,12.5 L 13.5,15.5 Z"
+    fill #f2c79a stroke #6b4423 circle 8,5 8,1.5'
+
+# Two people, for all users: a green one behind, a blue one in front.
+tree_ico tree-group '
+    fill #3f9a52 stroke #1d5228 stroke-width 1
+    path "M 7.5,13.5 L 7.5,10.5 Q 7.5,8.5 9.5,8.5 L 13.5,8.5 Q 15.5,8.5 15.5,10.5 L 15.5,13.5 Z"
+    fill #f2c79a stroke #6b4423 circle 11.5,4.5 11.5,1.5
+    fill #2f6fb5 stroke #173a66
+    path "M 0.5,15.5 L 0.5,12.5 Q 0.5,10.5 2.5,10.5 L 7.5,10.5 Q 9.5,10.5 9.5,12.5 L 9.5,15.5 Z"
+    fill #f2c79a stroke #6b4423 circle 5,6.5 5,3.5'
+
+# A Startup folder: a yellow folder with a green start badge.
+tree_ico tree-startup '
+    fill #d99a1e stroke #7a4f00 stroke-width 1
+    polygon 0.5,2.5 5.5,2.5 7,4.5 14.5,4.5 14.5,13.5 0.5,13.5
+    fill #f7c948 polygon 0.5,6.5 14.5,6.5 14.5,13.5 0.5,13.5
+    fill #2e9e44 stroke #135a25 circle 11.5,11.5 11.5,7.5
+    fill #ffffff stroke none polygon 10,9 10,14 14,11.5'
+
+# The registry: a block of four cubes, seen from above.
+tree_ico tree-registry '
+    stroke #13305f stroke-width 1
+    fill #9cc8ff polygon 8,0.5 15.5,4.25 8,8 0.5,4.25
+    fill #3b7dd8 polygon 0.5,4.25 8,8 8,15.5 0.5,11.75
+    fill #1f4e9a polygon 8,8 15.5,4.25 15.5,11.75 8,15.5
+    stroke-width 0.5 stroke #13305f fill none
+    line 4.25,2.375 11.75,6.125 line 11.75,2.375 4.25,6.125
+    line 4.25,6.125 4.25,13.625 line 0.5,8 8,11.75
+    line 11.75,6.125 11.75,13.625 line 8,11.75 15.5,8'
+
+# Delayed: an hourglass with its sand running.
+tree_ico tree-delay '
+    fill #e9f3fb stroke #3d5f80 stroke-width 1
+    polygon 3.5,2.5 12.5,2.5 12.5,4 9,8 12.5,12 12.5,13.5 3.5,13.5 3.5,12 7,8 3.5,4
+    fill #e0a83a stroke none
+    polygon 5,4 11,4 8,7.2
+    polygon 4.6,13 11.4,13 11.4,12.4 8,10 4.6,12.4
+    stroke #e0a83a stroke-width 1 line 8,7 8,12
+    fill #8b5a2b stroke #4a2c10 stroke-width 1
+    rectangle 2.5,0.5 13.5,2.5
+    rectangle 2.5,13.5 13.5,15.5'
+
+# Stopped: a red no-entry sign.
+tree_ico tree-stopped '
+    fill #d93025 stroke #7f1710 stroke-width 1 circle 8,8 8,0.5
+    fill #ffffff stroke none rectangle 3,6 13,10'

@@ -62,6 +62,12 @@ struct Pidl {
     static Type Invalid() { return nullptr; }
     static void Close(Type h) { CoTaskMemFree(h); }
 };
+// Modules loaded with LoadLibraryEx, for instance to read another file's resources.
+struct Module {
+    using Type = HMODULE;
+    static Type Invalid() { return nullptr; }
+    static void Close(Type h) { FreeLibrary(h); }
+};
 struct Window {
     using Type = HWND;
     static Type Invalid() { return nullptr; }
@@ -79,6 +85,57 @@ using UniqueGdiObject = UniqueAny<handle_traits::GdiObject>;
 using UniqueDc = UniqueAny<handle_traits::Dc>;
 using UniqueImageList = UniqueAny<handle_traits::ImageList>;
 using UniquePidl = UniqueAny<handle_traits::Pidl>;
+using UniqueModule = UniqueAny<handle_traits::Module>;
 using UniqueWindow = UniqueAny<handle_traits::Window>;
+
+// A window's painting, from BeginPaint to EndPaint. The DC belongs to the paint.
+class PaintDc {
+public:
+    explicit PaintDc(HWND window) noexcept : window_(window), dc_(BeginPaint(window, &paint_)) {}
+    ~PaintDc() { EndPaint(window_, &paint_); }
+    PaintDc(const PaintDc&) = delete;
+    PaintDc& operator=(const PaintDc&) = delete;
+    HDC get() const noexcept { return dc_; }
+
+private:
+    HWND window_;
+    PAINTSTRUCT paint_{};
+    HDC dc_;
+};
+
+// A window's device context from GetDC, handed back to that window with ReleaseDC.
+class WindowDc {
+public:
+    explicit WindowDc(HWND window) noexcept : window_(window), dc_(GetDC(window)) {}
+    ~WindowDc() {
+        if (dc_)
+            ReleaseDC(window_, dc_);
+    }
+    WindowDc(const WindowDc&) = delete;
+    WindowDc& operator=(const WindowDc&) = delete;
+    HDC get() const noexcept { return dc_; }
+    explicit operator bool() const noexcept { return dc_ != nullptr; }
+
+private:
+    HWND window_;
+    HDC dc_;
+};
+
+// An object selected into a DC for a scope; what it replaced is selected again at the end, so
+// that the object can be deleted afterwards.
+class ScopedSelection {
+public:
+    ScopedSelection(HDC dc, HGDIOBJ object) noexcept : dc_(dc), old_(SelectObject(dc, object)) {}
+    ~ScopedSelection() {
+        if (old_ && old_ != HGDI_ERROR)
+            SelectObject(dc_, old_);
+    }
+    ScopedSelection(const ScopedSelection&) = delete;
+    ScopedSelection& operator=(const ScopedSelection&) = delete;
+
+private:
+    HDC dc_;
+    HGDIOBJ old_;
+};
 
 } // namespace tolvane

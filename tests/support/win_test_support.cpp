@@ -162,6 +162,14 @@ bool CreateShortcut(const std::string& linkPath, const std::string& target,
     return ok;
 }
 
+std::string WinePathOfUnixPath(std::string_view unixPath) {
+    std::string path = "Z:" + std::string(unixPath);
+    for (char& c : path)
+        if (c == '/')
+            c = '\\';
+    return path;
+}
+
 std::string ShellFolder(int csidl) {
     char path[MAX_PATH] = {};
     if (FAILED(SHGetFolderPathA(nullptr, csidl, nullptr, SHGFP_TYPE_CURRENT, path)))

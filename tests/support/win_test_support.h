@@ -65,4 +65,7 @@ bool CreateShortcut(const std::string& linkPath, const std::string& target,
 // The shell's folder for a CSIDL value, "" when it has none.
 std::string ShellFolder(int csidl);
 
+// A Unix path as Windows programs under Wine see it, through drive Z: (the root).
+std::string WinePathOfUnixPath(std::string_view unixPath);
+
 } // namespace tolvane::test

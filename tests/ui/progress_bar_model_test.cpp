@@ -1,0 +1,115 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "ui/progress_bar_model.h"
+
+namespace tolvane {
+namespace {
+
+ProgressBarModel Bar(float value, float max = 100, bool gradient = true) {
+    ProgressBarModel bar;
+    bar.SetMin(0);
+    bar.SetMax(max);
+    bar.SetGradient(gradient);
+    bar.SetValue(value);
+    return bar;
+}
+
+// The blue of the line at x, which must be one of the walk's.
+int BlueAt(const std::vector<GradientColumn>& columns, float x) {
+    for (const GradientColumn& c : columns)
+        if (std::fabs(c.x - x) < 1e-4f)
+            return c.blue;
+    ADD_FAILURE() << "no line at x = " << x;
+    return -1;
+}
+
+TEST(ProgressBarModel, GradientWalksInHundredthsAndGetsBluerAtWholesAndOddHalves) {
+    const std::vector<GradientColumn> columns = Bar(10).GradientColumns();
+    ASSERT_EQ(columns.size(), 201u); // 0, 0.05, ..., 10
+    for (size_t i = 0; i < columns.size(); ++i)
+        EXPECT_NEAR(columns[i].x, i * 0.05, 1e-5) << i; // rounding keeps the steps from drifting
+    EXPECT_EQ(BlueAt(columns, 0), 1);
+    EXPECT_EQ(BlueAt(columns, 1), 2);
+    EXPECT_EQ(BlueAt(columns, 1.5f), 3);
+    EXPECT_EQ(BlueAt(columns, 2), 4);
+    EXPECT_EQ(BlueAt(columns, 2.5f), 4); // an even number and a half does not count
+    EXPECT_EQ(BlueAt(columns, 3.5f), 6);
+    EXPECT_EQ(BlueAt(columns, 10), 16);
+
+    EXPECT_EQ(Bar(100).GradientColumns().back().blue, 151);
+    // Far enough along, the level stays at the colour's top.
+    EXPECT_EQ(Bar(200, 400).GradientColumns().back().blue, 255);
+
+    // The walk ends where the scale does, and an empty bar has no lines.
+    EXPECT_NEAR(Bar(1e30f).GradientColumns().back().x, 100, 1e-4);
+    EXPECT_TRUE(Bar(0).GradientColumns().empty());
+}
+
+TEST(ProgressBarModel, ValuesScaleAndShare) {
+    ProgressBarModel bar = Bar(-30);
+    EXPECT_EQ(bar.Value(), 30);
+    bar.SetValue(std::numeric_limits<float>::quiet_NaN());
+    EXPECT_EQ(bar.Value(), 0);
+
+    EXPECT_EQ(bar.ScaleLeft(), 0);
+    EXPECT_EQ(bar.ScaleWidth(), 100);
+    bar.SetMin(10);
+    EXPECT_EQ(bar.ScaleLeft(), 10);
+    EXPECT_EQ(bar.ScaleWidth(), 110); // Max + Min
+    bar.SetMin(-5);
+    bar.SetMax(5);
+    EXPECT_EQ(bar.ScaleWidth(), 1); // never 0
+
+    bar = Bar(0);
+    bar.SetPercent(50);
+    EXPECT_FLOAT_EQ(bar.Percent(), 0.5f);
+    EXPECT_FLOAT_EQ(bar.Value(), 50);
+    bar.SetPercent(0.25f);
+    EXPECT_FLOAT_EQ(bar.Percent(), 0.25f);
+    EXPECT_FLOAT_EQ(bar.Value(), 25);
+    bar.SetPercent(1); // one percent, not the whole bar
+    EXPECT_FLOAT_EQ(bar.Percent(), 0.01f);
+    EXPECT_FLOAT_EQ(bar.Value(), 1);
+    bar.SetValue(70);
+    EXPECT_FLOAT_EQ(bar.Percent(), 0.01f);
+}
+
+Colour ColourAt(const std::vector<ColourSpan>& spans, int column) {
+    for (const ColourSpan& s : spans)
+        if (s.left <= column && column < s.right)
+            return s.colour;
+    return 0xffffffff; // unpainted
+}
+
+TEST(ProgressBarModel, FilledColumnsFollowTheScale) {
+    EXPECT_EQ(Bar(50, 100, false).FilledSpans(200, 0x123456),
+              (std::vector<ColourSpan>{{0, 100, 0x123456}}));
+    EXPECT_EQ(Bar(-30).FilledWidth(200), 60);
+    EXPECT_EQ(Bar(150).FilledWidth(200), 200); // never beyond the right edge
+    EXPECT_TRUE(Bar(0).FilledSpans(200, 0x123456).empty());
+    EXPECT_EQ(Bar(50, -50).FilledWidth(200), 0); // the scale lies left of the area
+
+    // Narrow: the last line that falls into a column wins (x 0 to 2.45 share column 0).
+    const std::vector<ColourSpan> narrow = Bar(100).FilledSpans(40, 0);
+    EXPECT_EQ(ColourAt(narrow, 0), RgbColour(0, 0, 4));
+    EXPECT_EQ(narrow.back().right, 40);
+    // 0.7 columns per unit: x = 90 maps to 62.9999... in binary, yet its line (blue 136)
+    // starts column 63 and leaves column 62 at the blue of x = 89.95; column 63 ends at 91.4.
+    const std::vector<ColourSpan> uneven = Bar(100).FilledSpans(70, 0);
+    EXPECT_EQ(ColourAt(uneven, 62), RgbColour(0, 0, 135));
+    EXPECT_EQ(ColourAt(uneven, 63), RgbColour(0, 0, 137));
+    // Wide: columns between lines take the colour before them, so nothing stays unpainted.
+    const std::vector<ColourSpan> wide = Bar(100).FilledSpans(8000, 0);
+    EXPECT_EQ(wide.front().left, 0);
+    EXPECT_EQ(wide.back().right, 8000);
+    for (size_t i = 1; i < wide.size(); ++i) {
+        EXPECT_EQ(wide[i].left, wide[i - 1].right);
+        EXPECT_GT(wide[i].colour, wide[i - 1].colour); // blue only grows
+    }
+}
+
+} // namespace
+} // namespace tolvane

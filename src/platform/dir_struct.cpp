@@ -70,6 +70,21 @@ bool CDirStruct::RemoveEmptyDirectory(std::string_view path) {
     return RemoveDirectoryA(std::string(path).c_str()) != 0;
 }
 
+bool CDirStruct::ExactFileExists(std::string_view path) {
+    if (path.empty())
+        return false;
+    const std::string_view name = path.substr(path.find_last_of("\\/:") + 1);
+    WIN32_FIND_DATAA data{};
+    UniqueFind find(FindFirstFileA(std::string(path).c_str(), &data));
+    if (!find)
+        return false;
+    do {
+        if (EntryName(data) == name)
+            return true;
+    } while (FindNextFileA(find.get(), &data));
+    return false;
+}
+
 bool CDirStruct::OrdinaryFileExists(std::string_view path) {
     DWORD attributes = GetFileAttributesA(std::string(path).c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES)

@@ -23,6 +23,9 @@ public:
 
     // A plain lookup of an ordinary file: no folders, no hidden or system files.
     static bool OrdinaryFileExists(std::string_view path);
+    // An entry stands at the path (absolute, or relative to the current folder) whose name is
+    // the path's last part exactly, letter case included.
+    static bool ExactFileExists(std::string_view path);
 
 private:
     bool FindEntry(std::string_view name, std::string_view folder, bool foldersOnly);

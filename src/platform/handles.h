@@ -5,6 +5,7 @@
 #include <commctrl.h>
 #include <shlobj.h>
 
+#include "platform/runtime_libraries.h"
 #include "platform/unique_any.h"
 
 namespace tolvane {
@@ -55,12 +56,13 @@ struct Dc {
 struct ImageList {
     using Type = HIMAGELIST;
     static Type Invalid() { return nullptr; }
-    static void Close(Type h) { ImageList_Destroy(h); }
+    static void Close(Type h) { ImageListDestroy(h); }
 };
+// Item ID lists from the shell, freed by the shell (which needs no COM for it).
 struct Pidl {
     using Type = PIDLIST_ABSOLUTE;
     static Type Invalid() { return nullptr; }
-    static void Close(Type h) { CoTaskMemFree(h); }
+    static void Close(Type h) { ILFree(h); }
 };
 // Modules loaded with LoadLibraryEx, for instance to read another file's resources.
 struct Module {

@@ -16,6 +16,7 @@ AppFolders FoldersForProgramFolder(std::string programFolder) {
 }
 
 AppState::AppState(std::string programFolder, UserMessages& messages)
-    : folders(FoldersForProgramFolder(std::move(programFolder))), messages(messages) {}
+    : folders(FoldersForProgramFolder(std::move(programFolder))),
+      log(folders.ProgramFolder + "\\log.txt"), messages(messages) {}
 
 } // namespace tolvane

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "config/program_model.h"
+#include "startup/event_log.h"
 #include "text/text_tables.h"
 #include "ui/user_messages.h"
 
@@ -44,6 +45,7 @@ public:
     TextTables text;
     std::vector<SafeEntry> SafeList{1};
     std::string OnlineSearchTemplate;
+    EventLog log; // "log.txt" in the program folder
     UserMessages& messages;
 };
 

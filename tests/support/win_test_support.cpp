@@ -178,3 +178,99 @@ std::string ShellFolder(int csidl) {
 }
 
 } // namespace tolvane::test
+
+namespace tolvane::test {
+
+namespace {
+
+std::string WindowsPath(const char* unixPath) {
+    std::string path = std::string("Z:") + unixPath;
+    for (char& c : path)
+        if (c == '/')
+            c = '\\';
+    return path;
+}
+
+} // namespace
+
+std::string BuiltProgramFolder() {
+    return WindowsPath(TOLVANE_BIN_DIR);
+}
+
+std::string HelperProgram(std::string_view exeName) {
+    char self[MAX_PATH] = {};
+    GetModuleFileNameA(nullptr, self, MAX_PATH);
+    std::string path = self;
+    return path.substr(0, path.find_last_of('\\') + 1) + std::string(exeName);
+}
+
+void CopyTree(const std::string& from, const std::string& to) {
+    MakeFolder(to);
+    WIN32_FIND_DATAA data{};
+    UniqueFind find(FindFirstFileA((from + "\\*").c_str(), &data));
+    if (!find)
+        return;
+    do {
+        std::string name = data.cFileName;
+        if (name == "." || name == "..")
+            continue;
+        if (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+            CopyTree(from + "\\" + name, to + "\\" + name);
+        else
+            CopyFileA((from + "\\" + name).c_str(), (to + "\\" + name).c_str(), FALSE);
+    } while (FindNextFileA(find.get(), &data));
+}
+
+ChildProcess::ChildProcess(const std::string& commandLine) {
+    STARTUPINFOA si{sizeof si};
+    PROCESS_INFORMATION pi{};
+    std::string line = commandLine;
+    if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si,
+                       &pi)) {
+        CloseHandle(pi.hThread);
+        process_ = pi.hProcess;
+        id_ = pi.dwProcessId;
+    }
+}
+
+ChildProcess::~ChildProcess() {
+    if (process_) {
+        Kill();
+        CloseHandle(process_);
+    }
+}
+
+bool ChildProcess::WaitForExit(unsigned long milliseconds, unsigned long* exitCode) {
+    if (!process_ || WaitForSingleObject(process_, milliseconds) != WAIT_OBJECT_0)
+        return false;
+    DWORD code = 0;
+    GetExitCodeProcess(process_, &code);
+    if (exitCode)
+        *exitCode = code;
+    return true;
+}
+
+bool ChildProcess::Running() {
+    return process_ && WaitForSingleObject(process_, 0) == WAIT_TIMEOUT;
+}
+
+void ChildProcess::Kill() {
+    if (Running()) {
+        TerminateProcess(process_, 9);
+        WaitForSingleObject(process_, 5000);
+    }
+}
+
+std::vector<std::string> ReadLines(const std::string& path) {
+    std::vector<std::string> lines;
+    std::ifstream in(path, std::ios::binary);
+    std::string line;
+    while (std::getline(in, line)) {
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+} // namespace tolvane::test

@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/registry.h"
 
@@ -67,5 +68,39 @@ std::string ShellFolder(int csidl);
 
 // A Unix path as Windows programs under Wine see it, through drive Z: (the root).
 std::string WinePathOfUnixPath(std::string_view unixPath);
+
+} // namespace tolvane::test
+
+namespace tolvane::test {
+
+// The folder of the built Tolvane.exe with its lang and data folders.
+std::string BuiltProgramFolder();
+// A helper program built beside the running test.
+std::string HelperProgram(std::string_view exeName);
+// Copies a folder with everything in it.
+void CopyTree(const std::string& from, const std::string& to);
+
+// A process started from a command line, ended (killed if need be) when the owner goes.
+class ChildProcess {
+public:
+    explicit ChildProcess(const std::string& commandLine);
+    ~ChildProcess();
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+
+    bool Started() const { return process_ != nullptr; }
+    unsigned long Id() const { return id_; }
+    // True when the process ended within the time; its exit code then.
+    bool WaitForExit(unsigned long milliseconds, unsigned long* exitCode = nullptr);
+    bool Running();
+    void Kill();
+
+private:
+    void* process_ = nullptr;
+    unsigned long id_ = 0;
+};
+
+// The lines of a text file (CR LF ends); none when it cannot be read.
+std::vector<std::string> ReadLines(const std::string& path);
 
 } // namespace tolvane::test

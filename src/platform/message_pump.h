@@ -1,0 +1,21 @@
+// Serving the message loop while the program waits or works, so that its windows and its tray
+// icon stay responsive.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+namespace tolvane {
+
+// Hands every waiting message to its window and returns. A quit message is put back for the
+// main loop to find.
+void YieldToMessageLoop();
+
+// Milliseconds of a steady clock.
+uint64_t NowMs();
+
+// Waits until the clock reaches the deadline, handing each message to its window as it comes.
+// Returns early when stop() turns true after a message, or when the program is asked to quit.
+void WaitServingMessages(uint64_t deadlineMs, const std::function<bool()>& stop);
+
+} // namespace tolvane

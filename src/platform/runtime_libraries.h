@@ -1,0 +1,22 @@
+// Libraries that the program loads when it first needs them rather than at its start: the
+// waiting log-on process then holds only what waiting needs (user32 and shell32), and the
+// common controls and COM arrive with the window or the first launch.
+#pragma once
+
+#include <windows.h>
+#include <commctrl.h>
+
+namespace tolvane {
+
+// The common controls (tree view, status bar, toolbar classes) registered for this process.
+bool EnsureCommonControls();
+
+// COM for this thread, as the shell needs it to open shortcuts. Stays until the process ends.
+bool EnsureCom();
+
+// The image-list functions, from the common controls.
+HIMAGELIST ImageListCreate(int cx, int cy, UINT flags, int initial, int grow);
+int ImageListAddIcon(HIMAGELIST list, HICON icon);
+bool ImageListDestroy(HIMAGELIST list);
+
+} // namespace tolvane

@@ -1,0 +1,23 @@
+// The two data files read at start: the safe list (programs known to be harmless, with a
+// description each) and the online-search template.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "startup/app_state.h"
+
+namespace tolvane {
+
+// One entry per usable line: "name// description", or a bare name. At least one entry, empty
+// when the text has none.
+std::vector<SafeEntry> ParseSafeList(std::string_view text);
+// The first line, trimmed.
+std::string ParseOnlineTemplate(std::string_view text);
+
+// "data\safelist.dat" and "data\online.txt" beside the exe; a missing file keeps the default.
+void LoadSafePrograms(AppState& app);
+void LoadOnlineList(AppState& app);
+
+} // namespace tolvane

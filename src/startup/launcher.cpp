@@ -1,0 +1,58 @@
+#include "startup/launcher.h"
+
+#include <windows.h>
+#include <shellapi.h>
+#include <shlobj.h>
+
+#include "platform/handles.h"
+#include "platform/message_pump.h"
+#include "startup/app_state.h"
+#include "text/strings.h"
+
+namespace tolvane {
+
+namespace {
+
+bool ShellOpen(const std::string& path, const std::string& parameters) {
+    // An empty item would be the desktop folder: the shell would open a window at log-on.
+    if (path.empty())
+        return false;
+    // The request carries the item's ID list, as the shell's own "open" does; the verb stays
+    // unset, which is the item's default verb (for a shortcut, the only form Wine accepts).
+    // A path that the shell cannot turn into an ID list (a bare name found along PATH) goes as
+    // a plain request, which is what the same request without a list means on Windows.
+    EnsureCom(); // opening a shortcut goes through COM
+    UniquePidl item(ILCreateFromPathA(path.c_str()));
+    SHELLEXECUTEINFOA info{};
+    info.cbSize = sizeof info;
+    info.fMask = SEE_MASK_NOCLOSEPROCESS | SEE_MASK_FLAG_NO_UI;
+    if (item) {
+        info.fMask |= SEE_MASK_INVOKEIDLIST;
+        info.lpIDList = item.get();
+    }
+    info.lpVerb = nullptr;
+    info.lpFile = path.c_str();
+    info.lpParameters = parameters.c_str();
+    info.lpDirectory = "";
+    info.nShow = SW_SHOWNORMAL;
+    const bool started = ShellExecuteExA(&info) != FALSE;
+    UniqueHandle process(info.hProcess); // not watched: closed at once
+    return started;
+}
+
+} // namespace
+
+void LaunchProgram(AppState& app, std::string_view path, std::string_view parameters) {
+    YieldToMessageLoop();
+    const std::string file(path);
+    if (!ShellOpen(file, std::string(parameters))) {
+        if (Contains(file, "\"")) {
+            LaunchProgram(app, RemoveAll(file, '"'), parameters);
+        } else {
+            app.log.WriteLog("Program: " + file + " failed to start.", kLogError);
+        }
+    }
+    YieldToMessageLoop();
+}
+
+} // namespace tolvane

@@ -1,0 +1,138 @@
+#include "startup/main.h"
+
+#include <windows.h>
+#include <shlobj.h>
+
+#include <exception>
+#include <memory>
+
+#include "config/delay_load.h"
+#include "platform/handles.h"
+#include "platform/message_pump.h"
+#include "startup/app_state.h"
+#include "startup/data_lists.h"
+#include "startup/delayed_run.h"
+#include "text/language_files.h"
+#include "text/strings.h"
+#include "ui/main_window.h"
+
+namespace tolvane {
+
+std::string GetSpecialFolder(int csidl) {
+    UniquePidl folder;
+    if (FAILED(SHGetSpecialFolderLocation(nullptr, csidl, folder.put())) || !folder)
+        return std::string();
+    char path[512] = {};
+    if (!SHGetPathFromIDListA(folder.get(), path))
+        return std::string();
+    return std::string(path, strnlen(path, sizeof path));
+}
+
+void EnsureStartupFolders(AppState& app) {
+    if (app.folders.UserStartupFolder.empty())
+        app.folders.UserStartupFolder = GetSpecialFolder(CSIDL_STARTUP);
+    if (app.folders.CommonStartupFolder.empty())
+        app.folders.CommonStartupFolder = GetSpecialFolder(CSIDL_COMMON_STARTUP);
+}
+
+void InitGlobals(AppState& app) {
+    if (app.model.Language.empty())
+        app.model.Language = "en";
+    LoadLanguageList(app);
+    LoadLanguageFiles(app);
+    LoadOnlineList(app);
+    LoadSafePrograms(app);
+}
+
+bool ArgumentsAskForLogOnMode(std::string_view arguments) {
+    return Contains(ToLower(arguments), "-nogui");
+}
+
+std::string RunningProgramFolder() {
+    std::string path(MAX_PATH, '\0');
+    for (;;) {
+        DWORD n = GetModuleFileNameA(nullptr, path.data(), static_cast<DWORD>(path.size()));
+        if (n < path.size()) {
+            path.resize(n);
+            break;
+        }
+        path.resize(path.size() * 2);
+    }
+    return path.substr(0, path.find_last_of('\\'));
+}
+
+namespace {
+
+// One name per executable: a second start of the same exe, in either mode, finds it taken,
+// while a copy of the program elsewhere runs on its own.
+std::string InstanceMutexName() {
+    char path[MAX_PATH * 2] = {};
+    GetModuleFileNameA(nullptr, path, sizeof path);
+    uint64_t hash = 1469598103934665603ull; // FNV-1a of the lower-case path
+    for (char c : ToLower(path)) {
+        hash ^= static_cast<unsigned char>(c);
+        hash *= 1099511628211ull;
+    }
+    char name[64];
+    snprintf(name, sizeof name, "Local\\Tolvane-%016llx", static_cast<unsigned long long>(hash));
+    return name;
+}
+
+int MessageLoop() {
+    MSG msg;
+    while (GetMessageA(&msg, nullptr, 0, 0) > 0) {
+        TranslateMessage(&msg);
+        DispatchMessageA(&msg);
+    }
+    return 0;
+}
+
+} // namespace
+
+int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& messages) {
+    std::unique_ptr<AppState> app;
+    std::unique_ptr<MainWindow> window;
+    UniqueHandle instanceMutex;
+    try {
+        app = std::make_unique<AppState>(RunningProgramFolder(), messages);
+        InitGlobals(*app);
+        CDelayLoad(*app).LoadItems();
+
+        instanceMutex.reset(CreateMutexA(nullptr, FALSE, InstanceMutexName().c_str()));
+        if (GetLastError() == ERROR_ALREADY_EXISTS) {
+            if (HWND first = FindWindowA(nullptr, kMainWindowTitle)) {
+                ShowWindow(first, IsIconic(first) ? SW_RESTORE : SW_SHOW);
+                SetForegroundWindow(first);
+            }
+            messages.ShowMessage(app->text.Message(0), "Tolvane", kMbOk | kMbIconInformation);
+            return 0;
+        }
+
+        app->ShowGui = !ArgumentsAskForLogOnMode(arguments);
+        if (app->ShowGui)
+            EnsureStartupFolders(*app);
+        if (!app->ShowGui && app->model.StartupType <= 0)
+            return 0; // a log-on start with start-up turned off does nothing
+
+        window = std::make_unique<MainWindow>(*app, instance);
+        if (!window->Load())
+            throw std::runtime_error("the main window could not be made");
+        if (!app->ShowGui) {
+            YieldToMessageLoop();
+            DelayedRun(*app, *window);
+        }
+    } catch (const std::exception& e) {
+        if (app)
+            app->log.WriteLog(std::string("Main: ") + e.what(), kLogError);
+        messages.ShowMessage(app ? app->text.Message(6) : TextTables().Message(6),
+                             "Tolvane Critical Stop", kMbOk | kMbIconCritical);
+        if (!window || !window->Handle())
+            return 1;
+    }
+    // A window that is still there keeps the process alive until it is closed for good.
+    int code = window && window->Handle() ? MessageLoop() : 0;
+    window.reset();
+    return code;
+}
+
+} // namespace tolvane

@@ -1,0 +1,34 @@
+// The program's entry: loads the texts, lists and model, refuses a second instance, finds the
+// folders and chooses the mode.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+#include <string_view>
+
+namespace tolvane {
+
+class AppState;
+class UserMessages;
+
+// The path of a shell special folder (CSIDL), "" when the shell has none.
+std::string GetSpecialFolder(int csidl);
+
+// The current user's and the all-users Startup folders, looked up when first needed: the
+// log-on run never reads them, and asking the shell costs its first launch time.
+void EnsureStartupFolders(AppState& app);
+
+// Language, texts, the online-search template and the safe list.
+void InitGlobals(AppState& app);
+
+// -nogui anywhere in the arguments, in any letter case, chooses the log-on mode.
+bool ArgumentsAskForLogOnMode(std::string_view arguments);
+
+// The folder of the running exe, without a trailing backslash.
+std::string RunningProgramFolder();
+
+// Runs the program to its end; returns the process's exit code.
+int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& messages);
+
+} // namespace tolvane

@@ -1,0 +1,55 @@
+// frmStartupItems, the program's one main window. Loaded in both modes: shown at once when the
+// user started the program, hidden with only its tray icon while the log-on run waits.
+#pragma once
+
+#include <windows.h>
+
+#include "platform/handles.h"
+#include "startup/delayed_run.h"
+#include "ui/tray_icon.h"
+
+namespace tolvane {
+
+class AppState;
+
+inline constexpr const char* kMainWindowTitle = "Tolvane Tolvane & Program Manager";
+
+class MainWindow : public MainWindowControl {
+public:
+    MainWindow(AppState& app, HINSTANCE instance);
+    ~MainWindow() override;
+    MainWindow(const MainWindow&) = delete;
+    MainWindow& operator=(const MainWindow&) = delete;
+
+    // Creates the window and its tray icon; shows it when the user started the program.
+    bool Load();
+    HWND Handle() const { return window_; }
+
+    bool IsVisible() const override { return isVisible_; }
+    void Unload() override;
+
+    // The tray's "Open": during the log-on run this marks the window as opened by the user,
+    // so the program stays when the run is over.
+    void Open();
+
+private:
+    static LRESULT CALLBACK WindowProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp);
+    LRESULT Handle(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp);
+    void TrayMessage(UINT mouse);
+    // The controls inside the window, made when it is first shown: while the log-on run waits
+    // the window stays hidden, and its controls would load libraries that waiting never needs.
+    void EnsureContent();
+    void ShowWindowNow(int command);
+    void EndForGood();
+
+    AppState& app_;
+    HINSTANCE instance_;
+    HWND window_ = nullptr;
+    HWND label_ = nullptr; // stands for the window's content until it is shown
+    UniqueIcon icon_;
+    TrayIcon tray_;
+    bool isVisible_ = false;
+    bool ending_ = false;
+};
+
+} // namespace tolvane

@@ -1,0 +1,53 @@
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "startup/event_log.h"
+#include "support/win_test_support.h"
+
+namespace tolvane {
+namespace {
+
+TEST(EventLog, WritesOnlyIntoAnExistingFileWithTheLevelPrefix) {
+    test::TempFolder folder;
+    EventLog log(folder / "log.txt");
+    log.WriteLog("nobody reads this", kLogInfo);
+    EXPECT_FALSE(test::PathExists(folder / "log.txt")); // logging is off: no file is made
+
+    test::WriteFileBytes(folder / "log.txt", "");
+    log.WriteLog("a", kLogError);
+    log.WriteLog("b", kLogWarning);
+    log.WriteLog("c", kLogInfo);
+    log.WriteLog("d", 3);
+    EXPECT_EQ(test::ReadFileBytes(folder / "log.txt"),
+              "Error: a\r\nWarning: b\r\nInfo: c\r\nd\r\n");
+}
+
+TEST(EventLog, ALogOfFiveMegabytesLosesItsOlderHalfBeforeTheNextLine) {
+    test::TempFolder folder;
+    EventLog log(folder / "log.txt");
+    std::string line(98, 'o');
+    line += "\r\n"; // 100 bytes a line
+    std::string content;
+    for (int i = 0; i < 51200; ++i)
+        content += line;
+    ASSERT_EQ(content.size(), kLogPruneSize);
+
+    test::WriteFileBytes(folder / "log.txt", content.substr(1)); // one byte short: no prune
+    log.WriteLog("x", kLogInfo);
+    EXPECT_EQ(test::ReadFileBytes(folder / "log.txt").size(), content.size() - 1 + 9);
+
+    content.replace(kLogPruneCut, 5, "KEPT!");
+    test::WriteFileBytes(folder / "log.txt", content);
+    log.WriteLog("after the prune", kLogWarning);
+    const std::string pruned = test::ReadFileBytes(folder / "log.txt");
+    // Byte 2,560,000 ends a line, so the kept part starts with the next one whole.
+    ASSERT_EQ(pruned.substr(0, 5), "KEPT!");
+    const std::string tail = pruned.substr(content.size() - kLogPruneCut);
+    EXPECT_TRUE(std::regex_match(tail, std::regex("\r\n<---- Old Events removed on: [^\r\n]+ "
+                                                  "---->\r\nWarning: after the prune\r\n")))
+        << tail;
+}
+
+} // namespace
+} // namespace tolvane

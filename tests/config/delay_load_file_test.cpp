@@ -114,11 +114,13 @@ TEST_F(ProgramGroupFileOnDisk, AKilledWriterNeverLeavesATornFile) {
     std::string child = self;
     child = child.substr(0, child.find_last_of('\\')) + "\\proggroup_writer_child.exe";
     ASSERT_TRUE(test::PathExists(child)) << child;
-    std::string command =
-        "\"" + child + "\" \"" + folder.Path() + "\" " + std::to_string(kPrograms);
+    const std::string eventName = "Local\\tolvane-writer-" + std::to_string(GetCurrentProcessId());
+    UniqueHandle started(CreateEventA(nullptr, TRUE, FALSE, eventName.c_str()));
+    const std::string command = "\"" + child + "\" \"" + folder.Path() + "\" " +
+                                std::to_string(kPrograms) + " " + eventName;
 
     std::mt19937 rng(20261123);
-    std::uniform_int_distribution<int> wait(0, 60);
+    std::uniform_int_distribution<int> wait(0, 30);
     int seenA = 0, seenB = 0;
     for (int round = 0; round < 300; ++round) {
         STARTUPINFOA si{sizeof si};
@@ -127,6 +129,10 @@ TEST_F(ProgramGroupFileOnDisk, AKilledWriterNeverLeavesATornFile) {
         ASSERT_TRUE(CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr,
                                    nullptr, &si, &pi));
         UniqueHandle process(pi.hProcess), thread(pi.hThread);
+        // The kill lands at a random moment once the child writes, however slowly it started.
+        ASSERT_EQ(WaitForSingleObject(started.get(), 20000), static_cast<DWORD>(WAIT_OBJECT_0))
+            << "round " << round;
+        ResetEvent(started.get());
         Sleep(static_cast<DWORD>(wait(rng)));
         TerminateProcess(process.get(), 1);
         WaitForSingleObject(process.get(), INFINITE);

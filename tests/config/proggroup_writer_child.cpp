@@ -1,5 +1,7 @@
 // Writes the program-group file over and over, alternating two models, until it is killed.
-//   proggroup_writer_child <program folder> <programs>
+//   proggroup_writer_child <program folder> <programs> <event to set once writing starts>
+#include <windows.h>
+
 #include <cstdlib>
 #include <string>
 
@@ -9,14 +11,17 @@
 #include "text/language_files.h"
 
 int main(int argc, char** argv) {
-    if (argc < 3)
+    if (argc < 4)
         return 2;
     tolvane::test::CapturedMessages messages;
     tolvane::AppState app(argv[1], messages);
     tolvane::LoadLanguageList(app); // the same list as the test that compares the bytes
     tolvane::CDelayLoad delayLoad(app);
     const int programs = std::atoi(argv[2]);
+    HANDLE started = OpenEventA(EVENT_MODIFY_STATE, FALSE, argv[3]);
     for (unsigned round = 0;; ++round) {
+        if (round == 1)
+            SetEvent(started); // one whole write done: from now on every moment is mid-work
         tolvane::test::FillWriterModel(app.model, round % 2, programs);
         delayLoad.WriteItems();
     }

@@ -2,6 +2,7 @@
 
 #include <exception>
 
+#include "items/refresh.h"
 #include "platform/runtime_libraries.h"
 #include "resource_ids.h"
 #include "startup/app_state.h"
@@ -13,6 +14,7 @@ namespace tolvane {
 namespace {
 
 constexpr const char* kClassName = "TolvaneStartupItems";
+constexpr int kTreeId = 100;
 enum : UINT { kMenuOpen = 1, kMenuQuit = 2 };
 
 } // namespace
@@ -56,19 +58,80 @@ bool MainWindow::Load() {
 }
 
 void MainWindow::EnsureContent() {
-    if (label_)
+    if (treeView_)
         return;
     EnsureCommonControls();
     EnsureStartupFolders(app_);
+    statusBar_ = CreateWindowExA(0, STATUSCLASSNAMEA, "", WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP, 0,
+                                 0, 0, 0, window_, nullptr, instance_, nullptr);
+    int parts[] = {200, -1};
+    SendMessageA(statusBar_, SB_SETPARTS, 2, reinterpret_cast<LPARAM>(parts));
+    SendMessageA(statusBar_, SB_SETTEXTA, 1,
+                 reinterpret_cast<LPARAM>(TextTables::Entry(app_.text.Toolbar, 6).c_str()));
+    progress_ = std::make_unique<AdvProgressBar>(window_);
+    progress_->SetMin(0);
+    progress_->SetMax(100);
+    progress_->SetValue(0);
+    progress_->SetGradient(false);
+    progress_->SetMyParent(statusBar_);
+    progress_->SetStatusBarPanelIndex(1);
+    treeView_ = std::make_unique<TreeViewControl>(window_, kTreeId, instance_);
+    treeView_->ToolTip = [this](int node) {
+        return node == TreeModel::kNone ? std::string()
+                                        : SafeListDescription(tree_.Node(node).Text, app_.SafeList);
+    };
+    Layout();
+}
+
+void MainWindow::Layout() {
+    if (!treeView_)
+        return;
     RECT client{};
     GetClientRect(window_, &client);
-    label_ = CreateWindowExA(0, "STATIC", "", WS_CHILD | WS_VISIBLE, 16, 16, client.right - 32,
-                             client.bottom - 32, window_, nullptr, instance_, nullptr);
+    SendMessageA(statusBar_, WM_SIZE, 0, 0);
+    RECT bar{};
+    GetWindowRect(statusBar_, &bar);
+    // A margin of 75 twips around the tree.
+    const int margin = MulDiv(75, GetDeviceCaps(WindowDc(window_).get(), LOGPIXELSX), 1440);
+    const int height = client.bottom - (bar.bottom - bar.top) - 2 * margin;
+    MoveWindow(treeView_->Hwnd(), margin, margin, client.right - 2 * margin,
+               height > 0 ? height : 0, TRUE);
+    progress_->Reposition();
+}
+
+void MainWindow::Refresh() {
+    EnsureContent();
+    HCURSOR previous = SetCursor(LoadCursorA(nullptr, MAKEINTRESOURCEA(32514)));
+    RefreshData(app_, tree_, listing_,
+                [this](double value) { progress_->SetValue(static_cast<float>(value)); });
+    treeView_->Render(tree_);
+    progress_->SetValue(0);
+    SetCursor(previous);
+}
+
+void MainWindow::ChecksMayHaveChanged() {
+    if (!treeView_)
+        return;
+    // A container passes its new state on to its items.
+    bool passedOn = false;
+    for (int node : treeView_->ReadChecks(tree_)) {
+        if (tree_.Node(node).Tag != kPopupTag) {
+            CheckWithItems(tree_, node, tree_.Node(node).Checked);
+            passedOn = true;
+        }
+    }
+    if (passedOn)
+        treeView_->ShowChecks(tree_);
 }
 
 void MainWindow::ShowWindowNow(int command) {
+    const bool first = !treeView_;
     EnsureContent();
     ShowWindow(window_, command);
+    if (first) {
+        UpdateWindow(window_);
+        Refresh();
+    }
 }
 
 void MainWindow::Open() {
@@ -126,8 +189,23 @@ LRESULT MainWindow::Handle(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
         TrayMessage(static_cast<UINT>(lp));
         return 0;
     case WM_SIZE:
-        if (label_)
-            MoveWindow(label_, 16, 16, LOWORD(lp) - 32, HIWORD(lp) - 32, TRUE);
+        if (wp != SIZE_MINIMIZED)
+            Layout();
+        return 0;
+    case WM_NOTIFY: {
+        const auto* header = reinterpret_cast<const NMHDR*>(lp);
+        if (header->code == TVN_KEYDOWN &&
+            reinterpret_cast<const NMTVKEYDOWN*>(lp)->wVKey == VK_F5) {
+            Refresh();
+            return 0;
+        }
+        LRESULT result = 0;
+        if (treeView_ && treeView_->OnNotify(header, tree_, result))
+            return result;
+        break;
+    }
+    case TreeViewControl::kChecksMayHaveChanged:
+        ChecksMayHaveChanged();
         return 0;
     case WM_CLOSE:
         // The close button keeps the program in the tray when the settings ask for it.

@@ -4,9 +4,15 @@
 
 #include <windows.h>
 
+#include <memory>
+
+#include "items/startup_tree.h"
 #include "platform/handles.h"
 #include "startup/delayed_run.h"
+#include "ui/progress_bar.h"
 #include "ui/tray_icon.h"
+#include "ui/tree_model.h"
+#include "ui/tree_view.h"
 
 namespace tolvane {
 
@@ -32,6 +38,14 @@ public:
     // so the program stays when the run is over.
     void Open();
 
+    // Rebuilds the startup tree from the folders, the Run keys and the file, and shows it.
+    void Refresh();
+
+    // The startup items as the last refresh left them, and the user's checks on them.
+    TreeModel& Tree() { return tree_; }
+    const StartupListing& Listing() const { return listing_; }
+    TreeViewControl* TreeView() { return treeView_.get(); }
+
 private:
     static LRESULT CALLBACK WindowProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp);
     LRESULT Handle(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp);
@@ -40,12 +54,18 @@ private:
     // the window stays hidden, and its controls would load libraries that waiting never needs.
     void EnsureContent();
     void ShowWindowNow(int command);
+    void Layout();
+    void ChecksMayHaveChanged();
     void EndForGood();
 
     AppState& app_;
     HINSTANCE instance_;
     HWND window_ = nullptr;
-    HWND label_ = nullptr; // stands for the window's content until it is shown
+    HWND statusBar_ = nullptr;
+    std::unique_ptr<AdvProgressBar> progress_;
+    std::unique_ptr<TreeViewControl> treeView_;
+    TreeModel tree_;
+    StartupListing listing_;
     UniqueIcon icon_;
     TrayIcon tray_;
     bool isVisible_ = false;

@@ -274,3 +274,26 @@ std::vector<std::string> ReadLines(const std::string& path) {
 }
 
 } // namespace tolvane::test
+
+namespace tolvane::test {
+
+StartupLocations::StartupLocations()
+    : UserFolder(ShellFolder(CSIDL_STARTUP)), CommonFolder(ShellFolder(CSIDL_COMMON_STARTUP)) {}
+
+void StartupLocations::Clear() const {
+    for (const std::string& folder : {UserFolder, CommonFolder}) {
+        if (folder.empty())
+            continue;
+        RemoveTree(folder);
+        MakeFolder(folder);
+    }
+    for (RegistryRoot root : {RegistryRoot::CurrentUser, RegistryRoot::LocalMachine}) {
+        DeleteRegistryTree(root, "Software\\Microsoft\\Windows\\CurrentVersion\\Run");
+        UniqueHKey key;
+        RegCreateKeyExA(RootHKey(root), "Software\\Microsoft\\Windows\\CurrentVersion\\Run", 0,
+                        nullptr, 0, KEY_ALL_ACCESS, nullptr, key.put(), nullptr);
+        DeleteRegistryTree(root, "Software\\Hexmoor");
+    }
+}
+
+} // namespace tolvane::test

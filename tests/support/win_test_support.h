@@ -104,3 +104,18 @@ private:
 std::vector<std::string> ReadLines(const std::string& path);
 
 } // namespace tolvane::test
+
+namespace tolvane::test {
+
+// The test prefix's startup locations: both Startup folders, both Run keys, and the keys that
+// keep the saved copies of Run values. Tests that use them hold the ctest lock
+// "startup_locations" and leave them empty.
+struct StartupLocations {
+    std::string UserFolder;
+    std::string CommonFolder;
+    StartupLocations();
+    // Removes every shortcut, Run value and saved copy.
+    void Clear() const;
+};
+
+} // namespace tolvane::test

@@ -1,0 +1,51 @@
+#include "items/refresh.h"
+
+#include <windows.h>
+
+#include <exception>
+
+#include "config/delay_load.h"
+#include "platform/dir_struct.h"
+#include "platform/registry.h"
+#include "startup/run_entry.h"
+#include "text/strings.h"
+
+namespace tolvane {
+
+long long SecondsSinceMidnight() {
+    SYSTEMTIME now{};
+    GetLocalTime(&now);
+    const double seconds =
+        now.wHour * 3600.0 + now.wMinute * 60.0 + now.wSecond + now.wMilliseconds / 1000.0;
+    return RoundHalfEven(seconds);
+}
+
+bool RefreshData(AppState& app, TreeModel& tree, StartupListing& listing,
+                 const std::function<void(double)>& progress) {
+    try {
+        const std::string own = OwnRunEntry(app.folders);
+        UpdateRunEntry(app, app.model.StartupType);
+        CDelayLoad(app).LoadItems();
+        CDirStruct folders;
+        folders.ReturnFiles(app.folders.UserStartupFolder, listing.UserStartupFiles);
+        folders.ReturnFiles(app.folders.CommonStartupFolder, listing.CommonStartupFiles);
+        CRegistry registry;
+        registry.EnumKey(RegistryRoot::CurrentUser, kRunKey, listing.UserRunValues);
+        registry.EnumKey(RegistryRoot::LocalMachine, kRunKey, listing.MachineRunValues);
+        StartupTreeHooks hooks;
+        hooks.Timer = SecondsSinceMidnight;
+        hooks.Progress = progress;
+        BuildStartupTree(tree, listing, app.model, own, hooks);
+    } catch (const std::exception& e) {
+        app.log.WriteLog(std::string("RefreshData Error: ") + e.what(), kLogError);
+        return false;
+    }
+    try {
+        MarkKnown(tree, app.SafeList);
+    } catch (const std::exception& e) {
+        app.log.WriteLog(std::string("MarkKnown Error: ") + e.what(), kLogError);
+    }
+    return true;
+}
+
+} // namespace tolvane

@@ -1,0 +1,270 @@
+#include "items/startup_tree.h"
+
+#include "text/strings.h"
+
+namespace tolvane {
+
+namespace {
+
+struct Container {
+    const char* key;
+    const char* parent; // "" for a root
+    const char* caption;
+    const char* image;
+};
+
+// The containers, in the order they are made.
+constexpr Container kContainers[] = {
+    {"CurrentUserRoot", "", "Current User (", "User"},
+    {"CurrentUserStartup", "CurrentUserRoot", "Startup Folder (", "Startup"},
+    {"CurrentUserRegistry", "CurrentUserRoot", "Registry Run (", "Registry"},
+    {"AllUsersRoot", "", "All Users (", "Group"},
+    {"AllUsersStartup", "AllUsersRoot", "Startup Folder (", "Startup"},
+    {"AllUsersRegistry", "AllUsersRoot", "Registry Run (", "Registry"},
+    {"DelayedItemsRoot", "", "Delayed Items (", "Delay"},
+    {"DIR_CurrentUser", "DelayedItemsRoot", "Current User (", "User"},
+    {"DIR_AllUsers", "DelayedItemsRoot", "All Users (", "Group"},
+    {"DelayedItemsStartupCurrentUser", "DIR_CurrentUser", "Startup Folder (", "Startup"},
+    {"DelayedItemsRegistryCurrentUser", "DIR_CurrentUser", "Registry Run (", "Registry"},
+    {"DelayedItemsStartupAllUsers", "DIR_AllUsers", "Startup Folder (", "Startup"},
+    {"DelayedItemsRegistryAllUsers", "DIR_AllUsers", "Registry Run (", "Registry"},
+    {"StoppedItemsRoot", "", "Stopped Items (", "Stopped"},
+    {"StoppedItemsCurrent", "StoppedItemsRoot", "Current User (", "User"},
+    {"StoppedItemsAll", "StoppedItemsRoot", "All Users (", "Group"},
+    {"StoppedItemsCurrentStartup", "StoppedItemsCurrent", "Startup Folder (", "Startup"},
+    {"StoppedItemsCurrentReg", "StoppedItemsCurrent", "Registry (", "Registry"},
+    {"StoppedItemsAllStartup", "StoppedItemsAll", "Startup Folder (", "Startup"},
+    {"StoppedItemsAllReg", "StoppedItemsAll", "Registry (", "Registry"},
+};
+
+// The containers whose open state a refresh keeps, in the order it is put back; the stopped
+// root opens when either of its user containers was open.
+constexpr const char* kRemembered[] = {
+    "CurrentUserRoot",
+    "AllUsersRoot",
+    "DelayedItemsRoot",
+    "CurrentUserStartup",
+    "CurrentUserRegistry",
+    "AllUsersStartup",
+    "AllUsersRegistry",
+    "DIR_CurrentUser",
+    "DIR_AllUsers",
+    "DelayedItemsStartupCurrentUser",
+    "DelayedItemsRegistryCurrentUser",
+    "DelayedItemsStartupAllUsers",
+    "DelayedItemsRegistryAllUsers",
+    "StoppedItemsCurrent",
+    "StoppedItemsAll",
+};
+
+int Count(const std::vector<std::string>& list) {
+    return list.empty() || list[0].empty() ? 0 : static_cast<int>(list.size());
+}
+
+// Takes the first element equal to the program's own value out; true when there was one.
+bool RemoveOwnEntry(std::vector<std::string>& list, std::string_view own) {
+    for (std::string& element : list) {
+        if (element == own) {
+            element.clear();
+            return true;
+        }
+    }
+    return false;
+}
+
+class Builder {
+public:
+    Builder(TreeModel& tree, const StartupTreeHooks& hooks) : tree_(tree), hooks_(hooks) {}
+
+    void Progress(double value) {
+        if (hooks_.Progress)
+            hooks_.Progress(value);
+    }
+
+    // Keys carry the time and the item's index as the tree has always built them; where two
+    // items would get the same key (the same name at the same index in both Startup folders,
+    // within one second), a counter makes it unique, so that every item shows.
+    void Leaf(const char* container, size_t index, std::string_view origin, std::string_view text,
+              std::string_view tag) {
+        const long long timer = hooks_.Timer ? hooks_.Timer() : 0;
+        std::string key = "#" + std::to_string(timer) + std::to_string(index) + std::string(origin);
+        if (tree_.Find(key) != TreeModel::kNone) {
+            int n = 2;
+            while (tree_.Find(key + "#" + std::to_string(n)) != TreeModel::kNone)
+                ++n;
+            key += "#" + std::to_string(n);
+        }
+        int node = tree_.Add(container, key, text);
+        tree_.Node(node).Tag = std::string(tag);
+    }
+
+private:
+    TreeModel& tree_;
+    const StartupTreeHooks& hooks_;
+};
+
+} // namespace
+
+std::string OwnRunEntry(const AppFolders& folders) {
+    return "Tolvane=" + folders.RunCommand;
+}
+
+std::string DelayedRunItemText(const GroupProgram& program) {
+    return program.RegistryKeyName + "=" + program.Path + " " + program.Parameters;
+}
+
+void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramModel& model,
+                      std::string_view ownRunEntry, const StartupTreeHooks& hooks) {
+    // What the user had opened.
+    std::vector<bool> expanded;
+    for (const char* key : kRemembered) {
+        int node = tree.Find(key);
+        expanded.push_back(node != TreeModel::kNone && tree.Node(node).Expanded);
+    }
+
+    int userFolder = Count(listing.UserStartupFiles);
+    int commonFolder = Count(listing.CommonStartupFiles);
+    int userRun = Count(listing.UserRunValues);
+    int machineRun = Count(listing.MachineRunValues);
+    if (RemoveOwnEntry(listing.UserRunValues, ownRunEntry))
+        --userRun;
+    if (RemoveOwnEntry(listing.MachineRunValues, ownRunEntry))
+        --machineRun;
+
+    const ProgramGroup* startup = model.StartupGroup();
+    int delayedUserFolder = 0, delayedCommonFolder = 0, delayedUserRun = 0, delayedMachineRun = 0;
+    if (startup) {
+        for (const GroupProgram& p : startup->Programs) {
+            delayedUserFolder += p.Command == kExecute;
+            delayedCommonFolder += p.Command == kExecuteAU;
+            delayedUserRun += p.Command == kExecuteReg;
+            delayedMachineRun += p.Command == kExecuteRegAU;
+        }
+    }
+    int stoppedMachineRun = 0, stoppedCommonFolder = 0, stoppedUserRun = 0, stoppedUserFolder = 0;
+    for (const std::string& entry : model.StoppedPrograms) {
+        std::string_view prefix = std::string_view(entry).substr(0, kPrefixLength);
+        stoppedMachineRun += prefix == LocationPrefix(kMachineRun);
+        stoppedCommonFolder += prefix == LocationPrefix(kCommonStartup);
+        stoppedUserRun += prefix == LocationPrefix(kUserRun);
+        stoppedUserFolder += prefix == LocationPrefix(kUserStartup);
+    }
+    const int counts[] = {
+        userFolder + userRun,
+        userFolder,
+        userRun,
+        machineRun + commonFolder,
+        commonFolder,
+        machineRun,
+        delayedUserFolder + delayedCommonFolder + delayedUserRun + delayedMachineRun,
+        delayedUserFolder + delayedUserRun,
+        delayedCommonFolder + delayedMachineRun,
+        delayedUserFolder,
+        delayedUserRun,
+        delayedCommonFolder,
+        delayedMachineRun,
+        stoppedMachineRun + stoppedCommonFolder + stoppedUserRun + stoppedUserFolder,
+        stoppedUserRun + stoppedUserFolder,
+        stoppedMachineRun + stoppedCommonFolder,
+        stoppedUserFolder,
+        stoppedUserRun,
+        stoppedCommonFolder,
+        stoppedMachineRun,
+    };
+
+    Builder build(tree, hooks);
+    build.Progress(0);
+    tree.Clear();
+    for (size_t i = 0; i < std::size(kContainers); ++i) {
+        const Container& c = kContainers[i];
+        tree.Add(c.parent, c.key, c.caption + std::to_string(counts[i]) + ")", c.image);
+    }
+    build.Progress(100.0 / 3);
+
+    auto leaves = [&](const std::vector<std::string>& list, const char* container,
+                      std::string_view tag, bool skipOwn) {
+        for (size_t i = 0; i < list.size(); ++i)
+            if (!list[i].empty() && !(skipOwn && list[i] == ownRunEntry))
+                build.Leaf(container, i, "#" + list[i], list[i], tag);
+    };
+    leaves(listing.UserStartupFiles, "CurrentUserStartup", kPopupTag, false);
+    leaves(listing.UserRunValues, "CurrentUserRegistry", kPopupTag, false);
+    build.Progress(200.0 / 3);
+    leaves(listing.CommonStartupFiles, "AllUsersStartup", "", false);
+    leaves(listing.MachineRunValues, "AllUsersRegistry", "", true);
+    build.Progress(75);
+
+    if (startup) {
+        for (size_t i = 0; i < startup->Programs.size(); ++i) {
+            const GroupProgram& p = startup->Programs[i];
+            if (p.Path.empty())
+                continue;
+            const std::string origin = "#DELAYED" + p.Path;
+            if (p.Command == kExecute)
+                build.Leaf("DelayedItemsStartupCurrentUser", i, origin, p.Path, kPopupTag);
+            else if (p.Command == kExecuteAU)
+                build.Leaf("DelayedItemsStartupAllUsers", i, origin, p.Path, kPopupTag);
+            else if (p.Command == kExecuteReg)
+                build.Leaf("DelayedItemsRegistryCurrentUser", i, origin, DelayedRunItemText(p),
+                           kPopupTag);
+            else if (p.Command == kExecuteRegAU)
+                build.Leaf("DelayedItemsRegistryAllUsers", i, origin, DelayedRunItemText(p),
+                           kPopupTag);
+        }
+    }
+    build.Progress(95);
+
+    for (size_t i = 0; i < model.StoppedPrograms.size(); ++i) {
+        const std::string& entry = model.StoppedPrograms[i];
+        std::string_view prefix = std::string_view(entry).substr(0, kPrefixLength);
+        const std::string name = entry.size() > kPrefixLength ? entry.substr(kPrefixLength) : "";
+        if (prefix == LocationPrefix(kUserRun))
+            build.Leaf("StoppedItemsCurrentReg", i, "#STOPPED" + entry, name, kPopupTag);
+        else if (prefix == LocationPrefix(kUserStartup))
+            build.Leaf("StoppedItemsCurrentStartup", i, "#STOPPED" + entry, name, kPopupTag);
+    }
+
+    for (size_t i = 0; i < std::size(kRemembered); ++i) {
+        if (std::string_view(kRemembered[i]) == "StoppedItemsCurrent")
+            tree.Node(tree.Find("StoppedItemsRoot")).Expanded = expanded[13] || expanded[14];
+        tree.Node(tree.Find(kRemembered[i])).Expanded = expanded[i];
+    }
+    build.Progress(100);
+    build.Progress(0);
+}
+
+void MarkKnown(TreeModel& tree, const std::vector<SafeEntry>& safeList) {
+    for (size_t i = 0; i < tree.Count(); ++i) {
+        TreeNode& node = tree.Node(static_cast<int>(i));
+        if (!node.Children.empty())
+            continue;
+        for (const SafeEntry& entry : safeList) {
+            if (!entry.Name.empty() && Contains(node.Text, entry.Name)) {
+                node.Bold = true;
+                break;
+            }
+        }
+    }
+}
+
+std::string SafeListDescription(std::string_view text, const std::vector<SafeEntry>& safeList) {
+    if (text.empty())
+        return std::string();
+    // An entry without a name would match every text and lend its description to all of them.
+    for (const SafeEntry& entry : safeList)
+        if (!entry.Name.empty() && Contains(text, entry.Name))
+            return entry.Description;
+    return std::string();
+}
+
+void CheckWithItems(TreeModel& tree, int node, bool checked) {
+    std::function<void(int, int)> set = [&](int n, int depth) {
+        tree.Node(n).Checked = checked;
+        if (depth < 3)
+            for (int child : tree.Node(n).Children)
+                set(child, depth + 1);
+    };
+    set(node, 0);
+}
+
+} // namespace tolvane

@@ -1,0 +1,57 @@
+// The tree of every startup item: the current user's and all users' active items, the delayed
+// and the stopped ones, each container captioned with its number of items. Built from the four
+// listings and the program-group model, without the platform.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "config/program_model.h"
+#include "startup/app_state.h"
+#include "ui/tree_model.h"
+
+namespace tolvane {
+
+// What the four startup locations held at the last refresh. Each list has at least one
+// element; an empty first element means the location has nothing.
+struct StartupListing {
+    std::vector<std::string> UserStartupFiles{1};
+    std::vector<std::string> CommonStartupFiles{1};
+    std::vector<std::string> UserRunValues{1}; // "name=data"
+    std::vector<std::string> MachineRunValues{1};
+};
+
+// The tag of the items that offer the popup's moves.
+inline constexpr std::string_view kPopupTag = "#POP#";
+
+// The program's own Run value as a listing shows it: "Tolvane=" and the command.
+std::string OwnRunEntry(const AppFolders& folders);
+
+// The tree text of a delayed Run value: value name, "=", path, " ", parameters.
+std::string DelayedRunItemText(const GroupProgram& program);
+
+struct StartupTreeHooks {
+    // Seconds since midnight, rounded: part of every item's key.
+    std::function<long long()> Timer;
+    // The refresh's progress, 0 to 100.
+    std::function<void(double)> Progress;
+};
+
+// Rebuilds the tree. The program's own Run value (the first copy in each listing) is taken out
+// of the listings and shown nowhere. Containers keep the expanded state they had before; the
+// four stopped registry and folder containers start closed.
+void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramModel& model,
+                      std::string_view ownRunEntry, const StartupTreeHooks& hooks);
+
+// Items whose text holds a name of the safe list (exact letters) are known: bold.
+void MarkKnown(TreeModel& tree, const std::vector<SafeEntry>& safeList);
+
+// The safe list's description of the first name found in the text; "" when none.
+std::string SafeListDescription(std::string_view text, const std::vector<SafeEntry>& safeList);
+
+// Checks or clears a container and its items, down to three levels below it.
+void CheckWithItems(TreeModel& tree, int node, bool checked);
+
+} // namespace tolvane

@@ -1,0 +1,171 @@
+#include "ui/tree_view.h"
+
+#include <cstring>
+
+#include "platform/runtime_libraries.h"
+#include "resource_ids.h"
+
+namespace tolvane {
+
+namespace {
+
+UINT StateImage(bool checked) {
+    return INDEXTOSTATEIMAGEMASK(checked ? 2 : 1);
+}
+
+} // namespace
+
+std::vector<std::pair<std::string, int>> TreeViewControl::StartupTreeIcons() {
+    return {{"User", IDI_TREE_USER},       {"Group", IDI_TREE_GROUP},
+            {"Startup", IDI_TREE_STARTUP}, {"Registry", IDI_TREE_REGISTRY},
+            {"Delay", IDI_TREE_DELAY},     {"Stopped", IDI_TREE_STOPPED}};
+}
+
+TreeViewControl::TreeViewControl(HWND parent, int id, HMODULE iconModule) : parent_(parent) {
+    EnsureCommonControls();
+    tree_.reset(CreateWindowExA(WS_EX_CLIENTEDGE, WC_TREEVIEWA, "",
+                                WS_CHILD | WS_VISIBLE | WS_TABSTOP | TVS_HASLINES | TVS_HASBUTTONS |
+                                    TVS_LINESATROOT | TVS_SHOWSELALWAYS | TVS_INFOTIP,
+                                0, 0, 100, 100, parent, reinterpret_cast<HMENU>(INT_PTR(id)),
+                                GetModuleHandleA(nullptr), nullptr));
+    // Check boxes are switched on after the control exists: given at creation, the boxes lose
+    // the states set before the first paint.
+    SetWindowLongPtrA(tree_.get(), GWL_STYLE,
+                      GetWindowLongPtrA(tree_.get(), GWL_STYLE) | TVS_CHECKBOXES);
+
+    const int size = GetSystemMetrics(SM_CXSMICON);
+    images_.reset(ImageListCreate(size, size, ILC_COLOR32 | ILC_MASK, 6, 0));
+    for (const auto& [key, id] : StartupTreeIcons()) {
+        UniqueIcon icon(static_cast<HICON>(
+            LoadImageA(iconModule, MAKEINTRESOURCEA(id), IMAGE_ICON, size, size, 0)));
+        if (icon && images_)
+            imageIndex_[key] = ImageListAddIcon(images_.get(), icon.get());
+    }
+    SendMessageA(tree_.get(), TVM_SETIMAGELIST, TVSIL_NORMAL,
+                 reinterpret_cast<LPARAM>(images_.get()));
+}
+
+HTREEITEM TreeViewControl::ItemOf(int node) const {
+    return node >= 0 && static_cast<size_t>(node) < items_.size() ? items_[node] : nullptr;
+}
+
+int TreeViewControl::NodeOf(HTREEITEM item) const {
+    auto it = nodes_.find(item);
+    return it == nodes_.end() ? TreeModel::kNone : it->second;
+}
+
+void TreeViewControl::Render(const TreeModel& model) {
+    HWND tree = tree_.get();
+    // One repaint for the whole tree instead of one per node.
+    SendMessageA(tree, WM_SETREDRAW, FALSE, 0);
+    SendMessageA(tree, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
+    items_.assign(model.Count(), nullptr);
+    nodes_.clear();
+    nodes_.reserve(model.Count());
+    for (size_t i = 0; i < model.Count(); ++i) {
+        const TreeNode& node = model.Node(static_cast<int>(i));
+        TVINSERTSTRUCTA insert{};
+        insert.hParent = node.Parent == TreeModel::kNone ? TVI_ROOT : items_[node.Parent];
+        insert.hInsertAfter = TVI_LAST;
+        TVITEMA& item = insert.item;
+        item.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_STATE | TVIF_PARAM;
+        item.pszText = const_cast<char*>(node.Text.c_str());
+        auto image = imageIndex_.find(node.Image);
+        // No picture is I_IMAGENONE: -1 would be I_IMAGECALLBACK, and the control would show
+        // the first picture of the list.
+        item.iImage = item.iSelectedImage =
+            image == imageIndex_.end() ? I_IMAGENONE : image->second;
+        item.stateMask = TVIS_BOLD | TVIS_STATEIMAGEMASK;
+        item.state = (node.Bold ? TVIS_BOLD : 0) | StateImage(node.Checked);
+        item.lParam = static_cast<LPARAM>(i);
+        HTREEITEM handle = reinterpret_cast<HTREEITEM>(
+            SendMessageA(tree, TVM_INSERTITEMA, 0, reinterpret_cast<LPARAM>(&insert)));
+        items_[i] = handle;
+        nodes_[handle] = static_cast<int>(i);
+    }
+    for (size_t i = 0; i < model.Count(); ++i)
+        if (model.Node(static_cast<int>(i)).Expanded)
+            SendMessageA(tree, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(items_[i]));
+    if (HTREEITEM selected = ItemOf(model.Selected()))
+        SendMessageA(tree, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(selected));
+    SendMessageA(tree, WM_SETREDRAW, TRUE, 0);
+    InvalidateRect(tree, nullptr, TRUE);
+}
+
+std::vector<int> TreeViewControl::ReadChecks(TreeModel& model) const {
+    std::vector<int> changed;
+    for (size_t i = 0; i < items_.size() && i < model.Count(); ++i) {
+        const UINT state = static_cast<UINT>(SendMessageA(tree_.get(), TVM_GETITEMSTATE,
+                                                          reinterpret_cast<WPARAM>(items_[i]),
+                                                          TVIS_STATEIMAGEMASK));
+        const bool checked = (state & TVIS_STATEIMAGEMASK) == INDEXTOSTATEIMAGEMASK(2);
+        TreeNode& node = model.Node(static_cast<int>(i));
+        if (node.Checked != checked) {
+            node.Checked = checked;
+            changed.push_back(static_cast<int>(i));
+        }
+    }
+    return changed;
+}
+
+void TreeViewControl::ShowChecks(const TreeModel& model) const {
+    for (size_t i = 0; i < items_.size() && i < model.Count(); ++i) {
+        TVITEMA item{};
+        item.mask = TVIF_STATE;
+        item.hItem = items_[i];
+        item.stateMask = TVIS_STATEIMAGEMASK;
+        item.state = StateImage(model.Node(static_cast<int>(i)).Checked);
+        SendMessageA(tree_.get(), TVM_SETITEMA, 0, reinterpret_cast<LPARAM>(&item));
+    }
+}
+
+bool TreeViewControl::OnNotify(const NMHDR* header, TreeModel& model, LRESULT& result) {
+    if (header->hwndFrom != tree_.get())
+        return false;
+    result = 0;
+    switch (header->code) {
+    case TVN_ITEMEXPANDEDA:
+    case TVN_ITEMEXPANDEDW: {
+        const auto* view = reinterpret_cast<const NMTREEVIEWA*>(header);
+        const int node = NodeOf(view->itemNew.hItem);
+        if (node != TreeModel::kNone)
+            model.Node(node).Expanded = (view->action & TVE_EXPAND) != 0;
+        return true;
+    }
+    case TVN_SELCHANGEDA:
+    case TVN_SELCHANGEDW: {
+        const auto* view = reinterpret_cast<const NMTREEVIEWA*>(header);
+        model.Select(NodeOf(view->itemNew.hItem));
+        return true;
+    }
+    case NM_CLICK:
+    case TVN_KEYDOWN:
+        // The box changes after this notification: the parent reads the boxes once it has.
+        PostMessageA(parent_, kChecksMayHaveChanged, 0, 0);
+        return true;
+    case TVN_GETINFOTIPA: {
+        auto* tip = reinterpret_cast<NMTVGETINFOTIPA*>(const_cast<NMHDR*>(header));
+        tipText_ = ToolTip ? ToolTip(NodeOf(tip->hItem)) : std::string();
+        if (tip->pszText && tip->cchTextMax > 0) {
+            const size_t n = std::min<size_t>(tipText_.size(), tip->cchTextMax - 1);
+            std::memcpy(tip->pszText, tipText_.data(), n);
+            tip->pszText[n] = '\0';
+        }
+        return true;
+    }
+    case TVN_GETINFOTIPW: {
+        auto* tip = reinterpret_cast<NMTVGETINFOTIPW*>(const_cast<NMHDR*>(header));
+        tipText_ = ToolTip ? ToolTip(NodeOf(tip->hItem)) : std::string();
+        if (tip->pszText && tip->cchTextMax > 0) {
+            const int n =
+                MultiByteToWideChar(CP_ACP, 0, tipText_.c_str(), -1, tip->pszText, tip->cchTextMax);
+            if (n == 0)
+                tip->pszText[0] = L'\0';
+        }
+        return true;
+    }
+    }
+    return false;
+}
+
+} // namespace tolvane

@@ -1,0 +1,61 @@
+// A Win32 TreeView that shows a TreeModel: texts, pictures, check boxes, bold and open nodes,
+// and that hands the user's checks, openings and selection back to the model.
+#pragma once
+
+#include <windows.h>
+#include <commctrl.h>
+
+#include <functional>
+#include <map>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/handles.h"
+#include "ui/tree_model.h"
+
+namespace tolvane {
+
+class TreeViewControl {
+public:
+    // The pictures of the startup tree, by the keys the model uses, from the icons of the
+    // module's resources (the program's own, or a test's copy of it).
+    static std::vector<std::pair<std::string, int>> StartupTreeIcons();
+
+    TreeViewControl(HWND parent, int id, HMODULE iconModule);
+    TreeViewControl(const TreeViewControl&) = delete;
+    TreeViewControl& operator=(const TreeViewControl&) = delete;
+
+    HWND Hwnd() const { return tree_.get(); }
+
+    // Shows the model, node for node, in its order.
+    void Render(const TreeModel& model);
+
+    // A notification from the control, handed over by the parent window; true when it was
+    // the tree's. Openings and the selection go into the model at once; a click or a key that
+    // may have ticked a box asks the parent (with kChecksMayHaveChanged) to read the boxes.
+    bool OnNotify(const NMHDR* header, TreeModel& model, LRESULT& result);
+    static constexpr UINT kChecksMayHaveChanged = WM_APP + 20;
+
+    // The check boxes as the user left them, into the model; the nodes whose box changed.
+    std::vector<int> ReadChecks(TreeModel& model) const;
+    // Shows the model's check boxes again (after a container passed its state on).
+    void ShowChecks(const TreeModel& model) const;
+
+    // The text of a node's tooltip.
+    std::function<std::string(int node)> ToolTip;
+
+    HTREEITEM ItemOf(int node) const;
+    int NodeOf(HTREEITEM item) const;
+
+private:
+    UniqueWindow tree_;
+    HWND parent_;
+    UniqueImageList images_;
+    std::map<std::string, int, std::less<>> imageIndex_;
+    std::vector<HTREEITEM> items_;
+    std::unordered_map<HTREEITEM, int> nodes_;
+    std::string tipText_;
+};
+
+} // namespace tolvane

@@ -2,7 +2,9 @@
 
 #include <exception>
 
+#include "items/item_moves.h"
 #include "items/refresh.h"
+#include "text/strings.h"
 #include "platform/runtime_libraries.h"
 #include "resource_ids.h"
 #include "startup/app_state.h"
@@ -124,6 +126,55 @@ void MainWindow::ChecksMayHaveChanged() {
         treeView_->ShowChecks(tree_);
 }
 
+void MainWindow::ItemMenu() {
+    // A right click selects the item under the pointer first.
+    POINT at{};
+    GetCursorPos(&at);
+    TVHITTESTINFO hit{};
+    hit.pt = at;
+    ScreenToClient(treeView_->Hwnd(), &hit.pt);
+    if (HTREEITEM item = reinterpret_cast<HTREEITEM>(
+            SendMessageA(treeView_->Hwnd(), TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit))))
+        SendMessageA(treeView_->Hwnd(), TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item));
+    const int node = tree_.Selected();
+    if (node == TreeModel::kNone || tree_.Node(node).Tag != kPopupTag)
+        return;
+    const std::string path = tree_.FullPath(node);
+    const bool delayed = StartsWith(path, "Delayed Items");
+    const bool stopped = Contains(path, "Stopped Items");
+    const bool user = Contains(path, "Current User");
+    const bool registry = StartsWith(tree_.Node(tree_.Node(node).Parent).Text, "Registry");
+    enum : UINT { kDelay = 1, kStop, kRun };
+    UniqueMenu menu(CreatePopupMenu());
+    auto add = [&](UINT id, size_t caption, bool enabled) {
+        AppendMenuA(menu.get(), MF_STRING | (enabled ? 0 : MF_GRAYED), id,
+                    TextTables::Entry(app_.text.Menus, caption).c_str());
+    };
+    add(kDelay, 17, !delayed);
+    AppendMenuA(menu.get(), MF_SEPARATOR, 0, nullptr);
+    add(kStop, 18, !stopped);
+    AppendMenuA(menu.get(), MF_SEPARATOR, 0, nullptr);
+    add(kRun, 19, delayed || stopped);
+    const UINT chosen =
+        TrackPopupMenuEx(menu.get(), TPM_RETURNCMD | TPM_RIGHTBUTTON, at.x, at.y, window_, nullptr);
+    if (!chosen)
+        return;
+    const std::string text = tree_.Node(node).Text;
+    ItemMoves moves(app_, tree_, window_);
+    if (chosen == kRun) {
+        const bool fromStopped = ContainsNoCase(path, "Stopped Item");
+        if (registry)
+            moves.RestoreRegistryItem(text, user ? kUserRun : kMachineRun, fromStopped);
+        else
+            moves.RestoreStartupItem(text, user ? kUserStartup : kCommonStartup, fromStopped);
+    } else if (registry) {
+        moves.DelayRegistryItem(text, user ? kUserRun : kMachineRun, chosen == kStop);
+    } else {
+        moves.DelayStartupItem(text, user ? kUserStartup : kCommonStartup, chosen == kStop);
+    }
+    Refresh();
+}
+
 void MainWindow::ShowWindowNow(int command) {
     const bool first = !treeView_;
     EnsureContent();
@@ -198,6 +249,10 @@ LRESULT MainWindow::Handle(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
             reinterpret_cast<const NMTVKEYDOWN*>(lp)->wVKey == VK_F5) {
             Refresh();
             return 0;
+        }
+        if (treeView_ && header->hwndFrom == treeView_->Hwnd() && header->code == NM_RCLICK) {
+            ItemMenu();
+            return TRUE;
         }
         LRESULT result = 0;
         if (treeView_ && treeView_->OnNotify(header, tree_, result))

@@ -56,6 +56,8 @@ private:
     void ShowWindowNow(int command);
     void Layout();
     void ChecksMayHaveChanged();
+    // The popup of a delayable item: Delay, Stop and Run as the item's state allows.
+    void ItemMenu();
     void EndForGood();
 
     AppState& app_;

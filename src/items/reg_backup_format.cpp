@@ -1,0 +1,70 @@
+#include "items/reg_backup_format.h"
+
+#include <cstdio>
+
+#include "text/strings.h"
+
+namespace tolvane {
+
+namespace {
+
+constexpr uint32_t kRegSz = 1, kRegExpandSz = 2, kRegBinary = 3, kRegDword = 4, kRegMultiSz = 7;
+
+std::string QuotedName(std::string_view name) {
+    return name.empty() ? "@" : "\"" + RegEscape(name) + "\"";
+}
+
+// Bytes as "hex(n):aa,bb,..." with the editor's line continuation.
+std::string HexData(uint32_t type, const std::vector<uint8_t>& data, size_t firstLineUsed) {
+    std::string out = type == kRegBinary ? "hex:" : "hex(" + std::to_string(type) + "):";
+    size_t column = firstLineUsed + out.size();
+    for (size_t i = 0; i < data.size(); ++i) {
+        char byte[4];
+        std::snprintf(byte, sizeof byte, "%02x", data[i]);
+        out += byte;
+        column += 2;
+        if (i + 1 < data.size()) {
+            out += ',';
+            ++column;
+            if (column > 76) {
+                out += "\\\r\n  ";
+                column = 2;
+            }
+        }
+    }
+    return out;
+}
+
+} // namespace
+
+std::string RegKeyLine(bool machine) {
+    return std::string("[") + (machine ? "HKEY_LOCAL_MACHINE" : "HKEY_CURRENT_USER") +
+           "\\Software\\Microsoft\\Windows\\CurrentVersion\\Run]";
+}
+
+std::string RegEscape(std::string_view text) {
+    return ReplaceAll(ReplaceAll(text, "\\", "\\\\"), "\"", "\\\"");
+}
+
+std::string RegValueLine(const BackupValue& value) {
+    const std::string name = QuotedName(value.Name) + "=";
+    if (value.Type == kRegSz)
+        return name + "\"" + RegEscape(value.Text) + "\"";
+    if (value.Type == kRegDword && value.Data.size() == 4) {
+        char dword[16];
+        const uint32_t v = value.Data[0] | value.Data[1] << 8 | value.Data[2] << 16 |
+                           static_cast<uint32_t>(value.Data[3]) << 24;
+        std::snprintf(dword, sizeof dword, "dword:%08x", v);
+        return name + dword;
+    }
+    if (value.Type == kRegExpandSz || value.Type == kRegMultiSz) {
+        std::vector<uint8_t> bytes(value.Text.begin(), value.Text.end());
+        bytes.push_back(0);
+        if (value.Type == kRegMultiSz)
+            bytes.push_back(0);
+        return name + HexData(value.Type, bytes, name.size());
+    }
+    return name + HexData(value.Type, value.Data, name.size());
+}
+
+} // namespace tolvane

@@ -1,0 +1,91 @@
+// A program folder and the prefix's real startup locations, for the tests of the item moves.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <algorithm>
+#include <map>
+
+#include "config/delay_load.h"
+#include "items/item_moves.h"
+#include "items/refresh.h"
+#include "platform/registry.h"
+#include "startup/app_state.h"
+#include "support/test_support.h"
+#include "support/win_test_support.h"
+
+namespace tolvane::test {
+
+class MovesFixture : public ::testing::Test {
+protected:
+    void SetUp() override {
+        places.Clear();
+        app.folders.UserStartupFolder = places.UserFolder;
+        app.folders.CommonStartupFolder = places.CommonFolder;
+        CDelayLoad(app).LoadItems();
+        app.model.StartupType = 0; // the program's own Run value stays out of these tests
+        CDelayLoad(app).WriteItems();
+    }
+    void TearDown() override { places.Clear(); }
+
+    // As the main window does after every move.
+    void Refresh() { ASSERT_TRUE(RefreshData(app, tree, listing)); }
+    ItemMoves Moves() { return ItemMoves(app, tree, nullptr); }
+
+    int Node(const char* container, const std::string& text) {
+        for (int child : tree.Node(tree.Find(container)).Children)
+            if (tree.Node(child).Text == text)
+                return child;
+        ADD_FAILURE() << text << " is not under " << container;
+        return TreeModel::kNone;
+    }
+    void Check(const char* container, const std::string& text) {
+        int n = Node(container, text);
+        if (n != TreeModel::kNone)
+            tree.Node(n).Checked = true;
+    }
+    void Select(const char* container, const std::string& text) {
+        tree.Select(Node(container, text));
+    }
+    std::vector<std::string> Items(const char* container) {
+        std::vector<std::string> texts;
+        for (int child : tree.Node(tree.Find(container)).Children)
+            texts.push_back(tree.Node(child).Text);
+        std::sort(texts.begin(), texts.end());
+        return texts;
+    }
+
+    std::string UserItems(const std::string& name) const {
+        return app.folders.UserItemsFolder + name;
+    }
+    std::string UserStartup(const std::string& name) const {
+        return places.UserFolder + "\\" + name;
+    }
+    void Shortcut(const std::string& folder, const std::string& name) {
+        ASSERT_TRUE(CreateShortcut(folder + "\\" + name, "C:\\windows\\notepad.exe", name));
+    }
+    void RunValue(RegistryRoot root, const std::string& name, const std::string& data) {
+        ASSERT_TRUE(reg.SaveSettingString(root, kRunKey, name, data));
+    }
+    std::string Run(RegistryRoot root, const std::string& name) {
+        return reg.GetSettingString(root, kRunKey, name, "(none)");
+    }
+    std::string Saved(RegistryRoot root, const std::string& name) {
+        return reg.GetSettingString(
+            root, root == RegistryRoot::CurrentUser ? kSavedUserRunKey : kSavedMachineRunKey, name,
+            "(none)");
+    }
+    std::string FileText() { return ReadFileBytes(CDelayLoad(app).FilePath()); }
+
+    StartupLocations places;
+    TempFolder folder{"program"};
+    CapturedMessages messages;
+    AppState app{folder.Path(), messages};
+    TreeModel tree;
+    StartupListing listing;
+    CRegistry reg;
+};
+
+} // namespace tolvane::test

@@ -1,0 +1,396 @@
+#include "moves_fixture.h"
+
+#include <regex>
+
+#include "items/move_steps.h"
+#include "platform/dir_struct.h"
+#include "text/strings.h"
+
+namespace tolvane {
+namespace {
+
+class ItemMovesTest : public test::MovesFixture {
+protected:
+    // Where a current user's shortcut is now: "active", "delayed", "stopped", joined by "+"
+    // when more than one holds (the model read back from its file, as a refresh does).
+    std::string ShortcutState(const std::string& name) {
+        Refresh();
+        std::vector<std::string> states;
+        if (test::PathExists(UserStartup(name)))
+            states.push_back("active");
+        if (!Items("DelayedItemsStartupCurrentUser").empty() &&
+            Contains("|" + Join(Items("DelayedItemsStartupCurrentUser")) + "|", "|" + name + "|"))
+            states.push_back("delayed");
+        for (const std::string& s : Items("StoppedItemsCurrentStartup"))
+            if (s == name)
+                states.push_back("stopped");
+        return Join(states, "+");
+    }
+    std::string ValueState(const std::string& name, const std::string& path) {
+        Refresh();
+        std::vector<std::string> states;
+        if (Run(RegistryRoot::CurrentUser, name) != "(none)")
+            states.push_back("active");
+        for (const std::string& s : Items("DelayedItemsRegistryCurrentUser"))
+            if (s.rfind(name + "=", 0) == 0)
+                states.push_back("delayed");
+        for (const std::string& s : Items("StoppedItemsCurrentReg"))
+            if (Trim(s) == Trim(path))
+                states.push_back("stopped");
+        return Join(states, "+");
+    }
+    static std::string Join(const std::vector<std::string>& v, const char* sep = "|") {
+        std::string out;
+        for (const std::string& s : v)
+            out += (out.empty() ? "" : sep) + s;
+        return out;
+    }
+    // The backup files written so far, newest last.
+    std::vector<std::string> Backups() {
+        std::vector<std::string> files;
+        std::vector<std::string> days;
+        CDirStruct().ReturnFiles(folder / "Delayed Registry", days);
+        for (const std::string& day : days) {
+            if (day.empty())
+                continue;
+            std::vector<std::string> names;
+            CDirStruct().ReturnFiles(folder / ("Delayed Registry\\" + day), names);
+            for (const std::string& n : names)
+                if (!n.empty())
+                    files.push_back(folder / ("Delayed Registry\\" + day + "\\" + n));
+        }
+        std::sort(files.begin(), files.end());
+        return files;
+    }
+    std::string AllBackups() {
+        std::string all;
+        for (const std::string& file : Backups())
+            all += test::ReadFileBytes(file);
+        return all;
+    }
+};
+
+TEST_F(ItemMovesTest, AShortcutIsDelayedStoppedAndPutBackWithItsFile) {
+    Shortcut(places.UserFolder, "Tool.lnk");
+    const std::string bytes = test::ReadFileBytes(UserStartup("Tool.lnk"));
+    Refresh();
+    EXPECT_FALSE(Moves().DelayStartupItem("", 3, false));
+
+    ASSERT_TRUE(Moves().DelayStartupItem("Tool.lnk", 3, false));
+    EXPECT_FALSE(test::PathExists(UserStartup("Tool.lnk")));
+    EXPECT_EQ(test::ReadFileBytes(UserItems("Tool.lnk")), bytes);
+    // Written at once, with the items-folder path (two backslashes before the name).
+    EXPECT_NE(FileText().find("     Execute (\"" + app.folders.UserItemsFolder +
+                              "\\Tool.lnk\", \"\", 0, \"\");"),
+              std::string::npos);
+    EXPECT_EQ(ShortcutState("Tool.lnk"), "delayed");
+
+    // Delayed again: it ends delayed once, not twice.
+    ASSERT_TRUE(Moves().DelayStartupItem("Tool.lnk", 3, false));
+    EXPECT_EQ(ShortcutState("Tool.lnk"), "delayed");
+    EXPECT_EQ(Items("DelayedItemsStartupCurrentUser").size(), 1u);
+
+    ASSERT_TRUE(Moves().DelayStartupItem("Tool.lnk", 3, true)); // stop: the file stays
+    EXPECT_EQ(ShortcutState("Tool.lnk"), "stopped");
+    EXPECT_EQ(test::ReadFileBytes(UserItems("Tool.lnk")), bytes);
+
+    Moves().RestoreStartupItem("Tool.lnk", 3, true);
+    EXPECT_EQ(ShortcutState("Tool.lnk"), "active");
+    EXPECT_EQ(test::ReadFileBytes(UserStartup("Tool.lnk")), bytes);
+
+    // An all-users shortcut goes to its own items folder.
+    Shortcut(places.CommonFolder, "Word.lnk");
+    ASSERT_TRUE(Moves().DelayStartupItem("Word.lnk", 2, false));
+    EXPECT_TRUE(test::PathExists(app.folders.AllUsersItemsFolder + "Word.lnk"));
+    Refresh();
+    EXPECT_EQ(Items("DelayedItemsStartupAllUsers"), std::vector<std::string>{"Word.lnk"});
+}
+
+TEST_F(ItemMovesTest, AShortcutOfTheSameNameIsNeverOverwritten) {
+    test::WriteFileBytes(folder / "log.txt", ""); // logging on
+    Shortcut(places.UserFolder, "Tool.lnk");
+    Refresh();
+    ASSERT_TRUE(Moves().DelayStartupItem("Tool.lnk", 3, false));
+    // The program put itself back into the Startup folder, as installers do, but differently.
+    test::WriteFileBytes(UserStartup("Tool.lnk"), "a newer shortcut");
+    const std::string held = test::ReadFileBytes(UserItems("Tool.lnk"));
+    Refresh();
+    EXPECT_FALSE(Moves().DelayStartupItem("Tool.lnk", 3, false));
+    Moves().RestoreStartupItem("Tool.lnk", 3, false);
+    EXPECT_EQ(test::ReadFileBytes(UserStartup("Tool.lnk")), "a newer shortcut");
+    EXPECT_EQ(test::ReadFileBytes(UserItems("Tool.lnk")), held);
+    EXPECT_EQ(ShortcutState("Tool.lnk"), "active+delayed"); // both still there, both shown
+    const std::string log = test::ReadFileBytes(folder / "log.txt");
+    EXPECT_NE(log.find("Error: DelayStartupItem: something else named \"" +
+                       app.folders.UserItemsFolder + "\\Tool.lnk\" is already there"),
+              std::string::npos)
+        << log;
+    EXPECT_NE(log.find("Error: RestoreStartupItem: something else named"), std::string::npos);
+
+    // A folder where the shortcut would go: nothing moves into it.
+    test::MakeFolder(UserItems("Folder.lnk"));
+    Shortcut(places.UserFolder, "Folder.lnk");
+    Refresh();
+    Check("CurrentUserStartup", "Folder.lnk");
+    EXPECT_FALSE(Moves().DelayCheckedStartupItems(false, false));
+    ASSERT_EQ(messages.shown.size(), 1u);
+    EXPECT_EQ(messages.shown[0].Text, app.text.Message(2));
+    EXPECT_EQ(messages.shown[0].Title, "Tolvane");
+    EXPECT_EQ(messages.shown[0].Style, 0x30u);
+    EXPECT_TRUE(test::PathExists(UserStartup("Folder.lnk")));
+}
+
+TEST_F(ItemMovesTest, TheSameNameInTwoLocationsStaysTwoItems) {
+    Shortcut(places.UserFolder, "Same.lnk");
+    Shortcut(places.CommonFolder, "Same.lnk");
+    RunValue(RegistryRoot::CurrentUser, "Dup", "C:\\dup.exe");
+    RunValue(RegistryRoot::LocalMachine, "Dup", "C:\\dup.exe");
+    Refresh();
+    // The all-users items first, so that a lookup by name alone would find them first.
+    ASSERT_TRUE(Moves().DelayStartupItem("Same.lnk", 2, false));
+    ASSERT_TRUE(Moves().DelayStartupItem("Same.lnk", 3, false));
+    ASSERT_TRUE(Moves().DelayRegistryItem("Dup=C:\\dup.exe", 0, false));
+    ASSERT_TRUE(Moves().DelayRegistryItem("Dup=C:\\dup.exe", 1, false));
+    Refresh();
+    Moves().RestoreStartupItem("Same.lnk", 3, false);
+    Moves().RestoreRegistryItem("Dup=C:\\dup.exe ", 1, false);
+    Refresh();
+    EXPECT_TRUE(test::PathExists(UserStartup("Same.lnk")));
+    EXPECT_TRUE(Items("DelayedItemsStartupCurrentUser").empty());
+    EXPECT_EQ(Items("DelayedItemsStartupAllUsers"), std::vector<std::string>{"Same.lnk"});
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Dup"), "C:\\dup.exe");
+    EXPECT_TRUE(Items("DelayedItemsRegistryCurrentUser").empty());
+    EXPECT_EQ(Items("DelayedItemsRegistryAllUsers"), std::vector<std::string>{"Dup=C:\\dup.exe "});
+    EXPECT_EQ(Saved(RegistryRoot::LocalMachine, "Dup"), "C:\\dup.exe");
+}
+
+// Each row: a checked active, delayed and stopped shortcut of the current user after a pass.
+TEST_F(ItemMovesTest, StartupFolderPassesFollowTheirFlagTable) {
+    struct Row {
+        bool delayPass, stop, stoppedToDelayed, restorePass;
+        const char* active;
+        const char* delayed;
+        const char* stopped;
+    };
+    const Row rows[] = {
+        {true, false, true, false, "delayed", "delayed", "delayed"},
+        {true, true, false, false, "stopped", "stopped", "active+stopped"},
+        {true, false, false, true, "delayed", "active", "active"},
+        {false, false, false, true, "active", "active", "active"},
+    };
+    for (const Row& row : rows) {
+        places.Clear();
+        app.model.StoppedPrograms = {""};
+        app.model.ProgramGroups = {{"Startup", {{}}}};
+        app.model.StartupGroupIndex = 0;
+        CDelayLoad(app).WriteItems();
+        for (const char* name : {"A.lnk", "D.lnk", "S.lnk"})
+            Shortcut(places.UserFolder, name);
+        Refresh();
+        ASSERT_TRUE(Moves().DelayStartupItem("D.lnk", 3, false));
+        ASSERT_TRUE(Moves().DelayStartupItem("S.lnk", 3, true));
+        Refresh();
+        Check("CurrentUserStartup", "A.lnk");
+        Check("DelayedItemsStartupCurrentUser", "D.lnk");
+        Check("StoppedItemsCurrentStartup", "S.lnk");
+        if (row.delayPass) {
+            EXPECT_TRUE(Moves().DelayCheckedStartupItems(row.stop, row.stoppedToDelayed));
+        }
+        if (row.restorePass) {
+            EXPECT_TRUE(Moves().RestoreCheckedStartupItems());
+        }
+        const std::string flags = std::to_string(row.delayPass) + std::to_string(row.stop) +
+                                  std::to_string(row.stoppedToDelayed) +
+                                  std::to_string(row.restorePass);
+        EXPECT_EQ(ShortcutState("A.lnk"), row.active) << flags;
+        EXPECT_EQ(ShortcutState("D.lnk"), row.delayed) << flags;
+        EXPECT_EQ(ShortcutState("S.lnk"), row.stopped) << flags;
+        EXPECT_TRUE(messages.shown.empty());
+    }
+}
+
+TEST_F(ItemMovesTest, RunValuesAreSavedBackedUpAndPutBackExactly) {
+    const std::string quoted = "\"C:\\Program Files\\T\\tool.exe\"   /min";
+    RunValue(RegistryRoot::CurrentUser, "Tool", "C:\\T\\tool.exe -x");
+    RunValue(RegistryRoot::CurrentUser, "Opt", "C:\\x.exe /opt=1");
+    RunValue(RegistryRoot::CurrentUser, "Quoted", quoted);
+    RunValue(RegistryRoot::LocalMachine, "Machine", "C:\\m.exe");
+    Refresh();
+
+    ASSERT_TRUE(Moves().DelayRegistryItem("Tool=C:\\T\\tool.exe -x", 1, true));
+    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Tool"), "C:\\T\\tool.exe -x");
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Tool"), "(none)");
+    EXPECT_EQ(app.model.StoppedPrograms.back(), "_REGCU_C:\\T\\tool.exe ");
+    auto backups = Backups();
+    ASSERT_EQ(backups.size(), 1u);
+    EXPECT_TRUE(std::regex_search(
+        backups[0], std::regex("\\\\Delayed Registry\\\\[0-9]{4}-[0-9]{2}-[0-9]{2}\\\\[0-9]{2} "
+                               "[0-9]{2} [0-9]{2}\\.reg$")));
+    EXPECT_EQ(test::ReadFileBytes(backups[0]),
+              "Windows Registry Editor Version 5.00\r\n\r\n"
+              "[HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Run]\r\n"
+              "\"Tool\"=\"C:\\\\T\\\\tool.exe -x\"\r\n");
+
+    ASSERT_TRUE(Moves().DelayRegistryItem("Opt=C:\\x.exe /opt=1", 1, false));
+    const GroupProgram& delayed = app.model.ProgramGroups[0].Programs.back();
+    EXPECT_EQ(delayed.Command, "ExecuteReg");
+    EXPECT_EQ(delayed.Path, "C:\\x.exe ");
+    EXPECT_EQ(delayed.Parameters, "/opt=1");
+    EXPECT_EQ(delayed.RegistryKeyName, "Opt");
+    EXPECT_NE(AllBackups().find("\"Opt\"=\"C:\\\\x.exe /opt=1\"\r\n"), std::string::npos);
+
+    ASSERT_TRUE(Moves().DelayRegistryItem("Quoted=" + quoted, 1, false));
+    ASSERT_TRUE(Moves().DelayRegistryItem("Machine=C:\\m.exe", 0, true));
+    EXPECT_EQ(Saved(RegistryRoot::LocalMachine, "Machine"), "C:\\m.exe");
+    EXPECT_EQ(app.model.StoppedPrograms.back(), "_REGAU_C:\\m.exe");
+    EXPECT_NE(AllBackups().find(
+                  "[HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\Run]\r\n"
+                  "\"Machine\"=\"C:\\\\m.exe\""),
+              std::string::npos);
+
+    // Back from delayed: the saved copy, so the command returns with its quotes and blanks,
+    // though the tree shows it as path and parameters.
+    Refresh();
+    EXPECT_EQ(Items("DelayedItemsRegistryCurrentUser"),
+              (std::vector<std::string>{"Opt=C:\\x.exe /opt=1",
+                                        "Quoted=\"C:\\Program Files\\T\\tool.exe\" /min"}));
+    Moves().RestoreRegistryItem("Quoted=\"C:\\Program Files\\T\\tool.exe\" /min", 1, false);
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Quoted"), quoted);
+    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Quoted"), "(none)");
+
+    // Back from stopped, through the pass.
+    Refresh();
+    Check("StoppedItemsCurrentReg", "C:\\T\\tool.exe");
+    EXPECT_TRUE(Moves().RestoreCheckedRegistryItems());
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Tool"), "C:\\T\\tool.exe -x");
+    EXPECT_EQ(ValueState("Tool", "C:\\T\\tool.exe"), "active");
+
+    // A stopped value whose saved copy is gone: the single restore changes nothing, the pass
+    // drops the entry and writes nothing.
+    reg.DeleteValue(RegistryRoot::LocalMachine, kSavedMachineRunKey, "Machine");
+    Refresh();
+    app.model.StoppedPrograms.push_back("_REGCU_C:\\gone.exe");
+    CDelayLoad(app).WriteItems();
+    Refresh();
+    Select("StoppedItemsCurrentReg", "C:\\gone.exe");
+    Moves().RestoreRegistryItem("C:\\gone.exe", 1, true);
+    EXPECT_EQ(ValueState("Gone", "C:\\gone.exe"), "stopped");
+    Check("StoppedItemsCurrentReg", "C:\\gone.exe");
+    EXPECT_TRUE(Moves().RestoreCheckedRegistryItems());
+    EXPECT_EQ(ValueState("Gone", "C:\\gone.exe"), "");
+    EXPECT_TRUE(messages.shown.empty());
+}
+
+TEST_F(ItemMovesTest, AValueOfTheSameNameIsNeverOverwritten) {
+    RunValue(RegistryRoot::CurrentUser, "App", "C:\\app.exe /old");
+    Refresh();
+    ASSERT_TRUE(Moves().DelayRegistryItem("App=C:\\app.exe /old", 1, false));
+    // The program entered itself again, differently.
+    RunValue(RegistryRoot::CurrentUser, "App", "C:\\app.exe /new");
+    Refresh();
+    Moves().RestoreRegistryItem("App=C:\\app.exe /old", 1, false);
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /new");
+    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /old");
+    EXPECT_EQ(ValueState("App", "C:\\app.exe"), "active+delayed");
+
+    Check("CurrentUserRegistry", "App=C:\\app.exe /new");
+    EXPECT_FALSE(Moves().DelayCheckedRegistryItems(false, false)); // its copy would be lost
+    EXPECT_EQ(messages.shown.size(), 1u);
+    EXPECT_EQ(messages.shown[0].Text, app.text.Message(1));
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /new");
+    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /old");
+}
+
+TEST_F(ItemMovesTest, RunValuePassesFollowTheirFlagTable) {
+    struct Row {
+        bool delayPass, stop, stoppedToDelayed, restorePass;
+        const char* active;
+        const char* delayed;
+        const char* stopped;
+    };
+    const Row rows[] = {
+        {true, false, true, false, "delayed", "delayed", "delayed"},
+        {true, true, true, false, "stopped", "stopped", "delayed"},
+        {true, false, false, true, "delayed", "active", "active"},
+        {false, false, false, true, "active", "active", "active"},
+    };
+    for (const Row& row : rows) {
+        places.Clear();
+        app.model.StoppedPrograms = {""};
+        app.model.ProgramGroups = {{"Startup", {{}}}};
+        app.model.StartupGroupIndex = 0;
+        CDelayLoad(app).WriteItems();
+        RunValue(RegistryRoot::CurrentUser, "A", "C:\\a.exe /a");
+        RunValue(RegistryRoot::CurrentUser, "D", "C:\\d.exe");
+        RunValue(RegistryRoot::CurrentUser, "S", "\"C:\\s s\\s.exe\" -s");
+        Refresh();
+        ASSERT_TRUE(Moves().DelayRegistryItem("D=C:\\d.exe", 1, false));
+        ASSERT_TRUE(Moves().DelayRegistryItem("S=\"C:\\s s\\s.exe\" -s", 1, true));
+        Refresh();
+        Check("CurrentUserRegistry", "A=C:\\a.exe /a");
+        Check("DelayedItemsRegistryCurrentUser", "D=C:\\d.exe ");
+        Check("StoppedItemsCurrentReg", "C:\\s s\\s.exe"); // the file keeps no quotes
+        if (row.delayPass) {
+            EXPECT_TRUE(Moves().DelayCheckedRegistryItems(row.stop, row.stoppedToDelayed));
+        }
+        if (row.restorePass) {
+            EXPECT_TRUE(Moves().RestoreCheckedRegistryItems());
+        }
+        const std::string flags = std::to_string(row.delayPass) + std::to_string(row.stop) +
+                                  std::to_string(row.stoppedToDelayed) +
+                                  std::to_string(row.restorePass);
+        EXPECT_EQ(ValueState("A", "C:\\a.exe"), row.active) << flags;
+        EXPECT_EQ(ValueState("D", "C:\\d.exe"), row.delayed) << flags;
+        EXPECT_EQ(ValueState("S", "C:\\s s\\s.exe"), row.stopped) << flags;
+        if (std::string(row.stopped) == "active") {
+            EXPECT_EQ(Run(RegistryRoot::CurrentUser, "S"), "\"C:\\s s\\s.exe\" -s") << flags;
+        }
+        EXPECT_TRUE(messages.shown.empty()) << flags;
+    }
+}
+
+TEST_F(ItemMovesTest, APassWithNothingCheckedLeavesNoBackupButWritesTheFile) {
+    Refresh();
+    const std::string file = CDelayLoad(app).FilePath();
+    DeleteFileA(file.c_str());
+    EXPECT_TRUE(Moves().DelayCheckedRegistryItems(false, true));
+    EXPECT_TRUE(test::PathExists(file));
+    EXPECT_TRUE(Backups().empty()); // made and deleted again
+    std::vector<std::string> days;
+    CDirStruct().ReturnFiles(folder / "Delayed Registry", days);
+    EXPECT_EQ(days.size(), 1u); // the date folder stays
+}
+
+TEST_F(ItemMovesTest, ABackupImportsBackTheValueItTookOut) {
+    const std::string data = "\"C:\\Program Files\\Vendor \\\"Q\\\"\\app.exe\" /x=\"1\"";
+    RunValue(RegistryRoot::CurrentUser, "Quoted \"Name\"", data);
+    // An expandable value must come back expandable.
+    RegistryValue expand{REG_EXPAND_SZ, {}};
+    for (char c : std::string("%ProgramFiles%\\e.exe"))
+        expand.Data.insert(expand.Data.end(), {static_cast<uint8_t>(c), 0});
+    expand.Data.insert(expand.Data.end(), {0, 0});
+    ASSERT_TRUE(reg.SetValue(RegistryRoot::CurrentUser, kRunKey, "Expand", expand));
+    const auto before = reg.GetValue(RegistryRoot::CurrentUser, kRunKey, "Quoted \"Name\"");
+    Refresh();
+    Check("CurrentUserRegistry", "Quoted \"Name\"=" + data);
+    Check("CurrentUserRegistry", "Expand=%ProgramFiles%\\e.exe");
+    ASSERT_TRUE(Moves().DelayCheckedRegistryItems(false, false));
+    ASSERT_FALSE(reg.GetValue(RegistryRoot::CurrentUser, kRunKey, "Expand"));
+    ASSERT_EQ(Backups().size(), 1u);
+
+    test::ChildProcess import("reg.exe import \"" + Backups()[0] + "\"");
+    unsigned long code = 1;
+    ASSERT_TRUE(import.WaitForExit(30000, &code));
+    EXPECT_EQ(code, 0u);
+    auto quotedBack = reg.GetValue(RegistryRoot::CurrentUser, kRunKey, "Quoted \"Name\"");
+    ASSERT_TRUE(quotedBack);
+    EXPECT_TRUE(SameValue(*quotedBack, *before));
+    EXPECT_EQ(reg.GetSettingString(RegistryRoot::CurrentUser, kRunKey, "Quoted \"Name\""), data);
+    auto expandBack = reg.GetValue(RegistryRoot::CurrentUser, kRunKey, "Expand");
+    ASSERT_TRUE(expandBack);
+    EXPECT_EQ(expandBack->Type, static_cast<uint32_t>(REG_EXPAND_SZ));
+    EXPECT_EQ(expandBack->Data, expand.Data);
+}
+
+} // namespace
+} // namespace tolvane

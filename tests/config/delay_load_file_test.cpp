@@ -37,7 +37,7 @@ TEST_F(ProgramGroupFileOnDisk, AMissingFileIsCreatedWithTheFirstStartModel) {
     dl.LoadItems();
     EXPECT_TRUE(messages.shown.empty());
     EXPECT_EQ(test::ReadFileBytes(dl.FilePath()),
-              test::ReadTestFile(test::TestDataPath("config/golden/default_proggroup.c")));
+              test::ReadFileBytes(test::TestDataPath("config/golden/default_proggroup.c")));
     EXPECT_EQ(app.model.StartupGroupIndex, 0);
     EXPECT_FALSE(test::PathExists(dl.FilePath() + ".new")); // no temporary file left
 }

@@ -53,7 +53,7 @@ TEST(ProgramGroupFile, FirstStartModelIsWrittenByteForByte) {
     ProgramModel m;
     SetDefaultModel(m);
     const std::string golden =
-        test::ReadTestFile(test::TestDataPath("config/golden/default_proggroup.c"));
+        test::ReadFileBytes(test::TestDataPath("config/golden/default_proggroup.c"));
     ASSERT_FALSE(golden.empty());
     EXPECT_EQ(FormatProgramGroupFile(m, kLanguages), golden);
 }

@@ -2,13 +2,13 @@
 // over items of all four locations with awkward names and commands. After every step no item
 // may be lost; after everything is put back, the Startup folders and the Run keys hold exactly
 // what they held at the start.
-#include "moves_fixture.h"
+#include "startup_fixture.h"
 
 #include <random>
+#include <tuple>
 
 #include "items/move_steps.h"
 #include "items/run_data.h"
-#include "platform/dir_struct.h"
 #include "text/strings.h"
 
 namespace tolvane {
@@ -25,10 +25,10 @@ struct ValueItem {
     RegistryValue value;
 };
 
-class RandomMoves : public test::MovesFixture {
+class RandomMoves : public test::StartupFixture {
 protected:
     void SetUp() override {
-        MovesFixture::SetUp();
+        StartupFixture::SetUp();
         test::WriteFileBytes(folder / "log.txt", ""); // failures are logged, for the report
         for (const char* name :
              {"Alpha.lnk", "Beta Tool.lnk", "Gamma (x86).lnk", "Delta {1}.lnk", "Same.lnk"})
@@ -43,11 +43,8 @@ protected:
         RunValue(user, "Spaces In Name", "C:\\s.exe  -a   -b");
         RunValue(user, "NoExe", "rundll32 shell32.dll,Control_RunDLL");
         RunValue(user, "Dup", "C:\\dup.exe");
-        RegistryValue expand{REG_EXPAND_SZ, {}};
-        for (char c : std::string("%SystemRoot%\\e.exe -e"))
-            expand.Data.insert(expand.Data.end(), {static_cast<uint8_t>(c), 0});
-        expand.Data.insert(expand.Data.end(), {0, 0});
-        ASSERT_TRUE(reg.SetValue(user, kRunKey, "Expand", expand));
+        ASSERT_TRUE(reg.SetValue(user, kRunKey, "Expand",
+                                 WideValue(REG_EXPAND_SZ, "%SystemRoot%\\e.exe -e")));
         RunValue(machine, "MQuoted", "\"C:\\Program Files\\M\\m.exe\"");
         RunValue(machine, "MParam", "C:\\mp.exe -p");
         RunValue(machine, "Dup", "C:\\dup.exe");
@@ -61,14 +58,10 @@ protected:
     State Snapshot() {
         State s;
         for (bool user : {true, false}) {
-            std::vector<std::string> names;
-            CDirStruct().ReturnFiles(user ? places.UserFolder : places.CommonFolder, names);
-            for (const std::string& n : names)
-                if (!n.empty())
-                    s.shortcuts.push_back(
-                        {user, n,
-                         test::ReadFileBytes((user ? places.UserFolder : places.CommonFolder) +
-                                             "\\" + n)});
+            const std::string& dir = user ? places.UserFolder : places.CommonFolder;
+            for (const std::string& path : test::FilesBelow(dir))
+                s.shortcuts.push_back(
+                    {user, path.substr(dir.size() + 1), test::ReadFileBytes(path)});
         }
         for (RegistryRoot root : {RegistryRoot::CurrentUser, RegistryRoot::LocalMachine}) {
             std::vector<std::string> values;
@@ -79,9 +72,6 @@ protected:
                     s.values.push_back({root, name, *reg.GetValue(root, kRunKey, name)});
                 }
         }
-        std::sort(s.shortcuts.begin(), s.shortcuts.end(), [](auto& a, auto& b) {
-            return std::tie(a.user, a.name) < std::tie(b.user, b.name);
-        });
         std::sort(s.values.begin(), s.values.end(), [](auto& a, auto& b) {
             return std::tie(a.root, a.name) < std::tie(b.root, b.name);
         });
@@ -155,10 +145,6 @@ protected:
             EXPECT_TRUE(recorded) << step << ": the Run value " << item.name
                                   << " is saved but recorded nowhere";
         }
-    }
-
-    std::vector<int> Leaves(const char* container) {
-        return tree.Node(tree.Find(container)).Children;
     }
 
     State start;
@@ -289,20 +275,21 @@ TEST_F(RandomMoves, NoItemIsEverLostAndEverythingComesBackExactly) {
         ExpectNothingLost("putting back, round " + std::to_string(round));
     }
     Refresh();
-    EXPECT_EQ(tree.Node(tree.Find("DelayedItemsRoot")).Text, "Delayed Items (0)");
-    EXPECT_EQ(tree.Node(tree.Find("StoppedItemsRoot")).Text, "Stopped Items (0)");
+    EXPECT_EQ(Caption("DelayedItemsRoot"), "Delayed Items (0)");
+    EXPECT_EQ(Caption("StoppedItemsRoot"), "Stopped Items (0)");
 
+    // Byte for byte what the Startup folders and the Run keys held at the start.
     const State end = Snapshot();
     ASSERT_EQ(end.shortcuts.size(), start.shortcuts.size());
     for (size_t i = 0; i < end.shortcuts.size(); ++i) {
-        EXPECT_EQ(end.shortcuts[i].name, start.shortcuts[i].name);
-        EXPECT_EQ(end.shortcuts[i].bytes, start.shortcuts[i].bytes) << start.shortcuts[i].name;
+        const ShortcutItem &a = start.shortcuts[i], &b = end.shortcuts[i];
+        EXPECT_EQ(std::tie(b.user, b.name, b.bytes), std::tie(a.user, a.name, a.bytes));
     }
     ASSERT_EQ(end.values.size(), start.values.size());
     for (size_t i = 0; i < end.values.size(); ++i) {
-        EXPECT_EQ(end.values[i].name, start.values[i].name);
-        EXPECT_EQ(end.values[i].value.Type, start.values[i].value.Type) << start.values[i].name;
-        EXPECT_EQ(end.values[i].value.Data, start.values[i].value.Data) << start.values[i].name;
+        const ValueItem &a = start.values[i], &b = end.values[i];
+        EXPECT_EQ(std::tie(b.root, b.name, b.value.Type, b.value.Data),
+                  std::tie(a.root, a.name, a.value.Type, a.value.Data));
     }
     std::vector<std::string> saved;
     reg.EnumKey(RegistryRoot::CurrentUser, kSavedUserRunKey, saved);

@@ -58,7 +58,7 @@ TEST(DataLists, SafeListLinesGiveNamesAndDescriptions) {
 }
 
 TEST(DataLists, ShippedListsAreUsable) {
-    auto list = ParseSafeList(test::ReadTestFile(test::TestDataPath("../data/safelist.dat")));
+    auto list = ParseSafeList(test::ReadFileBytes(test::TestDataPath("../data/safelist.dat")));
     EXPECT_GE(list.size(), 150u);
     for (const SafeEntry& e : list) {
         EXPECT_FALSE(e.Name.empty());
@@ -66,7 +66,7 @@ TEST(DataLists, ShippedListsAreUsable) {
         EXPECT_FALSE(e.Description.empty()) << e.Name;
     }
     const std::string search =
-        ParseOnlineTemplate(test::ReadTestFile(test::TestDataPath("../data/online.txt")));
+        ParseOnlineTemplate(test::ReadFileBytes(test::TestDataPath("../data/online.txt")));
     EXPECT_NE(search.find("{SEARCHTERMS}"), std::string::npos);
     EXPECT_EQ(search.rfind("https://", 0), 0u);
 }

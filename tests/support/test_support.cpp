@@ -1,17 +1,5 @@
 #include "support/test_support.h"
 
-namespace tolvane::test {
-
-std::string LongText(size_t n, char first) {
-    std::string s;
-    s.reserve(n);
-    for (size_t i = 0; i < n; ++i)
-        s.push_back(static_cast<char>(first + i % 26));
-    return s;
-}
-
-} // namespace tolvane::test
-
 #include <fstream>
 #include <sstream>
 
@@ -19,24 +7,51 @@ std::string LongText(size_t n, char first) {
 
 namespace tolvane::test {
 
-std::string TestDataPath(std::string_view relative) {
-    std::string path = std::string(TOLVANE_TESTS_DIR) + "/" + std::string(relative);
-#ifdef _WIN32
-    // Under Wine the drive Z: is the Unix root.
+std::string LongText(size_t n, char first) {
+    std::string s;
+    for (size_t i = 0; i < n; ++i)
+        s.push_back(static_cast<char>(first + i % 26));
+    return s;
+}
+
+std::string WinePathOfUnixPath(std::string_view unixPath) {
+    std::string path = "Z:" + std::string(unixPath);
     for (char& c : path)
         if (c == '/')
             c = '\\';
-    path = "Z:" + path;
-#endif
     return path;
 }
 
-std::string ReadTestFile(const std::string& path) {
+std::string TestDataPath(std::string_view relative) {
+    const std::string path = std::string(TOLVANE_TESTS_DIR) + "/" + std::string(relative);
+#ifdef _WIN32
+    return WinePathOfUnixPath(path);
+#else
+    return path;
+#endif
+}
+
+std::string ReadFileBytes(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     EXPECT_TRUE(in) << "cannot read " << path;
     std::ostringstream s;
     s << in.rdbuf();
     return s.str();
+}
+
+void WriteFileBytes(const std::string& path, std::string_view bytes) {
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    ASSERT_TRUE(out) << "cannot write " << path;
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+std::vector<std::string> ReadLines(const std::string& path) {
+    std::vector<std::string> lines;
+    std::ifstream in(path, std::ios::binary);
+    for (std::string line; std::getline(in, line); lines.push_back(line))
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
+    return lines;
 }
 
 } // namespace tolvane::test

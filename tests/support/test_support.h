@@ -3,7 +3,6 @@
 
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <vector>
 
 #include "ui/user_messages.h"
@@ -17,6 +16,7 @@ public:
         std::string Text;
         std::string Title;
         unsigned Style;
+        bool operator==(const Shown&) const = default;
     };
     int ShowMessage(std::string_view text, std::string_view title, unsigned style) override {
         shown.push_back({std::string(text), std::string(title), style});
@@ -29,13 +29,15 @@ public:
 // A string of n characters cycling through printable letters, for long names and data.
 std::string LongText(size_t n, char first = 'a');
 
-} // namespace tolvane::test
-
-namespace tolvane::test {
-
+// A Unix path as Windows programs under Wine see it, through drive Z: (the root).
+std::string WinePathOfUnixPath(std::string_view unixPath);
 // A file below the repository's tests folder, as a path this build can open.
 std::string TestDataPath(std::string_view relative);
-// The whole file; fails the calling test when it cannot be read.
-std::string ReadTestFile(const std::string& path);
+
+// The file's bytes; fails the calling test when the file cannot be read.
+std::string ReadFileBytes(const std::string& path);
+void WriteFileBytes(const std::string& path, std::string_view bytes);
+// The lines of a text file (CR LF ends); none when it cannot be read.
+std::vector<std::string> ReadLines(const std::string& path);
 
 } // namespace tolvane::test

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/registry.h"
+#include "support/test_support.h"
 
 namespace tolvane::test {
 
@@ -25,13 +26,15 @@ private:
     std::string path_;
 };
 
-void WriteFileBytes(const std::string& path, std::string_view bytes);
-// The file's bytes; fails the calling test when the file cannot be read.
-std::string ReadFileBytes(const std::string& path);
 bool PathExists(const std::string& path);
+// Makes a folder and any missing parents.
 void MakeFolder(const std::string& path);
 // Removes a folder and everything in it; a missing folder is fine.
 void RemoveTree(const std::string& path);
+// Copies a folder with everything in it.
+void CopyTree(const std::string& from, const std::string& to);
+// The files below a folder, at any depth, as full paths in sorted order.
+std::vector<std::string> FilesBelow(const std::string& folder);
 
 // A registry key that only this test uses, below HKCU\Software\TolvaneTests (or the machine's
 // equivalent); deleted with its values and subkeys when the test ends.
@@ -55,30 +58,16 @@ private:
 // Deletes a key with all its values and subkeys; a missing key is fine.
 void DeleteRegistryTree(RegistryRoot root, const std::string& path);
 
-} // namespace tolvane::test
-
-namespace tolvane::test {
-
 // A real shell shortcut (.lnk) to a target with arguments, made through IShellLink.
 bool CreateShortcut(const std::string& linkPath, const std::string& target,
                     const std::string& arguments = "");
-
 // The shell's folder for a CSIDL value, "" when it has none.
 std::string ShellFolder(int csidl);
-
-// A Unix path as Windows programs under Wine see it, through drive Z: (the root).
-std::string WinePathOfUnixPath(std::string_view unixPath);
-
-} // namespace tolvane::test
-
-namespace tolvane::test {
 
 // The folder of the built Tolvane.exe with its lang and data folders.
 std::string BuiltProgramFolder();
 // A helper program built beside the running test.
 std::string HelperProgram(std::string_view exeName);
-// Copies a folder with everything in it.
-void CopyTree(const std::string& from, const std::string& to);
 
 // A process started from a command line, ended (killed if need be) when the owner goes.
 class ChildProcess {
@@ -99,13 +88,6 @@ private:
     void* process_ = nullptr;
     unsigned long id_ = 0;
 };
-
-// The lines of a text file (CR LF ends); none when it cannot be read.
-std::vector<std::string> ReadLines(const std::string& path);
-
-} // namespace tolvane::test
-
-namespace tolvane::test {
 
 // The test prefix's startup locations: both Startup folders, both Run keys, and the keys that
 // keep the saved copies of Run values. Tests that use them hold the ctest lock

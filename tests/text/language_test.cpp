@@ -73,7 +73,7 @@ namespace {
 
 std::vector<std::string> Entries(const std::string& relative) {
     std::vector<std::string> table;
-    ApplyTextFile(table, test::ReadTestFile(test::TestDataPath("../lang/" + relative)));
+    ApplyTextFile(table, test::ReadFileBytes(test::TestDataPath("../lang/" + relative)));
     return table;
 }
 
@@ -92,7 +92,7 @@ TEST(ShippedLanguages, EnglishFilesAreTheBuiltInTextsAndGermanHasEveryEntry) {
             << name;
     }
     auto languages =
-        ParseLanguageList(test::ReadTestFile(test::TestDataPath("../lang/languagefile.dat")));
+        ParseLanguageList(test::ReadFileBytes(test::TestDataPath("../lang/languagefile.dat")));
     ASSERT_EQ(languages.size(), 2u);
     EXPECT_EQ(languages[0].Code, "en");
     EXPECT_EQ(languages[1].Code, "de");

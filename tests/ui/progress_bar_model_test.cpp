@@ -10,20 +10,10 @@ namespace {
 
 ProgressBarModel Bar(float value, float max = 100, bool gradient = true) {
     ProgressBarModel bar;
-    bar.SetMin(0);
     bar.SetMax(max);
     bar.SetGradient(gradient);
     bar.SetValue(value);
     return bar;
-}
-
-// The blue of the line at x, which must be one of the walk's.
-int BlueAt(const std::vector<GradientColumn>& columns, float x) {
-    for (const GradientColumn& c : columns)
-        if (std::fabs(c.x - x) < 1e-4f)
-            return c.blue;
-    ADD_FAILURE() << "no line at x = " << x;
-    return -1;
 }
 
 TEST(ProgressBarModel, GradientWalksInHundredthsAndGetsBluerAtWholesAndOddHalves) {
@@ -31,18 +21,15 @@ TEST(ProgressBarModel, GradientWalksInHundredthsAndGetsBluerAtWholesAndOddHalves
     ASSERT_EQ(columns.size(), 201u); // 0, 0.05, ..., 10
     for (size_t i = 0; i < columns.size(); ++i)
         EXPECT_NEAR(columns[i].x, i * 0.05, 1e-5) << i; // rounding keeps the steps from drifting
-    EXPECT_EQ(BlueAt(columns, 0), 1);
-    EXPECT_EQ(BlueAt(columns, 1), 2);
-    EXPECT_EQ(BlueAt(columns, 1.5f), 3);
-    EXPECT_EQ(BlueAt(columns, 2), 4);
-    EXPECT_EQ(BlueAt(columns, 2.5f), 4); // an even number and a half does not count
-    EXPECT_EQ(BlueAt(columns, 3.5f), 6);
-    EXPECT_EQ(BlueAt(columns, 10), 16);
+    // An even number and a half (2.5) does not count.
+    const std::pair<size_t, int> blues[] = {{0, 1},  {20, 2}, {30, 3},  {40, 4},
+                                            {50, 4}, {70, 6}, {200, 16}};
+    for (auto [i, blue] : blues)
+        EXPECT_EQ(columns[i].blue, blue) << "at x = " << columns[i].x;
 
     EXPECT_EQ(Bar(100).GradientColumns().back().blue, 151);
     // Far enough along, the level stays at the colour's top.
     EXPECT_EQ(Bar(200, 400).GradientColumns().back().blue, 255);
-
     // The walk ends where the scale does, and an empty bar has no lines.
     EXPECT_NEAR(Bar(1e30f).GradientColumns().back().x, 100, 1e-4);
     EXPECT_TRUE(Bar(0).GradientColumns().empty());
@@ -53,9 +40,6 @@ TEST(ProgressBarModel, ValuesScaleAndShare) {
     EXPECT_EQ(bar.Value(), 30);
     bar.SetValue(std::numeric_limits<float>::quiet_NaN());
     EXPECT_EQ(bar.Value(), 0);
-
-    EXPECT_EQ(bar.ScaleLeft(), 0);
-    EXPECT_EQ(bar.ScaleWidth(), 100);
     bar.SetMin(10);
     EXPECT_EQ(bar.ScaleLeft(), 10);
     EXPECT_EQ(bar.ScaleWidth(), 110); // Max + Min
@@ -63,17 +47,14 @@ TEST(ProgressBarModel, ValuesScaleAndShare) {
     bar.SetMax(5);
     EXPECT_EQ(bar.ScaleWidth(), 1); // never 0
 
-    bar = Bar(0);
-    bar.SetPercent(50);
-    EXPECT_FLOAT_EQ(bar.Percent(), 0.5f);
-    EXPECT_FLOAT_EQ(bar.Value(), 50);
-    bar.SetPercent(0.25f);
-    EXPECT_FLOAT_EQ(bar.Percent(), 0.25f);
-    EXPECT_FLOAT_EQ(bar.Value(), 25);
-    bar.SetPercent(1); // one percent, not the whole bar
-    EXPECT_FLOAT_EQ(bar.Percent(), 0.01f);
-    EXPECT_FLOAT_EQ(bar.Value(), 1);
-    bar.SetValue(70);
+    // A share of 1 or more is a percentage: 50 and 0.5 both fill half, 1 is one percent.
+    for (auto [share, fraction] : {std::pair{50.f, .5f}, {.25f, .25f}, {1.f, .01f}}) {
+        bar = Bar(0);
+        bar.SetPercent(share);
+        EXPECT_FLOAT_EQ(bar.Percent(), fraction) << share;
+        EXPECT_FLOAT_EQ(bar.Value(), fraction * 100) << share;
+    }
+    bar.SetValue(70); // leaves the share alone
     EXPECT_FLOAT_EQ(bar.Percent(), 0.01f);
 }
 

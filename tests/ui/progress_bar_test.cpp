@@ -3,6 +3,7 @@
 #include <windows.h>
 #include <commctrl.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "platform/handles.h"
@@ -11,39 +12,7 @@
 namespace tolvane {
 namespace {
 
-// A top-level window with a real status bar of two panels, as the main window has.
-class StatusBarFrame {
-public:
-    StatusBarFrame() {
-        INITCOMMONCONTROLSEX icc{sizeof icc, ICC_BAR_CLASSES};
-        InitCommonControlsEx(&icc);
-        frame_.reset(CreateWindowExA(0, "STATIC", "progress test", WS_OVERLAPPEDWINDOW, 40, 40, 480,
-                                     200, nullptr, nullptr, nullptr, nullptr));
-        status_ = CreateWindowExA(0, STATUSCLASSNAMEA, "", WS_CHILD | WS_VISIBLE, 0, 0, 0, 0,
-                                  frame_.get(), nullptr, nullptr, nullptr);
-        SetPanels(240);
-        ShowWindow(frame_.get(), SW_SHOWNOACTIVATE);
-        UpdateWindow(frame_.get());
-    }
-    void SetPanels(int firstRight) {
-        int rights[2] = {firstRight, -1};
-        SendMessageA(status_, SB_SETPARTS, 2, reinterpret_cast<LPARAM>(rights));
-    }
-    RECT Panel(int zeroBased) const {
-        RECT r{};
-        SendMessageA(status_, SB_GETRECT, zeroBased, reinterpret_cast<LPARAM>(&r));
-        return r;
-    }
-    HWND Frame() const { return frame_.get(); }
-    HWND Status() const { return status_; }
-    void Close() { frame_.reset(); }
-
-private:
-    UniqueWindow frame_;
-    HWND status_ = nullptr; // goes with the frame
-};
-
-// The control's client area, pixel by pixel in rows, as COLORREF values.
+// The control's client area, row by row, as COLORREF values.
 struct Pixels {
     int width = 0, height = 0;
     std::vector<Colour> colours;
@@ -51,10 +20,9 @@ struct Pixels {
     bool operator==(const Pixels&) const = default;
 };
 
-// Off screen through WM_PRINTCLIENT, or what the screen shows now, read from the window's DC.
-enum class Source { Print, Screen };
-
-Pixels Capture(HWND window, Source source) {
+// What the screen shows now, read from the window's DC, or the control's own drawing of
+// itself off screen through WM_PRINTCLIENT.
+Pixels Capture(HWND window, bool print = false) {
     Pixels p;
     RECT client{};
     GetClientRect(window, &client);
@@ -72,16 +40,15 @@ Pixels Capture(HWND window, Source source) {
     }
     {
         ScopedSelection selected(memory.get(), dib.get());
-        if (source == Source::Print)
+        if (print)
             SendMessageA(window, WM_PRINTCLIENT, reinterpret_cast<WPARAM>(memory.get()),
                          PRF_CLIENT);
         else
             BitBlt(memory.get(), 0, 0, p.width, p.height, screen.get(), 0, 0, SRCCOPY);
         GdiFlush();
     }
-    const auto* dibPixels = static_cast<const uint32_t*>(bits);
     for (int i = 0; i < p.width * p.height; ++i) {
-        const uint32_t v = dibPixels[i]; // 0x00RRGGBB
+        const uint32_t v = static_cast<const uint32_t*>(bits)[i]; // 0x00RRGGBB
         p.colours.push_back(RgbColour(v >> 16 & 0xff, v >> 8 & 0xff, v & 0xff));
     }
     return p;
@@ -99,101 +66,114 @@ int FilledColumns(const Pixels& p) {
     return filled;
 }
 
-// Whether the window lies exactly on r, in its parent's client coordinates.
-bool LiesOn(HWND window, RECT r) {
-    RECT w{};
-    GetWindowRect(window, &w);
-    MapWindowPoints(nullptr, GetParent(window), reinterpret_cast<POINT*>(&w), 2);
-    return EqualRect(&w, &r);
-}
+// A top-level window with a real status bar of two panels, as the main window has, and the
+// control in it.
+class ProgressBarTest : public ::testing::Test {
+protected:
+    ProgressBarTest() {
+        INITCOMMONCONTROLSEX icc{sizeof icc, ICC_BAR_CLASSES};
+        InitCommonControlsEx(&icc);
+        frame.reset(CreateWindowExA(0, "STATIC", "progress test", WS_OVERLAPPEDWINDOW, 40, 40, 480,
+                                    200, nullptr, nullptr, nullptr, nullptr));
+        status = CreateWindowExA(0, STATUSCLASSNAMEA, "", WS_CHILD | WS_VISIBLE, 0, 0, 0, 0,
+                                 frame.get(), nullptr, nullptr, nullptr);
+        SetPanels(240);
+        ShowWindow(frame.get(), SW_SHOWNOACTIVATE);
+        UpdateWindow(frame.get());
+        bar = std::make_unique<AdvProgressBar>(frame.get());
+    }
+    void SetPanels(int firstRight) {
+        int rights[2] = {firstRight, -1};
+        SendMessageA(status, SB_SETPARTS, 2, reinterpret_cast<LPARAM>(rights));
+    }
+    // Whether the control lies exactly on the panel, in its parent's client coordinates.
+    bool OnPanel(int zeroBased) const {
+        RECT panel{}, w{};
+        SendMessageA(status, SB_GETRECT, zeroBased, reinterpret_cast<LPARAM>(&panel));
+        GetWindowRect(bar->Hwnd(), &w);
+        MapWindowPoints(nullptr, GetParent(bar->Hwnd()), reinterpret_cast<POINT*>(&w), 2);
+        return EqualRect(&w, &panel);
+    }
+    void PlaceOverFirstPanel() {
+        bar->SetMyParent(status);
+        bar->SetStatusBarPanelIndex(1);
+    }
 
-TEST(AdvProgressBar, CoversTheFirstStatusBarPanelAndFollowsIt) {
-    StatusBarFrame f;
-    AdvProgressBar bar(f.Frame());
+    UniqueWindow frame;
+    HWND status = nullptr; // goes with the frame
+    std::unique_ptr<AdvProgressBar> bar;
+};
+
+TEST_F(ProgressBarTest, CoversTheFirstStatusBarPanelAndFollowsIt) {
     // The main window's order of set-up.
-    bar.SetMin(0);
-    bar.SetMax(100);
-    bar.SetValue(0);
-    bar.SetGradient(false);
-    bar.SetMyParent(f.Status());
-    bar.SetStatusBarPanelIndex(1);
-    EXPECT_EQ(GetParent(bar.Hwnd()), f.Status());
-    EXPECT_TRUE(LiesOn(bar.Hwnd(), f.Panel(0)));
-    EXPECT_EQ(GetWindow(f.Status(), GW_CHILD), bar.Hwnd()); // in front
+    bar->SetMin(0);
+    bar->SetMax(100);
+    bar->SetValue(0);
+    bar->SetGradient(false);
+    PlaceOverFirstPanel();
+    EXPECT_EQ(GetParent(bar->Hwnd()), status);
+    EXPECT_TRUE(OnPanel(0));
+    EXPECT_EQ(GetWindow(status, GW_CHILD), bar->Hwnd()); // in front
 
-    f.SetPanels(150);
-    EXPECT_FALSE(LiesOn(bar.Hwnd(), f.Panel(0)));
-    bar.Reposition();
-    EXPECT_TRUE(LiesOn(bar.Hwnd(), f.Panel(0)));
-    bar.SetStatusBarPanelIndex(2);
-    EXPECT_TRUE(LiesOn(bar.Hwnd(), f.Panel(1)));
+    SetPanels(150);
+    EXPECT_FALSE(OnPanel(0));
+    bar->Reposition();
+    EXPECT_TRUE(OnPanel(0));
+    bar->SetStatusBarPanelIndex(2);
+    EXPECT_TRUE(OnPanel(1));
 
     // In a window that is no status bar the control keeps its place.
-    bar.SetMyParent(f.Frame());
-    EXPECT_EQ(GetParent(bar.Hwnd()), f.Frame());
-    EXPECT_TRUE(LiesOn(bar.Hwnd(), f.Panel(1)));
+    bar->SetMyParent(frame.get());
+    EXPECT_EQ(GetParent(bar->Hwnd()), frame.get());
+    EXPECT_TRUE(OnPanel(1));
 
     // The window dies with its container; the object then holds none.
-    f.Close();
-    EXPECT_EQ(bar.Hwnd(), nullptr);
+    frame.reset();
+    EXPECT_EQ(bar->Hwnd(), nullptr);
 }
 
-TEST(AdvProgressBar, DrawsTheValueAtOnce) {
-    StatusBarFrame f;
-    AdvProgressBar bar(f.Frame());
-    bar.SetMyParent(f.Status());
-    bar.SetStatusBarPanelIndex(1);
-    bar.SetValue(0);
-    UpdateWindow(f.Frame());
-    const Pixels empty = Capture(bar.Hwnd(), Source::Screen);
+TEST_F(ProgressBarTest, ShowsTheValueAtOnceInTheHighlightColour) {
+    PlaceOverFirstPanel();
+    bar->SetValue(0);
+    UpdateWindow(frame.get());
+    const Pixels empty = Capture(bar->Hwnd());
     ASSERT_GT(empty.width, 100);
     ASSERT_GT(empty.height, 4);
     EXPECT_EQ(FilledColumns(empty), 0);
 
     // No message is handled between setting and looking: the screen already shows it.
-    bar.SetValue(50);
-    const Pixels half = Capture(bar.Hwnd(), Source::Screen);
-    EXPECT_NEAR(FilledColumns(half), half.width / 2, 1);
-    for (int y = 0; y < half.height; ++y)
-        EXPECT_EQ(half.At(0, y), AdvProgressBar::DrawingColour());
-    EXPECT_EQ(Capture(bar.Hwnd(), Source::Print), half);
+    bar->SetValue(50);
+    const Pixels half = Capture(bar->Hwnd());
+    const int filled = FilledColumns(half);
+    EXPECT_NEAR(filled, half.width / 2, 1);
+    EXPECT_EQ(std::count(half.colours.begin(), half.colours.end(), AdvProgressBar::DrawingColour()),
+              filled * half.height);
+    EXPECT_EQ(Capture(bar->Hwnd(), true), half);
 
-    bar.SetValue(-30);
-    const Pixels negative = Capture(bar.Hwnd(), Source::Screen);
-    bar.SetValue(30);
-    EXPECT_EQ(Capture(bar.Hwnd(), Source::Screen), negative);
+    bar->SetValue(-30);
+    const Pixels negative = Capture(bar->Hwnd());
     EXPECT_NEAR(FilledColumns(negative), negative.width * 3 / 10, 1);
-
-    bar.SetValue(0);
-    EXPECT_EQ(Capture(bar.Hwnd(), Source::Screen), empty);
+    bar->SetValue(30);
+    EXPECT_EQ(Capture(bar->Hwnd()), negative);
+    bar->SetValue(0);
+    EXPECT_EQ(Capture(bar->Hwnd()), empty);
 }
 
-TEST(AdvProgressBar, GradientRunsFromBlackToBlue) {
-    StatusBarFrame f;
-    AdvProgressBar bar(f.Frame());
-    bar.SetMyParent(f.Status());
-    bar.SetStatusBarPanelIndex(1);
-    bar.SetGradient(true);
-    bar.SetValue(100);
-    const Pixels p = Capture(bar.Hwnd(), Source::Screen);
+TEST_F(ProgressBarTest, GradientShowsTheModelsColumnsFromBlackToBlue) {
+    PlaceOverFirstPanel();
+    bar->SetGradient(true);
+    bar->SetValue(100);
+    const Pixels p = Capture(bar->Hwnd());
     ASSERT_EQ(FilledColumns(p), p.width);
     EXPECT_LE(GetBValue(p.At(0, 0)), 4);
     EXPECT_GE(GetBValue(p.At(p.width - 1, 0)), 140);
     ProgressBarModel model;
     model.SetGradient(true);
     model.SetValue(100);
-    const std::vector<ColourSpan> spans = model.FilledSpans(p.width, 0);
-    size_t span = 0;
-    for (int x = 0; x < p.width; ++x) {
-        while (spans[span].right <= x)
-            ++span;
-        const Colour c = p.At(x, p.height / 2);
-        EXPECT_EQ(c, spans[span].colour) << x;
-        EXPECT_EQ(c & 0xffff, 0u) << x; // no red, no green
-        if (x > 0) {
-            EXPECT_GE(GetBValue(c), GetBValue(p.At(x - 1, p.height / 2))) << x;
-        }
-    }
+    for (const ColourSpan& span : model.FilledSpans(p.width, 0))
+        for (int x = span.left; x < span.right; ++x)
+            for (int y = 0; y < p.height; ++y)
+                EXPECT_EQ(p.At(x, y), span.colour) << x << "," << y;
 }
 
 } // namespace

@@ -4,14 +4,42 @@
 #include <commctrl.h>
 
 #include <functional>
+#include <set>
 
 #include "items/startup_tree.h"
 #include "platform/handles.h"
+#include "resource_ids.h"
 #include "support/win_test_support.h"
 #include "ui/tree_view.h"
 
 namespace tolvane {
 namespace {
+
+// The built program, for its resources.
+UniqueModule Program() {
+    return UniqueModule(LoadLibraryExA((test::BuiltProgramFolder() + "\\Tolvane.exe").c_str(),
+                                       nullptr,
+                                       LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
+}
+
+TEST(TreeIcons, EachIsInTheProgramAtEverySize) {
+    UniqueModule program = Program();
+    ASSERT_TRUE(program);
+    for (int id = IDI_TREE_USER; id <= IDI_TREE_STOPPED; ++id) {
+        // The icon group's directory: a count at byte 4, then 14-byte entries, width first.
+        HRSRC group = FindResourceA(program.get(), MAKEINTRESOURCEA(id), MAKEINTRESOURCEA(14));
+        ASSERT_NE(group, nullptr) << id;
+        const auto* dir =
+            static_cast<const BYTE*>(LockResource(LoadResource(program.get(), group)));
+        std::set<int> sizes;
+        for (int i = 0; i < (dir[4] | dir[5] << 8); ++i)
+            sizes.insert(dir[6 + 14 * i]);
+        EXPECT_EQ(sizes, (std::set<int>{16, 24, 32, 48})) << id;
+        EXPECT_TRUE(UniqueIcon(static_cast<HICON>(
+            LoadImageA(program.get(), MAKEINTRESOURCEA(id), IMAGE_ICON, 16, 16, 0))))
+            << id;
+    }
+}
 
 // A window that hands the tree's notifications to the binding, as the main window does.
 struct Host {
@@ -110,9 +138,7 @@ std::vector<Shown> FromModel(const TreeModel& model, const std::map<std::string,
 }
 
 TEST(TreeViewControl, ShowsTheModelAndHandsTheUsersChangesBack) {
-    UniqueModule program(LoadLibraryExA((test::BuiltProgramFolder() + "\\Tolvane.exe").c_str(),
-                                        nullptr,
-                                        LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
+    UniqueModule program = Program();
     ASSERT_TRUE(program);
     Host host(program.get());
 

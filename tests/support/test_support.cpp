@@ -54,4 +54,22 @@ std::vector<std::string> ReadLines(const std::string& path) {
     return lines;
 }
 
+std::vector<std::string> ProgramLines(const ProgramGroup& group) {
+    std::vector<std::string> lines;
+    for (const GroupProgram& p : group.Programs) {
+        std::ostringstream line;
+        line << p.Command << '|' << p.Path << '|' << p.Parameters << '|' << p.Delay << '|'
+             << p.RegistryKeyName;
+        lines.push_back(line.str());
+    }
+    return lines;
+}
+
+std::vector<std::string> GroupNames(const ProgramModel& model) {
+    std::vector<std::string> names;
+    for (const ProgramGroup& g : model.ProgramGroups)
+        names.push_back(g.Name);
+    return names;
+}
+
 } // namespace tolvane::test

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "config/program_model.h"
 #include "ui/user_messages.h"
 
 namespace tolvane::test {
@@ -39,5 +40,10 @@ std::string ReadFileBytes(const std::string& path);
 void WriteFileBytes(const std::string& path, std::string_view bytes);
 // The lines of a text file (CR LF ends); none when it cannot be read.
 std::vector<std::string> ReadLines(const std::string& path);
+
+// A group's programs, one "command|path|parameters|delay|value name" each.
+std::vector<std::string> ProgramLines(const ProgramGroup& group);
+// The model's group names, holes included.
+std::vector<std::string> GroupNames(const ProgramModel& model);
 
 } // namespace tolvane::test

@@ -293,17 +293,9 @@ TEST(ProgramGroupFile, BoundTreeShowsGroupsAndProgramsWithUniqueKeys) {
                "void My_Tools()", "{", "}"}),
          &r, &tree);
     ASSERT_TRUE(r.Ok) << r.Error << " at line " << r.LineNumber;
-    EXPECT_EQ(tree.Find("Old"), TreeModel::kNone);
-    ASSERT_EQ(tree.Roots().size(), 1u);
-    const TreeNode& root = tree.Node(tree.Roots()[0]);
-    EXPECT_EQ(root.Key, "Root");
-    EXPECT_EQ(root.Text, "Program Groups");
-    ASSERT_EQ(root.Children.size(), 2u);
-    EXPECT_EQ(tree.Node(root.Children[1]).Text, "My Tools");
-    const int path = tree.Find("StartupProgramPath0");
-    ASSERT_NE(path, TreeModel::kNone);
-    EXPECT_EQ(tree.Node(path).Text, "C:\\a.exe");
-    EXPECT_EQ(tree.Node(path).Children.size(), 2u);
+    EXPECT_EQ(test::Outline(tree), "Program Groups[Startup[C:\\a.exe[-x, 2.5]], My Tools]");
+    EXPECT_EQ(tree.Node(tree.Roots()[0]).Key, "Root");
+    EXPECT_EQ(tree.Node(tree.Find("StartupProgramPath0")).Text, "C:\\a.exe");
     EXPECT_EQ(tree.Node(tree.Find("StartupProgramParameters0")).Text, "-x");
     EXPECT_EQ(tree.FullPath(tree.Find("StartupProgramDelay0")),
               "Program Groups\\Startup\\C:\\a.exe\\2.5");

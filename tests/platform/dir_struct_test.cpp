@@ -10,46 +10,42 @@
 namespace tolvane {
 namespace {
 
-using test::TempFolder;
 using test::WriteFileBytes;
 
-std::vector<std::string> Sorted(std::vector<std::string> v) {
-    std::sort(v.begin(), v.end());
-    return v;
-}
+class DirStruct : public ::testing::Test {
+protected:
+    std::vector<std::string> Listed(const std::string& folder) {
+        std::vector<std::string> list{"stale"};
+        EXPECT_TRUE(ds.ReturnFiles(folder, list));
+        std::sort(list.begin(), list.end());
+        return list;
+    }
 
-TEST(DirStruct, ListingsSkipOnlyDotsAndTheLowerCaseDesktopIni) {
-    TempFolder dir;
+    test::TempFolder dir;
     CDirStruct ds;
-    std::vector<std::string> list{"stale"};
-    EXPECT_TRUE(ds.ReturnFiles(dir.Path(), list));
-    EXPECT_EQ(list, std::vector<std::string>{""});
-    EXPECT_TRUE(ds.ReturnFiles(dir / "missing", list));
-    EXPECT_EQ(list, std::vector<std::string>{""});
+};
 
+TEST_F(DirStruct, ListingsSkipOnlyDotsAndTheLowerCaseDesktopIni) {
+    EXPECT_EQ(Listed(dir.Path()), std::vector<std::string>{""});
+    EXPECT_EQ(Listed(dir / "missing"), std::vector<std::string>{""});
     WriteFileBytes(dir / "desktop.ini", "[.ShellClassInfo]");
-    EXPECT_TRUE(ds.ReturnFiles(dir.Path() + "\\", list));
-    EXPECT_EQ(list, std::vector<std::string>{""});
+    EXPECT_EQ(Listed(dir.Path() + "\\"), std::vector<std::string>{""});
 
     // Only the lower-case name is skipped.
-    TempFolder capital;
+    test::TempFolder capital;
     WriteFileBytes(capital / "Desktop.ini", "");
-    EXPECT_TRUE(ds.ReturnFiles(capital.Path(), list));
-    EXPECT_EQ(list, std::vector<std::string>{"Desktop.ini"});
+    EXPECT_EQ(Listed(capital.Path()), std::vector<std::string>{"Desktop.ini"});
 
     WriteFileBytes(dir / "Tool.lnk", "");
     WriteFileBytes(dir / "with blank.lnk", "");
     test::MakeFolder(dir / "Sub");
     WriteFileBytes(dir / "hidden.lnk", "");
     SetFileAttributesA((dir / "hidden.lnk").c_str(), FILE_ATTRIBUTE_HIDDEN);
-    EXPECT_TRUE(ds.ReturnFiles(dir.Path(), list));
-    EXPECT_EQ(Sorted(list),
+    EXPECT_EQ(Listed(dir.Path()),
               (std::vector<std::string>{"Sub", "Tool.lnk", "hidden.lnk", "with blank.lnk"}));
 }
 
-TEST(DirStruct, EntriesMatchTheirExactName) {
-    TempFolder dir;
-    CDirStruct ds;
+TEST_F(DirStruct, EntriesMatchTheirExactName) {
     WriteFileBytes(dir / "tool.lnk", "");
     test::MakeFolder(dir / "Folder");
     EXPECT_TRUE(ds.FileExists("tool.lnk", dir.Path()));
@@ -67,9 +63,7 @@ TEST(DirStruct, EntriesMatchTheirExactName) {
     EXPECT_FALSE(CDirStruct::OrdinaryFileExists(dir / "tool.lnk"));
 }
 
-TEST(DirStruct, FoldersAreMadeOneLevelDeepOnRequest) {
-    TempFolder dir;
-    CDirStruct ds;
+TEST_F(DirStruct, FoldersAreMadeOneLevelDeepOnRequest) {
     EXPECT_FALSE(ds.DirectoryExists("New", dir.Path(), false));
     EXPECT_FALSE(test::PathExists(dir / "New"));
     EXPECT_TRUE(ds.DirectoryExists("New", dir.Path(), true));

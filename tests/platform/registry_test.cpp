@@ -2,22 +2,32 @@
 
 #include <windows.h>
 
+#include <algorithm>
+
 #include "platform/registry.h"
-#include "support/test_support.h"
 #include "support/win_test_support.h"
 
 namespace tolvane {
 namespace {
 
 using test::LongText;
-using test::ScratchKey;
 
-TEST(Registry, StringsReadOnlyAsTextValuesAndCutAtTheirFirstNul) {
-    ScratchKey key;
+class Registry : public ::testing::Test {
+protected:
+    std::vector<std::string> Listed(const std::string& keyPath) {
+        std::vector<std::string> list{"stale"};
+        EXPECT_TRUE(reg.EnumKey(root, keyPath, list));
+        std::sort(list.begin(), list.end());
+        return list;
+    }
+
+    test::ScratchKey key;
     CRegistry reg;
-    const auto root = key.Root();
-    const std::string& path = key.Path();
+    const RegistryRoot root = key.Root();
+    const std::string path = key.Path();
+};
 
+TEST_F(Registry, StringsReadOnlyAsTextValuesAndCutAtTheirFirstNul) {
     EXPECT_TRUE(reg.SaveSettingString(root, path, "Empty", ""));
     EXPECT_EQ(reg.GetSettingString(root, path, "Empty", "default"), ""); // not the default
     EXPECT_TRUE(reg.SaveSettingString(root, path, "Text", "C:\\x.exe -a"));
@@ -26,10 +36,9 @@ TEST(Registry, StringsReadOnlyAsTextValuesAndCutAtTheirFirstNul) {
     key.SetRaw("Nul", REG_SZ, std::string_view("ab\0cd\0", 6));
     EXPECT_EQ(reg.GetSettingString(root, path, "Nul"), "ab");
     key.SetRaw("Dword", REG_DWORD, std::string_view("\x01\x00\x00\x00", 4));
-    EXPECT_EQ(reg.GetSettingString(root, path, "Dword", "dflt"), "dflt");
     key.SetRaw("Expand", REG_EXPAND_SZ, std::string_view("%TEMP%\0", 7));
-    EXPECT_EQ(reg.GetSettingString(root, path, "Expand", "dflt"), "dflt");
-    EXPECT_EQ(reg.GetSettingString(root, path, "Missing", "dflt"), "dflt");
+    for (const char* other : {"Dword", "Expand", "Missing"})
+        EXPECT_EQ(reg.GetSettingString(root, path, other, "dflt"), "dflt") << other;
     EXPECT_EQ(reg.GetSettingString(root, path + "\\NoSuchKey", "Text", "dflt"), "dflt");
 
     // Stored without a NUL, a value reads whole, and its typed bytes come back untouched.
@@ -38,23 +47,14 @@ TEST(Registry, StringsReadOnlyAsTextValuesAndCutAtTheirFirstNul) {
     auto raw = reg.GetValue(root, path, "NoNul");
     ASSERT_TRUE(raw);
     EXPECT_EQ(raw->Type, static_cast<uint32_t>(REG_SZ));
-    const std::u16string stored(reinterpret_cast<const char16_t*>(raw->Data.data()),
-                                raw->Data.size() / 2);
-    EXPECT_EQ(stored, u"C:\\x.exe -a");
+    EXPECT_EQ(
+        std::u16string(reinterpret_cast<const char16_t*>(raw->Data.data()), raw->Data.size() / 2),
+        u"C:\\x.exe -a");
 }
 
-TEST(Registry, ListsEveryValueWholeAsNameEqualsData) {
-    ScratchKey key;
-    CRegistry reg;
-    const auto root = key.Root();
-    const std::string& path = key.Path();
-    std::vector<std::string> list{"stale"};
-
-    EXPECT_TRUE(reg.EnumKey(root, path + "\\Missing", list));
-    EXPECT_EQ(list, std::vector<std::string>{""});
-    list = {"stale"};
-    EXPECT_TRUE(reg.EnumKey(root, path, list));
-    EXPECT_EQ(list, std::vector<std::string>{""});
+TEST_F(Registry, ListsEveryValueWholeAsNameEqualsData) {
+    EXPECT_EQ(Listed(path + "\\Missing"), std::vector<std::string>{""});
+    EXPECT_EQ(Listed(path), std::vector<std::string>{""});
 
     const std::string longName = LongText(300, 'A');
     const std::string longData = "C:\\" + LongText(5000) + ".exe /x";
@@ -66,8 +66,6 @@ TEST(Registry, ListsEveryValueWholeAsNameEqualsData) {
     reg.SaveSettingString(root, path, "E", longData);
     reg.SaveSettingString(root, path, "F", LongText(255)); // exactly the classic buffer
     reg.SaveSettingString(root, path, "G", LongText(256));
-
-    ASSERT_TRUE(reg.EnumKey(root, path, list));
     std::vector<std::string> expected = {"A=",
                                          "C=x.exe /opt=1",
                                          "D=ends in z",
@@ -75,17 +73,11 @@ TEST(Registry, ListsEveryValueWholeAsNameEqualsData) {
                                          "E=" + longData,
                                          "F=" + LongText(255),
                                          "G=" + LongText(256)};
-    std::sort(list.begin(), list.end());
     std::sort(expected.begin(), expected.end());
-    EXPECT_EQ(list, expected);
+    EXPECT_EQ(Listed(path), expected);
 }
 
-TEST(Registry, NumbersBytesAndTypedValuesKeepWhatWasStored) {
-    ScratchKey key;
-    CRegistry reg;
-    const auto root = key.Root();
-    const std::string& path = key.Path();
-
+TEST_F(Registry, NumbersBytesAndTypedValuesKeepWhatWasStored) {
     EXPECT_TRUE(reg.SaveSettingLong(root, path, "N", -7));
     EXPECT_EQ(reg.GetSettingLong(root, path, "N", 3), -7);
     reg.SaveSettingString(root, path, "S", "12");
@@ -100,7 +92,7 @@ TEST(Registry, NumbersBytesAndTypedValuesKeepWhatWasStored) {
     EXPECT_TRUE(reg.SaveSettingByte(root, path, "EmptyBin", {}));
     EXPECT_EQ(reg.GetSettingByte(root, path, "EmptyBin"), ByteArray{});
 
-    RegistryValue expand{REG_EXPAND_SZ, {'%', 0, 'A', 0, '%', 0, 0, 0}};
+    const RegistryValue expand{REG_EXPAND_SZ, {'%', 0, 'A', 0, '%', 0, 0, 0}};
     EXPECT_TRUE(reg.SetValue(root, path, "X", expand));
     auto back = reg.GetValue(root, path, "X");
     ASSERT_TRUE(back);
@@ -108,25 +100,19 @@ TEST(Registry, NumbersBytesAndTypedValuesKeepWhatWasStored) {
     EXPECT_EQ(back->Data, expand.Data);
 }
 
-TEST(Registry, KeysNameTheSameWithOrWithoutTrailingBackslash) {
-    ScratchKey key;
-    CRegistry reg;
-    const auto root = key.Root();
-    const std::string sub = key.Path() + "\\Saved\\";
+TEST_F(Registry, KeysNameTheSameWithOrWithoutTrailingBackslash) {
+    const std::string sub = path + "\\Saved\\";
     EXPECT_TRUE(reg.CreateKey(root, sub));
     EXPECT_TRUE(reg.SaveSettingString(root, sub, "V", "1"));
-    EXPECT_EQ(reg.GetSettingString(root, key.Path() + "\\Saved", "V"), "1");
-    std::vector<std::string> list;
-    reg.EnumKey(root, sub, list);
-    EXPECT_EQ(list, std::vector<std::string>{"V=1"});
+    EXPECT_EQ(reg.GetSettingString(root, path + "\\Saved", "V"), "1");
+    EXPECT_EQ(Listed(sub), std::vector<std::string>{"V=1"});
 
-    EXPECT_TRUE(reg.DeleteValue(root, key.Path() + "\\Saved", "V"));
+    EXPECT_TRUE(reg.DeleteValue(root, path + "\\Saved", "V"));
     EXPECT_EQ(reg.GetSettingString(root, sub, "V", "gone"), "gone");
-    EXPECT_TRUE(reg.DeleteValue(root, sub, "V"));                 // already gone
-    EXPECT_TRUE(reg.DeleteValue(root, key.Path() + "\\No", "V")); // no key: nothing to do
+    EXPECT_TRUE(reg.DeleteValue(root, sub, "V"));           // already gone
+    EXPECT_TRUE(reg.DeleteValue(root, path + "\\No", "V")); // no key: nothing to do
     EXPECT_TRUE(reg.DeleteKey(root, sub));
-    reg.EnumKey(root, sub, list);
-    EXPECT_EQ(list, std::vector<std::string>{""});
+    EXPECT_EQ(Listed(sub), std::vector<std::string>{""});
 }
 
 } // namespace

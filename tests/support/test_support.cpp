@@ -1,6 +1,7 @@
 #include "support/test_support.h"
 
 #include <fstream>
+#include <functional>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -70,6 +71,19 @@ std::vector<std::string> GroupNames(const ProgramModel& model) {
     for (const ProgramGroup& g : model.ProgramGroups)
         names.push_back(g.Name);
     return names;
+}
+
+std::string Outline(const TreeModel& tree) {
+    std::function<std::string(const std::vector<int>&)> list = [&](const std::vector<int>& nodes) {
+        std::string out;
+        for (int node : nodes) {
+            out += (out.empty() ? "" : ", ") + tree.Node(node).Text;
+            if (!tree.Node(node).Children.empty())
+                out += "[" + list(tree.Node(node).Children) + "]";
+        }
+        return out;
+    };
+    return list(tree.Roots());
 }
 
 } // namespace tolvane::test

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "config/program_model.h"
+#include "ui/tree_model.h"
 #include "ui/user_messages.h"
 
 namespace tolvane::test {
@@ -45,5 +46,7 @@ std::vector<std::string> ReadLines(const std::string& path);
 std::vector<std::string> ProgramLines(const ProgramGroup& group);
 // The model's group names, holes included.
 std::vector<std::string> GroupNames(const ProgramModel& model);
+// Every text of the tree, a node's children in brackets after it: "A[B[C, D], E], F".
+std::string Outline(const TreeModel& tree);
 
 } // namespace tolvane::test

@@ -81,14 +81,11 @@ protected:
     // Every item of the start is still in its place, or held by the program and recorded in
     // the model as its file has it.
     void ExpectNothingLost(const std::string& step) {
-        ProgramModel fromFile;
-        {
-            test::CapturedMessages quiet;
-            AppState reader(folder.Path(), quiet);
-            reader.text.Languages = app.text.Languages;
-            CDelayLoad(reader).LoadItems();
-            fromFile = reader.model;
-        }
+        test::CapturedMessages quiet;
+        AppState reader(folder.Path(), quiet);
+        reader.text.Languages = app.text.Languages;
+        CDelayLoad(reader).LoadItems();
+        const ProgramModel& fromFile = reader.model;
         const ProgramGroup* startup = fromFile.StartupGroup();
         auto delayed = [&](std::string_view command, auto matches) {
             if (startup)
@@ -156,60 +153,42 @@ TEST_F(RandomMoves, NoItemIsEverLostAndEverythingComesBackExactly) {
         return static_cast<size_t>(std::uniform_int_distribution<size_t>(0, n - 1)(rng));
     };
     auto coin = [&] { return pick(2) == 1; };
-    const char* const containers[] = {"CurrentUserStartup",
-                                      "CurrentUserRegistry",
-                                      "AllUsersStartup",
-                                      "AllUsersRegistry",
-                                      "DelayedItemsStartupCurrentUser",
-                                      "DelayedItemsRegistryCurrentUser",
-                                      "DelayedItemsStartupAllUsers",
-                                      "DelayedItemsRegistryAllUsers",
-                                      "StoppedItemsCurrentStartup",
-                                      "StoppedItemsCurrentReg"};
-    const char* const checkable[] = {"CurrentUserStartup",
-                                     "CurrentUserRegistry",
-                                     "DelayedItemsStartupCurrentUser",
-                                     "DelayedItemsRegistryCurrentUser",
-                                     "StoppedItemsCurrentStartup",
-                                     "StoppedItemsCurrentReg"};
+    // The containers with items; the user can check those of the current user.
+    std::vector<std::string> containers, checkable;
+    for (bool delayed : {false, true})
+        for (std::string who : {"CurrentUser", "AllUsers"})
+            for (std::string kind : {"Startup", "Registry"})
+                containers.push_back(delayed ? "DelayedItems" + kind + who : who + kind);
+    containers.insert(containers.end(), {"StoppedItemsCurrentStartup", "StoppedItemsCurrentReg"});
+    std::copy_if(containers.begin(), containers.end(), std::back_inserter(checkable),
+                 [](const std::string& c) { return !Contains(c, "AllUsers"); });
     int passes = 0, singles = 0;
     for (int step = 0; step < 3000; ++step) {
         Refresh();
         ItemMoves moves = Moves();
         if (pick(4) == 0) {
             ++passes;
-            for (const char* c : checkable)
+            for (const std::string& c : checkable)
                 for (int leaf : Leaves(c))
                     tree.Node(leaf).Checked = coin();
-            switch (pick(4)) {
-            case 0: // Save
-                moves.DelayCheckedRegistryItems(false, false);
-                moves.DelayCheckedStartupItems(false, false);
+            const size_t button = pick(4); // Save, Delay, Stop, Run
+            if (button < 3) {
+                moves.DelayCheckedRegistryItems(button == 2, button != 0);
+                moves.DelayCheckedStartupItems(button == 2, button == 1);
+            }
+            if (button == 0 || button == 3) {
                 moves.RestoreCheckedRegistryItems();
                 moves.RestoreCheckedStartupItems();
-                break;
-            case 1: // Delay
-                moves.DelayCheckedRegistryItems(false, true);
-                moves.DelayCheckedStartupItems(false, true);
-                break;
-            case 2: // Stop
-                moves.DelayCheckedRegistryItems(true, true);
-                moves.DelayCheckedStartupItems(true, false);
-                break;
-            case 3: // Run
-                moves.RestoreCheckedRegistryItems();
-                moves.RestoreCheckedStartupItems();
-                break;
             }
         } else {
             std::vector<std::string> filled;
-            for (const char* c : containers)
+            for (const std::string& c : containers)
                 if (!Leaves(c).empty())
                     filled.push_back(c);
             if (filled.empty())
                 continue;
             const std::string container = filled[pick(filled.size())];
-            const auto leaves = Leaves(container.c_str());
+            const auto leaves = Leaves(container);
             ++singles;
             const int leaf = leaves[pick(leaves.size())];
             tree.Select(leaf);
@@ -218,23 +197,22 @@ TEST_F(RandomMoves, NoItemIsEverLostAndEverythingComesBackExactly) {
             const bool registry = Contains(container, "Reg");
             const bool isDelayed = StartsWith(container, "Delayed");
             const bool isStopped = StartsWith(container, "Stopped");
-            if (registry) {
-                const int code = all ? kMachineRun : kUserRun;
-                if (isDelayed && coin())
-                    moves.RestoreRegistryItem(text, code, false);
-                else if (isStopped && coin())
-                    moves.RestoreRegistryItem(text, code, true);
+            const int code =
+                registry ? (all ? kMachineRun : kUserRun) : (all ? kCommonStartup : kUserStartup);
+            auto restore = [&](bool fromStopped) {
+                if (registry)
+                    moves.RestoreRegistryItem(text, code, fromStopped);
                 else
-                    moves.DelayRegistryItem(text, code, isDelayed || coin());
-            } else {
-                const int code = all ? kCommonStartup : kUserStartup;
-                if (isDelayed && coin())
-                    moves.RestoreStartupItem(text, code, false);
-                else if (isStopped && coin())
-                    moves.RestoreStartupItem(text, code, true);
-                else
-                    moves.DelayStartupItem(text, code, isDelayed || coin());
-            }
+                    moves.RestoreStartupItem(text, code, fromStopped);
+            };
+            if (isDelayed && coin())
+                restore(false);
+            else if (isStopped && coin())
+                restore(true);
+            else if (registry)
+                moves.DelayRegistryItem(text, code, isDelayed || coin());
+            else
+                moves.DelayStartupItem(text, code, isDelayed || coin());
         }
         ExpectNothingLost("step " + std::to_string(step));
         if (HasFatalFailure() || HasFailure())

@@ -11,72 +11,66 @@ namespace tolvane {
 namespace {
 
 using Shown = test::CapturedMessages::Shown;
-
-// A pass over a checked active, delayed and stopped item of the current user, and where each
-// of the three is afterwards.
-struct FlagRow {
-    bool delayPass, stop, stoppedToDelayed, restorePass;
-    const char* active;
-    const char* delayed;
-    const char* stopped;
-};
+using Lines = std::vector<std::string>;
 
 class ItemMovesTest : public test::StartupFixture {
 protected:
-    // Where an item of the current user is now, as a refresh shows it: "active", "delayed",
-    // "stopped", joined by "+" once for every place that holds it.
-    std::string Places(bool active, const char* delayedIn, const char* stoppedIn,
-                       const std::function<bool(const std::string&, bool delayed)>& matches) {
+    // Where an item of the current user is now, as a refresh shows it: "active", then
+    // "delayed" and "stopped" once for every item of those containers that is it.
+    std::string State(bool active, const char* delayedIn, const char* stoppedIn,
+                      const std::function<bool(const std::string&)>& isIt) {
         std::string out = active ? "active" : "";
         for (const char* container : {delayedIn, stoppedIn})
             for (const std::string& text : Items(container))
-                if (matches(text, container == delayedIn))
+                if (isIt(text))
                     out += (out.empty() ? "" : "+") +
                            std::string(container == delayedIn ? "delayed" : "stopped");
         return out;
     }
     std::string ShortcutState(const std::string& name) {
         Refresh();
-        return Places(test::PathExists(UserStartup(name)), "DelayedItemsStartupCurrentUser",
-                      "StoppedItemsCurrentStartup",
-                      [&](const std::string& text, bool) { return text == name; });
+        return State(test::PathExists(UserStartup(name)), "DelayedItemsStartupCurrentUser",
+                     "StoppedItemsCurrentStartup", [&](auto& text) { return text == name; });
     }
+    // A delayed value shows as "name=...", a stopped one by its path alone.
     std::string ValueState(const std::string& name, const std::string& path) {
         Refresh();
-        return Places(Run(RegistryRoot::CurrentUser, name) != "(none)",
-                      "DelayedItemsRegistryCurrentUser", "StoppedItemsCurrentReg",
-                      [&](const std::string& text, bool delayed) {
-                          return delayed ? StartsWith(text, name + "=") : Trim(text) == Trim(path);
-                      });
+        return State(Run(RegistryRoot::CurrentUser, name) != "(none)",
+                     "DelayedItemsRegistryCurrentUser", "StoppedItemsCurrentReg", [&](auto& text) {
+                         return StartsWith(text, name + "=") || Trim(text) == Trim(path);
+                     });
     }
-    // Each row from a fresh file and fresh locations, where makeItems puts the three items.
-    void ExpectFlagTable(const std::vector<FlagRow>& rows, const std::function<void()>& makeItems,
-                         const std::function<bool(bool, bool)>& delayPass,
-                         const std::function<bool()>& restorePass,
-                         const std::function<std::vector<std::string>()>& states) {
-        for (const FlagRow& row : rows) {
+    // Each row: the flags of a pass ("1" or "0" for delay pass, stop, stopped to delayed,
+    // restore pass) and the states of an active, a delayed and a stopped item afterwards, all
+    // three checked. Every row starts from a fresh file and fresh locations.
+    void ExpectFlagTable(const std::vector<Lines>& rows, bool registry,
+                         const std::function<void()>& makeCheckedItems,
+                         const std::function<Lines()>& states) {
+        for (const Lines& row : rows) {
             places.Clear();
             app.model.StoppedPrograms = {""};
             app.model.ProgramGroups = {{"Startup", {{}}}};
             app.model.StartupGroupIndex = 0;
             CDelayLoad(app).WriteItems();
-            makeItems();
-            const std::string flags = std::to_string(row.delayPass) + std::to_string(row.stop) +
-                                      std::to_string(row.stoppedToDelayed) +
-                                      std::to_string(row.restorePass);
-            if (row.delayPass) {
-                EXPECT_TRUE(delayPass(row.stop, row.stoppedToDelayed)) << flags;
+            makeCheckedItems();
+            const std::string& flags = row[0];
+            const bool stop = flags[1] == '1', toDelayed = flags[2] == '1';
+            if (flags[0] == '1') {
+                EXPECT_TRUE(registry ? Moves().DelayCheckedRegistryItems(stop, toDelayed)
+                                     : Moves().DelayCheckedStartupItems(stop, toDelayed))
+                    << flags;
             }
-            if (row.restorePass) {
-                EXPECT_TRUE(restorePass()) << flags;
+            if (flags[3] == '1') {
+                EXPECT_TRUE(registry ? Moves().RestoreCheckedRegistryItems()
+                                     : Moves().RestoreCheckedStartupItems())
+                    << flags;
             }
-            EXPECT_EQ(states(), (std::vector<std::string>{row.active, row.delayed, row.stopped}))
-                << flags;
+            EXPECT_EQ(states(), Lines(row.begin() + 1, row.end())) << flags;
             EXPECT_TRUE(messages.shown.empty()) << flags;
         }
     }
     // The backup files written so far, oldest first.
-    std::vector<std::string> Backups() { return test::FilesBelow(folder / "Delayed Registry"); }
+    Lines Backups() { return test::FilesBelow(folder / "Delayed Registry"); }
     std::string AllBackups() {
         std::string all;
         for (const std::string& file : Backups())
@@ -120,7 +114,7 @@ TEST_F(ItemMovesTest, AShortcutIsDelayedStoppedAndPutBackWithItsFile) {
     EXPECT_EQ(Items("DelayedItemsStartupAllUsers"), std::vector<std::string>{"Word.lnk"});
 }
 
-TEST_F(ItemMovesTest, AShortcutOfTheSameNameIsNeverOverwritten) {
+TEST_F(ItemMovesTest, AnItemOfTheSameNameIsNeverOverwritten) {
     test::WriteFileBytes(folder / "log.txt", ""); // logging on
     Shortcut(places.UserFolder, "Tool.lnk");
     Refresh();
@@ -149,6 +143,22 @@ TEST_F(ItemMovesTest, AShortcutOfTheSameNameIsNeverOverwritten) {
     EXPECT_FALSE(Moves().DelayCheckedStartupItems(false, false));
     EXPECT_EQ(messages.shown, (std::vector<Shown>{{app.text.Message(2), "Tolvane", 0x30}}));
     EXPECT_TRUE(test::PathExists(UserStartup("Folder.lnk")));
+
+    // The same for a Run value: the program entered itself again, differently.
+    messages.shown.clear();
+    RunValue(RegistryRoot::CurrentUser, "App", "C:\\app.exe /old");
+    Refresh();
+    ASSERT_TRUE(Moves().DelayRegistryItem("App=C:\\app.exe /old", 1, false));
+    RunValue(RegistryRoot::CurrentUser, "App", "C:\\app.exe /new");
+    Refresh();
+    Moves().RestoreRegistryItem("App=C:\\app.exe /old", 1, false);
+    EXPECT_EQ(ValueState("App", "C:\\app.exe"), "active+delayed");
+
+    Check("CurrentUserRegistry", "App=C:\\app.exe /new");
+    EXPECT_FALSE(Moves().DelayCheckedRegistryItems(false, false)); // its copy would be lost
+    EXPECT_EQ(messages.shown, (std::vector<Shown>{{app.text.Message(1), "Tolvane", 0x30}}));
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /new");
+    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /old");
 }
 
 TEST_F(ItemMovesTest, TheSameNameInTwoLocationsStaysTwoItems) {
@@ -177,12 +187,11 @@ TEST_F(ItemMovesTest, TheSameNameInTwoLocationsStaysTwoItems) {
 
 TEST_F(ItemMovesTest, StartupFolderPassesFollowTheirFlagTable) {
     ExpectFlagTable(
-        {
-            {true, false, true, false, "delayed", "delayed", "delayed"},
-            {true, true, false, false, "stopped", "stopped", "active+stopped"},
-            {true, false, false, true, "delayed", "active", "active"},
-            {false, false, false, true, "active", "active", "active"},
-        },
+        {{"1010", "delayed", "delayed", "delayed"},
+         {"1100", "stopped", "stopped", "active+stopped"},
+         {"1001", "delayed", "active", "active"},
+         {"0001", "active", "active", "active"}},
+        false,
         [&] {
             for (const char* name : {"A.lnk", "D.lnk", "S.lnk"})
                 Shortcut(places.UserFolder, name);
@@ -194,13 +203,8 @@ TEST_F(ItemMovesTest, StartupFolderPassesFollowTheirFlagTable) {
             Check("DelayedItemsStartupCurrentUser", "D.lnk");
             Check("StoppedItemsCurrentStartup", "S.lnk");
         },
-        [&](bool stop, bool toDelayed) {
-            return Moves().DelayCheckedStartupItems(stop, toDelayed);
-        },
-        [&] { return Moves().RestoreCheckedStartupItems(); },
         [&] {
-            return std::vector<std::string>{ShortcutState("A.lnk"), ShortcutState("D.lnk"),
-                                            ShortcutState("S.lnk")};
+            return Lines{ShortcutState("A.lnk"), ShortcutState("D.lnk"), ShortcutState("S.lnk")};
         });
 }
 
@@ -210,30 +214,25 @@ TEST_F(ItemMovesTest, RunValuePassesFollowTheirFlagTable) {
                                      {"D", "C:\\d.exe", "C:\\d.exe"},
                                      {"S", "\"C:\\s s\\s.exe\" -s", "C:\\s s\\s.exe"}};
     ExpectFlagTable(
-        {
-            {true, false, true, false, "delayed", "delayed", "delayed"},
-            {true, true, true, false, "stopped", "stopped", "delayed"},
-            {true, false, false, true, "delayed", "active", "active"},
-            {false, false, false, true, "active", "active", "active"},
-        },
+        {{"1010", "delayed", "delayed", "delayed"},
+         {"1110", "stopped", "stopped", "delayed"},
+         {"1001", "delayed", "active", "active"},
+         {"0001", "active", "active", "active"}},
+        true,
         [&] {
             for (const auto& item : items)
                 RunValue(RegistryRoot::CurrentUser, item[0], item[1]);
             Refresh();
             ASSERT_TRUE(Moves().DelayRegistryItem("D=C:\\d.exe", 1, false));
-            ASSERT_TRUE(Moves().DelayRegistryItem("S=\"C:\\s s\\s.exe\" -s", 1, true));
+            ASSERT_TRUE(Moves().DelayRegistryItem("S=" + items[2][1], 1, true));
             Refresh();
             Check("CurrentUserRegistry", "A=C:\\a.exe /a");
             Check("DelayedItemsRegistryCurrentUser", "D=C:\\d.exe ");
-            Check("StoppedItemsCurrentReg", "C:\\s s\\s.exe");
+            Check("StoppedItemsCurrentReg", items[2][2]);
         },
-        [&](bool stop, bool toDelayed) {
-            return Moves().DelayCheckedRegistryItems(stop, toDelayed);
-        },
-        [&] { return Moves().RestoreCheckedRegistryItems(); },
         [&] {
             // An active value holds its command as it was, quotes and all.
-            std::vector<std::string> states;
+            Lines states;
             for (const auto& item : items) {
                 const std::string now = Run(RegistryRoot::CurrentUser, item[0]);
                 states.push_back(ValueState(item[0], item[2]) +
@@ -266,10 +265,8 @@ TEST_F(ItemMovesTest, RunValuesAreSavedBackedUpAndPutBackExactly) {
               "\"Tool\"=\"C:\\\\T\\\\tool.exe -x\"\r\n");
 
     ASSERT_TRUE(Moves().DelayRegistryItem("Opt=C:\\x.exe /opt=1", 1, false));
-    const GroupProgram& delayed = app.model.ProgramGroups[0].Programs.back();
-    EXPECT_EQ(std::vector<std::string>(
-                  {delayed.Command, delayed.Path, delayed.Parameters, delayed.RegistryKeyName}),
-              (std::vector<std::string>{"ExecuteReg", "C:\\x.exe ", "/opt=1", "Opt"}));
+    EXPECT_EQ(test::ProgramLines(app.model.ProgramGroups[0]).back(),
+              "ExecuteReg|C:\\x.exe |/opt=1|0|Opt");
     EXPECT_NE(AllBackups().find("\"Opt\"=\"C:\\\\x.exe /opt=1\"\r\n"), std::string::npos);
 
     ASSERT_TRUE(Moves().DelayRegistryItem("Quoted=" + quoted, 1, false));
@@ -314,37 +311,18 @@ TEST_F(ItemMovesTest, RunValuesAreSavedBackedUpAndPutBackExactly) {
     EXPECT_TRUE(messages.shown.empty());
 }
 
-TEST_F(ItemMovesTest, AValueOfTheSameNameIsNeverOverwritten) {
-    RunValue(RegistryRoot::CurrentUser, "App", "C:\\app.exe /old");
+TEST_F(ItemMovesTest, APassLeavesABackupThatImportsBackWhatItTookOut) {
+    // Nothing checked: the file is written, the backup made and deleted again, the date
+    // folder stays.
     Refresh();
-    ASSERT_TRUE(Moves().DelayRegistryItem("App=C:\\app.exe /old", 1, false));
-    // The program entered itself again, differently.
-    RunValue(RegistryRoot::CurrentUser, "App", "C:\\app.exe /new");
-    Refresh();
-    Moves().RestoreRegistryItem("App=C:\\app.exe /old", 1, false);
-    EXPECT_EQ(ValueState("App", "C:\\app.exe"), "active+delayed");
-
-    Check("CurrentUserRegistry", "App=C:\\app.exe /new");
-    EXPECT_FALSE(Moves().DelayCheckedRegistryItems(false, false)); // its copy would be lost
-    EXPECT_EQ(messages.shown.size(), 1u);
-    EXPECT_EQ(messages.shown[0].Text, app.text.Message(1));
-    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /new");
-    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /old");
-}
-
-TEST_F(ItemMovesTest, APassWithNothingCheckedLeavesNoBackupButWritesTheFile) {
-    Refresh();
-    const std::string file = CDelayLoad(app).FilePath();
-    DeleteFileA(file.c_str());
+    DeleteFileA(CDelayLoad(app).FilePath().c_str());
     EXPECT_TRUE(Moves().DelayCheckedRegistryItems(false, true));
-    EXPECT_TRUE(test::PathExists(file));
-    EXPECT_TRUE(Backups().empty()); // made and deleted again
-    std::vector<std::string> days;
+    EXPECT_TRUE(test::PathExists(CDelayLoad(app).FilePath()));
+    EXPECT_TRUE(Backups().empty());
+    Lines days;
     CDirStruct().ReturnFiles(folder / "Delayed Registry", days);
-    EXPECT_EQ(days.size(), 1u); // the date folder stays
-}
+    EXPECT_EQ(days.size(), 1u);
 
-TEST_F(ItemMovesTest, ABackupImportsBackTheValueItTookOut) {
     const std::string data = "\"C:\\Program Files\\Vendor \\\"Q\\\"\\app.exe\" /x=\"1\"";
     RunValue(RegistryRoot::CurrentUser, "Quoted \"Name\"", data);
     // An expandable value must come back expandable.
@@ -362,14 +340,12 @@ TEST_F(ItemMovesTest, ABackupImportsBackTheValueItTookOut) {
     unsigned long code = 1;
     ASSERT_TRUE(import.WaitForExit(30000, &code));
     EXPECT_EQ(code, 0u);
-    auto quotedBack = reg.GetValue(RegistryRoot::CurrentUser, kRunKey, "Quoted \"Name\"");
-    ASSERT_TRUE(quotedBack);
-    EXPECT_TRUE(SameValue(*quotedBack, *before));
     EXPECT_EQ(reg.GetSettingString(RegistryRoot::CurrentUser, kRunKey, "Quoted \"Name\""), data);
+    auto quotedBack = reg.GetValue(RegistryRoot::CurrentUser, kRunKey, "Quoted \"Name\"");
     auto expandBack = reg.GetValue(RegistryRoot::CurrentUser, kRunKey, "Expand");
-    ASSERT_TRUE(expandBack);
-    EXPECT_EQ(expandBack->Type, static_cast<uint32_t>(REG_EXPAND_SZ));
-    EXPECT_EQ(expandBack->Data, expand.Data);
+    ASSERT_TRUE(quotedBack && expandBack);
+    EXPECT_TRUE(SameValue(*quotedBack, *before));
+    EXPECT_EQ(std::tie(expandBack->Type, expandBack->Data), std::tie(expand.Type, expand.Data));
 }
 
 } // namespace

@@ -33,30 +33,32 @@ protected:
     void Refresh() { ASSERT_TRUE(RefreshData(app, tree, listing)); }
     ItemMoves Moves() { return ItemMoves(app, tree, nullptr); }
 
-    std::vector<int> Leaves(const char* container) {
+    std::vector<int> Leaves(const std::string& container) {
         return tree.Node(tree.Find(container)).Children;
     }
     // The texts of a container's items, sorted.
-    std::vector<std::string> Items(const char* container) {
+    std::vector<std::string> Items(const std::string& container) {
         std::vector<std::string> texts;
         for (int child : Leaves(container))
             texts.push_back(tree.Node(child).Text);
         std::sort(texts.begin(), texts.end());
         return texts;
     }
-    std::string Caption(const char* container) { return tree.Node(tree.Find(container)).Text; }
-    int Node(const char* container, const std::string& text) {
+    std::string Caption(const std::string& container) {
+        return tree.Node(tree.Find(container)).Text;
+    }
+    int Node(const std::string& container, const std::string& text) {
         for (int child : Leaves(container))
             if (tree.Node(child).Text == text)
                 return child;
         ADD_FAILURE() << text << " is not under " << container;
         return TreeModel::kNone;
     }
-    void Check(const char* container, const std::string& text) {
+    void Check(const std::string& container, const std::string& text) {
         if (int n = Node(container, text); n != TreeModel::kNone)
             tree.Node(n).Checked = true;
     }
-    void Select(const char* container, const std::string& text) {
+    void Select(const std::string& container, const std::string& text) {
         tree.Select(Node(container, text));
     }
 

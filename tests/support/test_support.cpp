@@ -1,5 +1,6 @@
 #include "support/test_support.h"
 
+#include <algorithm>
 #include <fstream>
 #include <functional>
 #include <sstream>
@@ -73,14 +74,18 @@ std::vector<std::string> GroupNames(const ProgramModel& model) {
     return names;
 }
 
-std::string Outline(const TreeModel& tree) {
+std::string Outline(const TreeModel& tree, bool sorted) {
     std::function<std::string(const std::vector<int>&)> list = [&](const std::vector<int>& nodes) {
-        std::string out;
+        std::vector<std::string> parts;
         for (int node : nodes) {
-            out += (out.empty() ? "" : ", ") + tree.Node(node).Text;
-            if (!tree.Node(node).Children.empty())
-                out += "[" + list(tree.Node(node).Children) + "]";
+            const TreeNode& n = tree.Node(node);
+            parts.push_back(n.Children.empty() ? n.Text : n.Text + "[" + list(n.Children) + "]");
         }
+        if (sorted)
+            std::sort(parts.begin(), parts.end());
+        std::string out;
+        for (const std::string& part : parts)
+            out += (out.empty() ? "" : ", ") + part;
         return out;
     };
     return list(tree.Roots());

@@ -46,7 +46,8 @@ std::vector<std::string> ReadLines(const std::string& path);
 std::vector<std::string> ProgramLines(const ProgramGroup& group);
 // The model's group names, holes included.
 std::vector<std::string> GroupNames(const ProgramModel& model);
-// Every text of the tree, a node's children in brackets after it: "A[B[C, D], E], F".
-std::string Outline(const TreeModel& tree);
+// Every text of the tree, a node's children in brackets after it: "A[B[C, D], E], F";
+// sorted, siblings in the order of their text (for listings in the file system's order).
+std::string Outline(const TreeModel& tree, bool sorted = false);
 
 } // namespace tolvane::test

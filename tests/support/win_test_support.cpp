@@ -174,26 +174,25 @@ ChildProcess::ChildProcess(const std::string& commandLine) {
     STARTUPINFOA si{sizeof si};
     PROCESS_INFORMATION pi{};
     std::string line = commandLine;
-    if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si,
-                       &pi)) {
-        CloseHandle(pi.hThread);
-        process_ = pi.hProcess;
-        id_ = pi.dwProcessId;
-    }
+    if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si,
+                        &pi))
+        return;
+    CloseHandle(pi.hThread);
+    process_ = pi.hProcess;
+    id_ = pi.dwProcessId;
 }
 
 ChildProcess::~ChildProcess() {
-    if (process_) {
-        Kill();
+    Kill();
+    if (process_)
         CloseHandle(process_);
-    }
 }
 
 bool ChildProcess::WaitForExit(unsigned long milliseconds, unsigned long* exitCode) {
-    if (!process_ || WaitForSingleObject(process_, milliseconds) != WAIT_OBJECT_0)
-        return false;
     DWORD code = 0;
-    GetExitCodeProcess(process_, &code);
+    if (!process_ || WaitForSingleObject(process_, milliseconds) != WAIT_OBJECT_0 ||
+        !GetExitCodeProcess(process_, &code))
+        return false;
     if (exitCode)
         *exitCode = code;
     return true;
@@ -204,10 +203,8 @@ bool ChildProcess::Running() {
 }
 
 void ChildProcess::Kill() {
-    if (Running()) {
-        TerminateProcess(process_, 9);
+    if (Running() && TerminateProcess(process_, 9))
         WaitForSingleObject(process_, 5000);
-    }
 }
 
 StartupLocations::StartupLocations()

@@ -30,27 +30,15 @@ Pixels Capture(HWND window, bool print = false) {
     p.height = client.bottom;
     WindowDc screen(window);
     UniqueDc memory(CreateCompatibleDC(screen.get()));
-    BITMAPINFO info{};
-    info.bmiHeader = {sizeof(BITMAPINFOHEADER), p.width, -p.height, 1, 32, BI_RGB};
-    void* bits = nullptr;
-    UniqueGdiObject dib(CreateDIBSection(memory.get(), &info, DIB_RGB_COLORS, &bits, nullptr, 0));
-    if (!dib || p.width <= 0 || p.height <= 0) {
-        ADD_FAILURE() << "no bitmap to capture into";
-        return p;
-    }
-    {
-        ScopedSelection selected(memory.get(), dib.get());
-        if (print)
-            SendMessageA(window, WM_PRINTCLIENT, reinterpret_cast<WPARAM>(memory.get()),
-                         PRF_CLIENT);
-        else
-            BitBlt(memory.get(), 0, 0, p.width, p.height, screen.get(), 0, 0, SRCCOPY);
-        GdiFlush();
-    }
-    for (int i = 0; i < p.width * p.height; ++i) {
-        const uint32_t v = static_cast<const uint32_t*>(bits)[i]; // 0x00RRGGBB
-        p.colours.push_back(RgbColour(v >> 16 & 0xff, v >> 8 & 0xff, v & 0xff));
-    }
+    UniqueGdiObject bitmap(CreateCompatibleBitmap(screen.get(), p.width, p.height));
+    ScopedSelection selected(memory.get(), bitmap.get());
+    if (print)
+        SendMessageA(window, WM_PRINTCLIENT, reinterpret_cast<WPARAM>(memory.get()), PRF_CLIENT);
+    else
+        BitBlt(memory.get(), 0, 0, p.width, p.height, screen.get(), 0, 0, SRCCOPY);
+    for (int y = 0; y < p.height; ++y)
+        for (int x = 0; x < p.width; ++x)
+            p.colours.push_back(GetPixel(memory.get(), x, y));
     return p;
 }
 

@@ -61,17 +61,17 @@ TEST_F(ProgramGroupFileOnDisk, ALoadPicksTheLanguageAndAReadFailureKeepsTheFile)
     dl.LoadItems();
     EXPECT_EQ(messages.shown, (std::vector<test::CapturedMessages::Shown>{
                                   {app.text.Message(13), "Tolvane - Error", kMbIconInformation}}));
-    ASSERT_EQ(app.model.ProgramGroups.size(), 1u);
-    EXPECT_EQ(app.model.ProgramGroups[0].Programs.back().Path, ""); // the slot of the bad line
-    EXPECT_EQ(app.model.ProgramGroups[0].Programs[0].Path, "C:\\a.exe");
+    ASSERT_EQ(test::GroupNames(app.model), std::vector<std::string>{"Startup"});
+    // What was read before the bad line, and a free slot for it.
+    EXPECT_EQ(test::ProgramLines(app.model.ProgramGroups[0]),
+              (std::vector<std::string>{"Execute|C:\\a.exe||1|", "|||0|"}));
     // The next write replaces the file with what was read; the copy keeps the rest.
     EXPECT_EQ(test::ReadFileBytes(dl.UnreadableCopyPath()), broken);
 
     test::WriteFileBytes(dl.FilePath(), "");
     dl.LoadItems();
     EXPECT_EQ(messages.shown.size(), 2u);
-    ASSERT_EQ(app.model.ProgramGroups.size(), 1u);
-    EXPECT_EQ(app.model.ProgramGroups[0].Name, "");
+    EXPECT_EQ(test::GroupNames(app.model), std::vector<std::string>{""});
 }
 
 TEST_F(ProgramGroupFileOnDisk, AWriteThatCannotReplaceTheFileLeavesItAsItWas) {

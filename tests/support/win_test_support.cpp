@@ -51,18 +51,12 @@ TempFolder::~TempFolder() {
     RemoveTree(path_);
 }
 
-std::string TempFolder::operator/(std::string_view name) const {
-    return path_ + "\\" + std::string(name);
-}
-
 bool PathExists(const std::string& path) {
     return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
 void MakeFolder(const std::string& path) {
-    for (size_t pos = path.find('\\', 3); pos != std::string::npos; pos = path.find('\\', pos + 1))
-        CreateDirectoryA(path.substr(0, pos).c_str(), nullptr);
-    CreateDirectoryA(path.c_str(), nullptr);
+    SHCreateDirectoryExA(nullptr, path.c_str(), nullptr);
 }
 
 void RemoveTree(const std::string& path) {

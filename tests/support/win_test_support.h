@@ -16,11 +16,9 @@ public:
     explicit TempFolder(std::string_view hint = "tolvane");
     ~TempFolder();
     TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
-
     const std::string& Path() const { return path_; }
     // The folder, a backslash and the name.
-    std::string operator/(std::string_view name) const;
+    std::string operator/(std::string_view name) const { return path_ + "\\" + std::string(name); }
 
 private:
     std::string path_;
@@ -31,20 +29,17 @@ bool PathExists(const std::string& path);
 void MakeFolder(const std::string& path);
 // Removes a folder and everything in it; a missing folder is fine.
 void RemoveTree(const std::string& path);
-// Copies a folder with everything in it.
 void CopyTree(const std::string& from, const std::string& to);
 // The files below a folder, at any depth, as full paths in sorted order.
 std::vector<std::string> FilesBelow(const std::string& folder);
 
-// A registry key that only this test uses, below HKCU\Software\TolvaneTests (or the machine's
-// equivalent); deleted with its values and subkeys when the test ends.
+// A registry key that only this test uses, below Software\TolvaneTests; deleted with its
+// values and subkeys when the test ends.
 class ScratchKey {
 public:
     explicit ScratchKey(RegistryRoot root = RegistryRoot::CurrentUser);
     ~ScratchKey();
     ScratchKey(const ScratchKey&) = delete;
-    ScratchKey& operator=(const ScratchKey&) = delete;
-
     RegistryRoot Root() const { return root_; }
     const std::string& Path() const { return path_; }
     // Writes a value with any type and exactly these bytes (no NUL added), bypassing CRegistry.
@@ -75,8 +70,6 @@ public:
     explicit ChildProcess(const std::string& commandLine);
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
-
     bool Started() const { return process_ != nullptr; }
     unsigned long Id() const { return id_; }
     // True when the process ended within the time; its exit code then.

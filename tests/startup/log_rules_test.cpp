@@ -8,12 +8,7 @@ namespace tolvane {
 namespace {
 
 TEST(LogRules, PrefixesAndThePruneCut) {
-    EXPECT_EQ(LogLevelPrefix(1), "Error: ");
-    EXPECT_EQ(LogLevelPrefix(2), "Warning: ");
-    EXPECT_EQ(LogLevelPrefix(4), "Info: ");
-    EXPECT_EQ(LogLevelPrefix(3), "");
-    EXPECT_EQ(LogLevelPrefix(0), "");
-
+    EXPECT_EQ(LogLevelPrefix(0), ""); // the others: see the event log's test
     const std::string marker = PruneMarker("1/2/2026 10:00:00");
     EXPECT_EQ(marker, "<---- Old Events removed on: 1/2/2026 10:00:00 ---->");
 
@@ -21,35 +16,33 @@ TEST(LogRules, PrefixesAndThePruneCut) {
     std::string log(kLogPruneCut - 2, 'x');
     log += "\r\nnext line\r\n";
     EXPECT_EQ(PrunedLog(log, marker), "next line\r\n\r\n" + marker + "\r\n");
-
     // The cut falls inside a line: the rest of it goes too.
     log = std::string(kLogPruneCut + 5, 'x') + "\r\nkept\r\n";
     EXPECT_EQ(PrunedLog(log, marker), "kept\r\n\r\n" + marker + "\r\n");
-
     // No line feed after the cut: nothing is kept but the marker.
-    log = std::string(kLogPruneSize, 'x');
-    EXPECT_EQ(PrunedLog(log, marker), "\r\n" + marker + "\r\n");
+    EXPECT_EQ(PrunedLog(std::string(kLogPruneSize, 'x'), marker), "\r\n" + marker + "\r\n");
+}
+
+// Each entry as "name|description".
+std::vector<std::string> Entries(const std::vector<SafeEntry>& list) {
+    std::vector<std::string> out;
+    for (const SafeEntry& e : list)
+        out.push_back(e.Name + "|" + e.Description);
+    return out;
 }
 
 TEST(DataLists, SafeListLinesGiveNamesAndDescriptions) {
-    auto list = ParseSafeList("// comment\r\n"
-                              "notepad.exe // Text editor\r\n"
-                              "a//b//c\r\n"
-                              "\t  \t\r\n"
-                              "\tbare.exe  \r\n"
-                              "tight.exe// Known\r\n"
-                              "ends//\r\n");
-    ASSERT_EQ(list.size(), 5u);
-    EXPECT_EQ(list[0].Name, "notepad.exe "); // the blank before "//" stays
-    EXPECT_EQ(list[0].Description, "Text editor");
-    EXPECT_EQ(list[1].Name, "a");
-    EXPECT_EQ(list[1].Description, ""); // the one character after the last "//" is dropped
-    EXPECT_EQ(list[2].Name, "bare.exe");
-    EXPECT_EQ(list[2].Description, "");
-    EXPECT_EQ(list[3].Name, "tight.exe");
-    EXPECT_EQ(list[3].Description, "Known");
-    EXPECT_EQ(list[4].Name, "ends");
-
+    // The blank before "//" stays; of "a//b//c" the one character after the last "//" is
+    // dropped.
+    EXPECT_EQ(Entries(ParseSafeList("// comment\r\n"
+                                    "notepad.exe // Text editor\r\n"
+                                    "a//b//c\r\n"
+                                    "\t  \t\r\n"
+                                    "\tbare.exe  \r\n"
+                                    "tight.exe// Known\r\n"
+                                    "ends//\r\n")),
+              (std::vector<std::string>{"notepad.exe |Text editor", "a|", "bare.exe|",
+                                        "tight.exe|Known", "ends|"}));
     EXPECT_EQ(ParseSafeList("// only comments\r\n").size(), 1u);
     EXPECT_EQ(ParseSafeList("").front().Name, "");
     EXPECT_EQ(ParseOnlineTemplate("  https://a/?q={SEARCHTERMS}  \r\nsecond line\r\n"),
@@ -58,7 +51,7 @@ TEST(DataLists, SafeListLinesGiveNamesAndDescriptions) {
 }
 
 TEST(DataLists, ShippedListsAreUsable) {
-    auto list = ParseSafeList(test::ReadTestFile(test::TestDataPath("../data/safelist.dat")));
+    auto list = ParseSafeList(test::ReadFileBytes(test::TestDataPath("../data/safelist.dat")));
     EXPECT_GE(list.size(), 150u);
     for (const SafeEntry& e : list) {
         EXPECT_FALSE(e.Name.empty());
@@ -66,7 +59,7 @@ TEST(DataLists, ShippedListsAreUsable) {
         EXPECT_FALSE(e.Description.empty()) << e.Name;
     }
     const std::string search =
-        ParseOnlineTemplate(test::ReadTestFile(test::TestDataPath("../data/online.txt")));
+        ParseOnlineTemplate(test::ReadFileBytes(test::TestDataPath("../data/online.txt")));
     EXPECT_NE(search.find("{SEARCHTERMS}"), std::string::npos);
     EXPECT_EQ(search.rfind("https://", 0), 0u);
 }

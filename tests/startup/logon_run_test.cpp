@@ -11,7 +11,6 @@
 #include "platform/registry.h"
 #include "records.h"
 #include "startup/run_entry.h"
-#include "support/test_support.h"
 #include "support/win_test_support.h"
 #include "text/language.h"
 
@@ -24,30 +23,23 @@ protected:
         ClearRunValues();
         test::CopyTree(test::BuiltProgramFolder(), folder.Path());
         test::WriteFileBytes(folder / "log.txt", "");
-        userItems = folder / "Tolvane Items\\Current User";
-        allItems = folder / "Tolvane Items\\All Users";
-        test::MakeFolder(userItems);
-        test::MakeFolder(allItems);
-        test::MakeFolder(folder / WindowsUserName());
+        for (const std::string& f : {userItems, allItems, folder / WindowsUserName()})
+            test::MakeFolder(f);
     }
     void TearDown() override { ClearRunValues(); }
     void ClearRunValues() {
         reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue);
         reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, kOwnRunValue);
     }
-
-    void WriteProgramGroups(const ProgramModel& model) {
-        auto languages = ParseLanguageList(test::ReadFileBytes(folder / "lang\\languagefile.dat"));
-        test::WriteFileBytes(folder / (WindowsUserName() + "\\proggroup.c"),
-                             FormatProgramGroupFile(model, languages));
-    }
-    ProgramModel Model(int startupType, float mainDelay, std::vector<GroupProgram> programs) {
+    void WriteProgramGroups(int startupType, float mainDelay, std::vector<GroupProgram> programs) {
         ProgramModel m;
         SetDefaultModel(m);
         m.StartupType = startupType;
         m.MainStartupDelay = mainDelay;
         m.ProgramGroups[0].Programs = std::move(programs);
-        return m;
+        auto languages = ParseLanguageList(test::ReadFileBytes(folder / "lang\\languagefile.dat"));
+        test::WriteFileBytes(folder / (WindowsUserName() + "\\proggroup.c"),
+                             FormatProgramGroupFile(m, languages));
     }
     std::string Exe() const { return "\"" + folder / "Tolvane.exe" + "\""; }
     // The log without its level prefix and time of day, which differ from run to run.
@@ -63,7 +55,8 @@ protected:
 
     CRegistry reg;
     test::TempFolder folder{"Tolvane"};
-    std::string userItems, allItems;
+    const std::string userItems = folder / "Tolvane Items\\Current User";
+    const std::string allItems = folder / "Tolvane Items\\All Users";
     const std::string recorder = test::HelperProgram("start_recorder.exe");
     const std::string record = folder / "record.txt";
 };
@@ -73,15 +66,15 @@ TEST_F(LogOnRun, StartsTheStartupGroupInTurnLogsItAndEnds) {
     ASSERT_TRUE(test::CreateShortcut(allItems + "\\Word.lnk", recorder, record + " W"));
     const std::string model = folder / "Model\\tool.exe"; // holds the disallowed word "del"
     WriteProgramGroups(
-        Model(1, 1,
-              {
-                  {recorder, record + " A", "Execute", 0.5f, ""},
-                  {"Tool.lnk", "", "Execute", 0, ""},
-                  {"Gone.lnk", "", "Execute", 0, ""}, // in no items folder: skipped without a word
-                  {model, "", "ExecuteReg", 0, "Model"},
-                  {recorder, record + " C", "ExecuteReg", 0.5f, "Recorder"},
-                  {"Word.lnk", "", "ExecuteAU", 1, ""},
-              }));
+        1, 1,
+        {
+            {recorder, record + " A", "Execute", 0.5f, ""},
+            {"Tool.lnk", "", "Execute", 0, ""},
+            {"Gone.lnk", "", "Execute", 0, ""}, // in no items folder: skipped without a word
+            {model, "", "ExecuteReg", 0, "Model"},
+            {recorder, record + " C", "ExecuteReg", 0.5f, "Recorder"},
+            {"Word.lnk", "", "ExecuteAU", 1, ""},
+        });
 
     const uint64_t started = GetTickCount64();
     test::ChildProcess tolvane(Exe() + " -nogui");
@@ -124,38 +117,22 @@ TEST_F(LogOnRun, StartsTheStartupGroupInTurnLogsItAndEnds) {
 
 // The message box of another process, once it shows: its text, after which it is closed.
 std::string CloseMessageBoxOf(DWORD process, unsigned long timeoutMs) {
-    struct Search {
-        DWORD process;
-        HWND box = nullptr;
-    } search{process};
-    for (unsigned long waited = 0; waited < timeoutMs && !search.box; waited += 50) {
-        EnumWindows(
-            [](HWND hwnd, LPARAM lp) -> BOOL {
-                auto* s = reinterpret_cast<Search*>(lp);
-                DWORD owner = 0;
-                GetWindowThreadProcessId(hwnd, &owner);
-                char cls[32] = {};
-                GetClassNameA(hwnd, cls, sizeof cls);
-                if (owner == s->process && std::string(cls) == "#32770" && IsWindowVisible(hwnd)) {
-                    s->box = hwnd;
-                    return FALSE;
-                }
-                return TRUE;
-            },
-            reinterpret_cast<LPARAM>(&search));
-        if (!search.box)
-            Sleep(50);
-    }
-    if (!search.box)
-        return "(no message box)";
-    char text[1024] = {};
-    GetDlgItemTextA(search.box, 0xFFFF, text, sizeof text);
-    PostMessageA(search.box, WM_COMMAND, IDOK, 0);
-    return text;
+    for (unsigned long waited = 0; waited < timeoutMs; waited += 50, Sleep(50))
+        for (HWND box = nullptr; (box = FindWindowExA(nullptr, box, "#32770", nullptr));) {
+            DWORD owner = 0;
+            GetWindowThreadProcessId(box, &owner);
+            if (owner != process || !IsWindowVisible(box))
+                continue;
+            char text[1024] = {};
+            GetDlgItemTextA(box, 0xFFFF, text, sizeof text);
+            PostMessageA(box, WM_COMMAND, IDOK, 0);
+            return text;
+        }
+    return "(no message box)";
 }
 
 TEST_F(LogOnRun, StaysWithStartupTypeTwoAndASecondStartOnlyReportsTheFirst) {
-    WriteProgramGroups(Model(2, 0, {{recorder, record + " Only", "Execute", 0, ""}}));
+    WriteProgramGroups(2, 0, {{recorder, record + " Only", "Execute", 0, ""}});
     test::ChildProcess tolvane(Exe() + " -nogui");
     ASSERT_EQ(test::Names(test::WaitForStarts(record, 1)), std::vector<std::string>{"Only"});
     EXPECT_FALSE(tolvane.WaitForExit(1500)) << "StartupType 2: the program stays in the tray";
@@ -171,7 +148,7 @@ TEST_F(LogOnRun, StaysWithStartupTypeTwoAndASecondStartOnlyReportsTheFirst) {
 }
 
 TEST_F(LogOnRun, StartupTypeZeroEndsAtOnceAndTouchesNothing) {
-    WriteProgramGroups(Model(0, 0, {{recorder, record + " Never", "Execute", 0, ""}}));
+    WriteProgramGroups(0, 0, {{recorder, record + " Never", "Execute", 0, ""}});
     test::ChildProcess tolvane(Exe() + " /x-NOGUIy"); // the switch inside other text counts
     ASSERT_TRUE(tolvane.WaitForExit(15000));
     Sleep(300);

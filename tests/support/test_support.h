@@ -3,9 +3,10 @@
 
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <vector>
 
+#include "config/program_model.h"
+#include "ui/tree_model.h"
 #include "ui/user_messages.h"
 
 namespace tolvane::test {
@@ -17,6 +18,7 @@ public:
         std::string Text;
         std::string Title;
         unsigned Style;
+        bool operator==(const Shown&) const = default;
     };
     int ShowMessage(std::string_view text, std::string_view title, unsigned style) override {
         shown.push_back({std::string(text), std::string(title), style});
@@ -29,13 +31,23 @@ public:
 // A string of n characters cycling through printable letters, for long names and data.
 std::string LongText(size_t n, char first = 'a');
 
-} // namespace tolvane::test
-
-namespace tolvane::test {
-
+// A Unix path as Windows programs under Wine see it, through drive Z: (the root).
+std::string WinePathOfUnixPath(std::string_view unixPath);
 // A file below the repository's tests folder, as a path this build can open.
 std::string TestDataPath(std::string_view relative);
-// The whole file; fails the calling test when it cannot be read.
-std::string ReadTestFile(const std::string& path);
+
+// The file's bytes; fails the calling test when the file cannot be read.
+std::string ReadFileBytes(const std::string& path);
+void WriteFileBytes(const std::string& path, std::string_view bytes);
+// The lines of a text file (CR LF ends); none when it cannot be read.
+std::vector<std::string> ReadLines(const std::string& path);
+
+// A group's programs, one "command|path|parameters|delay|value name" each.
+std::vector<std::string> ProgramLines(const ProgramGroup& group);
+// The model's group names, holes included.
+std::vector<std::string> GroupNames(const ProgramModel& model);
+// Every text of the tree, a node's children in brackets after it: "A[B[C, D], E], F";
+// sorted, siblings in the order of their text (for listings in the file system's order).
+std::string Outline(const TreeModel& tree, bool sorted = false);
 
 } // namespace tolvane::test

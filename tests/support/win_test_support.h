@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/registry.h"
+#include "support/test_support.h"
 
 namespace tolvane::test {
 
@@ -15,33 +16,30 @@ public:
     explicit TempFolder(std::string_view hint = "tolvane");
     ~TempFolder();
     TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
-
     const std::string& Path() const { return path_; }
     // The folder, a backslash and the name.
-    std::string operator/(std::string_view name) const;
+    std::string operator/(std::string_view name) const { return path_ + "\\" + std::string(name); }
 
 private:
     std::string path_;
 };
 
-void WriteFileBytes(const std::string& path, std::string_view bytes);
-// The file's bytes; fails the calling test when the file cannot be read.
-std::string ReadFileBytes(const std::string& path);
 bool PathExists(const std::string& path);
+// Makes a folder and any missing parents.
 void MakeFolder(const std::string& path);
 // Removes a folder and everything in it; a missing folder is fine.
 void RemoveTree(const std::string& path);
+void CopyTree(const std::string& from, const std::string& to);
+// The files below a folder, at any depth, as full paths in sorted order.
+std::vector<std::string> FilesBelow(const std::string& folder);
 
-// A registry key that only this test uses, below HKCU\Software\TolvaneTests (or the machine's
-// equivalent); deleted with its values and subkeys when the test ends.
+// A registry key that only this test uses, below Software\TolvaneTests; deleted with its
+// values and subkeys when the test ends.
 class ScratchKey {
 public:
     explicit ScratchKey(RegistryRoot root = RegistryRoot::CurrentUser);
     ~ScratchKey();
     ScratchKey(const ScratchKey&) = delete;
-    ScratchKey& operator=(const ScratchKey&) = delete;
-
     RegistryRoot Root() const { return root_; }
     const std::string& Path() const { return path_; }
     // Writes a value with any type and exactly these bytes (no NUL added), bypassing CRegistry.
@@ -55,30 +53,16 @@ private:
 // Deletes a key with all its values and subkeys; a missing key is fine.
 void DeleteRegistryTree(RegistryRoot root, const std::string& path);
 
-} // namespace tolvane::test
-
-namespace tolvane::test {
-
 // A real shell shortcut (.lnk) to a target with arguments, made through IShellLink.
 bool CreateShortcut(const std::string& linkPath, const std::string& target,
                     const std::string& arguments = "");
-
 // The shell's folder for a CSIDL value, "" when it has none.
 std::string ShellFolder(int csidl);
-
-// A Unix path as Windows programs under Wine see it, through drive Z: (the root).
-std::string WinePathOfUnixPath(std::string_view unixPath);
-
-} // namespace tolvane::test
-
-namespace tolvane::test {
 
 // The folder of the built Tolvane.exe with its lang and data folders.
 std::string BuiltProgramFolder();
 // A helper program built beside the running test.
 std::string HelperProgram(std::string_view exeName);
-// Copies a folder with everything in it.
-void CopyTree(const std::string& from, const std::string& to);
 
 // A process started from a command line, ended (killed if need be) when the owner goes.
 class ChildProcess {
@@ -86,8 +70,6 @@ public:
     explicit ChildProcess(const std::string& commandLine);
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
-
     bool Started() const { return process_ != nullptr; }
     unsigned long Id() const { return id_; }
     // True when the process ended within the time; its exit code then.
@@ -99,13 +81,6 @@ private:
     void* process_ = nullptr;
     unsigned long id_ = 0;
 };
-
-// The lines of a text file (CR LF ends); none when it cannot be read.
-std::vector<std::string> ReadLines(const std::string& path);
-
-} // namespace tolvane::test
-
-namespace tolvane::test {
 
 // The test prefix's startup locations: both Startup folders, both Run keys, and the keys that
 // keep the saved copies of Run values. Tests that use them hold the ctest lock

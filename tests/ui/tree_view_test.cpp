@@ -4,14 +4,42 @@
 #include <commctrl.h>
 
 #include <functional>
+#include <set>
 
 #include "items/startup_tree.h"
 #include "platform/handles.h"
+#include "resource_ids.h"
 #include "support/win_test_support.h"
 #include "ui/tree_view.h"
 
 namespace tolvane {
 namespace {
+
+// The built program, for its resources.
+UniqueModule Program() {
+    return UniqueModule(LoadLibraryExA((test::BuiltProgramFolder() + "\\Tolvane.exe").c_str(),
+                                       nullptr,
+                                       LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
+}
+
+TEST(TreeIcons, EachIsInTheProgramAtEverySize) {
+    UniqueModule program = Program();
+    ASSERT_TRUE(program);
+    for (int id = IDI_TREE_USER; id <= IDI_TREE_STOPPED; ++id) {
+        // The icon group's directory: a count at byte 4, then 14-byte entries, width first.
+        HRSRC group = FindResourceA(program.get(), MAKEINTRESOURCEA(id), MAKEINTRESOURCEA(14));
+        ASSERT_NE(group, nullptr) << id;
+        const auto* dir =
+            static_cast<const BYTE*>(LockResource(LoadResource(program.get(), group)));
+        std::set<int> sizes;
+        for (int i = 0; i < (dir[4] | dir[5] << 8); ++i)
+            sizes.insert(dir[6 + 14 * i]);
+        EXPECT_EQ(sizes, (std::set<int>{16, 24, 32, 48})) << id;
+        EXPECT_TRUE(UniqueIcon(static_cast<HICON>(
+            LoadImageA(program.get(), MAKEINTRESOURCEA(id), IMAGE_ICON, 16, 16, 0))))
+            << id;
+    }
+}
 
 // A window that hands the tree's notifications to the binding, as the main window does.
 struct Host {
@@ -21,16 +49,12 @@ struct Host {
 
     static LRESULT CALLBACK Proc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
         auto* host = reinterpret_cast<Host*>(GetWindowLongPtrA(hwnd, GWLP_USERDATA));
-        if (host && host->tree) {
-            LRESULT result = 0;
-            if (msg == WM_NOTIFY &&
-                host->tree->OnNotify(reinterpret_cast<NMHDR*>(lp), host->model, result))
-                return result;
-            if (msg == TreeViewControl::kChecksMayHaveChanged) {
-                host->tree->ReadChecks(host->model);
-                return 0;
-            }
-        }
+        LRESULT result = 0;
+        if (host && host->tree && msg == WM_NOTIFY &&
+            host->tree->OnNotify(reinterpret_cast<NMHDR*>(lp), host->model, result))
+            return result;
+        if (host && host->tree && msg == TreeViewControl::kChecksMayHaveChanged)
+            host->tree->ReadChecks(host->model);
         return DefWindowProcA(hwnd, msg, wp, lp);
     }
 
@@ -48,44 +72,32 @@ struct Host {
     }
     void Pump() {
         MSG msg;
-        for (int i = 0; i < 20; ++i) {
-            while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
-                TranslateMessage(&msg);
+        for (int i = 0; i < 20; ++i, Sleep(5))
+            while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE))
                 DispatchMessageA(&msg);
-            }
-            Sleep(5);
-        }
     }
 };
 
-struct Shown {
-    std::string Text;
-    int Depth;
-    bool Bold, Checked, Expanded;
-    int Image;
-    bool operator==(const Shown&) const = default;
-    friend void PrintTo(const Shown& s, std::ostream* out) {
-        *out << std::string(2 * s.Depth, ' ') << s.Text << (s.Bold ? " bold" : "")
-             << (s.Checked ? " checked" : "") << (s.Expanded ? " open" : "") << " image "
-             << s.Image;
-    }
-};
+// One node as the user sees it: indented by depth, with its marks and its image's index.
+std::string Shown(int depth, const std::string& text, bool bold, bool checked, bool open,
+                  int image) {
+    return std::string(2 * depth, ' ') + text + (bold ? " bold" : "") +
+           (checked ? " checked" : "") + (open ? " open" : "") + " image " + std::to_string(image);
+}
 
-std::vector<Shown> FromControl(HWND tree) {
-    std::vector<Shown> out;
+std::vector<std::string> FromControl(HWND tree) {
+    std::vector<std::string> out;
     std::function<void(HTREEITEM, int)> walk = [&](HTREEITEM item, int depth) {
         for (; item; item = TreeView_GetNextSibling(tree, item)) {
             char text[512] = {};
-            TVITEMA data{};
-            data.mask = TVIF_TEXT | TVIF_STATE | TVIF_IMAGE;
-            data.hItem = item;
+            TVITEMA data{TVIF_TEXT | TVIF_STATE | TVIF_IMAGE, item};
             data.pszText = text;
             data.cchTextMax = sizeof text;
             data.stateMask = TVIS_BOLD | TVIS_EXPANDED | TVIS_STATEIMAGEMASK;
             SendMessageA(tree, TVM_GETITEMA, 0, reinterpret_cast<LPARAM>(&data));
-            out.push_back({text, depth, (data.state & TVIS_BOLD) != 0,
-                           (data.state & TVIS_STATEIMAGEMASK) == INDEXTOSTATEIMAGEMASK(2),
-                           (data.state & TVIS_EXPANDED) != 0, data.iImage});
+            out.push_back(Shown(depth, text, data.state & TVIS_BOLD,
+                                (data.state & TVIS_STATEIMAGEMASK) == INDEXTOSTATEIMAGEMASK(2),
+                                data.state & TVIS_EXPANDED, data.iImage));
             walk(TreeView_GetChild(tree, item), depth + 1);
         }
     };
@@ -93,14 +105,17 @@ std::vector<Shown> FromControl(HWND tree) {
     return out;
 }
 
-std::vector<Shown> FromModel(const TreeModel& model, const std::map<std::string, int>& images) {
-    std::vector<Shown> out;
+std::vector<std::string> FromModel(const TreeModel& model) {
+    std::map<std::string, int> images;
+    for (const auto& icon : TreeViewControl::StartupTreeIcons())
+        images.emplace(icon.first, static_cast<int>(images.size()));
+    std::vector<std::string> out;
     std::function<void(int, int)> walk = [&](int node, int depth) {
         const TreeNode& n = model.Node(node);
         auto image = images.find(n.Image);
         // A node without children shows as closed, whatever the model says.
-        out.push_back({n.Text, depth, n.Bold, n.Checked, n.Expanded && !n.Children.empty(),
-                       image == images.end() ? I_IMAGENONE : image->second});
+        out.push_back(Shown(depth, n.Text, n.Bold, n.Checked, n.Expanded && !n.Children.empty(),
+                            image == images.end() ? I_IMAGENONE : image->second));
         for (int child : n.Children)
             walk(child, depth + 1);
     };
@@ -110,9 +125,7 @@ std::vector<Shown> FromModel(const TreeModel& model, const std::map<std::string,
 }
 
 TEST(TreeViewControl, ShowsTheModelAndHandsTheUsersChangesBack) {
-    UniqueModule program(LoadLibraryExA((test::BuiltProgramFolder() + "\\Tolvane.exe").c_str(),
-                                        nullptr,
-                                        LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
+    UniqueModule program = Program();
     ASSERT_TRUE(program);
     Host host(program.get());
 
@@ -132,11 +145,7 @@ TEST(TreeViewControl, ShowsTheModelAndHandsTheUsersChangesBack) {
     host.tree->Render(host.model);
     host.Pump();
 
-    std::map<std::string, int> images;
-    int index = 0;
-    for (const auto& icon : TreeViewControl::StartupTreeIcons())
-        images[icon.first] = index++;
-    EXPECT_EQ(FromControl(host.tree->Hwnd()), FromModel(host.model, images));
+    EXPECT_EQ(FromControl(host.tree->Hwnd()), FromModel(host.model));
 
     // The user opens a container with the keyboard and ticks an item with the space bar.
     HWND tree = host.tree->Hwnd();
@@ -160,12 +169,7 @@ TEST(TreeViewControl, ShowsTheModelAndHandsTheUsersChangesBack) {
     // Tooltips come from the model's text.
     host.tree->ToolTip = [&](int node) { return "tip of " + host.model.Node(node).Text; };
     char buffer[64] = {};
-    NMTVGETINFOTIPA tip{};
-    tip.hdr.hwndFrom = tree;
-    tip.hdr.code = TVN_GETINFOTIPA;
-    tip.hItem = host.tree->ItemOf(item);
-    tip.pszText = buffer;
-    tip.cchTextMax = sizeof buffer;
+    NMTVGETINFOTIPA tip{{tree, 0, TVN_GETINFOTIPA}, buffer, sizeof buffer, host.tree->ItemOf(item)};
     LRESULT result = 0;
     EXPECT_TRUE(host.tree->OnNotify(&tip.hdr, host.model, result));
     EXPECT_STREQ(buffer, "tip of Tool.lnk");

@@ -1,4 +1,5 @@
-// A program folder and the prefix's real startup locations, for the tests of the item moves.
+// A program folder and the prefix's real startup locations, for the tests of the refresh and
+// of the item moves.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -6,19 +7,17 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <map>
 
 #include "config/delay_load.h"
 #include "items/item_moves.h"
 #include "items/refresh.h"
 #include "platform/registry.h"
 #include "startup/app_state.h"
-#include "support/test_support.h"
 #include "support/win_test_support.h"
 
 namespace tolvane::test {
 
-class MovesFixture : public ::testing::Test {
+class StartupFixture : public ::testing::Test {
 protected:
     void SetUp() override {
         places.Clear();
@@ -34,27 +33,33 @@ protected:
     void Refresh() { ASSERT_TRUE(RefreshData(app, tree, listing)); }
     ItemMoves Moves() { return ItemMoves(app, tree, nullptr); }
 
-    int Node(const char* container, const std::string& text) {
-        for (int child : tree.Node(tree.Find(container)).Children)
+    std::vector<int> Leaves(const std::string& container) {
+        return tree.Node(tree.Find(container)).Children;
+    }
+    // The texts of a container's items, sorted.
+    std::vector<std::string> Items(const std::string& container) {
+        std::vector<std::string> texts;
+        for (int child : Leaves(container))
+            texts.push_back(tree.Node(child).Text);
+        std::sort(texts.begin(), texts.end());
+        return texts;
+    }
+    std::string Caption(const std::string& container) {
+        return tree.Node(tree.Find(container)).Text;
+    }
+    int Node(const std::string& container, const std::string& text) {
+        for (int child : Leaves(container))
             if (tree.Node(child).Text == text)
                 return child;
         ADD_FAILURE() << text << " is not under " << container;
         return TreeModel::kNone;
     }
-    void Check(const char* container, const std::string& text) {
-        int n = Node(container, text);
-        if (n != TreeModel::kNone)
+    void Check(const std::string& container, const std::string& text) {
+        if (int n = Node(container, text); n != TreeModel::kNone)
             tree.Node(n).Checked = true;
     }
-    void Select(const char* container, const std::string& text) {
+    void Select(const std::string& container, const std::string& text) {
         tree.Select(Node(container, text));
-    }
-    std::vector<std::string> Items(const char* container) {
-        std::vector<std::string> texts;
-        for (int child : tree.Node(tree.Find(container)).Children)
-            texts.push_back(tree.Node(child).Text);
-        std::sort(texts.begin(), texts.end());
-        return texts;
     }
 
     std::string UserItems(const std::string& name) const {
@@ -72,12 +77,19 @@ protected:
     std::string Run(RegistryRoot root, const std::string& name) {
         return reg.GetSettingString(root, kRunKey, name, "(none)");
     }
+    // A text value as the system stores it: UTF-16 with its end NUL.
+    static RegistryValue WideValue(uint32_t type, std::string_view text) {
+        RegistryValue value{type, {}};
+        for (char c : text)
+            value.Data.insert(value.Data.end(), {static_cast<uint8_t>(c), 0});
+        value.Data.insert(value.Data.end(), {0, 0});
+        return value;
+    }
     std::string Saved(RegistryRoot root, const std::string& name) {
         return reg.GetSettingString(
             root, root == RegistryRoot::CurrentUser ? kSavedUserRunKey : kSavedMachineRunKey, name,
             "(none)");
     }
-    std::string FileText() { return ReadFileBytes(CDelayLoad(app).FilePath()); }
 
     StartupLocations places;
     TempFolder folder{"program"};

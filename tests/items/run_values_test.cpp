@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "items/reg_backup_format.h"
 #include "items/run_data.h"
 
 namespace tolvane {
@@ -36,12 +37,10 @@ TEST(RunData, SplitsCommandsIntoPathAndParameters) {
 }
 
 TEST(RunData, NameAndDataSplitAtTheFirstEquals) {
-    NameData nd = SplitNameData("Tool=C:\\x.exe /opt=1");
-    EXPECT_EQ(nd.Name, "Tool");
-    EXPECT_EQ(nd.Data, "C:\\x.exe /opt=1");
+    const NameData nd = SplitNameData("Tool=C:\\x.exe /opt=1");
+    EXPECT_EQ(nd.Name + "|" + nd.Data, "Tool|C:\\x.exe /opt=1");
     EXPECT_EQ(SplitNameData("=C:\\d.exe").Name, "");
-    EXPECT_EQ(SplitNameData("NoEquals").Name, "NoEquals");
-    EXPECT_EQ(SplitNameData("NoEquals").Data, "");
+    EXPECT_EQ(SplitNameData("NoEquals").Name + "|" + SplitNameData("NoEquals").Data, "NoEquals|");
 }
 
 TEST(RunData, SavedCopyOfAStoppedPathPrefersTheExactCommand) {
@@ -55,6 +54,34 @@ TEST(RunData, SavedCopyOfAStoppedPathPrefersTheExactCommand) {
     EXPECT_EQ(FindSavedRunValue({"A=C:\\a.exe"}, "C:\\b.exe"), -1);
     EXPECT_EQ(FindSavedRunValue({"A=C:\\a.exe"}, "  "), -1);
     EXPECT_EQ(FindSavedRunValue({""}, "C:\\a.exe"), -1);
+}
+
+TEST(RegBackupFormat, LinesReadBackAsTheValuesTheyCameFrom) {
+    EXPECT_EQ(RegKeyLine(false),
+              "[HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Run]");
+    EXPECT_EQ(RegKeyLine(true),
+              "[HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\Run]");
+    EXPECT_EQ(RegValueLine({"Tool", 1, {}, "\"C:\\T\\tool.exe\" /min"}),
+              "\"Tool\"=\"\\\"C:\\\\T\\\\tool.exe\\\" /min\"");
+    EXPECT_EQ(RegValueLine({"A \"B\"", 1, {}, "C:\\x.exe /opt=1"}),
+              "\"A \\\"B\\\"\"=\"C:\\\\x.exe /opt=1\"");
+    EXPECT_EQ(RegValueLine({"", 1, {}, "x"}), "@=\"x\"");
+    EXPECT_EQ(RegValueLine({"N", 4, {0x78, 0x56, 0x34, 0x12}, ""}), "\"N\"=dword:12345678");
+    // Expandable text keeps its type: its code-page bytes and the end NUL, as an ANSI file
+    // holds them.
+    EXPECT_EQ(RegValueLine({"E", 2, {}, "%A%"}), "\"E\"=hex(2):25,41,25,00");
+    EXPECT_EQ(RegValueLine({"B", 3, {0xde, 0xad}, ""}), "\"B\"=hex:de,ad");
+
+    // Long data goes on continuation lines of at most 80 characters the editor reads back.
+    const std::string line = RegValueLine({"Big", 3, std::vector<uint8_t>(100, 0xab), ""});
+    size_t bytes = 0;
+    for (size_t at = 0; (at = line.find("ab", at)) != std::string::npos; at += 2)
+        ++bytes;
+    EXPECT_EQ(bytes, 100u);
+    EXPECT_NE(line.find(",\\\r\n  ab"), std::string::npos);
+    for (size_t start = 0, end; (end = line.find("\r\n", start)) != std::string::npos;
+         start = end + 2)
+        EXPECT_LE(end - start, 80u);
 }
 
 } // namespace

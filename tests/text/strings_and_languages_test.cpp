@@ -1,0 +1,139 @@
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "support/test_support.h"
+#include "text/language.h"
+#include "text/strings.h"
+
+namespace tolvane {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+TEST(Strings, TrimRemovesBlanksOnlyAndReplaceDoesNotOverlap) {
+    EXPECT_EQ(Trim("  a b  "), "a b");
+    EXPECT_EQ(Trim("\ta\t"), "\ta\t"); // tabs are data unless a rule removes them
+    EXPECT_EQ(Trim("    "), "");
+    EXPECT_EQ(ReplaceAll("a\\\\\\b", "\\\\", "\\"), "a\\\\b"); // three become two
+    EXPECT_EQ(ReplaceAll("abc", "", "x"), "abc");
+    EXPECT_TRUE(ContainsNoCase("C:\\Model\\x.exe", "DEL"));
+    EXPECT_EQ(FindNoCase("xx.EXE", ".exe"), 2u);
+    EXPECT_EQ(Split("a b  c", ' ').size(), 4u);
+}
+
+TEST(Strings, SinglesAreWrittenInTheirShortestFormAndReadBack) {
+    const std::pair<float, const char*> cases[] = {
+        {30.f, "30"},      {2.5f, "2.5"},          {0.5f, "0.5"}, {10.f, "10"}, {0.1f, "0.1"},
+        {-1.25f, "-1.25"}, {1234567.f, "1234567"}, {0.f, "0"},    {-0.f, "0"},  {100.f, "100"},
+    };
+    for (auto [value, text] : cases)
+        EXPECT_EQ(FormatSingle(value), text) << value;
+    // Whatever is written reads back to a number that is written the same way again.
+    std::mt19937 rng(7);
+    std::uniform_real_distribution<float> dist(-1e5f, 1e5f);
+    for (int i = 0; i < 2000; ++i) {
+        const std::string once = FormatSingle(dist(rng));
+        auto back = ParseSingle(once);
+        ASSERT_TRUE(back) << once;
+        EXPECT_EQ(FormatSingle(*back), once);
+        EXPECT_EQ(once.find('e'), std::string::npos) << once;
+    }
+}
+
+TEST(Strings, NumbersAcceptBothDecimalSeparatorsAndNothingElse) {
+    EXPECT_EQ(ParseNumber("2.5"), 2.5);
+    EXPECT_EQ(ParseNumber("2,5"), 2.5);
+    EXPECT_EQ(ParseNumber(" 7 "), 7);
+    EXPECT_EQ(ParseNumber("-3"), -3);
+    EXPECT_EQ(ParseNumber("+4"), 4);
+    EXPECT_EQ(ParseNumber("1e2"), 100);
+    for (const char* bad :
+         {"", " ", "1.2.3", "1,5.0", "x", "1;", "1; ", "--1", "1 2", "nan", "inf"})
+        EXPECT_FALSE(ParseNumber(bad)) << '"' << bad << '"';
+    EXPECT_FALSE(ParseSingle("1e39")); // no single holds it
+
+    // Whole numbers round half to even and must fit in sixteen bits.
+    const std::pair<const char*, int> whole[] = {
+        {"2.5", 2}, {"3.5", 4}, {"-2.5", -2}, {"2.6", 3}, {"32767.4", 32767}, {"-32768", -32768},
+    };
+    for (auto [text, value] : whole)
+        EXPECT_EQ(ParseInteger16(text), value) << text;
+    for (const char* bad : {"32768", "32767.5", "-32769", "x", "1; "})
+        EXPECT_FALSE(ParseInteger16(bad)) << bad;
+}
+
+TEST(Language, TextFileEntriesFollowTheCommentAndLineBreakRules) {
+    Lines table = {"d0", "d1", "d2", "d3", "d4", "d5"};
+    ApplyTextFile(table, "// header comment\r\n"
+                         "See A//B\r\n"
+                         "\r\n"
+                         "   // three blanks stay an entry\r\n"
+                         "one$crlf$two$CRLF$three\r\n"
+                         "lone\nLF stays\r"
+                         "last without line end");
+    EXPECT_EQ(table, (Lines{"See A", "   ", "one\r\ntwo\r\nthree", "lone\nLF stays",
+                            "last without line end", "d5"}));
+    // A shorter file of another language leaves the rest of the table as it was.
+    Lines expected = table;
+    expected[0] = "eins";
+    ApplyTextFile(table, "eins\r\n");
+    EXPECT_EQ(table, expected);
+    Lines grows;
+    ApplyTextFile(grows, "a\r\nb\r\n");
+    EXPECT_EQ(grows, (Lines{"a", "b"}));
+
+    EXPECT_EQ(SplitTextLines(""), Lines{});
+    EXPECT_EQ(SplitTextLines("\r\n"), Lines{""});
+    EXPECT_EQ(SplitTextLines("a\rb\r\nc\nd"), (Lines{"a", "b", "c\nd"}));
+    EXPECT_EQ(SplitTextLines("a\r\n\r\n"), (Lines{"a", ""}));
+    EXPECT_EQ(CutComment("//x"), "");
+    EXPECT_EQ(ExpandLineBreaks("a$CrLf$$crlf$b"), "a\r\n\r\nb");
+}
+
+TEST(Language, ListLinesNeedACommaAndAreTrimmed) {
+    auto list = ParseLanguageList("// languages\r\n"
+                                  "English, en\r\n"
+                                  "no comma here\r\n"
+                                  "  Deutsch  ,  de  \r\n"
+                                  "Fran\xE7"
+                                  "ais,fr // comment\r\n"
+                                  "   \r\n");
+    Lines read;
+    for (const LanguageEntry& e : list)
+        read.push_back(e.Name + "|" + e.Code);
+    EXPECT_EQ(read, (Lines{"English|en", "Deutsch|de",
+                           "Fran\xE7"
+                           "ais|fr"}));
+    auto none = ParseLanguageList("nothing usable\r\n");
+    ASSERT_EQ(none.size(), 1u);
+    EXPECT_EQ(none[0].Code, "");
+}
+
+Lines Entries(const std::string& relative) {
+    Lines table;
+    ApplyTextFile(table, test::ReadFileBytes(test::TestDataPath("../lang/" + relative)));
+    return table;
+}
+
+TEST(ShippedLanguages, EnglishFilesAreTheBuiltInTextsAndGermanHasEveryEntry) {
+    const TextTables builtIn;
+    EXPECT_EQ(Entries("en/buttons.en"), builtIn.Buttons);
+    EXPECT_EQ(Entries("en/menus.en"), builtIn.Menus);
+    EXPECT_EQ(Entries("en/messages.en"), builtIn.Messages);
+    EXPECT_EQ(Entries("en/toolbar.en"), builtIn.Toolbar);
+    EXPECT_EQ(builtIn.Messages.size(), 14u); // every message the program shows
+    EXPECT_EQ(builtIn.Menus.size(), 22u);
+    for (const std::string table :
+         {"buttons", "menus", "messages", "toolbar", "options", "properties", "tips"})
+        EXPECT_EQ(Entries("de/" + table + ".de").size(), Entries("en/" + table + ".en").size())
+            << table;
+    auto languages =
+        ParseLanguageList(test::ReadFileBytes(test::TestDataPath("../lang/languagefile.dat")));
+    ASSERT_EQ(languages.size(), 2u);
+    EXPECT_EQ(languages[0].Code, "en");
+    EXPECT_EQ(languages[1].Code, "de");
+}
+
+} // namespace
+} // namespace tolvane

@@ -109,7 +109,7 @@ TEST_F(ProgramGroupFileOnDisk, AKilledWriterNeverLeavesATornFile) {
     int seen[2] = {};
     for (int round = 0; round < 300; ++round) {
         test::ChildProcess writer(command);
-        ASSERT_TRUE(writer.Started()) << "round " << round;
+        ASSERT_TRUE(writer.Started()) << "round " << round << ", error " << writer.StartError();
         // The kill lands at a random moment once the child writes, however slowly it started.
         ASSERT_EQ(WaitForSingleObject(started.get(), 20000), static_cast<DWORD>(WAIT_OBJECT_0))
             << "round " << round;

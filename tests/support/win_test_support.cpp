@@ -167,10 +167,18 @@ std::string HelperProgram(std::string_view exeName) {
 ChildProcess::ChildProcess(const std::string& commandLine) {
     STARTUPINFOA si{sizeof si};
     PROCESS_INFORMATION pi{};
-    std::string line = commandLine;
-    if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si,
-                        &pi))
+    // A prefix that is still starting up may refuse a start now and then: a few tries.
+    for (int attempt = 0; attempt < 5; ++attempt) {
+        std::string line = commandLine;
+        if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si,
+                           &pi))
+            break;
+        startError_ = GetLastError();
+        Sleep(200);
+    }
+    if (!pi.hProcess)
         return;
+    startError_ = 0;
     CloseHandle(pi.hThread);
     process_ = pi.hProcess;
     id_ = pi.dwProcessId;

@@ -71,6 +71,8 @@ public:
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     bool Started() const { return process_ != nullptr; }
+    // Why the process did not start (the system's error code), 0 when it did.
+    unsigned long StartError() const { return startError_; }
     unsigned long Id() const { return id_; }
     // True when the process ended within the time; its exit code then.
     bool WaitForExit(unsigned long milliseconds, unsigned long* exitCode = nullptr);
@@ -80,6 +82,7 @@ public:
 private:
     void* process_ = nullptr;
     unsigned long id_ = 0;
+    unsigned long startError_ = 0;
 };
 
 // The test prefix's startup locations: both Startup folders, both Run keys, and the keys that

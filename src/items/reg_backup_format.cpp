@@ -11,7 +11,12 @@ namespace {
 constexpr uint32_t kRegSz = 1, kRegExpandSz = 2, kRegBinary = 3, kRegDword = 4, kRegMultiSz = 7;
 
 std::string QuotedName(std::string_view name) {
-    return name.empty() ? "@" : "\"" + RegEscape(name) + "\"";
+    if (name.empty())
+        return "@"; // the key's default value
+    std::string quoted(1, '"');
+    quoted += RegEscape(name);
+    quoted += '"';
+    return quoted;
 }
 
 // Bytes as "hex(n):aa,bb,..." with the editor's line continuation.

@@ -131,14 +131,17 @@ public:
     // A pass over checked items. An item that fails is taken back and ends the pass; the items
     // before it stay moved and are written to the file. Should the file not be written, every
     // item of the pass is taken back. A failure shows the pass's message.
-    bool Pass(const char* routine, int message,
-              const std::function<
-                  void(const std::function<void(const std::function<void(UndoSteps&)>&)>&)>& body,
+    // One item's move: its steps go into the undo list it is given.
+    using ItemMove = std::function<void(UndoSteps&)>;
+    // Runs one item's move as a unit of the pass.
+    using ItemRunner = std::function<void(const ItemMove&)>;
+
+    bool Pass(const char* routine, int message, const std::function<void(const ItemRunner&)>& body,
               const std::function<void()>& finish = {}) {
         ModelSnapshot snapshot(app_.model);
         UndoSteps done;
         std::string failure;
-        auto item = [&](const std::function<void(UndoSteps&)>& move) {
+        auto item = [&](const ItemMove& move) {
             UndoSteps steps;
             ModelSnapshot before(app_.model);
             move(steps); // a throw takes this item's steps and model changes back

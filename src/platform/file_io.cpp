@@ -106,10 +106,4 @@ void AtomicFileWriter::Commit() {
     }
 }
 
-void WriteFileAtomically(const std::string& path, std::string_view bytes) {
-    AtomicFileWriter writer(path);
-    writer.Write(bytes);
-    writer.Commit();
-}
-
 } // namespace tolvane

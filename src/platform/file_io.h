@@ -44,8 +44,6 @@ private:
     void* file_; // the temporary file's handle
 };
 
-void WriteFileAtomically(const std::string& path, std::string_view bytes);
-
 // The system's text for an error code, without its trailing line break.
 std::string SystemErrorText(unsigned long code);
 

@@ -2,43 +2,31 @@
 
 #include "platform/registry.h"
 #include "startup/app_state.h"
+#include "startup/run_entry_steps.h"
 
 namespace tolvane {
 
 namespace {
 
-void Apply(AppState& app, int mode, const std::string& user, const std::string& machine) {
-    CRegistry reg;
-    const std::string& command = app.folders.RunCommand;
-    switch (mode) {
-    case 0:
-        if (!user.empty())
-            reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue);
-        if (!machine.empty())
-            reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, kOwnRunValue);
-        break;
-    case 2:
-        if (!machine.empty())
-            reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, kOwnRunValue);
-        if (user.empty())
-            reg.SaveSettingString(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue, command);
-        break;
-    case 3:
-        if (!user.empty())
-            reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue);
-        if (machine.empty())
-            reg.SaveSettingString(RegistryRoot::LocalMachine, kRunKey, kOwnRunValue, command);
-        break;
-    case 1:
-        if (app.model.AreAllUserDelays())
-            Apply(app, 3, user, machine);
-        else if (app.model.AreUserDelays())
-            Apply(app, 2, user, machine);
-        else if (!user.empty() || !machine.empty())
-            Apply(app, 0, user, machine);
-        break;
+class RegistryRunValues : public RunEntryValues {
+public:
+    std::string Read(RunEntryKey key) override {
+        return reg_.GetSettingString(Root(key), kRunKey, kOwnRunValue);
     }
-}
+    bool Write(RunEntryKey key, const std::string& command) override {
+        return reg_.SaveSettingString(Root(key), kRunKey, kOwnRunValue, command) &&
+               Read(key) == command;
+    }
+    bool Delete(RunEntryKey key) override {
+        return reg_.DeleteValue(Root(key), kRunKey, kOwnRunValue);
+    }
+
+private:
+    static RegistryRoot Root(RunEntryKey key) {
+        return key == RunEntryKey::Machine ? RegistryRoot::LocalMachine : RegistryRoot::CurrentUser;
+    }
+    CRegistry reg_;
+};
 
 } // namespace
 
@@ -52,11 +40,11 @@ bool UpdateRunEntry(AppState& app, int mode) {
     }
     if (mode < 0 || mode > 3)
         return false;
-    CRegistry reg;
-    const std::string user = reg.GetSettingString(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue);
-    const std::string machine =
-        reg.GetSettingString(RegistryRoot::LocalMachine, kRunKey, kOwnRunValue);
-    Apply(app, mode, user, machine);
+    RegistryRunValues values;
+    for (const RunEntryProblem& problem :
+         ApplyRunEntryMode(values, mode, app.folders.RunCommand, app.model.AreAllUserDelays(),
+                           app.model.AreUserDelays()))
+        app.log.WriteLog(problem.Text, problem.Level);
     return false;
 }
 

@@ -1,0 +1,39 @@
+// The order in which the program's own Run value moves between the user's key and the
+// machine's. Free of the platform: the registry side sits behind RunEntryValues.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tolvane {
+
+enum class RunEntryKey { User, Machine };
+
+// The value "Tolvane" in one of the two Run keys.
+class RunEntryValues {
+public:
+    virtual ~RunEntryValues() = default;
+    // "" when there is none.
+    virtual std::string Read(RunEntryKey key) = 0;
+    // True when the key holds the command afterwards.
+    virtual bool Write(RunEntryKey key, const std::string& command) = 0;
+    // True when the value is gone afterwards.
+    virtual bool Delete(RunEntryKey key) = 0;
+};
+
+// Something that could not be done, for the log.
+struct RunEntryProblem {
+    std::string Text;
+    int Level; // an error when the program is left with no entry, else a warning
+};
+
+// Modes 0 to 3 of UpdateRunEntry: 0 none, 1 the machine's key while an all-users item is
+// delayed, else the user's while any item is, else none; 2 the user's key; 3 the machine's.
+// A value already there is never rewritten. The new value is written before the old one goes,
+// and the old one goes only when the new one is there: a refused write (the machine's key
+// without rights) leaves the entry where it was instead of nowhere.
+std::vector<RunEntryProblem> ApplyRunEntryMode(RunEntryValues& values, int mode,
+                                               const std::string& command, bool allUsersDelays,
+                                               bool userDelays);
+
+} // namespace tolvane

@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "text/code_page.h"
 #include "text/language.h"
 #include "text/strings.h"
 #include "ui/tree_model.h"
@@ -307,32 +308,9 @@ struct WrittenProgramLine {
     std::string Rest; // what follows the closing ")" of the fields
 };
 
-std::optional<WrittenProgramLine> ParseWrittenProgramLine(std::string_view raw) {
-    std::string withoutTabs;
-    if (raw.find('\t') != std::string_view::npos) {
-        withoutTabs = RemoveAll(raw, '\t');
-        raw = withoutTabs;
-    }
-    const std::string_view line = raw;
-    size_t open = line.find('(');
-    size_t close = line.rfind(')');
-    if (open == std::string_view::npos || close == std::string_view::npos || close < open)
-        return std::nullopt;
-    // The command word comes first; a "//" or a quote before the "(" means the "(" stands in
-    // a comment or a field of something that is not a program line.
-    std::string_view command = line.substr(0, open);
-    if (command.find("//") != std::string_view::npos || command.find('"') != std::string_view::npos)
-        return std::nullopt;
-    std::string_view after = line.substr(close + 1);
-    while (!after.empty() && after.front() == ' ')
-        after.remove_prefix(1);
-    if (!after.empty() && after.front() == ';')
-        after.remove_prefix(1);
-    while (!after.empty() && after.front() == ' ')
-        after.remove_prefix(1);
-    if (!after.empty() && after.substr(0, 2) != "//")
-        return std::nullopt;
-    std::string_view body = line.substr(open + 1, close - open - 1);
+// The fields between the brackets, `"path", "parameters", delay, "name"`, or nothing when they
+// do not have that shape. The command is left to the caller.
+std::optional<ParsedProgram> ParseWrittenFields(std::string_view body) {
     while (!body.empty() && body.front() == ' ')
         body.remove_prefix(1);
     while (!body.empty() && body.back() == ' ')
@@ -371,14 +349,52 @@ std::optional<WrittenProgramLine> ParseWrittenProgramLine(std::string_view raw) 
             if (paramsStart == std::string_view::npos)
                 continue;
             ParsedProgram parsed;
-            parsed.Command = Trim(command);
             parsed.Path = Trim(left.substr(0, p));
             parsed.Parameters = Trim(left.substr(paramsStart));
             parsed.Delay = *delay;
             parsed.RegistryKeyName = Trim(name);
-            return WrittenProgramLine{std::move(parsed), std::string(line.substr(close + 1))};
+            return parsed;
         }
         return std::nullopt;
+    }
+    return std::nullopt;
+}
+
+// Whether what follows a ")" lets it close the fields: blanks, one ";", blanks and at most a
+// "//" comment.
+bool EndsProgramLine(std::string_view after) {
+    size_t i = SkipBlanks(after, 0);
+    if (i < after.size() && after[i] == ';')
+        i = SkipBlanks(after, i + 1);
+    return i == after.size() || after.compare(i, 2, "//") == 0;
+}
+
+std::optional<WrittenProgramLine> ParseWrittenProgramLine(std::string_view raw) {
+    std::string withoutTabs;
+    if (raw.find('\t') != std::string_view::npos) {
+        withoutTabs = RemoveAll(raw, '\t');
+        raw = withoutTabs;
+    }
+    const std::string_view line = raw;
+    size_t open = line.find('(');
+    if (open == std::string_view::npos)
+        return std::nullopt;
+    // The command word comes first; a "//" or a quote before the "(" means the "(" stands in
+    // a comment or a field of something that is not a program line.
+    std::string_view command = line.substr(0, open);
+    if (command.find("//") != std::string_view::npos || command.find('"') != std::string_view::npos)
+        return std::nullopt;
+    // A value name may hold a ")" followed by a comment-like text, and a trailing comment may
+    // hold a whole old program line: the fields end at the first ")" that may close them and
+    // whose inside reads as the four fields, so that a comment never changes the program.
+    for (size_t close = line.find(')', open + 1); close != std::string_view::npos;
+         close = line.find(')', close + 1)) {
+        if (!EndsProgramLine(line.substr(close + 1)))
+            continue;
+        if (auto parsed = ParseWrittenFields(line.substr(open + 1, close - open - 1))) {
+            parsed->Command = Trim(command);
+            return WrittenProgramLine{std::move(*parsed), std::string(line.substr(close + 1))};
+        }
     }
     return std::nullopt;
 }
@@ -469,13 +485,14 @@ private:
 
     // The setting's value: after the first "=", without one trailing ";", trimmed. A line
     // without "=" only sets the default. A value that does not convert leaves the default.
+    // The blanks before a cut comment do not hide the ";": "2; // note" is 2.
     template <class Apply> void Setting(const std::string& line, Apply apply) {
         size_t eq = line.find('=');
         if (eq == std::string::npos) {
             apply(nullptr);
             return;
         }
-        std::string value = line.substr(eq + 1);
+        std::string value = TrimRight(line.substr(eq + 1));
         if (EndsWith(value, ";"))
             value.pop_back();
         value = Trim(value);
@@ -495,14 +512,15 @@ private:
         }
     }
 
-    // Lines up to and including the first that closes the block, each after StripComment.
+    // Lines up to and including the first that closes the block, each after StripComment and
+    // without trailing blanks, so that "}; // end" closes it like "};".
     // In the lists a "//" between quotes is part of an entry (a stopped command's path may
     // hold a web address): list entries hold no quotes of their own, so the pairs are sure.
     template <class Handle> void Block(Handle handle, bool quotesProtect = false) {
         while (More()) {
             std::string_view raw = Next();
-            std::string line =
-                quotesProtect ? RemoveAll(CutCommentOutsideQuotes(raw), '\t') : StripComment(raw);
+            std::string line = TrimRight(
+                quotesProtect ? RemoveAll(CutCommentOutsideQuotes(raw), '\t') : StripComment(raw));
             handle(line);
             if (ClosesBlock(line))
                 return;
@@ -524,12 +542,14 @@ private:
     // a path ("C:\ProgramData\{GUID}\setup.exe", "Tool {2}.lnk"): ending the block there
     // would drop every later entry of the block from the model, and the next write would
     // lose them for good.
+    // A double-byte character may end in the byte of "}" (Shift-JIS 83 7D): that is no brace.
     static bool ClosesBlock(std::string_view line) {
         bool quoted = false;
-        for (char c : line) {
-            if (c == '"')
+        const unsigned codePage = ActiveCodePage();
+        for (size_t i = 0; i < line.size(); i += CharacterLength(line, i, codePage)) {
+            if (line[i] == '"')
                 quoted = !quoted;
-            else if (c == '}' && !quoted)
+            else if (line[i] == '}' && !quoted)
                 return true;
         }
         return false;
@@ -588,7 +608,8 @@ private:
         std::string name = trimmed.size() > 5 ? trimmed.substr(5) : std::string();
         if (EndsWith(name, "()"))
             name.resize(name.size() - 2);
-        name = ReplaceAll(name, "_", " ");
+        // Only a real "_": a double-byte character may end in its byte (Shift-JIS 83 5F).
+        name = ReplaceAllCharacters(name, "_", " ");
         auto& groups = model_.ProgramGroups;
         if (!groups.back().Name.empty())
             groups.push_back(ProgramGroup{"", {GroupProgram{}}});
@@ -601,11 +622,17 @@ private:
             std::string_view raw = Next();
             // Most lines hold no tab: they are looked at in place, without a copy.
             std::string withoutTabs;
-            std::string_view line = std::string_view(raw).substr(0, raw.find("//"));
+            const size_t comment = raw.find("//");
+            std::string_view line = raw.substr(0, comment);
             if (line.find('\t') != std::string_view::npos) {
                 withoutTabs = RemoveAll(line, '\t');
                 line = withoutTabs;
             }
+            // The blanks before a comment belong to it: "} // end" closes the group, and an
+            // indented comment line is no program line.
+            if (comment != std::string_view::npos)
+                while (!line.empty() && line.back() == ' ')
+                    line.remove_suffix(1);
             bool closes = ClosesBlock(line);
             if (line != "{" && line != "}" && line != "}," && !line.empty()) {
                 // A program line in the writer's layout ends the group only with a "}" after

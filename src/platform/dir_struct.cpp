@@ -73,7 +73,7 @@ bool CDirStruct::RemoveEmptyDirectory(std::string_view path) {
 bool CDirStruct::ExactFileExists(std::string_view path) {
     if (path.empty())
         return false;
-    const std::string_view name = path.substr(path.find_last_of("\\/:") + 1);
+    const std::string_view name = PathLastPart(path);
     WIN32_FIND_DATAA data{};
     UniqueFind find(FindFirstFileA(std::string(path).c_str(), &data));
     if (!find)

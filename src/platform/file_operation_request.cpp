@@ -1,5 +1,7 @@
 #include "platform/file_operation_request.h"
 
+#include "text/strings.h"
+
 namespace tolvane {
 
 namespace {
@@ -42,24 +44,29 @@ MakeFileOperationRequest(FileOperation function, std::string_view source, std::s
     return request;
 }
 
-std::string TargetFolder(std::string_view target) {
-    const size_t last = target.find_last_of('\\');
+std::string TargetFolder(std::string_view target, unsigned codePage) {
+    const size_t last = FindLastCharacterOf(target, "\\", codePage);
     if (last == std::string_view::npos)
         return std::string();
     const std::string_view folder = target.substr(0, last);
     std::string out;
     out.reserve(folder.size());
     size_t i = 0;
-    if (folder.substr(0, 2) == "\\\\") {
+    bool afterSeparator = false;
+    if (StartsWith(folder, "\\\\")) {
         out = "\\\\";
         i = 2;
+        afterSeparator = true;
     }
-    for (; i < folder.size(); ++i) {
-        if (folder[i] == '\\' && !out.empty() && out.back() == '\\')
-            continue;
-        out.push_back(folder[i]);
+    while (i < folder.size()) {
+        const size_t n = CharacterLength(folder, i, codePage);
+        const bool separator = n == 1 && folder[i] == '\\';
+        if (!separator || !afterSeparator)
+            out.append(folder.substr(i, n));
+        afterSeparator = separator;
+        i += n;
     }
-    while (out.size() > 2 && out.back() == '\\')
+    while (out.size() > 2 && EndsWithCharacter(out, '\\', codePage))
         out.pop_back();
     // A drive ("C:") or nothing but separators: the folder is there or cannot be made.
     if (out.empty() || out == "\\\\" || out == "\\" || (out.size() == 2 && out[1] == ':'))

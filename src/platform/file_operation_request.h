@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "text/code_page.h"
+
 namespace tolvane {
 
 // The shell's operation codes.
@@ -46,6 +48,6 @@ MakeFileOperationRequest(FileOperation function, std::string_view source, std::s
 // separators made one (a network path's leading pair stays) and no trailing one. A target that
 // ends with "\" names that folder itself. "" when there is no folder worth making: a bare name
 // or a drive's root.
-std::string TargetFolder(std::string_view target);
+std::string TargetFolder(std::string_view target, unsigned codePage = ActiveCodePage());
 
 } // namespace tolvane

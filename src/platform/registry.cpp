@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "platform/handles.h"
+#include "text/code_page.h"
 
 namespace tolvane {
 
@@ -22,7 +23,7 @@ HKEY RootKey(RegistryRoot root) {
 
 // With or without a trailing "\" the path names the same key.
 std::string KeyPath(std::string_view path) {
-    while (!path.empty() && path.back() == '\\')
+    while (EndsWithCharacter(path, '\\'))
         path.remove_suffix(1);
     return std::string(path);
 }

@@ -1,11 +1,11 @@
 #include "startup/app_state.h"
 
-#include "text/strings.h"
+#include "text/code_page.h"
 
 namespace tolvane {
 
 AppFolders FoldersForProgramFolder(std::string programFolder) {
-    while (EndsWith(programFolder, "\\"))
+    while (EndsWithCharacter(programFolder, '\\'))
         programFolder.pop_back();
     AppFolders f;
     f.ProgramFolder = programFolder;

@@ -12,6 +12,7 @@
 #include "startup/app_state.h"
 #include "startup/data_lists.h"
 #include "startup/delayed_run.h"
+#include "text/code_page.h"
 #include "text/language_files.h"
 #include "text/strings.h"
 #include "ui/main_window.h"
@@ -58,7 +59,7 @@ std::string RunningProgramFolder() {
         }
         path.resize(path.size() * 2);
     }
-    return path.substr(0, path.find_last_of('\\'));
+    return path.substr(0, FindLastCharacterOf(path, "\\"));
 }
 
 namespace {
@@ -93,6 +94,7 @@ int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& mes
     std::unique_ptr<AppState> app;
     std::unique_ptr<MainWindow> window;
     UniqueHandle instanceMutex;
+    SetActiveCodePage(GetACP()); // before the first path or file is read
     try {
         app = std::make_unique<AppState>(RunningProgramFolder(), messages);
         InitGlobals(*app);

@@ -15,10 +15,10 @@ std::vector<std::string_view> SplitTextLineViews(std::string_view text) {
     std::vector<std::string_view> lines;
     size_t start = 0;
     for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '\r')
+        if (text[i] != '\r' && text[i] != '\n')
             continue;
         lines.emplace_back(text.substr(start, i - start));
-        if (i + 1 < text.size() && text[i + 1] == '\n')
+        if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n')
             ++i;
         start = i + 1;
     }

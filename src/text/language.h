@@ -10,8 +10,8 @@
 
 namespace tolvane {
 
-// A line ends at CR or CR LF; a lone LF is part of the line. Text after the last line end is
-// one more line; an empty text has no lines.
+// A line ends at CR LF, at LF (as some editors save) or at a lone CR. Text after the last line
+// end is one more line; an empty text has no lines.
 std::vector<std::string> SplitTextLines(std::string_view text);
 // The same lines as views into the text.
 std::vector<std::string_view> SplitTextLineViews(std::string_view text);

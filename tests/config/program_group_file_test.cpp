@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "config/program_group_file.h"
+#include "startup/app_state.h"
 #include "support/test_support.h"
+#include "text/code_page.h"
 #include "text/language.h"
 #include "text/strings.h"
 #include "ui/tree_model.h"
@@ -141,6 +143,12 @@ TEST(ProgramGroupFile, WhatIsWrittenReadsBackAndWritesTheSameBytes) {
     EXPECT_EQ(ProgramLines(back.ProgramGroups[0]), ProgramLines(m.ProgramGroups[0]));
     EXPECT_EQ(back.DisallowedPrograms[0], "badtool");
 
+    // Saved again by an editor that ends lines with LF alone, it reads the same.
+    ProgramModel fromLf;
+    result = ReadProgramGroupFile(ReplaceAll(first, "\r\n", "\n"), fromLf, Context());
+    ASSERT_TRUE(result.Ok) << result.Error << " at line " << result.LineNumber;
+    EXPECT_EQ(FormatProgramGroupFile(fromLf, kLanguages), first);
+
     // A delayed shortcut is written with its items-folder path and comes back by its name;
     // a quoted stopped path comes back without its quotes.
     m.ProgramGroups[0].Programs[0].Path = kUserItems + "\\Tool.lnk";
@@ -171,7 +179,13 @@ TEST(ProgramGroupFile, HandWrittenLinesReadAsTheFileFormatAllows) {
                  "\tExecute(\"C:\\a.exe\" , \"-x\",\t2, \"A\");   // tabs, blank before the comma",
                  "     Execute( \"C:\\b.exe\", \"\", 5, \"B\");",
                  "     Execute (\"C:\\c.exe\", \"\", 1, \"C\")",
-                 "}",
+                 "     // a comment line",
+                 // Comments after a line, holding an old line, quotes and brackets.
+                 "     Execute (\"C:\\d.exe\", \"-x\", 3, \"D\"); // was Execute (\"C:\\o.exe\", "
+                 "\"\", 4, \"O\")",
+                 "     ExecuteReg (\"C:\\t.exe \", \"--processStart \"T.exe\"\", 0, \"Vendor "
+                 "(x86)\"); // old: \"x\" (y)",
+                 "} // end of the group",
                  "void Startup",
                  "{",
                  "     ExecuteAU (\"\", \"\", 0, \"\");", // an empty path keeps the slot free
@@ -186,9 +200,10 @@ TEST(ProgramGroupFile, HandWrittenLinesReadAsTheFileFormatAllows) {
     EXPECT_EQ(GroupNames(m), (Lines{"NotHidden", "My Group", "Startup", " Startup"}));
     EXPECT_EQ(m.StartupGroupIndex, 2);
     // Sorted by delay; a blank after "(" is read like the written form: no stray quote.
-    EXPECT_EQ(
-        ProgramLines(m.ProgramGroups[1]),
-        (Lines{"Execute|C:\\c.exe||1|C", "Execute|C:\\a.exe|-x|2|A", "Execute|C:\\b.exe||5|B"}));
+    EXPECT_EQ(ProgramLines(m.ProgramGroups[1]),
+              (Lines{"ExecuteReg|C:\\t.exe|--processStart \"T.exe\"|0|Vendor (x86)",
+                     "Execute|C:\\c.exe||1|C", "Execute|C:\\a.exe|-x|2|A",
+                     "Execute|C:\\d.exe|-x|3|D", "Execute|C:\\b.exe||5|B"}));
     EXPECT_EQ(ProgramLines(m.ProgramGroups[2]), Lines{"ExecuteAU|||0|"});
     // No list blocks in the file: the lists stay as they were.
     EXPECT_EQ(m.DisallowedPrograms, Lines{"kept"});
@@ -207,8 +222,8 @@ TEST(ProgramGroupFile, SettingsTakeTheirDefaultWhenTheValueDoesNotConvert) {
         {"const StartupType = 2;", 2, 0, 7, 99, "de"},
         {"const StartupType = x;", 1, 0, 7, 99, "de"},
         {"const StartupType = 2.5;", 2, 0, 7, 99, "de"},
-        {"const StartupType = 1; // note", 1, 0, 7, 99, "de"}, // "1; " does not convert
-        {"const StartupType", 1, 0, 7, 99, "de"},              // no "=": the default
+        {"const StartupType = 2; // note", 2, 0, 7, 99, "de"},
+        {"const StartupType", 1, 0, 7, 99, "de"}, // no "=": the default
         {"const StartupType = 70000;", 1, 0, 7, 99, "de"},
         {"const CloseType = 0;", 3, 0, 7, 99, "de"},
         {"const CloseType = ;", 3, 1, 7, 99, "de"},
@@ -239,7 +254,7 @@ TEST(ProgramGroupFile, SettingsTakeTheirDefaultWhenTheValueDoesNotConvert) {
 TEST(ProgramGroupFile, ListBlocksAndTheBuiltInWords) {
     ProgramModel m =
         Read(File({"char DisallowedPrograms[256][2]=", "{", "     \"FORMAT\", ", "     \"d e l\"",
-                   "};", "char StoppedPrograms[256][3]=", "{", "     \"_STPCU_A.lnk\", ", "",
+                   "}; // end", "char StoppedPrograms[256][3]=", "{", "     \"_STPCU_A.lnk\", ", "",
                    "     \"_REGCU_C:\\b.exe\",,", "}"}));
     EXPECT_EQ(m.DisallowedPrograms, (Lines{"FORMAT", "del", "fdisk", "rmdir", "mkdir", "delete"}));
     // The empty line left a free slot that the next item filled.
@@ -250,6 +265,38 @@ TEST(ProgramGroupFile, ListBlocksAndTheBuiltInWords) {
               (Lines{"", "format", "fdisk", "del", "rmdir", "mkdir", "delete"}));
     m = Read(File({"char StoppedPrograms[256][0]=", "{", "}"}));
     EXPECT_EQ(m.StoppedPrograms, Lines{""});
+}
+
+// The system code page for the rules that use it, until the end of the scope.
+struct CodePageScope {
+    explicit CodePageScope(unsigned codePage) { SetActiveCodePage(codePage); }
+    ~CodePageScope() { SetActiveCodePage(kDefaultCodePage); }
+};
+
+// In Shift-JIS and GBK alike 83 5C ends in the byte of "\", 83 5F in that of "_" and 83 7D in
+// that of "}".
+TEST(ProgramGroupFile, DoubleByteCharactersKeepTheirTrailBytes) {
+    for (unsigned codePage : {932u, 936u}) {
+        CodePageScope scope(codePage);
+        // The program's folder ends in such a character; its items folders are inside it.
+        const AppFolders folders = FoldersForProgramFolder("C:\\\x83\x5C\\");
+        EXPECT_EQ(folders.ProgramFolder, "C:\\\x83\x5C");
+        EXPECT_EQ(folders.UserItemsFolder, "C:\\\x83\x5C\\Tolvane Items\\Current User\\");
+        ProgramGroupReadContext context = Context();
+        context.UserItemsFolder = folders.UserItemsFolder;
+        const std::string delayed =
+            "     Execute (\"" + folders.UserItemsFolder + "Tool.lnk\", \"\", 1, \"\");";
+        ProgramModel m;
+        auto r = ReadProgramGroupFile(File({"char StoppedPrograms[256][2]=", "{",
+                                            "     _STPCU_\x83\x7D.lnk, ", // unquoted
+                                            "     \"_STPCU_B.lnk\"", "}", "void \x83\x5F_Tools()",
+                                            "{", delayed.c_str(), "}"}),
+                                      m, context);
+        ASSERT_TRUE(r.Ok) << r.Error << " at line " << r.LineNumber;
+        EXPECT_EQ(m.StoppedPrograms, (Lines{"_STPCU_\x83\x7D.lnk", "_STPCU_B.lnk"})) << codePage;
+        EXPECT_EQ(GroupNames(m), Lines{"\x83\x5F Tools"}) << codePage;
+        EXPECT_EQ(ProgramLines(m.ProgramGroups[0]), Lines{"Execute|Tool.lnk||1|"}) << codePage;
+    }
 }
 
 TEST(ProgramGroupFile, FailuresEndTheLoadAndKeepWhatWasRead) {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "config/program_group_file.h"
+#include "text/code_page.h"
 #include "ui/tree_model.h"
 
 using namespace tolvane;
@@ -19,6 +20,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     TreeModel tree;
     context.Tree = &tree;
 
+    // Half the inputs are read as Shift-JIS, where a byte may be the second of a character.
+    SetActiveCodePage(size > 0 && (data[0] & 1) ? 932 : kDefaultCodePage);
     ProgramModel model;
     ReadProgramGroupFile(std::string_view(reinterpret_cast<const char*>(data), size), model,
                          context);

@@ -19,6 +19,29 @@ TEST(PathRules, SearchPathsJoinWithOneSeparator) {
     EXPECT_EQ(JoinSearchPath("\\\\server\\\\share", "x"), "\\\\server\\share\\x");
     EXPECT_EQ(WithTrailingBackslash("C:\\a"), "C:\\a\\");
     EXPECT_EQ(WithTrailingBackslash("C:\\a\\"), "C:\\a\\");
+    EXPECT_EQ(PathLastPart("C:\\a\\b.lnk"), "b.lnk");
+    EXPECT_EQ(PathLastPart("C:b.lnk"), "b.lnk");
+    EXPECT_EQ(PathLastPart("b.lnk"), "b.lnk");
+}
+
+// A folder whose last character ends in the byte of "\": 83 5C in Shift-JIS and in GBK alike.
+TEST(PathRules, DoubleByteCharactersKeepTheirTrailBytes) {
+    const std::string folder = "C:\\\x83\x5C";
+    for (unsigned codePage : {932u, 936u}) {
+        EXPECT_EQ(WithTrailingBackslash(folder, codePage), folder + "\\") << codePage;
+        EXPECT_EQ(JoinSearchPath(folder, "a.lnk", codePage), folder + "\\a.lnk") << codePage;
+        EXPECT_EQ(JoinSearchPath(folder + "\\", "b", codePage), folder + "\\b") << codePage;
+        EXPECT_EQ(JoinSearchPath("\\\\srv\\\x81\x5C", "x", codePage), "\\\\srv\\\x81\x5C\\x")
+            << codePage;
+        EXPECT_EQ(PathLastPart(folder + "\\\x81\x5C.lnk", codePage), "\x81\x5C.lnk") << codePage;
+        EXPECT_EQ(TargetFolder(folder + "\\x.lnk", codePage), folder) << codePage;
+        EXPECT_EQ(TargetFolder(folder + "\\\\\x83\x5C\\x", codePage), folder + "\\\x83\x5C")
+            << codePage;
+        EXPECT_EQ(TargetFolder(folder, codePage), "") << codePage; // in the root of C:
+    }
+    // The same bytes in a single-byte code page are two characters and a "\".
+    EXPECT_EQ(JoinSearchPath(folder, "a.lnk", 1252), folder + "a.lnk");
+    EXPECT_EQ(TargetFolder(folder, 1252), "C:\\\x83");
 }
 
 TEST(FileOperationRequest, ListsEndInTwoNulsTitlesFallBackAndEmptyPathsAskNothing) {

@@ -3,6 +3,7 @@
 #include <random>
 
 #include "support/test_support.h"
+#include "text/code_page.h"
 #include "text/language.h"
 #include "text/strings.h"
 
@@ -63,6 +64,38 @@ TEST(Strings, NumbersAcceptBothDecimalSeparatorsAndNothingElse) {
         EXPECT_FALSE(ParseInteger16(bad)) << bad;
 }
 
+// In Shift-JIS the katakana "so" is 83 5C and "da" 83 5F; B0 5C is one character in GBK, but
+// a half-width sign and a real "\" in Shift-JIS.
+TEST(CodePage, TrailBytesAreNeverSeparators) {
+    for (unsigned char b : {0x81, 0x9F, 0xE0, 0xFC})
+        EXPECT_TRUE(IsLeadByte(932, b)) << int(b);
+    for (unsigned char b : {0x40, 0x80, 0xA0, 0xDF, 0xFD, 0x5C})
+        EXPECT_FALSE(IsLeadByte(932, b)) << int(b);
+    for (unsigned codePage : {936u, 949u, 950u}) {
+        EXPECT_TRUE(IsLeadByte(codePage, 0x81));
+        EXPECT_TRUE(IsLeadByte(codePage, 0xB0));
+        EXPECT_TRUE(IsLeadByte(codePage, 0xFE));
+        EXPECT_FALSE(IsLeadByte(codePage, 0x80));
+        EXPECT_FALSE(IsLeadByte(codePage, 0xFF));
+    }
+    for (unsigned codePage : {1252u, 1251u, 65001u})
+        EXPECT_FALSE(IsLeadByte(codePage, 0x83));
+
+    const std::string so = "C:\\\x83\x5C"; // C:\ and the katakana "so"
+    EXPECT_EQ(FindLastCharacterOf(so, "\\", 932), 2u);
+    EXPECT_EQ(FindLastCharacterOf(so, "\\", 1252), 4u);
+    EXPECT_FALSE(EndsWithCharacter(so, '\\', 932));
+    EXPECT_TRUE(EndsWithCharacter(so + "\\", '\\', 932));
+    EXPECT_TRUE(EndsWithCharacter(so, '\\', 1252));
+    EXPECT_EQ(FindLastCharacterOf("C:\\\xB0\x5C", "\\", 936), 2u);
+    EXPECT_EQ(FindLastCharacterOf("C:\\\xB0\x5C", "\\", 932), 4u); // B0 is one byte there
+    EXPECT_EQ(CharacterLength("a\x83", 1, 932), 1u); // a lead byte at the end stands alone
+
+    EXPECT_EQ(ReplaceAllCharacters("\x83\x5F_a_", "_", " ", 932), "\x83\x5F a ");
+    EXPECT_EQ(ReplaceAllCharacters("\x83\x5C\\\\\\", "\\\\", "\\", 936), "\x83\x5C\\\\");
+    EXPECT_EQ(ReplaceAllCharacters("\x83\x5C\\", "\\\\", "\\", 1252), "\x83\\");
+}
+
 TEST(Language, TextFileEntriesFollowTheCommentAndLineBreakRules) {
     Lines table = {"d0", "d1", "d2", "d3", "d4", "d5"};
     ApplyTextFile(table, "// header comment\r\n"
@@ -70,10 +103,10 @@ TEST(Language, TextFileEntriesFollowTheCommentAndLineBreakRules) {
                          "\r\n"
                          "   // three blanks stay an entry\r\n"
                          "one$crlf$two$CRLF$three\r\n"
-                         "lone\nLF stays\r"
+                         "LF\nends\r"
                          "last without line end");
-    EXPECT_EQ(table, (Lines{"See A", "   ", "one\r\ntwo\r\nthree", "lone\nLF stays",
-                            "last without line end", "d5"}));
+    EXPECT_EQ(table, (Lines{"See A", "   ", "one\r\ntwo\r\nthree", "LF", "ends",
+                            "last without line end"}));
     // A shorter file of another language leaves the rest of the table as it was.
     Lines expected = table;
     expected[0] = "eins";
@@ -85,16 +118,18 @@ TEST(Language, TextFileEntriesFollowTheCommentAndLineBreakRules) {
 
     EXPECT_EQ(SplitTextLines(""), Lines{});
     EXPECT_EQ(SplitTextLines("\r\n"), Lines{""});
-    EXPECT_EQ(SplitTextLines("a\rb\r\nc\nd"), (Lines{"a", "b", "c\nd"}));
+    EXPECT_EQ(SplitTextLines("a\rb\r\nc\nd"), (Lines{"a", "b", "c", "d"}));
     EXPECT_EQ(SplitTextLines("a\r\n\r\n"), (Lines{"a", ""}));
+    EXPECT_EQ(SplitTextLines("a\n\nb\n\r"), (Lines{"a", "", "b", ""})); // LF, then a lone CR
     EXPECT_EQ(CutComment("//x"), "");
     EXPECT_EQ(ExpandLineBreaks("a$CrLf$$crlf$b"), "a\r\n\r\nb");
 }
 
 TEST(Language, ListLinesNeedACommaAndAreTrimmed) {
-    auto list = ParseLanguageList("// languages\r\n"
+    // Saved with LF line ends in part, as some editors do.
+    auto list = ParseLanguageList("// languages\n"
                                   "English, en\r\n"
-                                  "no comma here\r\n"
+                                  "no comma here\n"
                                   "  Deutsch  ,  de  \r\n"
                                   "Fran\xE7"
                                   "ais,fr // comment\r\n"

@@ -29,9 +29,9 @@ CDelayLoad::CDelayLoad(AppState& app) : app_(app) {
 bool CDelayLoad::GetStoppedInfo(std::string_view entry, std::string& path,
                                 std::string& parameters) {
     const auto& stopped = app_.model.StoppedPrograms;
-    for (const std::string& e : stopped)
-        if (e == entry)
-            return StoppedInfoOf(e, path, parameters);
+    for (size_t i = 0; i < stopped.size(); ++i)
+        if (stopped[i] == entry)
+            return StoppedInfoOf(static_cast<int>(i), path, parameters);
     return false;
 }
 
@@ -39,11 +39,11 @@ bool CDelayLoad::GetStoppedInfo(int index, std::string& path, std::string& param
     const auto& stopped = app_.model.StoppedPrograms;
     if (index < 0 || static_cast<size_t>(index) >= stopped.size())
         return false;
-    return StoppedInfoOf(stopped[index], path, parameters);
+    return StoppedInfoOf(index, path, parameters);
 }
 
-bool CDelayLoad::StoppedInfoOf(const std::string& entry, std::string& path,
-                               std::string& parameters) {
+bool CDelayLoad::StoppedInfoOf(int index, std::string& path, std::string& parameters) {
+    const std::string& entry = app_.model.StoppedPrograms[static_cast<size_t>(index)];
     std::string_view prefix = std::string_view(entry).substr(0, kPrefixLength);
     std::string name = entry.size() > kPrefixLength ? entry.substr(kPrefixLength) : std::string();
     if (prefix == LocationPrefix(kUserStartup)) {
@@ -59,10 +59,17 @@ bool CDelayLoad::StoppedInfoOf(const std::string& entry, std::string& path,
         std::vector<std::string> saved;
         CRegistry().EnumKey(machine ? RegistryRoot::LocalMachine : RegistryRoot::CurrentUser,
                             machine ? kSavedMachineRunKey : kSavedUserRunKey, saved);
-        int i = FindSavedRunValue(saved, name);
-        if (i < 0)
+        const int i = SavedCopyOfStopped(app_.model, index, saved);
+        // The saved copy holds the command exactly; an entry that names its value holds it too,
+        // without its quotes, should the copy be gone.
+        std::string data;
+        if (i >= 0)
+            data = SplitNameData(saved[static_cast<size_t>(i)]).Data;
+        else if (auto named = NamedStoppedValue(name))
+            data = named->Data;
+        else
             return true;
-        RunCommandParts parts = SplitRunData(Trim(SplitNameData(saved[i]).Data));
+        RunCommandParts parts = SplitRunData(Trim(data));
         path = parts.Path;
         parameters = parts.Parameters;
         return true;

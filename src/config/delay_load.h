@@ -46,7 +46,7 @@ public:
     std::string UnreadableCopyPath() const { return filePath_ + ".unreadable"; }
 
 private:
-    bool StoppedInfoOf(const std::string& entry, std::string& path, std::string& parameters);
+    bool StoppedInfoOf(int index, std::string& path, std::string& parameters);
 
     AppState& app_;
     std::string filePath_;

@@ -26,6 +26,10 @@ enum LocationCode : int {
     kUserStartup = 3,   // "_STPCU_"
 };
 inline constexpr size_t kPrefixLength = 7;
+
+// Windows starts an active item; the program starts a delayed one at log-on, after its delay;
+// nobody starts a stopped one, which can be put back.
+enum class ItemState { Active, Delayed, Stopped };
 // The prefix of a location code; "" for any other code.
 std::string_view LocationPrefix(int code);
 

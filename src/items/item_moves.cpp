@@ -3,28 +3,36 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "config/delay_load.h"
-#include "items/move_steps.h"
 #include "items/run_data.h"
-#include "items/startup_tree.h"
 #include "platform/dir_struct.h"
 #include "platform/file_functions.h"
 #include "startup/app_state.h"
+#include "text/placeholders.h"
 #include "text/strings.h"
 
 namespace tolvane {
 
 namespace {
 
-constexpr int kStartupFolderMessage = 2;
 constexpr int kRegistryMessage = 1;
+constexpr int kStartupFolderMessage = 2;
+constexpr int kInTheWayMessage = 14;
+constexpr int kValueChangedMessage = 15;
+constexpr int kGoneMessage = 16;
+constexpr int kFailedMessage = 17;
+constexpr int kNotTakenBackMessage = 18;
 
-RegistryRoot RunRoot(int code) {
-    return code == kMachineRun ? RegistryRoot::LocalMachine : RegistryRoot::CurrentUser;
+RegistryRoot RunRoot(int location) {
+    return location == kMachineRun ? RegistryRoot::LocalMachine : RegistryRoot::CurrentUser;
 }
-std::string SavedKey(int code) {
-    return code == kMachineRun ? kSavedMachineRunKey : kSavedUserRunKey;
+std::string SavedKey(int location) {
+    return location == kMachineRun ? kSavedMachineRunKey : kSavedUserRunKey;
+}
+std::string_view RunCommandWord(int location) {
+    return location == kMachineRun ? kExecuteRegAU : kExecuteReg;
 }
 
 // The texts of the checked items of a container.
@@ -39,21 +47,25 @@ std::vector<std::string> CheckedItems(const TreeModel& tree, const char* contain
     return texts;
 }
 
-} // namespace
+std::string Joined(const std::vector<std::string>& lines) {
+    std::string out;
+    for (const std::string& line : lines)
+        out += (out.empty() ? "" : "\r\n") + line;
+    return out;
+}
 
-ItemMoves::ItemMoves(AppState& app, TreeModel& tree, HWND owner)
-    : app_(app), tree_(tree), owner_(owner) {}
-
-namespace {
+// Ends a pass at the item that failed; that item's failure is already recorded.
+struct PassEnds {};
 
 // What the moves share: the folders, the model and its file, and how a move ends.
 class Mover {
 public:
-    Mover(AppState& app, TreeModel& tree, HWND owner) : app_(app), tree_(tree), owner_(owner) {}
+    Mover(AppState& app, HWND owner, const FileMover& mover)
+        : app_(app), owner_(owner), mover_(mover) {}
 
     ProgramModel& Model() { return app_.model; }
+    AppState& App() { return app_; }
     const AppFolders& Folders() const { return app_.folders; }
-    HWND Owner() const { return owner_; }
 
     std::string StartupPath(bool user, std::string_view name) const {
         return (user ? Folders().UserStartupFolder : Folders().CommonStartupFolder) + "\\" +
@@ -63,208 +75,263 @@ public:
         return (user ? Folders().UserItemsFolder : Folders().AllUsersItemsFolder) + "\\" +
                std::string(name);
     }
+    void MoveFile(const std::string& from, const std::string& to, uint16_t flags, UndoSteps& undo) {
+        MoveShortcut(from, to, owner_, flags, undo, mover_);
+    }
 
-    // The delayed program of an item of one location. The command tells the locations apart:
-    // the same shortcut name in both Startup folders, or the same command in both Run keys,
-    // are two items, and moving one must never touch the other's entry.
-    int Delayed(std::string_view program, std::string_view command) const {
+    // The delayed program of a shortcut, by its bare name as a load leaves it, or by its path
+    // in the items folder as a delay since the last load left it. The command tells the two
+    // Startup folders apart.
+    int DelayedShortcut(std::string_view name, bool user) const {
         const ProgramGroup* group = app_.model.StartupGroup();
         if (!group)
             return -1;
-        const std::string sought = Trim(program);
+        const std::string_view command = user ? kExecute : kExecuteAU;
+        const std::string inItems = ItemsPath(user, name);
         for (size_t i = 0; i < group->Programs.size(); ++i) {
             const GroupProgram& p = group->Programs[i];
-            if (p.Command == command && (sought == p.Path + " " + p.Parameters || sought == p.Path))
+            if (p.Command == command && (p.Path == name || p.Path == inItems))
                 return static_cast<int>(i);
         }
         return -1;
     }
-    // A shortcut's program: by its bare name, as a load leaves it, or by its path in the items
-    // folder, as a delay made since the last load left it.
-    int DelayedShortcut(std::string_view name, bool user) const {
-        const std::string_view command = user ? kExecute : kExecuteAU;
-        const int i = Delayed(name, command);
-        return i >= 0 ? i : Delayed(ItemsPath(user, name), command);
-    }
-    void RemoveDelayedShortcut(std::string_view name, bool user) {
-        app_.model.RemoveProgramFromGroup(app_.model.StartupGroupIndex,
-                                          DelayedShortcut(name, user));
-    }
-    void RemoveDelayedValue(std::string_view text, int location) {
-        app_.model.RemoveProgramFromGroup(
-            app_.model.StartupGroupIndex,
-            Delayed(text, location == kMachineRun ? kExecuteRegAU : kExecuteReg));
-    }
 
-    bool SelectedIsStopped() const {
-        const int selected = tree_.Selected();
-        return selected != TreeModel::kNone && Contains(tree_.FullPath(selected), "Stopped Items");
+    // The delayed program of a Run value, by the value's name. A program without a name (a
+    // hand-written line) is found by its command instead, among the others without one.
+    int DelayedValue(int location, std::string_view text) const {
+        const ProgramGroup* group = app_.model.StartupGroup();
+        if (!group)
+            return -1;
+        const NameData value = SplitNameData(text);
+        for (size_t i = 0; i < group->Programs.size(); ++i) {
+            const GroupProgram& p = group->Programs[i];
+            if (p.Path.empty() || p.Command != RunCommandWord(location) ||
+                p.RegistryKeyName != value.Name)
+                continue;
+            if (!value.Name.empty() || Trim(value.Data) == Trim(p.Path + " " + p.Parameters) ||
+                Trim(value.Data) == Trim(p.Path))
+                return static_cast<int>(i);
+        }
+        return -1;
+    }
+    void RemoveProgram(int index) {
+        if (!app_.model.RemoveProgramFromGroup(app_.model.StartupGroupIndex, index))
+            throw MoveFailure("the delayed program could not be removed from the Startup group");
     }
 
     void Write() { CDelayLoad(app_).WriteItems(); }
 
-    void Log(const std::string& routine, const std::string& what, int level = kLogError) {
-        app_.log.WriteLog(routine + ": " + what, level);
+    void Log(const std::string& text, int level = kLogError) { app_.log.WriteLog(text, level); }
+    void Show(const std::string& text) {
+        app_.messages.ShowMessage(text, "Tolvane", kMbOk | kMbIconExclamation);
     }
-    void Tell(int message) {
-        app_.messages.ShowMessage(app_.text.Message(message), "Tolvane",
-                                  kMbOk | kMbIconExclamation);
+    std::string Message(int index) const { return app_.text.Message(static_cast<size_t>(index)); }
+
+    // What the user is told of a move that was not done: the reason, with the conflict named.
+    std::string Why(std::string_view item, const std::exception& e) const {
+        const auto* failure = dynamic_cast<const MoveFailure*>(&e);
+        switch (failure ? failure->Why() : Refusal::Failed) {
+        case Refusal::InTheWay:
+            return FillIn(Message(kInTheWayMessage), {item, failure->Detail()});
+        case Refusal::ValueChanged:
+            return FillIn(Message(kValueChangedMessage), {item, failure->Detail()});
+        case Refusal::Gone:
+            return FillIn(Message(kGoneMessage), {item});
+        case Refusal::Failed:
+            break;
+        }
+        return FillIn(Message(kFailedMessage), {item, e.what()});
+    }
+
+    // Logs a move that was not done and tells the user why; what could not be taken back is
+    // logged at the error level and told as well, with where things are now.
+    void Report(const char* routine, std::string_view item, const std::string& what,
+                const std::string& why, const std::vector<std::string>& notTakenBack) {
+        Log(std::string(routine) + ": \"" + std::string(item) + "\": " + what);
+        for (const std::string& step : notTakenBack)
+            Log(std::string(routine) + ": not taken back: " + step);
+        Show(why);
+        if (!notTakenBack.empty())
+            Show(FillIn(Message(kNotTakenBackMessage), {item, Joined(notTakenBack)}));
     }
 
     // One move of one item: its steps and its changes to the model stand only when the model's
-    // file was written as well. Failures are logged and end the move with false.
-    bool Single(const char* routine, const std::function<void(UndoSteps&)>& move) {
+    // file was written as well.
+    bool Single(const char* routine, std::string_view item,
+                const std::function<void(UndoSteps&)>& move) {
         ModelSnapshot snapshot(app_.model);
         UndoSteps undo;
         try {
             move(undo);
             Write();
         } catch (const std::exception& e) {
-            Log(routine, e.what());
-            return false;
+            const std::vector<std::string> notTakenBack = undo.TakeBack();
+            Report(routine, item, e.what(), Why(item, e), notTakenBack);
+            return false; // the snapshot puts the model back
         }
         undo.Keep();
         snapshot.Keep();
         return true;
     }
 
+    // One item's move within a pass: its steps go into the undo list it is given.
+    using ItemMove = std::function<void(UndoSteps&)>;
+    using ItemRunner = std::function<void(std::string_view item, const ItemMove&)>;
+
     // A pass over checked items. An item that fails is taken back and ends the pass; the items
     // before it stay moved and are written to the file. Should the file not be written, every
-    // item of the pass is taken back. A failure shows the pass's message.
-    // One item's move: its steps go into the undo list it is given.
-    using ItemMove = std::function<void(UndoSteps&)>;
-    // Runs one item's move as a unit of the pass.
-    using ItemRunner = std::function<void(const ItemMove&)>;
-
+    // item of the pass is taken back. A failure shows the pass's message and the item's reason.
     bool Pass(const char* routine, int message, const std::function<void(const ItemRunner&)>& body,
               const std::function<void()>& finish = {}) {
         ModelSnapshot snapshot(app_.model);
         UndoSteps done;
-        std::string failure;
-        auto item = [&](const ItemMove& move) {
+        std::string failedItem, what, why;
+        std::vector<std::string> notTakenBack;
+        auto item = [&](std::string_view name, const ItemMove& move) {
             UndoSteps steps;
             ModelSnapshot before(app_.model);
-            move(steps); // a throw takes this item's steps and model changes back
+            try {
+                move(steps);
+            } catch (const std::exception& e) {
+                notTakenBack = steps.TakeBack();
+                failedItem = std::string(name);
+                what = e.what();
+                why = Why(name, e);
+                throw PassEnds{}; // the snapshot takes this item's model changes back
+            }
             before.Keep();
             steps.MoveInto(done);
         };
         try {
             body(item);
+        } catch (const PassEnds&) {
         } catch (const std::exception& e) {
-            failure = e.what();
+            what = e.what();
+            why = e.what();
         }
         try {
             if (finish)
                 finish();
             Write();
         } catch (const std::exception& e) {
-            done.TakeBack();
-            failure = failure.empty() ? e.what() : failure + "; " + e.what();
-            Log(routine, failure);
-            Tell(message);
+            for (std::string& step : done.TakeBack())
+                notTakenBack.push_back(std::move(step));
+            what = what.empty() ? e.what() : what + "; " + e.what();
+            why = why.empty() ? e.what() : why;
+            Report(routine, failedItem, what, Message(message) + "\r\n\r\n" + why, notTakenBack);
             return false; // the snapshot puts the model back
         }
         done.Keep();
         snapshot.Keep();
-        if (!failure.empty()) {
-            Log(routine, failure);
-            Tell(message);
-            return false;
-        }
-        return true;
+        if (what.empty())
+            return true;
+        Report(routine, failedItem, what, Message(message) + "\r\n\r\n" + why, notTakenBack);
+        return false;
     }
 
 private:
     AppState& app_;
-    TreeModel& tree_;
     HWND owner_;
+    const FileMover& mover_;
 };
 
 } // namespace
 
+ItemMoves::ItemMoves(AppState& app, TreeModel& tree, HWND owner)
+    : app_(app), tree_(tree), owner_(owner) {}
+
 // ---- Shortcuts in the Startup folders ---------------------------------------------------------
 
-bool ItemMoves::DelayStartupItem(std::string_view name, int code, bool stop) {
+bool ItemMoves::DelayStartupItem(std::string_view name, int code, bool stop, ItemState from) {
     if (name.empty())
         return false;
-    Mover m(app_, tree_, owner_);
+    Mover m(app_, owner_, mover_);
     const bool user = code == kUserStartup;
     const int location = user ? kUserStartup : kCommonStartup;
-    return m.Single("DelayStartupItem", [&](UndoSteps& undo) {
+    return m.Single("DelayStartupItem", name, [&](UndoSteps& undo) {
+        ProgramModel& model = m.Model();
         const std::string items = m.ItemsPath(user, name);
-        const std::string& folder =
-            user ? m.Folders().UserStartupFolder : m.Folders().CommonStartupFolder;
-        if (CDirStruct().FileExists(name, folder)) {
-            MoveShortcut(m.StartupPath(user, name), items, m.Owner(), kQuietFileOperationMakeFolder,
-                         undo);
+        if (from == ItemState::Active) {
+            m.MoveFile(m.StartupPath(user, name), items, kQuietFileOperationMakeFolder, undo);
         } else {
-            // Delayed or stopped already: the shortcut stays in the items folder.
+            // Delayed or stopped: the shortcut stays in the items folder, only its entry changes.
             if (!FileThere(items))
-                throw MoveFailure("\"" + std::string(name) +
-                                  "\" is neither in its Startup folder nor in the items folder");
-            m.RemoveDelayedShortcut(name, user);
-            m.Model().RemoveStoppedProgram(name, location);
+                throw MoveFailure("\"" + items + "\" is not in the items folder", Refusal::Gone);
+            if (from == (stop ? ItemState::Stopped : ItemState::Delayed))
+                return; // already where it is asked to go
+            if (from == ItemState::Delayed) {
+                m.RemoveProgram(m.DelayedShortcut(name, user));
+            } else {
+                const int entry = model.FindStoppedProgram(name, location);
+                if (entry < 0)
+                    throw MoveFailure("\"" + std::string(name) + "\" is no longer stopped",
+                                      Refusal::Gone);
+                model.StoppedPrograms[static_cast<size_t>(entry)].clear();
+            }
         }
         if (stop)
-            m.Model().AddStoppedProgram(name, location);
+            model.AddStoppedProgram(name, location);
         else
-            m.Model().AddProgramToGroup(m.Model().StartupGroupIndex, user ? kExecute : kExecuteAU,
-                                        items, "", 0, "");
+            model.AddProgramToGroup(model.StartupGroupIndex, user ? kExecute : kExecuteAU, items,
+                                    "", 0, "");
     });
 }
 
 void ItemMoves::RestoreStartupItem(std::string_view name, int code, bool fromStopped) {
     if (name.empty())
         return;
-    Mover m(app_, tree_, owner_);
+    Mover m(app_, owner_, mover_);
     const bool user = code == kUserStartup;
     const int location = user ? kUserStartup : kCommonStartup;
-    m.Single("RestoreStartupItem", [&](UndoSteps& undo) {
+    m.Single("RestoreStartupItem", name, [&](UndoSteps& undo) {
         const std::string items = m.ItemsPath(user, name);
         // A shortcut that is no longer in the items folder has nothing to move back.
         if (FileThere(items))
-            MoveShortcut(items, m.StartupPath(user, name), m.Owner(), kQuietFileOperation, undo);
+            m.MoveFile(items, m.StartupPath(user, name), kQuietFileOperation, undo);
         if (fromStopped)
             m.Model().RemoveStoppedProgram(name, location);
         else
-            m.RemoveDelayedShortcut(name, user);
+            m.RemoveProgram(m.DelayedShortcut(name, user));
     });
 }
 
 bool ItemMoves::DelayCheckedStartupItems(bool stop, bool stoppedToDelayed) {
-    Mover m(app_, tree_, owner_);
+    Mover m(app_, owner_, mover_);
+    ProgramModel& model = m.Model();
     return m.Pass("DelayCheckedStartupItems", kStartupFolderMessage, [&](const auto& item) {
         for (const std::string& name : CheckedItems(tree_, "CurrentUserStartup")) {
-            item([&](UndoSteps& undo) {
+            item(name, [&](UndoSteps& undo) {
                 const std::string items = m.ItemsPath(true, name);
-                MoveShortcut(m.StartupPath(true, name), items, m.Owner(),
-                             kQuietFileOperationMakeFolder, undo);
+                m.MoveFile(m.StartupPath(true, name), items, kQuietFileOperationMakeFolder, undo);
                 if (stop)
-                    m.Model().AddStoppedProgram(name, kUserStartup);
+                    model.AddStoppedProgram(name, kUserStartup);
                 else
-                    m.Model().AddProgramToGroup(m.Model().StartupGroupIndex, kExecute, items, "", 0,
-                                                "");
+                    model.AddProgramToGroup(model.StartupGroupIndex, kExecute, items, "", 0, "");
             });
         }
         if (stop) {
             for (const std::string& name : CheckedItems(tree_, "DelayedItemsStartupCurrentUser")) {
-                item([&](UndoSteps&) {
-                    m.Model().AddStoppedProgram(name, kUserStartup);
-                    m.RemoveDelayedShortcut(name, true);
+                item(name, [&](UndoSteps&) {
+                    model.AddStoppedProgram(name, kUserStartup);
+                    m.RemoveProgram(m.DelayedShortcut(name, true));
                 });
             }
         }
+        // A stopped item that is checked when the user asks to stop stays stopped: moving it
+        // back into the Startup folder would have Windows start it again.
+        if (stop)
+            return;
         for (const std::string& name : CheckedItems(tree_, "StoppedItemsCurrentStartup")) {
-            item([&](UndoSteps& undo) {
+            item(name, [&](UndoSteps& undo) {
                 if (stoppedToDelayed) {
-                    m.Model().AddProgramToGroup(m.Model().StartupGroupIndex, kExecute,
-                                                m.ItemsPath(true, name), "", 0, "");
-                    m.Model().RemoveStoppedProgram(name, kUserStartup);
+                    model.AddProgramToGroup(model.StartupGroupIndex, kExecute,
+                                            m.ItemsPath(true, name), "", 0, "");
+                    model.RemoveStoppedProgram(name, kUserStartup);
                 } else {
                     // Back in the Startup folder; the stopped entry goes with the restore pass
                     // that follows.
-                    MoveShortcut(m.ItemsPath(true, name), m.StartupPath(true, name), m.Owner(),
-                                 kQuietFileOperationMakeFolder, undo);
+                    m.MoveFile(m.ItemsPath(true, name), m.StartupPath(true, name),
+                               kQuietFileOperationMakeFolder, undo);
                 }
             });
         }
@@ -272,28 +339,23 @@ bool ItemMoves::DelayCheckedStartupItems(bool stop, bool stoppedToDelayed) {
 }
 
 bool ItemMoves::RestoreCheckedStartupItems() {
-    Mover m(app_, tree_, owner_);
-    const int container = tree_.Find("StoppedItemsCurrentStartup");
+    Mover m(app_, owner_, mover_);
     return m.Pass("RestoreCheckedStartupItems", kStartupFolderMessage, [&](const auto& item) {
         for (const std::string& name : CheckedItems(tree_, "DelayedItemsStartupCurrentUser")) {
-            item([&](UndoSteps& undo) {
+            item(name, [&](UndoSteps& undo) {
                 const std::string items = m.ItemsPath(true, name);
                 if (FileThere(items))
-                    MoveShortcut(items, m.StartupPath(true, name), m.Owner(), kQuietFileOperation,
-                                 undo);
-                m.RemoveDelayedShortcut(name, true);
+                    m.MoveFile(items, m.StartupPath(true, name), kQuietFileOperation, undo);
+                m.RemoveProgram(m.DelayedShortcut(name, true));
             });
         }
-        const bool user =
-            container != TreeModel::kNone && Contains(tree_.FullPath(container), "Current User");
         for (const std::string& name : CheckedItems(tree_, "StoppedItemsCurrentStartup")) {
-            item([&](UndoSteps& undo) {
-                const std::string items = m.ItemsPath(user, name);
+            item(name, [&](UndoSteps& undo) {
+                const std::string items = m.ItemsPath(true, name);
                 // A shortcut deleted from the items folder meanwhile is not moved, but its
                 // entry goes all the same.
                 if (CDirStruct::OrdinaryFileExists(items))
-                    MoveShortcut(items, m.StartupPath(user, name), m.Owner(), kQuietFileOperation,
-                                 undo);
+                    m.MoveFile(items, m.StartupPath(true, name), kQuietFileOperation, undo);
                 m.Model().RemoveStoppedProgram(name, kUserStartup);
             });
         }
@@ -304,69 +366,162 @@ bool ItemMoves::RestoreCheckedStartupItems() {
 
 namespace {
 
-// Name and data of a stopped value, from its saved copy; the name is "" when none is left.
-NameData SavedValueFor(int code, std::string_view path) {
+// A stopped value: its entry in the model, and the value it stands for. The saved copy holds
+// the command exactly; an entry that names its value holds it too, without quotes.
+struct StoppedValue {
+    int Entry = -1;
+    NameData Value;     // empty name: nothing is left to put back
+    bool Saved = false; // the value is the saved copy
+};
+
+StoppedValue FindStoppedValue(const ProgramModel& model, int location, std::string_view text) {
+    StoppedValue found;
+    found.Entry = model.FindStoppedProgram(text, location);
+    if (found.Entry < 0)
+        throw MoveFailure("\"" + std::string(text) + "\" is no longer stopped", Refusal::Gone);
     std::vector<std::string> saved;
-    CRegistry().EnumKey(RunRoot(code), SavedKey(code), saved);
-    const int i = FindSavedRunValue(saved, path);
-    return i < 0 ? NameData{} : SplitNameData(saved[static_cast<size_t>(i)]);
+    (void)CRegistry().EnumKey(RunRoot(location), SavedKey(location), saved);
+    const int copy = SavedCopyOfStopped(model, found.Entry, saved);
+    if (copy >= 0) {
+        found.Value = SplitNameData(saved[static_cast<size_t>(copy)]);
+        found.Saved = true;
+    } else if (auto named = NamedStoppedValue(text)) {
+        found.Value = *named;
+    }
+    return found;
 }
 
 // Takes a value out of its Run key: a saved copy first (type and bytes as they are), its
-// backup line, then the deletion. At no moment is the value nowhere.
-void TakeOutValue(int code, const std::string& name, RegBackup& backup, UndoSteps& undo) {
-    auto value = CRegistry().GetValue(RunRoot(code), kRunKey, name);
+// backup line, then the deletion. At no moment is the value nowhere. The value must still be
+// the one the list showed: another command under that name is the user's to look at first.
+void TakeOutValue(int location, const NameData& listed, RegBackup& backup, UndoSteps& undo) {
+    auto value = CRegistry().GetValue(RunRoot(location), kRunKey, listed.Name);
     if (!value)
-        throw MoveFailure("the Run value \"" + name + "\" is not there any more");
-    PutValue(RunRoot(code), SavedKey(code), name, *value, undo);
-    backup.Value(code == kMachineRun, ToBackupValue(name, *value));
-    RemoveValue(RunRoot(code), kRunKey, name, undo);
+        throw MoveFailure("the Run value \"" + listed.Name + "\" is not there any more",
+                          Refusal::Gone);
+    const std::string now = TextOf(*value);
+    std::string shown = listed.Data;
+    while (!shown.empty() && shown.back() == '\0')
+        shown.pop_back();
+    if (!now.empty() && now != shown)
+        throw MoveFailure("the Run value \"" + listed.Name + "\" now reads \"" + now + "\"",
+                          Refusal::ValueChanged, listed.Name + "=" + now);
+    PutValue(RunRoot(location), SavedKey(location), listed.Name, *value, undo);
+    backup.Value(location == kMachineRun, ToBackupValue(listed.Name, *value));
+    RemoveValue(RunRoot(location), kRunKey, listed.Name, undo);
 }
 
-// Puts a value back into its Run key: the saved copy, which is the user's command exactly as it
-// was, or, with no copy left, the item's text. The copy goes only once the value is back.
-void PutBackValue(int code, const std::string& name, const std::string& data, UndoSteps& undo) {
-    auto saved = CRegistry().GetValue(RunRoot(code), SavedKey(code), name);
-    PutValue(RunRoot(code), kRunKey, name, saved ? *saved : TextValue(data), undo);
+// Puts a value back into its Run key: the saved copy, which is the user's command exactly as
+// it was, or, with no copy left, the command the program knows. The copy goes only once the
+// value is back. Another value of that name in the Run key is never overwritten.
+void PutBackValue(int location, const std::string& name, const std::string& data, UndoSteps& undo) {
+    // Without a name there is no value to write: an empty name is the key's default value.
+    if (name.empty())
+        throw MoveFailure("the item has no Run value name to be put back under");
+    auto saved = CRegistry().GetValue(RunRoot(location), SavedKey(location), name);
+    PutValue(RunRoot(location), kRunKey, name, saved ? *saved : TextValue(Trim(data)), undo,
+             Refusal::ValueChanged);
     if (saved)
-        RemoveValue(RunRoot(code), SavedKey(code), name, undo);
+        RemoveValue(RunRoot(location), SavedKey(location), name, undo);
+}
+
+// Delays or stops an active value (stop). The value must still read as the list showed it.
+void DelayActiveValue(Mover& m, int location, std::string_view text, bool stop, RegBackup& backup,
+                      UndoSteps& undo) {
+    ProgramModel& model = m.Model();
+    const NameData value = SplitNameData(text);
+    if (value.Name.empty())
+        throw MoveFailure("the item has no Run value name");
+    TakeOutValue(location, value, backup, undo);
+    const RunCommandParts parts = SplitRunData(value.Data);
+    if (stop)
+        model.AddStoppedProgram(StoppedRunEntry(value.Name, value.Data), location);
+    else
+        model.AddProgramToGroup(model.StartupGroupIndex, RunCommandWord(location), parts.Path,
+                                parts.Parameters, 0, value.Name);
+}
+
+// Stops a delayed value: its saved copy stays, and its entry names it, with the command the
+// copy holds.
+void StopDelayedValue(Mover& m, int location, std::string_view text, RegBackup* backup) {
+    ProgramModel& model = m.Model();
+    const int i = m.DelayedValue(location, text);
+    if (i < 0)
+        throw MoveFailure(""
+                          " + std::string(text) + "
+                          " is no longer delayed",
+                          Refusal::Gone);
+    const GroupProgram program = model.StartupGroup()->Programs[static_cast<size_t>(i)];
+    std::string entry = program.Path; // a program without a value name is known by its path
+    if (!program.RegistryKeyName.empty()) {
+        auto saved =
+            CRegistry().GetValue(RunRoot(location), SavedKey(location), program.RegistryKeyName);
+        if (saved && backup)
+            backup->Value(location == kMachineRun, ToBackupValue(program.RegistryKeyName, *saved));
+        entry = StoppedRunEntry(program.RegistryKeyName,
+                                saved ? TextOf(*saved) : program.Path + " " + program.Parameters);
+    }
+    model.AddStoppedProgram(entry, location);
+    m.RemoveProgram(i);
+}
+
+// Delays a stopped value. Exactly its own entry goes: another one may stand for a value of the
+// same program. False when nothing is left to start it from.
+bool DelayStoppedValue(Mover& m, int location, const StoppedValue& stopped, RegBackup* backup,
+                       UndoSteps& undo) {
+    ProgramModel& model = m.Model();
+    const std::string& name = stopped.Value.Name;
+    if (name.empty())
+        return false;
+    if (!stopped.Saved) {
+        // The copy is gone, but the entry names the value and its command: that becomes the
+        // copy again, so the value can be put back later.
+        PutValue(RunRoot(location), SavedKey(location), name, TextValue(stopped.Value.Data), undo);
+    }
+    if (backup)
+        if (auto saved = CRegistry().GetValue(RunRoot(location), SavedKey(location), name))
+            backup->Value(location == kMachineRun, ToBackupValue(name, *saved));
+    const RunCommandParts parts = SplitRunData(Trim(stopped.Value.Data));
+    model.AddProgramToGroup(model.StartupGroupIndex, RunCommandWord(location), Trim(parts.Path),
+                            parts.Parameters, 0, name);
+    model.StoppedPrograms[static_cast<size_t>(stopped.Entry)].clear();
+    return true;
+}
+
+// Puts a delayed value back and drops its program.
+void RestoreDelayedValue(Mover& m, int location, std::string_view text, UndoSteps& undo) {
+    const int i = m.DelayedValue(location, text);
+    if (i < 0)
+        throw MoveFailure("\"" + std::string(text) + "\" is no longer delayed", Refusal::Gone);
+    PutBackValue(location,
+                 m.Model().StartupGroup()->Programs[static_cast<size_t>(i)].RegistryKeyName,
+                 SplitNameData(text).Data, undo);
+    m.RemoveProgram(i);
 }
 
 } // namespace
 
-bool ItemMoves::DelayRegistryItem(std::string_view text, int code, bool stop) {
+bool ItemMoves::DelayRegistryItem(std::string_view text, int code, bool stop, ItemState from) {
     if (text.empty())
         return false;
-    Mover m(app_, tree_, owner_);
+    Mover m(app_, owner_, mover_);
     const int location = code == kMachineRun ? kMachineRun : kUserRun;
-    return m.Single("DelayRegistryItem", [&](UndoSteps& undo) {
+    return m.Single("DelayRegistryItem", text, [&](UndoSteps& undo) {
         RegBackup backup(app_);
-        NameData value = Contains(text, "=") ? SplitNameData(text) : SavedValueFor(location, text);
-        // Without a name there is no value to move: an empty name would be the key's default.
-        if (value.Name.empty())
-            throw MoveFailure("no Run value or saved copy for \"" + std::string(text) + "\"");
-        if (CRegistry().GetValue(RunRoot(location), kRunKey, value.Name)) {
-            TakeOutValue(location, value.Name, backup, undo);
-        } else if (auto saved =
-                       CRegistry().GetValue(RunRoot(location), SavedKey(location), value.Name)) {
-            // Delayed or stopped already: the saved copy keeps the command as it was.
-            backup.Value(location == kMachineRun, ToBackupValue(value.Name, *saved));
+        if (from == ItemState::Active) {
+            DelayActiveValue(m, location, text, stop, backup, undo);
+        } else if (from == ItemState::Delayed) {
+            if (stop)
+                StopDelayedValue(m, location, text, &backup);
+            else if (m.DelayedValue(location, text) < 0) // delayed already: one stays one
+                throw MoveFailure("\"" + std::string(text) + "\" is no longer delayed",
+                                  Refusal::Gone);
         } else {
-            throw MoveFailure("the Run value \"" + value.Name + "\" is not there any more");
+            const StoppedValue stopped = FindStoppedValue(m.Model(), location, text);
+            if (!stop && !DelayStoppedValue(m, location, stopped, &backup, undo))
+                throw MoveFailure("no saved copy of \"" + std::string(text) + "\" is left",
+                                  Refusal::Gone);
         }
-        const RunCommandParts parts = SplitRunData(value.Data);
-        ProgramModel& model = m.Model();
-        if (stop) {
-            model.AddStoppedProgram(parts.Path, location);
-            m.RemoveDelayedValue(parts.Path, location);
-        } else {
-            model.AddProgramToGroup(model.StartupGroupIndex,
-                                    location == kUserRun ? kExecuteReg : kExecuteRegAU, parts.Path,
-                                    parts.Parameters, 0, value.Name);
-            model.RemoveStoppedProgram(parts.Path, location);
-        }
-        if (m.SelectedIsStopped())
-            model.RemoveStoppedProgram(parts.Path, location);
         backup.Close();
     });
 }
@@ -374,115 +529,72 @@ bool ItemMoves::DelayRegistryItem(std::string_view text, int code, bool stop) {
 void ItemMoves::RestoreRegistryItem(std::string_view text, int code, bool fromStopped) {
     if (text.empty())
         return;
-    Mover m(app_, tree_, owner_);
+    Mover m(app_, owner_, mover_);
     const int location = code == kMachineRun ? kMachineRun : kUserRun;
-    if (!Contains(text, "=") && !m.SelectedIsStopped())
-        return;
-    m.Single("RestoreRegistryItem", [&](UndoSteps& undo) {
-        if (Contains(text, "=")) {
-            const NameData value = SplitNameData(text);
-            PutBackValue(location, value.Name, value.Data, undo);
-            if (fromStopped)
-                m.Model().RemoveStoppedProgram(text, location);
-            else
-                m.RemoveDelayedValue(value.Data, location);
+    m.Single("RestoreRegistryItem", text, [&](UndoSteps& undo) {
+        if (!fromStopped) {
+            RestoreDelayedValue(m, location, text, undo);
             return;
         }
-        const NameData value = SavedValueFor(location, text);
-        if (value.Name.empty())
-            return; // no saved copy: nothing changes
-        PutBackValue(location, value.Name, value.Data, undo);
-        m.Model().RemoveStoppedProgram(text, location);
+        const StoppedValue stopped = FindStoppedValue(m.Model(), location, text);
+        if (stopped.Value.Name.empty())
+            throw MoveFailure("no saved copy of \"" + std::string(text) + "\" is left",
+                              Refusal::Gone);
+        PutBackValue(location, stopped.Value.Name, stopped.Value.Data, undo);
+        m.Model().StoppedPrograms[static_cast<size_t>(stopped.Entry)].clear();
     });
 }
 
 bool ItemMoves::DelayCheckedRegistryItems(bool stop, bool stoppedToDelayed) {
-    Mover m(app_, tree_, owner_);
+    Mover m(app_, owner_, mover_);
     std::unique_ptr<RegBackup> backup;
     try {
         backup = std::make_unique<RegBackup>(app_);
     } catch (const std::exception& e) {
-        m.Log("DelayCheckedRegistryItems", e.what());
-        m.Tell(kRegistryMessage);
+        m.Report("DelayCheckedRegistryItems", "", e.what(),
+                 m.Message(kRegistryMessage) + "\r\n\r\n" + e.what(), {});
         return false;
     }
-    ProgramModel& model = m.Model();
     return m.Pass(
         "DelayCheckedRegistryItems", kRegistryMessage,
         [&](const auto& item) {
-            for (const std::string& text : CheckedItems(tree_, "CurrentUserRegistry")) {
-                item([&](UndoSteps& undo) {
-                    const NameData value = SplitNameData(text);
-                    TakeOutValue(kUserRun, value.Name, *backup, undo);
-                    const RunCommandParts parts = SplitRunData(value.Data);
-                    if (stop)
-                        model.AddStoppedProgram(parts.Path, kUserRun);
-                    else
-                        model.AddProgramToGroup(model.StartupGroupIndex, kExecuteReg, parts.Path,
-                                                parts.Parameters, 0, value.Name);
+            for (const std::string& text : CheckedItems(tree_, "CurrentUserRegistry"))
+                item(text, [&](UndoSteps& undo) {
+                    DelayActiveValue(m, kUserRun, text, stop, *backup, undo);
                 });
-            }
-            if (stop) {
+            // A delayed value that is stopped keeps its copy; the backup was made when it left
+            // the Run key.
+            if (stop)
                 for (const std::string& text :
-                     CheckedItems(tree_, "DelayedItemsRegistryCurrentUser")) {
-                    item([&](UndoSteps&) {
-                        const std::string data = SplitNameData(text).Data;
-                        const int i = m.Delayed(data, kExecuteReg);
-                        const ProgramGroup* group = model.StartupGroup();
-                        if (i < 0 || !group)
-                            throw MoveFailure("the delayed value \"" + text +
-                                              "\" is no longer in the Startup group");
-                        model.AddStoppedProgram(group->Programs[static_cast<size_t>(i)].Path,
-                                                kUserRun);
-                        model.RemoveProgramFromGroup(model.StartupGroupIndex, i);
-                    });
-                }
-            }
-            if (stoppedToDelayed) {
-                for (const std::string& text : CheckedItems(tree_, "StoppedItemsCurrentReg")) {
-                    item([&](UndoSteps&) {
-                        const NameData value = SavedValueFor(kUserRun, text);
-                        if (value.Name.empty()) {
-                            // No saved copy to start it from: the item stays stopped.
-                            m.Log("DelayCheckedRegistryItems",
-                                  "no saved copy of the stopped value \"" + text + "\"",
+                     CheckedItems(tree_, "DelayedItemsRegistryCurrentUser"))
+                    item(text, [&](UndoSteps&) { StopDelayedValue(m, kUserRun, text, nullptr); });
+            // A stopped value stays stopped when the user asks to stop.
+            if (stoppedToDelayed && !stop)
+                for (const std::string& text : CheckedItems(tree_, "StoppedItemsCurrentReg"))
+                    item(text, [&](UndoSteps& undo) {
+                        const StoppedValue stopped = FindStoppedValue(m.Model(), kUserRun, text);
+                        if (!DelayStoppedValue(m, kUserRun, stopped, nullptr, undo))
+                            m.Log("DelayCheckedRegistryItems: nothing is left to start the "
+                                  "stopped value \"" +
+                                      text + "\" from; it stays stopped",
                                   kLogWarning);
-                            return;
-                        }
-                        const RunCommandParts parts = SplitRunData(Trim(value.Data));
-                        model.AddProgramToGroup(model.StartupGroupIndex, kExecuteReg,
-                                                Trim(parts.Path), parts.Parameters, 0, value.Name);
-                        model.RemoveStoppedProgram(text, kUserRun);
                     });
-                }
-            }
         },
-        [&] {
-            backup->Close();
-            if (!backup->HasValues())
-                CFileFunctions().DeleteFile(backup->Path(), m.Owner(), "Deleting",
-                                            kQuietFileOperation);
-        });
+        [&] { backup->Close(); });
 }
 
 bool ItemMoves::RestoreCheckedRegistryItems() {
-    Mover m(app_, tree_, owner_);
-    ProgramModel& model = m.Model();
+    Mover m(app_, owner_, mover_);
     return m.Pass("RestoreCheckedRegistryItems", kRegistryMessage, [&](const auto& item) {
-        for (const std::string& text : CheckedItems(tree_, "DelayedItemsRegistryCurrentUser")) {
-            item([&](UndoSteps& undo) {
-                const NameData value = SplitNameData(text);
-                PutBackValue(kUserRun, value.Name, value.Data, undo);
-                m.RemoveDelayedValue(value.Data, kUserRun);
-            });
-        }
+        for (const std::string& text : CheckedItems(tree_, "DelayedItemsRegistryCurrentUser"))
+            item(text, [&](UndoSteps& undo) { RestoreDelayedValue(m, kUserRun, text, undo); });
         for (const std::string& text : CheckedItems(tree_, "StoppedItemsCurrentReg")) {
-            item([&](UndoSteps& undo) {
-                const NameData value = SavedValueFor(kUserRun, text);
-                if (!value.Name.empty())
-                    PutBackValue(kUserRun, value.Name, value.Data, undo);
-                // Without a saved copy there is nothing to put back; the entry goes.
-                model.RemoveStoppedProgram(text, kUserRun);
+            item(text, [&](UndoSteps& undo) {
+                const StoppedValue stopped = FindStoppedValue(m.Model(), kUserRun, text);
+                if (!stopped.Value.Name.empty())
+                    PutBackValue(kUserRun, stopped.Value.Name, stopped.Value.Data, undo);
+                // Without anything to put back, the entry goes all the same.
+                m.Model().StoppedPrograms[static_cast<size_t>(stopped.Entry)].clear();
             });
         }
     });

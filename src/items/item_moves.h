@@ -5,7 +5,9 @@
 // The user's data comes first. Every step on disk or in the registry is checked, and a move
 // whose step failed is taken back, so that at every moment each item is in its Startup folder
 // or Run key, or held by the program (a file in an items folder, a saved copy) and recorded in
-// the model. Nothing of the same name is ever overwritten with something else.
+// the model. Nothing of the same name is ever overwritten with something else. An item is its
+// location and its own name (the shortcut's file name, the Run value's name): two values that
+// start the same program are two items, and a move of one never touches the other.
 #pragma once
 
 #include <windows.h>
@@ -13,6 +15,8 @@
 #include <string>
 #include <string_view>
 
+#include "config/program_model.h"
+#include "items/move_steps.h"
 #include "ui/tree_model.h"
 
 namespace tolvane {
@@ -21,26 +25,32 @@ class AppState;
 
 class ItemMoves {
 public:
-    // The moves read the tree: its checked items (the passes) and its selected item.
+    // The passes move the tree's checked items.
     ItemMoves(AppState& app, TreeModel& tree, HWND owner);
 
-    // A shortcut (code 3 the current user's, any other the all users' Startup folder).
-    bool DelayStartupItem(std::string_view name, int code, bool stop);
+    // A shortcut (code 3 the current user's, any other the all users' Startup folder), from
+    // the state the list shows it in. Refusals and failures are told the user.
+    bool DelayStartupItem(std::string_view name, int code, bool stop, ItemState from);
     void RestoreStartupItem(std::string_view name, int code, bool fromStopped);
     bool DelayCheckedStartupItems(bool stop, bool stoppedToDelayed);
     bool RestoreCheckedStartupItems();
 
-    // A Run value (code 1 the current user's, 0 the machine's): "name=data", or the path of a
-    // stopped value.
-    bool DelayRegistryItem(std::string_view text, int code, bool stop);
+    // A Run value (code 1 the current user's, 0 the machine's) by its text in the list:
+    // "name=data" when active, "name=path parameters" when delayed, its stopped entry (without
+    // the prefix) when stopped.
+    bool DelayRegistryItem(std::string_view text, int code, bool stop, ItemState from);
     void RestoreRegistryItem(std::string_view text, int code, bool fromStopped);
     bool DelayCheckedRegistryItems(bool stop, bool stoppedToDelayed);
     bool RestoreCheckedRegistryItems();
+
+    // How shortcuts are moved; the shell's move unless set.
+    void SetFileMover(FileMover mover) { mover_ = std::move(mover); }
 
 private:
     AppState& app_;
     TreeModel& tree_;
     HWND owner_;
+    FileMover mover_;
 };
 
 } // namespace tolvane

@@ -15,45 +15,89 @@ void UndoSteps::MoveInto(UndoSteps& pass) {
     steps_.clear();
 }
 
-void UndoSteps::TakeBack() noexcept {
+std::vector<std::string> UndoSteps::TakeBack() noexcept {
+    std::vector<std::string> failures;
     for (auto it = steps_.rbegin(); it != steps_.rend(); ++it) {
         try {
             (*it)();
+        } catch (const std::exception& e) {
+            // The other steps are still taken back; the caller reports what stays undone.
+            try {
+                failures.emplace_back(e.what());
+            } catch (...) {
+            }
         } catch (...) {
-            // Taking back goes on with the other steps; what stays undone is logged by the
-            // move that failed.
         }
     }
     steps_.clear();
+    return failures;
 }
 
 bool FileThere(const std::string& path) {
     return IsFile(path);
 }
 
+namespace {
+
+int ShellMove(const std::string& from, const std::string& to, HWND owner, uint16_t flags) {
+    return CFileFunctions().MoveFile(from, to, owner, "", flags);
+}
+
+// The shortcut is back at `from` with its bytes, and nothing is left at `to`.
+void ExpectMovedBack(const std::string& from, const std::string& to,
+                     const std::optional<std::string>& bytes) {
+    auto back = ReadFileBytes(from);
+    if (!back || back != bytes || FileThere(to))
+        throw MoveFailure("\"" + std::string(to) + "\" could not be moved back to \"" + from +
+                          "\"; the shortcut is " +
+                          (FileThere(to) ? "still at \"" + to + "\"" : "gone from both places"));
+}
+
+} // namespace
+
 void MoveShortcut(const std::string& from, const std::string& to, HWND owner, uint16_t flags,
-                  UndoSteps& undo) {
+                  UndoSteps& undo, const FileMover& mover) {
     auto bytes = ReadFileBytes(from);
     if (!bytes)
-        throw MoveFailure("\"" + from + "\" is not there or cannot be read");
+        throw MoveFailure("\"" + from + "\" is not there or cannot be read", Refusal::Gone, from);
     // Anything at the target but the same file (another shortcut, a folder the shell would
     // move the file into) is left alone and the move refused.
-    if (GetFileAttributesA(to.c_str()) != INVALID_FILE_ATTRIBUTES) {
+    const bool targetWasThere = GetFileAttributesA(to.c_str()) != INVALID_FILE_ATTRIBUTES;
+    if (targetWasThere) {
         auto existing = FileThere(to) ? ReadFileBytes(to) : std::nullopt;
         if (!existing || *existing != *bytes)
-            throw MoveFailure("something else named \"" + to + "\" is already there");
+            throw MoveFailure("something else named \"" + to + "\" is already there",
+                              Refusal::InTheWay, to);
     }
-    const int result = CFileFunctions().MoveFile(from, to, owner, "", flags);
+    const int result = mover ? mover(from, to) : ShellMove(from, to, owner, flags);
     auto moved = ReadFileBytes(to);
     if (FileThere(from) || !moved || *moved != *bytes) {
         // Whatever the shell left: the source stays the one to keep.
-        if (!FileThere(from) && moved)
-            CFileFunctions().MoveFile(to, from, owner, "", kQuietFileOperationMakeFolder);
+        std::string left;
+        if (!FileThere(from) && moved) {
+            ShellMove(to, from, owner, kQuietFileOperationMakeFolder);
+            if (!FileThere(from))
+                left = "; the shortcut is left at \"" + to + "\"";
+        } else if (FileThere(from) && !targetWasThere && FileThere(to)) {
+            // A move between volumes copies first: the copy goes again, or the shortcut would
+            // be in two places and start twice.
+            DeleteFileA(to.c_str());
+            if (FileThere(to))
+                left = "; a copy is left at \"" + to + "\"";
+        }
         throw MoveFailure("\"" + from + "\" could not be moved to \"" + to + "\" (shell result " +
-                          std::to_string(result) + ")");
+                          std::to_string(result) + ")" + left);
     }
-    undo.Add([from, to, owner] {
-        CFileFunctions().MoveFile(to, from, owner, "", kQuietFileOperationMakeFolder);
+    undo.Add([from, to, owner, bytes, mover] {
+        // Whatever took the shortcut's old place meanwhile is not overwritten either.
+        if (GetFileAttributesA(from.c_str()) != INVALID_FILE_ATTRIBUTES)
+            throw MoveFailure("something else now stands at \"" + from +
+                              "\"; the shortcut stays at \"" + to + "\"");
+        if (mover)
+            mover(to, from);
+        else
+            ShellMove(to, from, owner, kQuietFileOperationMakeFolder);
+        ExpectMovedBack(from, to, bytes);
     });
 }
 
@@ -79,20 +123,39 @@ bool SameValue(const RegistryValue& a, const RegistryValue& b) {
     return TextType(a.Type) ? TrimmedText(a) == TrimmedText(b) : a.Data == b.Data;
 }
 
+std::string TextOf(const RegistryValue& value) {
+    if (!TextType(value.Type))
+        return std::string();
+    const std::vector<uint8_t> data = TrimmedText(value);
+    const auto* wide = reinterpret_cast<const wchar_t*>(data.data());
+    const int chars = static_cast<int>(data.size() / 2);
+    const int n = WideCharToMultiByte(CP_ACP, 0, wide, chars, nullptr, 0, nullptr, nullptr);
+    std::string text(static_cast<size_t>(n > 0 ? n : 0), '\0');
+    WideCharToMultiByte(CP_ACP, 0, wide, chars, text.data(), n, nullptr, nullptr);
+    while (!text.empty() && text.back() == '\0')
+        text.pop_back();
+    return text;
+}
+
 void PutValue(RegistryRoot root, const std::string& key, const std::string& name,
-              const RegistryValue& value, UndoSteps& undo) {
+              const RegistryValue& value, UndoSteps& undo, Refusal conflict) {
     CRegistry reg;
     if (auto existing = reg.GetValue(root, key, name)) {
         if (SameValue(*existing, value))
             return; // already there: nothing to write, nothing to take back
-        throw MoveFailure("another value named \"" + name + "\" is already in \"" + key + "\"");
+        throw MoveFailure("another value named \"" + name + "\" is already in \"" + key + "\"",
+                          conflict, name + "=" + TextOf(*existing));
     }
     auto back = reg.SetValue(root, key, name, value) ? reg.GetValue(root, key, name) : std::nullopt;
     if (!back || !SameValue(*back, value)) {
-        reg.DeleteValue(root, key, name);
+        (void)reg.DeleteValue(root, key, name);
         throw MoveFailure("the value \"" + name + "\" could not be written to \"" + key + "\"");
     }
-    undo.Add([root, key, name] { CRegistry().DeleteValue(root, key, name); });
+    undo.Add([root, key, name] {
+        if (!CRegistry().DeleteValue(root, key, name))
+            throw MoveFailure("the value \"" + name + "\" could not be removed again from \"" +
+                              key + "\"");
+    });
 }
 
 void RemoveValue(RegistryRoot root, const std::string& key, const std::string& name,
@@ -103,8 +166,13 @@ void RemoveValue(RegistryRoot root, const std::string& key, const std::string& n
         return;
     if (!reg.DeleteValue(root, key, name) || reg.GetValue(root, key, name))
         throw MoveFailure("the value \"" + name + "\" could not be removed from \"" + key + "\"");
-    undo.Add(
-        [root, key, name, value = *existing] { CRegistry().SetValue(root, key, name, value); });
+    undo.Add([root, key, name, value = *existing] {
+        CRegistry r;
+        auto back = r.SetValue(root, key, name, value) ? r.GetValue(root, key, name) : std::nullopt;
+        if (!back || !SameValue(*back, value))
+            throw MoveFailure("the value \"" + name + "\" could not be written back to \"" + key +
+                              "\"; its copy is in the latest backup");
+    });
 }
 
 RegistryValue TextValue(std::string_view text) {
@@ -125,13 +193,14 @@ BackupValue ToBackupValue(const std::string& name, const RegistryValue& value) {
     backup.Name = name;
     backup.Type = value.Type;
     backup.Data = value.Data;
-    if (TextType(value.Type) || value.Type == REG_MULTI_SZ) {
-        std::vector<uint8_t> data = TrimmedText(value);
-        const auto* wide = reinterpret_cast<const wchar_t*>(data.data());
-        const int chars = static_cast<int>(data.size() / 2);
-        const int n = WideCharToMultiByte(CP_ACP, 0, wide, chars, nullptr, 0, nullptr, nullptr);
-        backup.Text.assign(static_cast<size_t>(n), '\0');
-        WideCharToMultiByte(CP_ACP, 0, wide, chars, backup.Text.data(), n, nullptr, nullptr);
+    if (value.Type == REG_SZ) {
+        backup.Text = TextOf(value);
+    } else if (value.Type == REG_EXPAND_SZ || value.Type == REG_MULTI_SZ) {
+        // Kept in UTF-16, as the registry holds them, so no character the code page lacks is
+        // lost. An odd last byte belongs to no character.
+        const std::vector<uint8_t> data = TrimmedText(value);
+        for (size_t i = 0; i + 1 < data.size(); i += 2)
+            backup.Wide.push_back(static_cast<char16_t>(data[i] | data[i + 1] << 8));
     }
     return backup;
 }
@@ -143,23 +212,13 @@ RegBackup::RegBackup(const AppState& app) {
     GetLocalTime(&now);
     char date[16];
     std::snprintf(date, sizeof date, "%04u-%02u-%02u", now.wYear, now.wMonth, now.wDay);
-    folders.DirectoryExists("Delayed Registry", program, true);
-    folders.DirectoryExists(date, program + "\\Delayed Registry", true);
-    GetLocalTime(&now);
-    char time[16];
-    std::snprintf(time, sizeof time, "%02u %02u %02u", now.wHour, now.wMinute, now.wSecond);
-    const std::string base = program + "\\Delayed Registry\\" + date + "\\" + time;
-    // A second backup within the same second gets a name of its own: every backup is kept.
-    path_ = base + ".reg";
-    for (int n = 2; FileThere(path_); ++n)
-        path_ = base + " (" + std::to_string(n) + ").reg";
-    file_.reset(CreateFileA(path_.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
-                            FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file_)
-        throw MoveFailure("the backup \"" + path_ +
-                          "\" cannot be written: " + SystemErrorText(GetLastError()));
-    Line(kRegFileFirstLine);
-    Line("");
+    (void)folders.DirectoryExists("Delayed Registry", program, true);
+    (void)folders.DirectoryExists(date, program + "\\Delayed Registry", true);
+    folder_ = program + "\\Delayed Registry\\" + date;
+    const DWORD attributes = GetFileAttributesA(folder_.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_DIRECTORY))
+        throw MoveFailure("the backup folder \"" + folder_ +
+                          "\" cannot be made: " + SystemErrorText(GetLastError()));
 }
 
 RegBackup::~RegBackup() {
@@ -177,6 +236,25 @@ void RegBackup::Line(std::string_view text) {
 }
 
 void RegBackup::Value(bool machine, const BackupValue& value) {
+    if (!file_) {
+        SYSTEMTIME now{};
+        GetLocalTime(&now);
+        char time[16];
+        std::snprintf(time, sizeof time, "%02u %02u %02u", now.wHour, now.wMinute, now.wSecond);
+        const std::string base = folder_ + "\\" + time;
+        // A second backup within the same second gets a name of its own: every backup is kept.
+        std::string path = base + ".reg";
+        for (int n = 2; GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES; ++n)
+            path = base + " (" + std::to_string(n) + ").reg";
+        file_.reset(CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
+                                FILE_ATTRIBUTE_NORMAL, nullptr));
+        if (!file_)
+            throw MoveFailure("the backup \"" + path +
+                              "\" cannot be written: " + SystemErrorText(GetLastError()));
+        path_ = path;
+        Line(kRegFileFirstLine);
+        Line("");
+    }
     if (!keyLine_) {
         Line(RegKeyLine(machine));
         keyLine_ = true;

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "text/code_page.h"
 #include "text/strings.h"
 
 namespace tolvane {
@@ -48,7 +49,9 @@ std::string RegKeyLine(bool machine) {
 }
 
 std::string RegEscape(std::string_view text) {
-    return ReplaceAll(ReplaceAll(text, "\\", "\\\\"), "\"", "\\\"");
+    // By whole characters: the registry editor reads the file as text of the code page, and a
+    // "\" that is the second byte of a character there is no separator to double.
+    return ReplaceAll(ReplaceAllCharacters(text, "\\", "\\\\"), "\"", "\\\"");
 }
 
 std::string RegValueLine(const BackupValue& value) {
@@ -63,10 +66,16 @@ std::string RegValueLine(const BackupValue& value) {
         return name + dword;
     }
     if (value.Type == kRegExpandSz || value.Type == kRegMultiSz) {
-        std::vector<uint8_t> bytes(value.Text.begin(), value.Text.end());
-        bytes.push_back(0);
+        std::u16string text = value.Wide;
+        text.push_back(u'\0');
         if (value.Type == kRegMultiSz)
-            bytes.push_back(0);
+            text.push_back(u'\0'); // the empty string that ends the list
+        std::vector<uint8_t> bytes;
+        bytes.reserve(text.size() * 2);
+        for (char16_t unit : text) {
+            bytes.push_back(static_cast<uint8_t>(unit & 0xff));
+            bytes.push_back(static_cast<uint8_t>(unit >> 8));
+        }
         return name + HexData(value.Type, bytes, name.size());
     }
     return name + HexData(value.Type, value.Data, name.size());

@@ -11,19 +11,23 @@ namespace tolvane {
 inline constexpr std::string_view kRegFileFirstLine = "Windows Registry Editor Version 5.00";
 std::string RegKeyLine(bool machine);
 
-// Every "\" becomes "\\", then every quote "\"".
+// Every "\" becomes "\\", then every quote "\"" (whole characters of the code page).
 std::string RegEscape(std::string_view text);
 
 struct BackupValue {
     std::string Name;
     uint32_t Type = 1;         // REG_SZ
     std::vector<uint8_t> Data; // as stored, for the types that are not text
-    std::string Text;          // the data of a text type in the code page, without its end NUL
+    std::string Text;          // plain text (REG_SZ) in the code page, without its end NUL
+    // Expandable text, or a multi-string's strings with a NUL between each two, in UTF-16 and
+    // without the NULs that end them.
+    std::u16string Wide;
 };
 
 // One value in an ANSI file: "name"="text" for plain text; for the other types the forms that
 // bring back the type too: expandable and multi-string text as hex(2): and hex(7): of their
-// code-page bytes (how an ANSI file holds them), dword:, and hex(n): of the bytes otherwise.
+// UTF-16LE bytes with the ending NULs (the registry editor reads them so, whatever the file's
+// code page), dword:, and hex(n): of the bytes otherwise.
 std::string RegValueLine(const BackupValue& value);
 
 } // namespace tolvane

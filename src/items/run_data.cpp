@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "config/program_model.h"
 #include "text/strings.h"
 
 namespace tolvane {
@@ -72,26 +73,97 @@ NameData SplitNameData(std::string_view text) {
 
 namespace tolvane {
 
-int FindSavedRunValue(const std::vector<std::string>& saved, std::string_view path) {
-    if (Trim(path).empty())
-        return -1;
-    auto find = [&](auto matches) {
-        for (size_t i = 0; i < saved.size(); ++i)
-            if (!saved[i].empty() && matches(saved[i]))
-                return static_cast<int>(i);
-        return -1;
+namespace {
+
+// Text as a stopped entry can hold it.
+std::string Plain(std::string_view text) {
+    std::string out = Trim(RemoveAll(text, '"'));
+    while (EndsWith(out, ",")) // the file's list separator
+        out = TrimRight(std::string_view(out).substr(0, out.size() - 1));
+    return out;
+}
+
+} // namespace
+
+std::string StoppedRunEntry(std::string_view name, std::string_view data) {
+    return Plain(name) + "=" + Plain(data);
+}
+
+std::optional<NameData> NamedStoppedValue(std::string_view entry) {
+    const size_t eq = entry.find('=');
+    if (eq == std::string_view::npos || entry.substr(0, eq).find('\\') != std::string_view::npos)
+        return std::nullopt;
+    return SplitNameData(Trim(entry));
+}
+
+std::vector<int> MatchStoppedRunValues(const std::vector<std::string>& saved,
+                                       const std::vector<std::string>& stopped,
+                                       const std::vector<std::string>& delayedNames) {
+    std::vector<int> match(stopped.size(), -1);
+    std::vector<bool> taken(saved.size(), false);
+    std::vector<NameData> copies;
+    for (size_t i = 0; i < saved.size(); ++i) {
+        copies.push_back(SplitNameData(saved[i]));
+        const std::string name = Plain(copies.back().Name);
+        taken[i] = saved[i].empty() ||
+                   std::any_of(delayedNames.begin(), delayedNames.end(), [&](const std::string& d) {
+                       return !d.empty() && Plain(d) == name;
+                   });
+    }
+    auto claim = [&](size_t entry, auto matches) {
+        for (size_t i = 0; i < copies.size(); ++i)
+            if (!taken[i] && matches(copies[i])) {
+                taken[i] = true;
+                match[entry] = static_cast<int>(i);
+                return true;
+            }
+        return false;
     };
-    auto pathOf = [](const std::string& entry) {
-        return SplitRunData(Trim(SplitNameData(entry).Data)).Path;
-    };
-    // The stopped path as split, blank and all; then trimmed, as the file stores it; then the
-    // first copy that merely contains it.
-    int i = find([&](const std::string& e) { return pathOf(e) == path; });
-    if (i < 0)
-        i = find([&](const std::string& e) { return Trim(pathOf(e)) == Trim(path); });
-    if (i < 0)
-        i = find([&](const std::string& e) { return Contains(e, path); });
-    return i;
+    // Entries that name their value first: a name is unique in its key.
+    for (size_t e = 0; e < stopped.size(); ++e) {
+        if (auto named = NamedStoppedValue(stopped[e])) {
+            const std::string name = Plain(named->Name);
+            claim(e, [&](const NameData& copy) { return Plain(copy.Name) == name; });
+        }
+    }
+    // Then entries that hold a path alone, as older versions stored them; they are compared
+    // with the copies' commands, never with their names.
+    auto pathOf = [](const NameData& copy) { return SplitRunData(Trim(copy.Data)).Path; };
+    for (size_t e = 0; e < stopped.size(); ++e) {
+        const std::string path = Plain(stopped[e]);
+        if (match[e] >= 0 || path.empty())
+            continue;
+        claim(e, [&](const NameData& c) { return pathOf(c) == stopped[e]; }) ||
+            claim(e, [&](const NameData& c) { return Plain(pathOf(c)) == path; }) ||
+            claim(e, [&](const NameData& c) { return Contains(Plain(c.Data), path); });
+    }
+    return match;
+}
+
+int SavedCopyOfStopped(const ProgramModel& model, int stoppedIndex,
+                       const std::vector<std::string>& saved) {
+    const auto& all = model.StoppedPrograms;
+    if (stoppedIndex < 0 || static_cast<size_t>(stoppedIndex) >= all.size())
+        return -1;
+    const std::string_view prefix = std::string_view(all[stoppedIndex]).substr(0, kPrefixLength);
+    const bool machine = prefix == LocationPrefix(kMachineRun);
+    if (!machine && prefix != LocationPrefix(kUserRun))
+        return -1;
+    std::vector<std::string> stopped;
+    size_t position = 0;
+    for (size_t i = 0; i < all.size(); ++i) {
+        if (std::string_view(all[i]).substr(0, kPrefixLength) != prefix)
+            continue;
+        if (static_cast<int>(i) == stoppedIndex)
+            position = stopped.size();
+        stopped.push_back(all[i].substr(kPrefixLength));
+    }
+    std::vector<std::string> delayedNames;
+    if (const ProgramGroup* group = model.StartupGroup())
+        for (const GroupProgram& p : group->Programs)
+            if (!p.Path.empty() && p.Command == (machine ? kExecuteRegAU : kExecuteReg))
+                delayedNames.push_back(p.RegistryKeyName);
+    return MatchStoppedRunValues(saved, stopped, delayedNames)[position];
 }
 
 } // namespace tolvane

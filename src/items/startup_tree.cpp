@@ -218,10 +218,16 @@ void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramMod
         const std::string& entry = model.StoppedPrograms[i];
         std::string_view prefix = std::string_view(entry).substr(0, kPrefixLength);
         const std::string name = entry.size() > kPrefixLength ? entry.substr(kPrefixLength) : "";
-        if (prefix == LocationPrefix(kUserRun))
-            build.Leaf("StoppedItemsCurrentReg", i, "#STOPPED" + entry, name, kPopupTag);
-        else if (prefix == LocationPrefix(kUserStartup))
-            build.Leaf("StoppedItemsCurrentStartup", i, "#STOPPED" + entry, name, kPopupTag);
+        // All users' stopped items are shown and offer the popup too: an item that can be
+        // stopped must be seen, or it could never be put back.
+        const char* container =
+            prefix == LocationPrefix(kUserRun)         ? "StoppedItemsCurrentReg"
+            : prefix == LocationPrefix(kUserStartup)   ? "StoppedItemsCurrentStartup"
+            : prefix == LocationPrefix(kMachineRun)    ? "StoppedItemsAllReg"
+            : prefix == LocationPrefix(kCommonStartup) ? "StoppedItemsAllStartup"
+                                                       : nullptr;
+        if (container)
+            build.Leaf(container, i, "#STOPPED" + entry, name, kPopupTag);
     }
 
     for (size_t i = 0; i < std::size(kRemembered); ++i) {
@@ -255,6 +261,34 @@ std::string SafeListDescription(std::string_view text, const std::vector<SafeEnt
         if (!entry.Name.empty() && Contains(text, entry.Name))
             return entry.Description;
     return std::string();
+}
+
+std::optional<ItemPlace> PlaceOf(const TreeModel& tree, int node) {
+    struct Place {
+        const char* container;
+        ItemPlace place;
+    };
+    static constexpr Place kPlaces[] = {
+        {"CurrentUserStartup", {kUserStartup, ItemState::Active}},
+        {"CurrentUserRegistry", {kUserRun, ItemState::Active}},
+        {"AllUsersStartup", {kCommonStartup, ItemState::Active}},
+        {"AllUsersRegistry", {kMachineRun, ItemState::Active}},
+        {"DelayedItemsStartupCurrentUser", {kUserStartup, ItemState::Delayed}},
+        {"DelayedItemsRegistryCurrentUser", {kUserRun, ItemState::Delayed}},
+        {"DelayedItemsStartupAllUsers", {kCommonStartup, ItemState::Delayed}},
+        {"DelayedItemsRegistryAllUsers", {kMachineRun, ItemState::Delayed}},
+        {"StoppedItemsCurrentStartup", {kUserStartup, ItemState::Stopped}},
+        {"StoppedItemsCurrentReg", {kUserRun, ItemState::Stopped}},
+        {"StoppedItemsAllStartup", {kCommonStartup, ItemState::Stopped}},
+        {"StoppedItemsAllReg", {kMachineRun, ItemState::Stopped}},
+    };
+    if (node < 0 || static_cast<size_t>(node) >= tree.Count() || tree.Node(node).Parent < 0)
+        return std::nullopt;
+    const std::string& container = tree.Node(tree.Node(node).Parent).Key;
+    for (const Place& p : kPlaces)
+        if (container == p.container)
+            return p.place;
+    return std::nullopt;
 }
 
 void CheckWithItems(TreeModel& tree, int node, bool checked) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -50,6 +51,15 @@ void MarkKnown(TreeModel& tree, const std::vector<SafeEntry>& safeList);
 
 // The safe list's description of the first name found in the text; "" when none.
 std::string SafeListDescription(std::string_view text, const std::vector<SafeEntry>& safeList);
+
+// Where an item of the tree is: its location code and its state, read from its container's key.
+struct ItemPlace {
+    int Location = kUserStartup;
+    ItemState State = ItemState::Active;
+    bool Registry() const { return Location == kUserRun || Location == kMachineRun; }
+};
+// Nothing for a container or a node outside the item containers.
+std::optional<ItemPlace> PlaceOf(const TreeModel& tree, int node);
 
 // Checks or clears a container and its items, down to three levels below it.
 void CheckWithItems(TreeModel& tree, int node, bool checked);

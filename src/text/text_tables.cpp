@@ -41,6 +41,17 @@ TextTables::TextTables() : Languages(1) {
         "what it could read.\r\nThe file as it was is kept beside it as proggroup.c.unreadable: "
         "correct the typing error there and, while Tolvane is closed, rename it back to "
         "proggroup.c.",
+        "\"%1\" was not moved: something else of the same name is already where it would "
+        "go:\r\n%2\r\nTolvane never overwrites it. Look at both, keep the one you need, then try "
+        "again.",
+        "\"%1\" was not moved: its Run value has changed since Tolvane listed it or took it out. "
+        "The value now reads:\r\n%2\r\nNothing was overwritten, and Tolvane keeps its saved "
+        "copy. Refresh the list, then decide again.",
+        "\"%1\" was not moved: it is no longer where the list shows it. Refresh the list to see "
+        "where it is now.",
+        "\"%1\" could not be moved, so everything was left as it was:\r\n%2",
+        "Tolvane could not undo everything after \"%1\" could not be moved:\r\n%2\r\nNothing was "
+        "deleted. The details are in log.txt in Tolvane's program folder.",
     };
     Toolbar = {
         "Save Changes",

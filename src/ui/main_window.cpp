@@ -137,13 +137,11 @@ void MainWindow::ItemMenu() {
             SendMessageA(treeView_->Hwnd(), TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit))))
         SendMessageA(treeView_->Hwnd(), TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item));
     const int node = tree_.Selected();
-    if (node == TreeModel::kNone || tree_.Node(node).Tag != kPopupTag)
+    const std::optional<ItemPlace> place = PlaceOf(tree_, node);
+    if (!place || tree_.Node(node).Tag != kPopupTag)
         return;
-    const std::string path = tree_.FullPath(node);
-    const bool delayed = StartsWith(path, "Delayed Items");
-    const bool stopped = Contains(path, "Stopped Items");
-    const bool user = Contains(path, "Current User");
-    const bool registry = StartsWith(tree_.Node(tree_.Node(node).Parent).Text, "Registry");
+    const bool delayed = place->State == ItemState::Delayed;
+    const bool stopped = place->State == ItemState::Stopped;
     enum : UINT { kDelay = 1, kStop, kRun };
     UniqueMenu menu(CreatePopupMenu());
     auto add = [&](UINT id, size_t caption, bool enabled) {
@@ -162,15 +160,14 @@ void MainWindow::ItemMenu() {
     const std::string text = tree_.Node(node).Text;
     ItemMoves moves(app_, tree_, window_);
     if (chosen == kRun) {
-        const bool fromStopped = ContainsNoCase(path, "Stopped Item");
-        if (registry)
-            moves.RestoreRegistryItem(text, user ? kUserRun : kMachineRun, fromStopped);
+        if (place->Registry())
+            moves.RestoreRegistryItem(text, place->Location, stopped);
         else
-            moves.RestoreStartupItem(text, user ? kUserStartup : kCommonStartup, fromStopped);
-    } else if (registry) {
-        moves.DelayRegistryItem(text, user ? kUserRun : kMachineRun, chosen == kStop);
+            moves.RestoreStartupItem(text, place->Location, stopped);
+    } else if (place->Registry()) {
+        moves.DelayRegistryItem(text, place->Location, chosen == kStop, place->State);
     } else {
-        moves.DelayStartupItem(text, user ? kUserStartup : kCommonStartup, chosen == kStop);
+        moves.DelayStartupItem(text, place->Location, chosen == kStop, place->State);
     }
     Refresh();
 }

@@ -32,8 +32,9 @@ TEST_F(DelayLoadTest, StoppedItemsAreFoundInTheItemsFoldersAndSavedCopies) {
     reg.SaveSettingString(RegistryRoot::CurrentUser, kSavedUserRunKey, "C", "\"C:\\c d.exe\" /x");
     reg.SaveSettingString(RegistryRoot::LocalMachine, kSavedMachineRunKey, "M", "C:\\m.exe");
     app.model.StoppedPrograms = {
-        "_STPCU_Tool.lnk",         "_STPAU_Word.lnk",  "_REGCU_C:\\a.exe ",   "_REGCU_C:\\a.exe",
-        "_REGCU_\"C:\\c d.exe\" ", "_REGAU_C:\\m.exe", "_REGCU_C:\\gone.exe", "plain"};
+        "_STPCU_Tool.lnk",          "_STPAU_Word.lnk",  "_REGCU_C:\\a.exe ",   "_REGCU_C:\\a.exe",
+        "_REGCU_\"C:\\c d.exe\" ",  "_REGAU_C:\\m.exe", "_REGCU_C:\\gone.exe", "plain",
+        "_REGCU_Named=C:\\n.exe -n"};
     CDelayLoad dl(app);
     // Path and parameters, or "(none)"; what is not found is left as it was.
     auto info = [&](auto entry) {
@@ -49,7 +50,9 @@ TEST_F(DelayLoadTest, StoppedItemsAreFoundInTheItemsFoldersAndSavedCopies) {
     EXPECT_EQ(info(6), "unchanged | kept"); // no saved copy
     EXPECT_EQ(info("plain"), "unchanged | kept");
     EXPECT_EQ(info("_STPCU_unknown.lnk"), "(none)");
-    EXPECT_EQ(info(8), "(none)");
+    // An entry that names its value starts its own command when the copy is gone.
+    EXPECT_EQ(info(8), "C:\\n.exe  | -n");
+    EXPECT_EQ(info(9), "(none)");
     EXPECT_EQ(info(-1), "(none)");
 }
 

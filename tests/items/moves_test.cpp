@@ -5,6 +5,7 @@
 
 #include "items/move_steps.h"
 #include "platform/dir_struct.h"
+#include "text/placeholders.h"
 #include "text/strings.h"
 
 namespace tolvane {
@@ -77,15 +78,29 @@ protected:
             all += test::ReadFileBytes(file);
         return all;
     }
+    // A refusal as the user reads it.
+    Shown Told(int message, std::string_view item, std::string_view detail = "") {
+        return {FillIn(app.text.Message(message), {item, detail}), "Tolvane", 0x30};
+    }
+    Shown ToldInPass(int pass, int message, std::string_view item, std::string_view detail) {
+        return {app.text.Message(pass) + "\r\n\r\n" +
+                    FillIn(app.text.Message(message), {item, detail}),
+                "Tolvane", 0x30};
+    }
+    std::string Log() { return test::ReadFileBytes(folder / "log.txt"); }
 };
+
+constexpr auto kActive = ItemState::Active;
+constexpr auto kDelayed = ItemState::Delayed;
+constexpr auto kStopped = ItemState::Stopped;
 
 TEST_F(ItemMovesTest, AShortcutIsDelayedStoppedAndPutBackWithItsFile) {
     Shortcut(places.UserFolder, "Tool.lnk");
     const std::string bytes = test::ReadFileBytes(UserStartup("Tool.lnk"));
     Refresh();
-    EXPECT_FALSE(Moves().DelayStartupItem("", 3, false));
+    EXPECT_FALSE(Moves().DelayStartupItem("", 3, false, kActive));
 
-    ASSERT_TRUE(Moves().DelayStartupItem("Tool.lnk", 3, false));
+    ASSERT_TRUE(Moves().DelayStartupItem("Tool.lnk", 3, false, kActive));
     EXPECT_EQ(test::ReadFileBytes(UserItems("Tool.lnk")), bytes);
     // Written at once, with the items-folder path (two backslashes before the name).
     EXPECT_NE(test::ReadFileBytes(CDelayLoad(app).FilePath())
@@ -93,11 +108,11 @@ TEST_F(ItemMovesTest, AShortcutIsDelayedStoppedAndPutBackWithItsFile) {
                         "\\Tool.lnk\", \"\", 0, \"\");"),
               std::string::npos);
     EXPECT_EQ(ShortcutState("Tool.lnk"), "delayed");
-    // Delayed again: it ends delayed once, not twice.
-    ASSERT_TRUE(Moves().DelayStartupItem("Tool.lnk", 3, false));
+    // Delayed again: it stays delayed once, not twice.
+    ASSERT_TRUE(Moves().DelayStartupItem("Tool.lnk", 3, false, kDelayed));
     EXPECT_EQ(ShortcutState("Tool.lnk"), "delayed");
 
-    ASSERT_TRUE(Moves().DelayStartupItem("Tool.lnk", 3, true)); // stop: the file stays
+    ASSERT_TRUE(Moves().DelayStartupItem("Tool.lnk", 3, true, kDelayed)); // the file stays
     EXPECT_EQ(ShortcutState("Tool.lnk"), "stopped");
     EXPECT_EQ(test::ReadFileBytes(UserItems("Tool.lnk")), bytes);
 
@@ -105,89 +120,160 @@ TEST_F(ItemMovesTest, AShortcutIsDelayedStoppedAndPutBackWithItsFile) {
     EXPECT_EQ(ShortcutState("Tool.lnk"), "active");
     EXPECT_EQ(test::ReadFileBytes(UserStartup("Tool.lnk")), bytes);
 
-    // An all-users shortcut goes to its own items folder.
+    // An all-users shortcut goes to its own items folder; stopped, it still shows and offers
+    // the popup, so that it can be put back.
     Shortcut(places.CommonFolder, "Word.lnk");
-    ASSERT_TRUE(Moves().DelayStartupItem("Word.lnk", 2, false));
+    ASSERT_TRUE(Moves().DelayStartupItem("Word.lnk", 2, false, kActive));
     EXPECT_TRUE(test::PathExists(app.folders.AllUsersItemsFolder + "Word.lnk"));
     Refresh();
-    EXPECT_EQ(Items("DelayedItemsStartupAllUsers"), std::vector<std::string>{"Word.lnk"});
+    EXPECT_EQ(Items("DelayedItemsStartupAllUsers"), Lines{"Word.lnk"});
+    ASSERT_TRUE(Moves().DelayStartupItem("Word.lnk", 2, true, kDelayed));
+    Refresh();
+    EXPECT_EQ(Items("StoppedItemsAllStartup"), Lines{"Word.lnk"});
+    EXPECT_EQ(tree.Node(Node("StoppedItemsAllStartup", "Word.lnk")).Tag, kPopupTag);
+    Moves().RestoreStartupItem("Word.lnk", 2, true);
+    EXPECT_TRUE(test::PathExists(places.CommonFolder + "\\Word.lnk"));
+    EXPECT_TRUE(messages.shown.empty());
 }
 
-TEST_F(ItemMovesTest, AnItemOfTheSameNameIsNeverOverwritten) {
+TEST_F(ItemMovesTest, ConflictsAreRefusedToldAndNothingIsOverwritten) {
     test::WriteFileBytes(folder / "log.txt", ""); // logging on
     Shortcut(places.UserFolder, "Tool.lnk");
     Refresh();
-    ASSERT_TRUE(Moves().DelayStartupItem("Tool.lnk", 3, false));
+    ASSERT_TRUE(Moves().DelayStartupItem("Tool.lnk", 3, false, kActive));
     // The program put itself back into the Startup folder, as installers do, but differently.
     test::WriteFileBytes(UserStartup("Tool.lnk"), "a newer shortcut");
     const std::string held = test::ReadFileBytes(UserItems("Tool.lnk"));
     Refresh();
-    EXPECT_FALSE(Moves().DelayStartupItem("Tool.lnk", 3, false));
+    EXPECT_FALSE(Moves().DelayStartupItem("Tool.lnk", 3, false, kActive));
     Moves().RestoreStartupItem("Tool.lnk", 3, false);
     EXPECT_EQ(test::ReadFileBytes(UserStartup("Tool.lnk")), "a newer shortcut");
     EXPECT_EQ(test::ReadFileBytes(UserItems("Tool.lnk")), held);
     EXPECT_EQ(ShortcutState("Tool.lnk"), "active+delayed"); // both still there, both shown
-    const std::string log = test::ReadFileBytes(folder / "log.txt");
-    EXPECT_NE(log.find("Error: DelayStartupItem: something else named \"" +
-                       app.folders.UserItemsFolder + "\\Tool.lnk\" is already there"),
-              std::string::npos)
-        << log;
-    EXPECT_NE(log.find("Error: RestoreStartupItem: something else named"), std::string::npos);
+    EXPECT_EQ(messages.shown, (std::vector<Shown>{
+                                  Told(14, "Tool.lnk", app.folders.UserItemsFolder + "\\Tool.lnk"),
+                                  Told(14, "Tool.lnk", UserStartup("Tool.lnk")),
+                              }));
+    EXPECT_NE(Log().find("Error: DelayStartupItem: \"Tool.lnk\": something else named"),
+              std::string::npos);
 
     // A folder where the shortcut would go: nothing moves into it.
+    messages.shown.clear();
     test::MakeFolder(UserItems("Folder.lnk"));
     Shortcut(places.UserFolder, "Folder.lnk");
     Refresh();
     Check("CurrentUserStartup", "Folder.lnk");
     EXPECT_FALSE(Moves().DelayCheckedStartupItems(false, false));
-    EXPECT_EQ(messages.shown, (std::vector<Shown>{{app.text.Message(2), "Tolvane", 0x30}}));
+    EXPECT_EQ(messages.shown,
+              (std::vector<Shown>{
+                  ToldInPass(2, 14, "Folder.lnk", app.folders.UserItemsFolder + "\\Folder.lnk")}));
     EXPECT_TRUE(test::PathExists(UserStartup("Folder.lnk")));
 
     // The same for a Run value: the program entered itself again, differently.
     messages.shown.clear();
     RunValue(RegistryRoot::CurrentUser, "App", "C:\\app.exe /old");
     Refresh();
-    ASSERT_TRUE(Moves().DelayRegistryItem("App=C:\\app.exe /old", 1, false));
+    ASSERT_TRUE(Moves().DelayRegistryItem("App=C:\\app.exe /old", 1, false, kActive));
     RunValue(RegistryRoot::CurrentUser, "App", "C:\\app.exe /new");
     Refresh();
-    Moves().RestoreRegistryItem("App=C:\\app.exe /old", 1, false);
+    const std::string delayed = Items("DelayedItemsRegistryCurrentUser").at(0);
+    Moves().RestoreRegistryItem(delayed, 1, false);
     EXPECT_EQ(ValueState("App", "C:\\app.exe"), "active+delayed");
-
     Check("CurrentUserRegistry", "App=C:\\app.exe /new");
     EXPECT_FALSE(Moves().DelayCheckedRegistryItems(false, false)); // its copy would be lost
-    EXPECT_EQ(messages.shown, (std::vector<Shown>{{app.text.Message(1), "Tolvane", 0x30}}));
     EXPECT_EQ(Run(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /new");
     EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /old");
+
+    // A value that changed since the list was made is not taken out under its old command.
+    RunValue(RegistryRoot::CurrentUser, "Late", "C:\\late.exe");
+    Refresh();
+    RunValue(RegistryRoot::CurrentUser, "Late", "C:\\later.exe");
+    EXPECT_FALSE(Moves().DelayRegistryItem("Late=C:\\late.exe", 1, true, kActive));
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Late"), "C:\\later.exe");
+    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Late"), "(none)");
+    EXPECT_EQ(messages.shown, (std::vector<Shown>{
+                                  Told(15, delayed, "App=C:\\app.exe /new"),
+                                  ToldInPass(1, 14, "App=C:\\app.exe /new", "App=C:\\app.exe /old"),
+                                  Told(15, "Late=C:\\late.exe", "Late=C:\\later.exe"),
+                              }));
 }
 
-TEST_F(ItemMovesTest, TheSameNameInTwoLocationsStaysTwoItems) {
+TEST_F(ItemMovesTest, AnItemIsItsLocationAndItsOwnName) {
+    const RegistryRoot user = RegistryRoot::CurrentUser;
+    const std::string control = "rundll32 shell32.dll,Control_RunDLL";
+    RunValue(user, "A", "C:\\x.exe /a");
+    RunValue(user, "B", "C:\\x.exe /b");
+    RunValue(user, "R1", control);
+    RunValue(user, "R2", control);
+    Refresh();
+    // Two values that start the same program: stopping B leaves A's delayed program alone.
+    ASSERT_TRUE(Moves().DelayRegistryItem("A=C:\\x.exe /a", 1, false, kActive));
+    ASSERT_TRUE(Moves().DelayRegistryItem("B=C:\\x.exe /b", 1, true, kActive));
+    Refresh();
+    EXPECT_EQ(Items("DelayedItemsRegistryCurrentUser"), Lines{"A=C:\\x.exe /a"});
+    EXPECT_EQ(Items("StoppedItemsCurrentReg"), Lines{"B=C:\\x.exe /b"});
+    // Delayed from stopped, B takes exactly its own entry; putting A back leaves B delayed.
+    ASSERT_TRUE(Moves().DelayRegistryItem("B=C:\\x.exe /b", 1, false, kStopped));
+    Moves().RestoreRegistryItem("A=C:\\x.exe /a", 1, false);
+    Refresh();
+    EXPECT_EQ(Run(user, "A"), "C:\\x.exe /a");
+    EXPECT_EQ(Items("DelayedItemsRegistryCurrentUser"), Lines{"B=C:\\x.exe /b"});
+    EXPECT_TRUE(Items("StoppedItemsCurrentReg").empty());
+    // The same command twice: each stopped value comes back as itself.
+    ASSERT_TRUE(Moves().DelayRegistryItem("R1=" + control, 1, true, kActive));
+    ASSERT_TRUE(Moves().DelayRegistryItem("R2=" + control, 1, true, kActive));
+    Moves().RestoreRegistryItem("R2=" + control, 1, true);
+    Refresh();
+    EXPECT_EQ(Run(user, "R2"), control);
+    EXPECT_EQ(Run(user, "R1"), "(none)");
+    EXPECT_EQ(Saved(user, "R1"), control);
+    EXPECT_EQ(Items("StoppedItemsCurrentReg"), Lines{"R1=" + control});
+
+    // Entries of an older version hold a path alone: each still finds a copy of its own, and
+    // one with "=" in its path is told apart by its state, not by the "=".
+    reg.SaveSettingString(user, kSavedUserRunKey, "P", "C:\\p.exe -1");
+    reg.SaveSettingString(user, kSavedUserRunKey, "Q", "C:\\p.exe -2");
+    reg.SaveSettingString(user, kSavedUserRunKey, "E", "C:\\a=b\\e.exe");
+    for (const char* entry : {"_REGCU_C:\\p.exe ", "_REGCU_C:\\p.exe ", "_REGCU_C:\\a=b\\e.exe"})
+        app.model.AddStoppedProgram(entry + kPrefixLength, kUserRun);
+    CDelayLoad(app).WriteItems();
+    Refresh();
+    ASSERT_TRUE(Moves().DelayRegistryItem("C:\\p.exe", 1, false, kStopped));
+    Moves().RestoreRegistryItem("C:\\p.exe", 1, true);
+    Moves().RestoreRegistryItem("C:\\a=b\\e.exe", 1, true);
+    Refresh();
+    EXPECT_EQ(Items("DelayedItemsRegistryCurrentUser"),
+              (Lines{"B=C:\\x.exe /b", "P=C:\\p.exe -1"}));
+    EXPECT_EQ(Run(user, "Q"), "C:\\p.exe -2");
+    EXPECT_EQ(Run(user, "E"), "C:\\a=b\\e.exe");
+    EXPECT_EQ(Items("StoppedItemsCurrentReg"), Lines{"R1=" + control});
+
+    // The same name in both Startup folders and both Run keys: four items. The all-users ones
+    // go first, so that a lookup by name alone would find them first.
     Shortcut(places.UserFolder, "Same.lnk");
     Shortcut(places.CommonFolder, "Same.lnk");
-    RunValue(RegistryRoot::CurrentUser, "Dup", "C:\\dup.exe");
-    RunValue(RegistryRoot::LocalMachine, "Dup", "C:\\dup.exe");
+    RunValue(RegistryRoot::LocalMachine, "B", "C:\\x.exe /b");
     Refresh();
-    // The all-users items first, so that a lookup by name alone would find them first.
-    ASSERT_TRUE(Moves().DelayStartupItem("Same.lnk", 2, false));
-    ASSERT_TRUE(Moves().DelayStartupItem("Same.lnk", 3, false));
-    ASSERT_TRUE(Moves().DelayRegistryItem("Dup=C:\\dup.exe", 0, false));
-    ASSERT_TRUE(Moves().DelayRegistryItem("Dup=C:\\dup.exe", 1, false));
+    ASSERT_TRUE(Moves().DelayStartupItem("Same.lnk", 2, false, kActive));
+    ASSERT_TRUE(Moves().DelayStartupItem("Same.lnk", 3, false, kActive));
+    ASSERT_TRUE(Moves().DelayRegistryItem("B=C:\\x.exe /b", 0, false, kActive));
     Refresh();
     Moves().RestoreStartupItem("Same.lnk", 3, false);
-    Moves().RestoreRegistryItem("Dup=C:\\dup.exe ", 1, false);
+    Moves().RestoreRegistryItem("B=C:\\x.exe /b", 1, false);
     Refresh();
     EXPECT_TRUE(test::PathExists(UserStartup("Same.lnk")));
     EXPECT_TRUE(Items("DelayedItemsStartupCurrentUser").empty());
-    EXPECT_EQ(Items("DelayedItemsStartupAllUsers"), std::vector<std::string>{"Same.lnk"});
-    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Dup"), "C:\\dup.exe");
-    EXPECT_TRUE(Items("DelayedItemsRegistryCurrentUser").empty());
-    EXPECT_EQ(Items("DelayedItemsRegistryAllUsers"), std::vector<std::string>{"Dup=C:\\dup.exe "});
-    EXPECT_EQ(Saved(RegistryRoot::LocalMachine, "Dup"), "C:\\dup.exe");
+    EXPECT_EQ(Items("DelayedItemsStartupAllUsers"), Lines{"Same.lnk"});
+    EXPECT_EQ(Run(user, "B"), "C:\\x.exe /b");
+    EXPECT_EQ(Items("DelayedItemsRegistryAllUsers"), Lines{"B=C:\\x.exe /b"});
+    EXPECT_EQ(Saved(RegistryRoot::LocalMachine, "B"), "C:\\x.exe /b");
+    EXPECT_TRUE(messages.shown.empty());
 }
 
 TEST_F(ItemMovesTest, StartupFolderPassesFollowTheirFlagTable) {
     ExpectFlagTable(
         {{"1010", "delayed", "delayed", "delayed"},
-         {"1100", "stopped", "stopped", "active+stopped"},
+         {"1100", "stopped", "stopped", "stopped"}, // stop leaves a stopped item stopped
          {"1001", "delayed", "active", "active"},
          {"0001", "active", "active", "active"}},
         false,
@@ -195,8 +281,8 @@ TEST_F(ItemMovesTest, StartupFolderPassesFollowTheirFlagTable) {
             for (const char* name : {"A.lnk", "D.lnk", "S.lnk"})
                 Shortcut(places.UserFolder, name);
             Refresh();
-            ASSERT_TRUE(Moves().DelayStartupItem("D.lnk", 3, false));
-            ASSERT_TRUE(Moves().DelayStartupItem("S.lnk", 3, true));
+            ASSERT_TRUE(Moves().DelayStartupItem("D.lnk", 3, false, kActive));
+            ASSERT_TRUE(Moves().DelayStartupItem("S.lnk", 3, true, kActive));
             Refresh();
             Check("CurrentUserStartup", "A.lnk");
             Check("DelayedItemsStartupCurrentUser", "D.lnk");
@@ -214,7 +300,7 @@ TEST_F(ItemMovesTest, RunValuePassesFollowTheirFlagTable) {
                                      {"S", "\"C:\\s s\\s.exe\" -s", "C:\\s s\\s.exe"}};
     ExpectFlagTable(
         {{"1010", "delayed", "delayed", "delayed"},
-         {"1110", "stopped", "stopped", "delayed"},
+         {"1110", "stopped", "stopped", "stopped"},
          {"1001", "delayed", "active", "active"},
          {"0001", "active", "active", "active"}},
         true,
@@ -222,12 +308,12 @@ TEST_F(ItemMovesTest, RunValuePassesFollowTheirFlagTable) {
             for (const auto& item : items)
                 RunValue(RegistryRoot::CurrentUser, item[0], item[1]);
             Refresh();
-            ASSERT_TRUE(Moves().DelayRegistryItem("D=C:\\d.exe", 1, false));
-            ASSERT_TRUE(Moves().DelayRegistryItem("S=" + items[2][1], 1, true));
+            ASSERT_TRUE(Moves().DelayRegistryItem("D=C:\\d.exe", 1, false, kActive));
+            ASSERT_TRUE(Moves().DelayRegistryItem("S=" + items[2][1], 1, true, kActive));
             Refresh();
             Check("CurrentUserRegistry", "A=C:\\a.exe /a");
             Check("DelayedItemsRegistryCurrentUser", "D=C:\\d.exe ");
-            Check("StoppedItemsCurrentReg", items[2][2]);
+            Check("StoppedItemsCurrentReg", "S=C:\\s s\\s.exe -s");
         },
         [&] {
             // An active value holds its command as it was, quotes and all.
@@ -249,10 +335,10 @@ TEST_F(ItemMovesTest, RunValuesAreSavedBackedUpAndPutBackExactly) {
     RunValue(RegistryRoot::LocalMachine, "Machine", "C:\\m.exe");
     Refresh();
 
-    ASSERT_TRUE(Moves().DelayRegistryItem("Tool=C:\\T\\tool.exe -x", 1, true));
+    ASSERT_TRUE(Moves().DelayRegistryItem("Tool=C:\\T\\tool.exe -x", 1, true, kActive));
     EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Tool"), "C:\\T\\tool.exe -x");
     EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Tool"), "(none)");
-    EXPECT_EQ(app.model.StoppedPrograms.back(), "_REGCU_C:\\T\\tool.exe ");
+    EXPECT_EQ(app.model.StoppedPrograms.back(), "_REGCU_Tool=C:\\T\\tool.exe -x");
     auto backups = Backups();
     ASSERT_EQ(backups.size(), 1u);
     EXPECT_TRUE(std::regex_search(
@@ -263,14 +349,14 @@ TEST_F(ItemMovesTest, RunValuesAreSavedBackedUpAndPutBackExactly) {
               "[HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Run]\r\n"
               "\"Tool\"=\"C:\\\\T\\\\tool.exe -x\"\r\n");
 
-    ASSERT_TRUE(Moves().DelayRegistryItem("Opt=C:\\x.exe /opt=1", 1, false));
+    ASSERT_TRUE(Moves().DelayRegistryItem("Opt=C:\\x.exe /opt=1", 1, false, kActive));
     EXPECT_EQ(test::ProgramLines(app.model.ProgramGroups[0]).back(),
               "ExecuteReg|C:\\x.exe |/opt=1|0|Opt");
 
-    ASSERT_TRUE(Moves().DelayRegistryItem("Quoted=" + quoted, 1, false));
-    ASSERT_TRUE(Moves().DelayRegistryItem("Machine=C:\\m.exe", 0, true));
+    ASSERT_TRUE(Moves().DelayRegistryItem("Quoted=" + quoted, 1, false, kActive));
+    ASSERT_TRUE(Moves().DelayRegistryItem("Machine=C:\\m.exe", 0, true, kActive));
     EXPECT_EQ(Saved(RegistryRoot::LocalMachine, "Machine"), "C:\\m.exe");
-    EXPECT_EQ(app.model.StoppedPrograms.back(), "_REGAU_C:\\m.exe");
+    EXPECT_EQ(app.model.StoppedPrograms.back(), "_REGAU_Machine=C:\\m.exe");
     EXPECT_NE(AllBackups().find(
                   "[HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\Run]\r\n"
                   "\"Machine\"=\"C:\\\\m.exe\""),
@@ -280,70 +366,76 @@ TEST_F(ItemMovesTest, RunValuesAreSavedBackedUpAndPutBackExactly) {
     // though the tree shows it as path and parameters.
     Refresh();
     EXPECT_EQ(Items("DelayedItemsRegistryCurrentUser"),
-              (std::vector<std::string>{"Opt=C:\\x.exe /opt=1",
-                                        "Quoted=\"C:\\Program Files\\T\\tool.exe\" /min"}));
+              (Lines{"Opt=C:\\x.exe /opt=1", "Quoted=\"C:\\Program Files\\T\\tool.exe\" /min"}));
     Moves().RestoreRegistryItem("Quoted=\"C:\\Program Files\\T\\tool.exe\" /min", 1, false);
     EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Quoted"), quoted);
     EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Quoted"), "(none)");
 
     // Back from stopped, through the pass.
     Refresh();
-    Check("StoppedItemsCurrentReg", "C:\\T\\tool.exe");
+    Check("StoppedItemsCurrentReg", "Tool=C:\\T\\tool.exe -x");
     EXPECT_TRUE(Moves().RestoreCheckedRegistryItems());
     EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Tool"), "C:\\T\\tool.exe -x");
     EXPECT_EQ(ValueState("Tool", "C:\\T\\tool.exe"), "active");
+    EXPECT_TRUE(messages.shown.empty());
 
-    // A stopped value whose saved copy is gone: the single restore changes nothing, the pass
-    // drops the entry and writes nothing.
+    // A stopped value whose saved copy is gone comes back from its own entry, which names it;
+    // an older entry that holds a path alone has nothing to put back: the single restore says
+    // so, the pass drops the entry.
     reg.DeleteValue(RegistryRoot::LocalMachine, kSavedMachineRunKey, "Machine");
     Refresh();
-    app.model.StoppedPrograms.push_back("_REGCU_C:\\gone.exe");
+    Moves().RestoreRegistryItem("Machine=C:\\m.exe", 0, true);
+    EXPECT_EQ(Run(RegistryRoot::LocalMachine, "Machine"), "C:\\m.exe");
+    app.model.AddStoppedProgram("C:\\gone.exe", kUserRun);
     CDelayLoad(app).WriteItems();
     Refresh();
-    Select("StoppedItemsCurrentReg", "C:\\gone.exe");
     Moves().RestoreRegistryItem("C:\\gone.exe", 1, true);
     EXPECT_EQ(ValueState("Gone", "C:\\gone.exe"), "stopped");
+    EXPECT_EQ(messages.shown, std::vector<Shown>{Told(16, "C:\\gone.exe")});
     Check("StoppedItemsCurrentReg", "C:\\gone.exe");
     EXPECT_TRUE(Moves().RestoreCheckedRegistryItems());
     EXPECT_EQ(ValueState("Gone", "C:\\gone.exe"), "");
-    EXPECT_TRUE(messages.shown.empty());
 }
 
-TEST_F(ItemMovesTest, APassLeavesABackupThatImportsBackWhatItTookOut) {
-    // Nothing checked: the file is written, the backup made and deleted again, the date
-    // folder stays.
+TEST_F(ItemMovesTest, AFailedMoveIsTakenBackAndWhatCannotBeIsReported) {
+    test::WriteFileBytes(folder / "log.txt", "");
+    Shortcut(places.UserFolder, "Tool.lnk");
+    const std::string bytes = test::ReadFileBytes(UserStartup("Tool.lnk"));
     Refresh();
-    DeleteFileA(CDelayLoad(app).FilePath().c_str());
-    EXPECT_TRUE(Moves().DelayCheckedRegistryItems(false, true));
-    EXPECT_TRUE(test::PathExists(CDelayLoad(app).FilePath()));
-    EXPECT_TRUE(Backups().empty());
-    Lines days;
-    CDirStruct().ReturnFiles(folder / "Delayed Registry", days);
-    EXPECT_EQ(days.size(), 1u);
+    // Between volumes the shell copies, then deletes: a source it cannot delete leaves the
+    // shortcut in two places, where it would start twice. The copy goes again.
+    test::MakeFolder(app.folders.UserItemsFolder);
+    ItemMoves moves = Moves();
+    moves.SetFileMover([](const std::string& from, const std::string& to) {
+        return CopyFileA(from.c_str(), to.c_str(), TRUE) ? 0 : 1;
+    });
+    EXPECT_FALSE(moves.DelayStartupItem("Tool.lnk", 3, false, kActive));
+    EXPECT_EQ(test::ReadFileBytes(UserStartup("Tool.lnk")), bytes);
+    EXPECT_FALSE(test::PathExists(UserItems("Tool.lnk")));
+    EXPECT_EQ(ShortcutState("Tool.lnk"), "active");
+    ASSERT_EQ(messages.shown.size(), 1u);
+    EXPECT_EQ(messages.shown[0].Text.rfind(FillIn(app.text.Message(17), {"Tool.lnk", ""}), 0), 0u);
 
-    const std::string data = "\"C:\\Program Files\\Vendor \\\"Q\\\"\\app.exe\" /x=\"1\"";
-    RunValue(RegistryRoot::CurrentUser, "Quoted \"Name\"", data);
-    // An expandable value must come back expandable.
-    const RegistryValue expand = WideValue(REG_EXPAND_SZ, "%ProgramFiles%\\e.exe");
-    ASSERT_TRUE(reg.SetValue(RegistryRoot::CurrentUser, kRunKey, "Expand", expand));
-    const auto before = reg.GetValue(RegistryRoot::CurrentUser, kRunKey, "Quoted \"Name\"");
-    Refresh();
-    Check("CurrentUserRegistry", "Quoted \"Name\"=" + data);
-    Check("CurrentUserRegistry", "Expand=%ProgramFiles%\\e.exe");
-    ASSERT_TRUE(Moves().DelayCheckedRegistryItems(false, false));
-    ASSERT_FALSE(reg.GetValue(RegistryRoot::CurrentUser, kRunKey, "Expand"));
-    ASSERT_EQ(Backups().size(), 1u);
-
-    test::ChildProcess import("reg.exe import \"" + Backups()[0] + "\"");
-    unsigned long code = 1;
-    ASSERT_TRUE(import.WaitForExit(30000, &code));
-    EXPECT_EQ(code, 0u);
-    EXPECT_EQ(reg.GetSettingString(RegistryRoot::CurrentUser, kRunKey, "Quoted \"Name\""), data);
-    auto quotedBack = reg.GetValue(RegistryRoot::CurrentUser, kRunKey, "Quoted \"Name\"");
-    auto expandBack = reg.GetValue(RegistryRoot::CurrentUser, kRunKey, "Expand");
-    ASSERT_TRUE(quotedBack && expandBack);
-    EXPECT_TRUE(SameValue(*quotedBack, *before));
-    EXPECT_EQ(std::tie(expandBack->Type, expandBack->Data), std::tie(expand.Type, expand.Data));
+    // The file cannot be written, and the shortcut cannot be moved back: the error is logged
+    // and the user told where the shortcut is.
+    messages.shown.clear();
+    int calls = 0;
+    moves.SetFileMover([&](const std::string& from, const std::string& to) {
+        return ++calls == 1 && MoveFileA(from.c_str(), to.c_str()) ? 0 : 5;
+    });
+    const std::string blocked = CDelayLoad(app).FilePath() + ".new";
+    test::MakeFolder(blocked);
+    EXPECT_FALSE(moves.DelayStartupItem("Tool.lnk", 3, false, kActive));
+    test::RemoveTree(blocked);
+    EXPECT_EQ(test::ReadFileBytes(UserItems("Tool.lnk")), bytes); // moved, and kept
+    ASSERT_EQ(messages.shown.size(), 2u);
+    const std::string held = app.folders.UserItemsFolder + "\\Tool.lnk";
+    EXPECT_EQ(messages.shown[1].Text,
+              FillIn(app.text.Message(18),
+                     {"Tool.lnk", "\"" + held + "\" could not be moved back to \"" +
+                                      UserStartup("Tool.lnk") + "\"; the shortcut is still at \"" +
+                                      held + "\""}));
+    EXPECT_NE(Log().find("Error: DelayStartupItem: not taken back: "), std::string::npos) << Log();
 }
 
 } // namespace

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include "config/program_model.h"
 #include "items/reg_backup_format.h"
 #include "items/run_data.h"
+#include "text/code_page.h"
 
 namespace tolvane {
 namespace {
@@ -43,17 +45,33 @@ TEST(RunData, NameAndDataSplitAtTheFirstEquals) {
     EXPECT_EQ(SplitNameData("NoEquals").Name + "|" + SplitNameData("NoEquals").Data, "NoEquals|");
 }
 
-TEST(RunData, SavedCopyOfAStoppedPathPrefersTheExactCommand) {
-    // Listed first but only containing the path: the exact one wins.
-    std::vector<std::string> saved = {"A=C:\\a.exe -x", "B=C:\\a.exe"};
-    EXPECT_EQ(FindSavedRunValue(saved, "C:\\a.exe"), 1);
-    EXPECT_EQ(FindSavedRunValue(saved, "C:\\a.exe "), 0); // the -x command's path, blank and all
-    EXPECT_EQ(FindSavedRunValue({"A=C:\\a.exe -x"}, "C:\\a.exe"), 0); // as the file stores it
-    // No exact command: the first that contains the path.
-    EXPECT_EQ(FindSavedRunValue({"", "Q=\"C:\\q.exe\" -m", "R=C:\\q.exe"}, "\"C:\\q"), 1);
-    EXPECT_EQ(FindSavedRunValue({"A=C:\\a.exe"}, "C:\\b.exe"), -1);
-    EXPECT_EQ(FindSavedRunValue({"A=C:\\a.exe"}, "  "), -1);
-    EXPECT_EQ(FindSavedRunValue({""}, "C:\\a.exe"), -1);
+TEST(RunData, EachStoppedValueFindsItsOwnSavedCopy) {
+    // The entry names its value, without the quotes the file cannot keep.
+    EXPECT_EQ(StoppedRunEntry("Q \"1\"", " \"C:\\q q\\q.exe\" -m "), "Q 1=C:\\q q\\q.exe -m");
+    EXPECT_EQ(NamedStoppedValue("Q 1=C:\\q.exe /x=1")->Data, "C:\\q.exe /x=1");
+    EXPECT_FALSE(NamedStoppedValue("C:\\a=b\\x.exe")); // an older entry: a path alone
+    const std::vector<std::string> saved = {
+        "A=C:\\x.exe /a", "B=C:\\x.exe /b", "",
+        "C=C:\\x.exe",    "D=C:\\x.exe",    "R=\"C:\\q\\r.exe\" -m"};
+    // By name first, whatever the commands; then older entries that hold a path alone, each
+    // taking a copy no other entry has: exact path, then trimmed, then contained. The copy of a
+    // delayed value (C) is never taken.
+    EXPECT_EQ(MatchStoppedRunValues(saved,
+                                    {"C:\\x.exe ", "B=C:\\x.exe /b", "C:\\x.exe", "C:\\x.exe",
+                                     "C:\\q\\r", "C:\\none.exe", "Gone=C:\\x.exe /a", ""},
+                                    {"C"}),
+              (std::vector<int>{0, 1, 4, -1, 5, -1, -1, -1}));
+    // Through the model: the stopped entries of one key, the delayed values of that key.
+    ProgramModel model;
+    model.ProgramGroups = {
+        {"Startup",
+         {{"C:\\x.exe", "", "ExecuteReg", 0, "A"}, {"C:\\x.exe", "", "ExecuteRegAU", 0, "C"}}}};
+    model.StartupGroupIndex = 0;
+    model.StoppedPrograms = {"_REGAU_C:\\x.exe", "_STPCU_C:\\x.exe", "_REGCU_C:\\x.exe"};
+    EXPECT_EQ(SavedCopyOfStopped(model, 2, saved), 3);
+    EXPECT_EQ(SavedCopyOfStopped(model, 0, saved), 4); // C is delayed from this key
+    EXPECT_EQ(SavedCopyOfStopped(model, 1, saved), -1);
+    EXPECT_EQ(SavedCopyOfStopped(model, 3, saved), -1);
 }
 
 TEST(RegBackupFormat, LinesReadBackAsTheValuesTheyCameFrom) {
@@ -67,21 +85,24 @@ TEST(RegBackupFormat, LinesReadBackAsTheValuesTheyCameFrom) {
               "\"A \\\"B\\\"\"=\"C:\\\\x.exe /opt=1\"");
     EXPECT_EQ(RegValueLine({"", 1, {}, "x"}), "@=\"x\"");
     EXPECT_EQ(RegValueLine({"N", 4, {0x78, 0x56, 0x34, 0x12}, ""}), "\"N\"=dword:12345678");
-    // Expandable text keeps its type: its code-page bytes and the end NUL, as an ANSI file
-    // holds them.
-    EXPECT_EQ(RegValueLine({"E", 2, {}, "%A%"}), "\"E\"=hex(2):25,41,25,00");
     EXPECT_EQ(RegValueLine({"B", 3, {0xde, 0xad}, ""}), "\"B\"=hex:de,ad");
+    // In a double-byte code page a "\" that ends a character (Shift-JIS "so", 83 5C) stays one.
+    SetActiveCodePage(932);
+    EXPECT_EQ(RegValueLine({"J", 1, {}, "C:\\\x83\\\\x.exe"}), "\"J\"=\"C:\\\\\x83\\\\\\x.exe\"");
+    SetActiveCodePage(kDefaultCodePage);
 
-    // Long data goes on continuation lines of at most 80 characters the editor reads back.
-    const std::string line = RegValueLine({"Big", 3, std::vector<uint8_t>(100, 0xab), ""});
-    size_t bytes = 0;
-    for (size_t at = 0; (at = line.find("ab", at)) != std::string::npos; at += 2)
-        ++bytes;
-    EXPECT_EQ(bytes, 100u);
-    EXPECT_NE(line.find(",\\\r\n  ab"), std::string::npos);
-    for (size_t start = 0, end; (end = line.find("\r\n", start)) != std::string::npos;
-         start = end + 2)
-        EXPECT_LE(end - start, 80u);
+    // Expandable and multi-string text as the registry editor writes them: UTF-16LE with the
+    // ending NUL, and for a list the empty string after its last one.
+    EXPECT_EQ(RegValueLine({"E", 2, {}, "", u"%A%\u00e9"}),
+              "\"E\"=hex(2):25,00,41,00,25,00,e9,00,00,00");
+    EXPECT_EQ(RegValueLine({"M", 7, {}, "", std::u16string(u"a\0\u00e9", 3)}),
+              "\"M\"=hex(7):61,00,00,00,e9,00,00,00,00,00");
+    // Long data wraps where the editor wraps it: no line longer than 80 characters.
+    EXPECT_EQ(
+        RegValueLine({"Path", 2, {}, "", u"%SystemRoot%\\system32\\caf\u00e9.exe"}),
+        "\"Path\"=hex(2):25,00,53,00,79,00,73,00,74,00,65,00,6d,00,52,00,6f,00,6f,00,74,\\\r\n"
+        "  00,25,00,5c,00,73,00,79,00,73,00,74,00,65,00,6d,00,33,00,32,00,5c,00,63,00,\\\r\n"
+        "  61,00,66,00,e9,00,2e,00,65,00,78,00,65,00,00,00");
 }
 
 } // namespace

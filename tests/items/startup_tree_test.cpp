@@ -57,15 +57,27 @@ TEST_F(StartupTree, ContainersCountAndShowEveryItemOfEachLocation) {
               "Registry Run (1)[Tool=C:\\T\\tool.exe ]], "
               "All Users (2)[Startup Folder (1)[All.lnk], Registry Run (1)[X=C:\\x.exe  -m]]], "
               "Stopped Items (5)[Current User (2)[Startup Folder (1)[Old.lnk], "
-              "Registry (1)[C:\\s.exe]], All Users (3)[Startup Folder (1), Registry (2)]]");
+              "Registry (1)[C:\\s.exe]], All Users (3)[Startup Folder (1)[Common.lnk], "
+              "Registry (2)[C:\\h.exe, C:\\i.exe]]]");
     // The listing no longer holds the first copy of the program's own value.
     EXPECT_EQ(listing.UserRunValues[0], "");
     EXPECT_EQ(listing.MachineRunValues[0], "");
 
-    // Keys carry time, index and origin; only the items of the current user offer moves.
+    // Keys carry time, index and origin; all but the active all-users items offer moves.
     for (const char* key : {"#12340#Tool.lnk", "#12341#A=C:\\a.exe /x", "#12341#DELAYEDDelayed.lnk",
-                            "#12344#DELAYEDC:\\x.exe ", "#12340#STOPPED_STPCU_Old.lnk"})
+                            "#12344#DELAYEDC:\\x.exe ", "#12340#STOPPED_STPCU_Old.lnk",
+                            "#12343#STOPPED_STPAU_Common.lnk"})
         EXPECT_EQ(N(key).Tag, "#POP#") << key;
+    // Where an item is comes from its container's key, never from a caption.
+    auto place = [&](const char* key) {
+        auto p = PlaceOf(tree, tree.Find(key));
+        return p ? std::to_string(p->Location) + "/" + std::to_string(int(p->State)) : "none";
+    };
+    EXPECT_EQ(place("#12341#A=C:\\a.exe /x"), "1/0");
+    EXPECT_EQ(place("#12343#DELAYEDAll.lnk"), "2/1");
+    EXPECT_EQ(place("#12345#STOPPED_REGAU_C:\\i.exe"), "0/2");
+    EXPECT_EQ(place("StoppedItemsAllReg"), "none");
+    EXPECT_EQ(place("CurrentUserRoot"), "none");
     for (const char* key : {"#12340#Word.lnk", "#12341#M=C:\\m.exe"})
         EXPECT_EQ(N(key).Tag, "") << key;
     EXPECT_EQ(N("#12340#Tool.lnk").Image, "");
@@ -119,9 +131,8 @@ TEST_F(StartupTree, KnownItemsAreBoldAndDescribed) {
                                          {"Word", "Word processor"},
                                          {"Startup", "container words"}};
     MarkKnown(tree, safe);
-    // "tool.exe" inside, in its exact letters; an empty container is looked at like an item.
-    for (const char* key :
-         {"#12342#DELAYEDC:\\T\\tool.exe", "#12340#Word.lnk", "StoppedItemsAllStartup"})
+    // "tool.exe" inside, in its exact letters.
+    for (const char* key : {"#12342#DELAYEDC:\\T\\tool.exe", "#12340#Word.lnk"})
         EXPECT_TRUE(N(key).Bold) << key;
     // "Tool" is not "tool.exe"; a container with items is not looked at.
     for (const char* key : {"#12340#Tool.lnk", "CurrentUserStartup"})

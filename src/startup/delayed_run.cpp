@@ -2,10 +2,13 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <exception>
 
+#include "config/delay_load.h"
 #include "platform/dir_struct.h"
 #include "platform/message_pump.h"
+#include "platform/registry.h"
 #include "startup/app_state.h"
 #include "startup/launcher.h"
 #include "text/strings.h"
@@ -16,17 +19,24 @@ namespace {
 
 constexpr uint64_t kSliceMs = 2000;
 
-// Waits until the deadline in slices, serving the message loop throughout.
-void WaitUntil(AppState& app, uint64_t deadline) {
-    app.wait.WaitActive = true;
-    try {
-        while (!app.wait.QuitRequested) {
+class LoopClock : public RunClock {
+public:
+    uint64_t NowMs() override { return tolvane::NowMs(); }
+    void WaitUntil(uint64_t deadline, const std::function<bool()>& stop) override {
+        while (!stop()) {
             const uint64_t now = NowMs();
             if (now >= deadline)
-                break;
-            const uint64_t sliceEnd = std::min(deadline, now + kSliceMs);
-            WaitServingMessages(sliceEnd, [&] { return app.wait.QuitRequested; });
+                return;
+            WaitServingMessages(std::min(deadline, now + kSliceMs), stop);
         }
+    }
+};
+
+// Waits until the deadline, with the wait flags as the tray and the window read them.
+void WaitUntil(AppState& app, RunClock& clock, uint64_t deadline) {
+    app.wait.WaitActive = true;
+    try {
+        clock.WaitUntil(deadline, [&] { return app.wait.QuitRequested; });
     } catch (const std::exception& e) {
         app.log.WriteLog(std::string("Error in wait: ") + e.what(), kLogWarning);
     }
@@ -42,30 +52,87 @@ void LogInfo(AppState& app, const std::string& text) {
     app.log.WriteLog(text, kLogInfo);
 }
 
+bool IsBareName(std::string_view path) {
+    return !path.empty() && path.find_first_of("\\/:\"") == std::string_view::npos;
+}
+
+std::string ExpandEnvironment(const std::string& text) {
+    if (!Contains(text, "%"))
+        return text;
+    const DWORD n = ExpandEnvironmentStringsA(text.c_str(), nullptr, 0);
+    std::string out(n, '\0');
+    if (n == 0 || ExpandEnvironmentStringsA(text.c_str(), out.data(), n) != n)
+        return text;
+    out.resize(n - 1);
+    return out;
+}
+
 } // namespace
+
+RunClock& MessageLoopClock() {
+    static LoopClock clock;
+    return clock;
+}
 
 void WaitMilliseconds(AppState& app, long long milliseconds) {
     if (milliseconds <= 0)
         return;
-    WaitUntil(app, NowMs() + static_cast<uint64_t>(milliseconds));
+    RunClock& clock = MessageLoopClock();
+    WaitUntil(app, clock, clock.NowMs() + static_cast<uint64_t>(milliseconds));
 }
 
-std::string ItemsFolderLookup(const AppState& app, const std::string& path) {
-    if (Contains(path, "\"") || !EndsWith(path, ".lnk") || CDirStruct::ExactFileExists(path))
+std::string ItemsFolderLookup(const AppState& app, const std::string& path,
+                              std::string_view command) {
+    // A file taken out of a Startup folder is kept by its bare name: whatever its kind, it
+    // must be found again, or a delayed item would never start and nobody would be told.
+    if (!IsBareName(path))
         return path;
-    for (const std::string* folder :
-         {&app.folders.UserItemsFolder, &app.folders.AllUsersItemsFolder}) {
-        std::string joined = *folder + path;
+    const std::string* own = &app.folders.UserItemsFolder;
+    const std::string* other = &app.folders.AllUsersItemsFolder;
+    if (command == kExecuteAU || command == kExecuteRegAU)
+        std::swap(own, other);
+    for (const std::string* folder : {own, other}) {
+        const std::string joined = *folder + path;
         if (CDirStruct::ExactFileExists(joined))
             return joined;
     }
-    return std::string();
+    if (CDirStruct::ExactFileExists(path))
+        return path;
+    return EndsWith(ToLower(path), ".lnk") ? std::string() : path;
+}
+
+std::optional<ProgramStart> ResolveDelayedProgram(const AppState& app,
+                                                  const GroupProgram& program) {
+    ProgramStart start{ItemsFolderLookup(app, program.Path, program.Command), program.Parameters};
+    if (start.Path.empty())
+        return std::nullopt;
+    const bool machine = program.Command == kExecuteRegAU;
+    if ((machine || program.Command == kExecuteReg) && !program.RegistryKeyName.empty()) {
+        // The saved copy keeps the value's type: Windows fills in the variables of an
+        // expandable command before it starts it, and so does the program.
+        auto saved = CRegistry().GetValue(
+            machine ? RegistryRoot::LocalMachine : RegistryRoot::CurrentUser,
+            machine ? kSavedMachineRunKey : kSavedUserRunKey, program.RegistryKeyName);
+        if (saved && saved->Type == REG_EXPAND_SZ) {
+            start.Path = ExpandEnvironment(start.Path);
+            start.Parameters = ExpandEnvironment(start.Parameters);
+        }
+    }
+    return start;
 }
 
 void DelayedRun(AppState& app, MainWindowControl& window) {
+    DelayedRun(app, window, MessageLoopClock(),
+               [&](const std::string& path, const std::string& parameters) {
+                   LaunchProgram(app, path, parameters);
+               });
+}
+
+void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
+                const ProgramLauncher& launch) {
     ProgramModel& model = app.model;
     const std::vector<std::string> notAllowed = model.RemoveDisallowed();
-    const uint64_t runStart = NowMs();
+    const uint64_t runStart = clock.NowMs();
 
     // The run works on the programs as they are now. A refresh while it waits (the user opened
     // the window) reloads the model from the file, which would bring back the paths of
@@ -83,25 +150,25 @@ void DelayedRun(AppState& app, MainWindowControl& window) {
         // Each program's delay counts from the planned start of the one before: the time a
         // launch itself takes does not push the later programs back.
         uint64_t planned = runStart + Milliseconds(model.MainStartupDelay);
-        WaitUntil(app, planned);
+        WaitUntil(app, clock, planned);
         LogInfo(app, TimeOfDayText() + "  Wait over.");
 
         for (const GroupProgram& program : programs) {
             if (program.Path.empty())
                 continue;
-            const std::string path = ItemsFolderLookup(app, program.Path);
-            if (path.empty() || app.wait.QuitRequested)
+            const std::optional<ProgramStart> start = ResolveDelayedProgram(app, program);
+            if (!start || app.wait.QuitRequested)
                 continue;
             LogInfo(app,
                     TimeOfDayText() + " Waiting for " + FormatSingle(program.Delay) + " seconds.");
             planned += Milliseconds(program.Delay);
-            WaitUntil(app, planned);
+            WaitUntil(app, clock, planned);
             if (app.wait.QuitRequested)
                 continue;
             // All four commands start: an all-users item is delayed for every user who logs
             // on, which is why the program enters itself in the machine's Run key for them.
             LogInfo(app, TimeOfDayText() + "  " + program.Path + " " + program.Parameters);
-            LaunchProgram(app, path, program.Parameters);
+            launch(start->Path, start->Parameters);
         }
     }
 

@@ -2,30 +2,63 @@
 // another, each after its own delay, writing each step to the event log.
 #pragma once
 
+#include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace tolvane {
 
 class AppState;
+struct GroupProgram;
 
 // What the run needs of the main window.
 class MainWindowControl {
 public:
     virtual ~MainWindowControl() = default;
-    // True once the user opened the window from the tray during the run.
+    // True once the user opened the window during the run.
     virtual bool IsVisible() const = 0;
     // Closes the window for good; with no window left the process ends.
     virtual void Unload() = 0;
 };
 
-// Waits the time while the message loop is served, in slices of at most 2 seconds; stops at
-// once when the program is quitting.
+// The time the run goes by, and how it waits. The program's own clock serves the message loop
+// in slices of at most 2 seconds while it waits; a test moves its own clock on instead.
+class RunClock {
+public:
+    virtual ~RunClock() = default;
+    virtual uint64_t NowMs() = 0;
+    // Returns at the deadline, or earlier once stop() turns true.
+    virtual void WaitUntil(uint64_t deadlineMs, const std::function<bool()>& stop) = 0;
+};
+RunClock& MessageLoopClock();
+
+// Starts a program; the program's own is LaunchProgram.
+using ProgramLauncher = std::function<void(const std::string& path, const std::string& parameters)>;
+
+// Waits the time while the message loop is served; stops at once when the program is quitting.
 void WaitMilliseconds(AppState& app, long long milliseconds);
 
-// A bare shortcut name ("Word.lnk") that is not found where it stands is looked for in the
-// items folders; "" when it is nowhere. Anything else comes back unchanged.
-std::string ItemsFolderLookup(const AppState& app, const std::string& path);
+// A bare file name ("Word.lnk", "Notes.url", "go.bat") is looked for in the items folders,
+// those of the command's own location first, whatever the kind of file and the letter case of
+// its name; then where it stands. A shortcut found nowhere gives "": it cannot start. Anything
+// else comes back unchanged, and the shell finds it as it would any command.
+std::string ItemsFolderLookup(const AppState& app, const std::string& path,
+                              std::string_view command);
 
+// How a delayed program starts: its file found in the items folders, and for a Run value that
+// Windows would expand (REG_EXPAND_SZ) its environment variables filled in. Nothing when the
+// program cannot start (a shortcut that is nowhere).
+struct ProgramStart {
+    std::string Path;
+    std::string Parameters;
+};
+std::optional<ProgramStart> ResolveDelayedProgram(const AppState& app, const GroupProgram& program);
+
+void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
+                const ProgramLauncher& launch);
+// With the program's own clock and launcher.
 void DelayedRun(AppState& app, MainWindowControl& window);
 
 } // namespace tolvane

@@ -102,9 +102,13 @@ int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& mes
 
         instanceMutex.reset(CreateMutexA(nullptr, FALSE, InstanceMutexName().c_str()));
         if (GetLastError() == ERROR_ALREADY_EXISTS) {
+            // The first copy opens its window itself, as the tray's "Open" does: shown from
+            // here it would be an empty frame, and the end of a log-on run would close it.
             if (HWND first = FindWindowA(nullptr, kMainWindowTitle)) {
-                ShowWindow(first, IsIconic(first) ? SW_RESTORE : SW_SHOW);
-                SetForegroundWindow(first);
+                DWORD process = 0;
+                GetWindowThreadProcessId(first, &process);
+                AllowSetForegroundWindow(process);
+                PostMessageA(first, OpenWindowMessage(), 0, 0);
             }
             messages.ShowMessage(app->text.Message(0), "Tolvane", kMbOk | kMbIconInformation);
             return 0;

@@ -21,6 +21,11 @@ enum : UINT { kMenuOpen = 1, kMenuQuit = 2 };
 
 } // namespace
 
+UINT OpenWindowMessage() {
+    static const UINT message = RegisterWindowMessageA("Tolvane.OpenWindow");
+    return message;
+}
+
 MainWindow::MainWindow(AppState& app, HINSTANCE instance) : app_(app), instance_(instance) {}
 
 MainWindow::~MainWindow() {
@@ -183,13 +188,9 @@ void MainWindow::ShowWindowNow(int command) {
 }
 
 void MainWindow::Open() {
-    if (IsIconic(window_)) {
-        ShowWindowNow(SW_RESTORE);
-        return;
-    }
     if (!app_.ShowGui)
         isVisible_ = true;
-    ShowWindowNow(SW_SHOW);
+    ShowWindowNow(IsIconic(window_) ? SW_RESTORE : SW_SHOW);
     SetForegroundWindow(window_);
 }
 
@@ -232,6 +233,10 @@ void MainWindow::TrayMessage(UINT mouse) {
 }
 
 LRESULT MainWindow::Handle(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
+    if (msg == OpenWindowMessage()) {
+        Open();
+        return 0;
+    }
     switch (msg) {
     case TrayIcon::kCallbackMessage:
         TrayMessage(static_cast<UINT>(lp));

@@ -20,6 +20,10 @@ class AppState;
 
 inline constexpr const char* kMainWindowTitle = "Tolvane Tolvane & Program Manager";
 
+// Asks the running copy's main window to open as the tray's "Open" does: a second start sends
+// it.
+UINT OpenWindowMessage();
+
 class MainWindow : public MainWindowControl {
 public:
     MainWindow(AppState& app, HINSTANCE instance);
@@ -34,8 +38,8 @@ public:
     bool IsVisible() const override { return isVisible_; }
     void Unload() override;
 
-    // The tray's "Open": during the log-on run this marks the window as opened by the user,
-    // so the program stays when the run is over.
+    // The tray's "Open", and a second start of the program: during the log-on run this marks
+    // the window as opened by the user, so the program stays when the run is over.
     void Open();
 
     // Rebuilds the startup tree from the folders, the Run keys and the file, and shows it.

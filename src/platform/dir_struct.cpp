@@ -34,10 +34,6 @@ bool CDirStruct::FindEntry(std::string_view name, std::string_view folder, bool 
     return false;
 }
 
-bool CDirStruct::FileExists(std::string_view name, std::string_view folder) {
-    return FindEntry(name, folder, false);
-}
-
 bool CDirStruct::DirectoryExists(std::string_view name, std::string_view folder, bool create) {
     if (FindEntry(name, folder, true))
         return true;
@@ -62,12 +58,6 @@ bool CDirStruct::ReturnFiles(std::string_view folder, std::vector<std::string>& 
         out.back() = std::move(entry);
     } while (FindNextFileA(find.get(), &data));
     return true;
-}
-
-bool CDirStruct::RemoveEmptyDirectory(std::string_view path) {
-    if (path.empty())
-        return false;
-    return RemoveDirectoryA(std::string(path).c_str()) != 0;
 }
 
 bool CDirStruct::ExactFileExists(std::string_view path) {

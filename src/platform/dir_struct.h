@@ -10,21 +10,18 @@ namespace tolvane {
 
 class CDirStruct {
 public:
-    // An entry, file or folder, whose name equals the given one exactly, letter case included
-    // (the platform's own match ignores case and also matches short 8.3 names).
-    bool FileExists(std::string_view name, std::string_view folder);
     // A subfolder of exactly that name; when missing and create is set, makes it (the last
     // level only) and returns whether that worked.
     bool DirectoryExists(std::string_view name, std::string_view folder, bool create);
     // The folder's entries in the platform's order, subfolders and hidden entries included,
     // without ".", ".." and "desktop.ini"; one "" when there are none or the folder is missing.
     bool ReturnFiles(std::string_view folder, std::vector<std::string>& out);
-    bool RemoveEmptyDirectory(std::string_view path);
 
     // A plain lookup of an ordinary file: no folders, no hidden or system files.
     static bool OrdinaryFileExists(std::string_view path);
     // An entry stands at the path (absolute, or relative to the current folder) whose name is
-    // the path's last part exactly, letter case included.
+    // the path's last part exactly, letter case included (the platform's own match ignores
+    // case and also matches short 8.3 names).
     static bool ExactFileExists(std::string_view path);
 
 private:

@@ -51,26 +51,4 @@ int32_t CFileFunctions::MoveFile(std::string_view source, std::string_view targe
     return Run(FileOperation::Move, source, target, owner, title, flags);
 }
 
-int32_t CFileFunctions::CopyFile(std::string_view source, std::string_view target, HWND owner,
-                                 std::string_view title, FileOperationFlags flags) {
-    return Run(FileOperation::Copy, source, target, owner, title, flags);
-}
-
-int32_t CFileFunctions::RenameFile(std::string_view source, std::string_view target, HWND owner,
-                                   std::string_view title, FileOperationFlags flags) {
-    return Run(FileOperation::Rename, source, target, owner, title, flags);
-}
-
-int32_t CFileFunctions::DeleteFile(std::string_view source, HWND owner, std::string_view title,
-                                   FileOperationFlags flags) {
-    return Run(FileOperation::Delete, source, std::string_view(), owner, title, flags);
-}
-
-void CFileFunctions::AddFileToRecentDocs(std::string_view path) {
-    if (path.empty() || !CDirStruct::OrdinaryFileExists(path))
-        return;
-    const std::string file(path);
-    SHAddToRecentDocs(SHARD_PATHA, file.c_str());
-}
-
 } // namespace tolvane

@@ -102,15 +102,6 @@ bool CRegistry::DeleteValue(RegistryRoot root, std::string_view path, std::strin
     return rc == ERROR_SUCCESS || rc == ERROR_FILE_NOT_FOUND;
 }
 
-bool CRegistry::DeleteKey(RegistryRoot root, std::string_view path) {
-    LONG rc = RegDeleteKeyA(RootKey(root), KeyPath(path).c_str());
-    return rc == ERROR_SUCCESS || rc == ERROR_FILE_NOT_FOUND;
-}
-
-bool CRegistry::CreateKey(RegistryRoot root, std::string_view path) {
-    return static_cast<bool>(CreateOpenKey(root, path, KEY_QUERY_VALUE));
-}
-
 std::string CRegistry::GetSettingString(RegistryRoot root, std::string_view path,
                                         std::string_view name, std::string_view defaultValue) {
     UniqueHKey key = OpenKey(root, path, KEY_QUERY_VALUE);
@@ -129,42 +120,6 @@ std::string CRegistry::GetSettingString(RegistryRoot root, std::string_view path
 bool CRegistry::SaveSettingString(RegistryRoot root, std::string_view path, std::string_view name,
                                   std::string_view value) {
     return WriteValue(root, path, name, REG_SZ, value.data(), value.size());
-}
-
-int32_t CRegistry::GetSettingLong(RegistryRoot root, std::string_view path, std::string_view name,
-                                  int32_t defaultValue) {
-    UniqueHKey key = OpenKey(root, path, KEY_QUERY_VALUE);
-    if (!key)
-        return defaultValue;
-    DWORD type = 0, data = 0, size = sizeof data;
-    if (RegQueryValueExA(key.get(), std::string(name).c_str(), nullptr, &type,
-                         reinterpret_cast<BYTE*>(&data), &size) != ERROR_SUCCESS ||
-        type != REG_DWORD || size != sizeof data)
-        return defaultValue;
-    return static_cast<int32_t>(data);
-}
-
-bool CRegistry::SaveSettingLong(RegistryRoot root, std::string_view path, std::string_view name,
-                                int32_t value) {
-    DWORD data = static_cast<DWORD>(value);
-    return WriteValue(root, path, name, REG_DWORD, &data, sizeof data);
-}
-
-std::optional<ByteArray> CRegistry::GetSettingByte(RegistryRoot root, std::string_view path,
-                                                   std::string_view name,
-                                                   std::optional<ByteArray> defaultValue) {
-    UniqueHKey key = OpenKey(root, path, KEY_QUERY_VALUE);
-    if (!key)
-        return defaultValue;
-    auto value = QueryValue(key.get(), name);
-    if (!value || value->Type != REG_BINARY)
-        return defaultValue;
-    return std::move(value->Data);
-}
-
-bool CRegistry::SaveSettingByte(RegistryRoot root, std::string_view path, std::string_view name,
-                                const ByteArray& value) {
-    return WriteValue(root, path, name, REG_BINARY, value.data(), value.size());
 }
 
 bool CRegistry::EnumKey(RegistryRoot root, std::string_view path, std::vector<std::string>& out) {

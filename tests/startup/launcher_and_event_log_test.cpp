@@ -16,25 +16,18 @@ namespace {
 using test::ReadFileBytes;
 using test::WriteFileBytes;
 
-class Launcher : public ::testing::Test {
-protected:
-    void SetUp() override { WriteFileBytes(folder / "log.txt", ""); }
-
+// Programs and shortcuts with their parameters: see the log-on run's test.
+TEST(Launcher, AQuotedPathStartsOnTheSecondAttemptAndAFailureIsLoggedOnce) {
     test::TempFolder folder{"program"};
+    WriteFileBytes(folder / "log.txt", "");
     test::CapturedMessages messages;
     AppState app{folder.Path(), messages};
     const std::string recorder = test::HelperProgram("start_recorder.exe");
     const std::string record = folder / "record.txt";
-};
-
-// Programs and shortcuts with their parameters: see the log-on run's test.
-TEST_F(Launcher, AQuotedPathFromARunValueStartsOnTheSecondAttempt) {
-    LaunchProgram(app, "\"" + recorder + "\"", record + " quoted");
+    LaunchProgram(app, "\"" + recorder + "\"", record + " quoted"); // as a Run value holds it
     EXPECT_EQ(test::Names(test::WaitForStarts(record, 1)), std::vector<std::string>{"quoted"});
     EXPECT_EQ(ReadFileBytes(folder / "log.txt"), ""); // nothing failed
-}
 
-TEST_F(Launcher, AProgramThatCannotStartIsLoggedOnce) {
     LaunchProgram(app, "C:\\no\\such.exe", "");
     LaunchProgram(app, "\"C:\\no\\quoted.exe\"", "-x");
     LaunchProgram(app, "", "");
@@ -44,28 +37,17 @@ TEST_F(Launcher, AProgramThatCannotStartIsLoggedOnce) {
               "Error: Program:  failed to start.\r\n");
 }
 
-TEST(EventLog, WritesOnlyIntoAnExistingFileWithTheLevelPrefix) {
+// The prefixes of the levels show in the logs of the launcher's and the log-on run's tests.
+TEST(EventLog, WritesOnlyIntoAnExistingFileAndLosesTheOlderHalfAtFiveMegabytes) {
     test::TempFolder folder;
     EventLog log(folder / "log.txt");
     log.WriteLog("nobody reads this", kLogInfo);
     EXPECT_FALSE(test::PathExists(folder / "log.txt")); // logging is off: no file is made
 
-    WriteFileBytes(folder / "log.txt", "");
-    log.WriteLog("a", kLogError);
-    log.WriteLog("b", kLogWarning);
-    log.WriteLog("c", kLogInfo);
-    log.WriteLog("d", 3);
-    EXPECT_EQ(ReadFileBytes(folder / "log.txt"), "Error: a\r\nWarning: b\r\nInfo: c\r\nd\r\n");
-}
-
-TEST(EventLog, ALogOfFiveMegabytesLosesItsOlderHalfBeforeTheNextLine) {
-    test::TempFolder folder;
-    EventLog log(folder / "log.txt");
     std::string content;
     for (int i = 0; i < 51200; ++i)
         content += std::string(98, 'o') + "\r\n"; // 100 bytes a line
     ASSERT_EQ(content.size(), kLogPruneSize);
-
     WriteFileBytes(folder / "log.txt", content.substr(1)); // one byte short: no prune
     log.WriteLog("x", kLogInfo);
     EXPECT_EQ(ReadFileBytes(folder / "log.txt").size(), content.size() - 1 + 9);

@@ -6,145 +6,90 @@
 namespace tolvane {
 namespace {
 
-const std::string kCommand = "\"C:\\T\\Tolvane.exe\" -nogui";
-
-// Both values in memory; a key can refuse writes or deletes, as the machine's key does for a
-// user without rights.
+// Both values in memory; one step can fail, as writes to the machine's key do for a user
+// without rights.
 class FakeValues : public RunEntryValues {
 public:
     std::string Read(RunEntryKey key) override { return Value(key); }
     bool Write(RunEntryKey key, const std::string& command) override {
-        done += "write " + Name(key) + ";";
-        if (refuseWrite == Name(key))
-            return false;
-        Value(key) = command;
-        return true;
+        return Step("write", key) && (Value(key) = command, true);
     }
     bool Delete(RunEntryKey key) override {
-        done += "delete " + Name(key) + ";";
-        if (refuseDelete == Name(key))
-            return false;
-        Value(key).clear();
-        return true;
-    }
-    // "user | machine", "-" where none.
-    std::string Values() const {
-        return (user.empty() ? "-" : user) + " | " + (machine.empty() ? "-" : machine);
-    }
-
-    std::string user, machine;
-    std::string refuseWrite, refuseDelete; // "user" or "machine"
-    std::string done;
-
-private:
-    static std::string Name(RunEntryKey key) {
-        return key == RunEntryKey::Machine ? "machine" : "user";
+        return Step("delete", key) && (Value(key).clear(), true);
     }
     std::string& Value(RunEntryKey key) { return key == RunEntryKey::Machine ? machine : user; }
+
+    std::string user, machine;
+    std::string refused; // the step that fails, as the steps name it: "write machine"
+    std::string steps;   // every step asked for, in order
+
+private:
+    bool Step(const char* what, RunEntryKey key) {
+        const std::string step =
+            std::string(what) + (key == RunEntryKey::Machine ? " machine" : " user");
+        steps += step + ";";
+        return step != refused;
+    }
 };
 
 TEST(RunEntrySteps, TheNewValueIsWrittenBeforeTheOldOneGoes) {
-    FakeValues values;
-    values.user = kCommand;
-    EXPECT_TRUE(ApplyRunEntryMode(values, 3, kCommand, false, false).empty());
-    EXPECT_EQ(values.done, "write machine;delete user;");
-    EXPECT_EQ(values.Values(), "- | " + kCommand);
-
-    values.done.clear();
-    EXPECT_TRUE(ApplyRunEntryMode(values, 2, kCommand, false, false).empty());
-    EXPECT_EQ(values.done, "write user;delete machine;");
-    EXPECT_EQ(values.Values(), kCommand + " | -");
-
-    // A value already there, even one from a program folder that has moved since, is kept as
-    // it is: only the other one goes.
-    values.user = "\"D:\\Old\\Tolvane.exe\" -nogui";
-    values.machine = kCommand;
-    values.done.clear();
-    ApplyRunEntryMode(values, 2, kCommand, false, false);
-    EXPECT_EQ(values.done, "delete machine;");
-    EXPECT_EQ(values.Values(), "\"D:\\Old\\Tolvane.exe\" -nogui | -");
-
-    values.machine = kCommand;
-    values.done.clear();
-    ApplyRunEntryMode(values, 0, kCommand, false, false);
-    EXPECT_EQ(values.Values(), "- | -");
-    values.done.clear();
-    ApplyRunEntryMode(values, 0, kCommand, false, false); // nothing there: nothing to do
-    ApplyRunEntryMode(values, 7, kCommand, true, true);
-    EXPECT_EQ(values.done, "");
-}
-
-TEST(RunEntrySteps, ARefusedWriteLeavesTheEntryWhereItWas) {
-    FakeValues values;
-    values.user = kCommand;
-    values.refuseWrite = "machine";
-    auto problems = ApplyRunEntryMode(values, 3, kCommand, false, false);
-    EXPECT_EQ(values.Values(), kCommand + " | -");
-    EXPECT_EQ(values.done, "write machine;");
-    ASSERT_EQ(problems.size(), 1u);
-    EXPECT_EQ(problems[0].Text,
-              "Run entry: \"Tolvane\" could not be written to HKEY_LOCAL_MACHINE\\Software\\"
-              "Microsoft\\Windows\\CurrentVersion\\Run; the one in HKEY_CURRENT_USER\\Software\\"
-              "Microsoft\\Windows\\CurrentVersion\\Run stays.");
-    EXPECT_EQ(problems[0].Level, kLogWarning);
-
-    // With no value anywhere, the refusal means no start at log-on: an error.
-    values.user.clear();
-    problems = ApplyRunEntryMode(values, 1, kCommand, true, true);
-    EXPECT_EQ(values.Values(), "- | -");
-    ASSERT_EQ(problems.size(), 1u);
-    EXPECT_EQ(problems[0].Level, kLogError);
-
-    // The same the other way round.
-    values = FakeValues();
-    values.machine = kCommand;
-    values.refuseWrite = "user";
-    problems = ApplyRunEntryMode(values, 2, kCommand, false, false);
-    EXPECT_EQ(values.Values(), "- | " + kCommand);
-    ASSERT_EQ(problems.size(), 1u);
-    EXPECT_EQ(problems[0].Level, kLogWarning);
-
-    // A delete the key refuses: both stay, and the log says so.
-    values.refuseWrite.clear();
-    values.refuseDelete = "machine";
-    problems = ApplyRunEntryMode(values, 2, kCommand, false, false);
-    EXPECT_EQ(values.Values(), kCommand + " | " + kCommand);
-    ASSERT_EQ(problems.size(), 1u);
-    EXPECT_EQ(problems[0].Text, "Run entry: \"Tolvane\" could not be removed from "
-                                "HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\"
-                                "CurrentVersion\\Run.");
-    EXPECT_EQ(problems[0].Level, kLogWarning);
-}
-
-TEST(RunEntrySteps, ModeOneFollowsTheDelayedItems) {
-    // All-users items win over the user's own; without delayed items any value goes.
+    const std::string c = "\"C:\\T\\Tolvane.exe\" -nogui";
+    const std::string old = "\"D:\\Old\\Tolvane.exe\" -nogui"; // from a folder moved since
+    const std::string user = "HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Run";
+    const std::string machine =
+        "HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\Run";
+    const std::string cannotWrite = "warning: Run entry: \"Tolvane\" could not be written to ";
     struct Case {
-        bool allUsers, user;
-        const char* before;
-        const char* after;
+        std::string user, machine, refused;
+        int mode;
+        bool allUsersDelays, userDelays;
+        std::string steps, after; // after: "user | machine"
+        std::string problems;     // "error: <text>" or "warning: <text>" each
     };
     const Case cases[] = {
-        {true, true, "user", "machine"},
-        {false, true, "machine", "user"},
-        {false, false, "both", "none"},
-        {false, false, "none", "none"},
+        {c, "", "", 3, false, false, "write machine;delete user;", " | " + c, ""},
+        {"", c, "", 2, false, false, "write user;delete machine;", c + " | ", ""},
+        {"", "", "", 2, false, false, "write user;", c + " | ", ""}, // nothing to remove
+        // A value already there is kept as it is: only the other one goes.
+        {old, c, "", 2, false, false, "delete machine;", old + " | ", ""},
+        {c, c, "", 0, false, false, "delete user;delete machine;", " | ", ""},
+        {"", "", "", 0, true, true, "", " | ", ""},
+        {"", "", "", 7, true, true, "", " | ", ""},
+        // Mode 1: all-users items win over the user's own; without delayed items none stays.
+        {c, "", "", 1, true, true, "write machine;delete user;", " | " + c, ""},
+        {"", c, "", 1, false, true, "write user;delete machine;", c + " | ", ""},
+        {c, c, "", 1, false, false, "delete user;delete machine;", " | ", ""},
+        {"", "", "", 1, false, false, "", " | ", ""},
+        // A refused write leaves the entry where it was; with none anywhere there is no start
+        // at log-on, an error.
+        {c, "", "write machine", 3, false, false, "write machine;", c + " | ",
+         cannotWrite + machine + "; the one in " + user + " stays."},
+        {"", c, "write user", 2, false, false, "write user;", " | " + c,
+         cannotWrite + user + "; the one in " + machine + " stays."},
+        {"", "", "write machine", 1, true, true, "write machine;", " | ",
+         "error: Run entry: \"Tolvane\" could not be written to " + machine +
+             "; Windows will not start Tolvane at log-on."},
+        // A refused delete: both stay.
+        {"", c, "delete machine", 2, false, false, "write user;delete machine;", c + " | " + c,
+         "warning: Run entry: \"Tolvane\" could not be removed from " + machine + "."},
     };
-    for (const Case& c : cases) {
+    for (const Case& t : cases) {
         FakeValues values;
-        const std::string before = c.before;
-        if (before == "user" || before == "both")
-            values.user = kCommand;
-        if (before == "machine" || before == "both")
-            values.machine = kCommand;
-        ApplyRunEntryMode(values, 1, kCommand, c.allUsers, c.user);
-        const std::string after = c.after;
-        EXPECT_EQ(values.Values(), after == "machine" ? "- | " + kCommand
-                                   : after == "user"  ? kCommand + " | -"
-                                                      : "- | -")
-            << c.allUsers << c.user << before;
-        if (before == "none") {
-            EXPECT_EQ(values.done, "");
-        }
+        values.user = t.user;
+        values.machine = t.machine;
+        values.refused = t.refused;
+        std::string problems;
+        for (const RunEntryProblem& p :
+             ApplyRunEntryMode(values, t.mode, c, t.allUsersDelays, t.userDelays))
+            problems += (p.Level == kLogError     ? "error: "
+                         : p.Level == kLogWarning ? "warning: "
+                                                  : "?: ") +
+                        p.Text;
+        const std::string what = "mode " + std::to_string(t.mode) + " from " + t.user + " | " +
+                                 t.machine + ", refused: " + t.refused;
+        EXPECT_EQ(values.steps, t.steps) << what;
+        EXPECT_EQ(values.user + " | " + values.machine, t.after) << what;
+        EXPECT_EQ(problems, t.problems) << what;
     }
 }
 

@@ -94,20 +94,19 @@ std::vector<std::string> FilesBelow(const std::string& folder) {
     return files;
 }
 
-ScratchKey::ScratchKey(RegistryRoot root)
-    : root_(root), path_("Software\\TolvaneTests\\" + UniqueName("key")) {
+ScratchKey::ScratchKey() : path_("Software\\TolvaneTests\\" + UniqueName("key")) {
     UniqueHKey key;
-    RegCreateKeyExA(RootHKey(root_), path_.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+    RegCreateKeyExA(HKEY_CURRENT_USER, path_.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
                     key.put(), nullptr);
 }
 
 ScratchKey::~ScratchKey() {
-    DeleteRegistryTree(root_, path_);
+    DeleteRegistryTree(RegistryRoot::CurrentUser, path_);
 }
 
 void ScratchKey::SetRaw(std::string_view name, unsigned long type, std::string_view bytes) const {
     UniqueHKey key;
-    ASSERT_EQ(RegOpenKeyExA(RootHKey(root_), path_.c_str(), 0, KEY_SET_VALUE, key.put()),
+    ASSERT_EQ(RegOpenKeyExA(HKEY_CURRENT_USER, path_.c_str(), 0, KEY_SET_VALUE, key.put()),
               ERROR_SUCCESS);
     // The byte after the data is not a NUL: the system adds a "forgotten" NUL to text values
     // when the caller's buffer happens to be followed by one, and the raw bytes must stay raw.

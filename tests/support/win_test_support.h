@@ -33,20 +33,18 @@ void CopyTree(const std::string& from, const std::string& to);
 // The files below a folder, at any depth, as full paths in sorted order.
 std::vector<std::string> FilesBelow(const std::string& folder);
 
-// A registry key that only this test uses, below Software\TolvaneTests; deleted with its
-// values and subkeys when the test ends.
+// A key of the current user that only this test uses, below Software\TolvaneTests; deleted
+// with its values and subkeys when the test ends.
 class ScratchKey {
 public:
-    explicit ScratchKey(RegistryRoot root = RegistryRoot::CurrentUser);
+    ScratchKey();
     ~ScratchKey();
     ScratchKey(const ScratchKey&) = delete;
-    RegistryRoot Root() const { return root_; }
     const std::string& Path() const { return path_; }
     // Writes a value with any type and exactly these bytes (no NUL added), bypassing CRegistry.
     void SetRaw(std::string_view name, unsigned long type, std::string_view bytes) const;
 
 private:
-    RegistryRoot root_;
     std::string path_;
 };
 

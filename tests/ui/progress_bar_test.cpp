@@ -2,8 +2,6 @@
 // under Windows the control's real pixels and its place over a status-bar panel.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
 #include <limits>
 
 #include "ui/progress_bar_model.h"
@@ -46,29 +44,6 @@ TEST(ProgressBarModel, GradientWalksInHundredthsAndGetsBluerAtWholesAndOddHalves
     EXPECT_TRUE(Bar(0).GradientColumns().empty());
 }
 
-TEST(ProgressBarModel, ValuesScaleAndShare) {
-    ProgressBarModel bar = Bar(-30);
-    EXPECT_EQ(bar.Value(), 30);
-    bar.SetValue(std::numeric_limits<float>::quiet_NaN());
-    EXPECT_EQ(bar.Value(), 0);
-    bar.SetMin(10);
-    EXPECT_EQ(bar.ScaleLeft(), 10);
-    EXPECT_EQ(bar.ScaleWidth(), 110); // Max + Min
-    bar.SetMin(-5);
-    bar.SetMax(5);
-    EXPECT_EQ(bar.ScaleWidth(), 1); // never 0
-
-    // A share of 1 or more is a percentage: 50 and 0.5 both fill half, 1 is one percent.
-    for (auto [share, fraction] : {std::pair{50.f, .5f}, {.25f, .25f}, {1.f, .01f}}) {
-        bar = Bar(0);
-        bar.SetPercent(share);
-        EXPECT_FLOAT_EQ(bar.Percent(), fraction) << share;
-        EXPECT_FLOAT_EQ(bar.Value(), fraction * 100) << share;
-    }
-    bar.SetValue(70); // leaves the share alone
-    EXPECT_FLOAT_EQ(bar.Percent(), 0.01f);
-}
-
 Colour ColourAt(const std::vector<ColourSpan>& spans, int column) {
     for (const ColourSpan& s : spans)
         if (s.left <= column && column < s.right)
@@ -79,10 +54,16 @@ Colour ColourAt(const std::vector<ColourSpan>& spans, int column) {
 TEST(ProgressBarModel, FilledColumnsFollowTheScale) {
     EXPECT_EQ(Bar(50, 100, false).FilledSpans(200, 0x123456),
               (std::vector<ColourSpan>{{0, 100, 0x123456}}));
-    EXPECT_EQ(Bar(-30).FilledWidth(200), 60);
+    EXPECT_EQ(Bar(-30).FilledWidth(200), 60); // a negative value shows as its amount
+    EXPECT_EQ(Bar(std::numeric_limits<float>::quiet_NaN()).FilledWidth(200), 0);
     EXPECT_EQ(Bar(150).FilledWidth(200), 200); // never beyond the right edge
     EXPECT_TRUE(Bar(0).FilledSpans(200, 0x123456).empty());
     EXPECT_EQ(Bar(50, -50).FilledWidth(200), 0); // the scale lies left of the area
+    ProgressBarModel bar = Bar(60);
+    bar.SetMin(10);
+    EXPECT_EQ(bar.FilledWidth(220), 100); // from x = 10 over Max + Min = 110 units
+    bar.SetMax(-10);
+    EXPECT_EQ(bar.ScaleWidth(), 1); // never 0
 
     // Narrow: the last line that falls into a column wins (x 0 to 2.45 share column 0).
     const std::vector<ColourSpan> narrow = Bar(100).FilledSpans(40, 0);
@@ -104,156 +85,90 @@ TEST(ProgressBarModel, FilledColumnsFollowTheScale) {
 }
 
 #ifdef _WIN32
-// The control's client area, row by row, as COLORREF values.
-struct Pixels {
-    int width = 0, height = 0;
-    std::vector<Colour> colours;
-    Colour At(int x, int y) const { return colours[static_cast<size_t>(y * width + x)]; }
-    bool operator==(const Pixels&) const = default;
-};
-
-// What the screen shows now, read from the window's DC, or the control's own drawing of
-// itself off screen through WM_PRINTCLIENT.
-Pixels Capture(HWND window, bool print = false) {
-    Pixels p;
+// Every pixel of the control, as the screen shows it now or as the control draws itself
+// through WM_PRINTCLIENT, against the model: each column of the filled part in its colour,
+// the rest in the background colour.
+void ExpectShows(HWND window, const ProgressBarModel& model, bool print = false) {
     RECT client{};
     GetClientRect(window, &client);
-    p.width = client.right;
-    p.height = client.bottom;
+    ASSERT_GT(client.right, 100);
+    ASSERT_GT(client.bottom, 4);
     WindowDc screen(window);
     UniqueDc memory(CreateCompatibleDC(screen.get()));
-    UniqueGdiObject bitmap(CreateCompatibleBitmap(screen.get(), p.width, p.height));
+    UniqueGdiObject bitmap(CreateCompatibleBitmap(screen.get(), client.right, client.bottom));
     ScopedSelection selected(memory.get(), bitmap.get());
     if (print)
         SendMessageA(window, WM_PRINTCLIENT, reinterpret_cast<WPARAM>(memory.get()), PRF_CLIENT);
     else
-        BitBlt(memory.get(), 0, 0, p.width, p.height, screen.get(), 0, 0, SRCCOPY);
-    for (int y = 0; y < p.height; ++y)
-        for (int x = 0; x < p.width; ++x)
-            p.colours.push_back(GetPixel(memory.get(), x, y));
-    return p;
-}
-
-// How many columns from the left, in every row alike, are not the background.
-int FilledColumns(const Pixels& p) {
-    int filled = 0;
-    while (filled < p.width && p.At(filled, 0) != AdvProgressBar::BackgroundColour())
-        ++filled;
-    for (int y = 0; y < p.height; ++y)
-        for (int x = 0; x < p.width; ++x)
-            EXPECT_EQ(p.At(x, y) != AdvProgressBar::BackgroundColour(), x < filled)
-                << "at " << x << "," << y;
-    return filled;
-}
-
-// A top-level window with a real status bar of two panels, as the main window has, and the
-// control in it.
-class ProgressBarTest : public ::testing::Test {
-protected:
-    ProgressBarTest() {
-        INITCOMMONCONTROLSEX icc{sizeof icc, ICC_BAR_CLASSES};
-        InitCommonControlsEx(&icc);
-        frame.reset(CreateWindowExA(0, "STATIC", "progress test", WS_OVERLAPPEDWINDOW, 40, 40, 480,
-                                    200, nullptr, nullptr, nullptr, nullptr));
-        status = CreateWindowExA(0, STATUSCLASSNAMEA, "", WS_CHILD | WS_VISIBLE, 0, 0, 0, 0,
-                                 frame.get(), nullptr, nullptr, nullptr);
-        SetPanels(240);
-        ShowWindow(frame.get(), SW_SHOWNOACTIVATE);
-        UpdateWindow(frame.get());
-        bar = std::make_unique<AdvProgressBar>(frame.get());
+        BitBlt(memory.get(), 0, 0, client.right, client.bottom, screen.get(), 0, 0, SRCCOPY);
+    const auto spans = model.FilledSpans(client.right, AdvProgressBar::DrawingColour());
+    for (int x = 0; x < client.right; ++x) {
+        const Colour want = ColourAt(spans, x) == 0xffffffff ? AdvProgressBar::BackgroundColour()
+                                                             : ColourAt(spans, x);
+        for (int y = 0; y < client.bottom; ++y)
+            if (GetPixel(memory.get(), x, y) != want)
+                return ADD_FAILURE() << "pixel " << x << "," << y << " of " << client.right << "x"
+                                     << client.bottom << " is " << GetPixel(memory.get(), x, y)
+                                     << ", not " << want;
     }
-    void SetPanels(int firstRight) {
+}
+
+// In a top-level window with a real status bar of two panels, as the main window has.
+TEST(AdvProgressBar, CoversItsStatusBarPanelAndShowsEachValueAtOnce) {
+    INITCOMMONCONTROLSEX icc{sizeof icc, ICC_BAR_CLASSES};
+    InitCommonControlsEx(&icc);
+    UniqueWindow frame(CreateWindowExA(0, "STATIC", "progress test", WS_OVERLAPPEDWINDOW, 40, 40,
+                                       480, 200, nullptr, nullptr, nullptr, nullptr));
+    HWND status = CreateWindowExA(0, STATUSCLASSNAMEA, "", WS_CHILD | WS_VISIBLE, 0, 0, 0, 0,
+                                  frame.get(), nullptr, nullptr, nullptr);
+    auto setPanels = [&](int firstRight) {
         int rights[2] = {firstRight, -1};
         SendMessageA(status, SB_SETPARTS, 2, reinterpret_cast<LPARAM>(rights));
-    }
+    };
+    setPanels(240);
+    ShowWindow(frame.get(), SW_SHOWNOACTIVATE);
+    UpdateWindow(frame.get());
+    AdvProgressBar bar(frame.get());
     // Whether the control lies exactly on the panel, in its parent's client coordinates.
-    bool OnPanel(int zeroBased) const {
+    auto onPanel = [&](int zeroBased) {
         RECT panel{}, w{};
         SendMessageA(status, SB_GETRECT, zeroBased, reinterpret_cast<LPARAM>(&panel));
-        GetWindowRect(bar->Hwnd(), &w);
-        MapWindowPoints(nullptr, GetParent(bar->Hwnd()), reinterpret_cast<POINT*>(&w), 2);
-        return EqualRect(&w, &panel);
-    }
-    void PlaceOverFirstPanel() {
-        bar->SetMyParent(status);
-        bar->SetStatusBarPanelIndex(1);
-    }
+        GetWindowRect(bar.Hwnd(), &w);
+        MapWindowPoints(nullptr, GetParent(bar.Hwnd()), reinterpret_cast<POINT*>(&w), 2);
+        return EqualRect(&w, &panel) != 0;
+    };
+    bar.SetMyParent(status);
+    bar.SetStatusBarPanelIndex(1);
+    EXPECT_EQ(GetParent(bar.Hwnd()), status);
+    EXPECT_TRUE(onPanel(0));
+    EXPECT_EQ(GetWindow(status, GW_CHILD), bar.Hwnd()); // in front
 
-    UniqueWindow frame;
-    HWND status = nullptr; // goes with the frame
-    std::unique_ptr<AdvProgressBar> bar;
-};
+    UpdateWindow(frame.get());
+    ExpectShows(bar.Hwnd(), Bar(0, 100, false));
+    // No message is handled between setting and looking: the screen already shows it.
+    bar.SetValue(50);
+    ExpectShows(bar.Hwnd(), Bar(50, 100, false));
+    ExpectShows(bar.Hwnd(), Bar(50, 100, false), true);
+    bar.SetValue(0);
+    ExpectShows(bar.Hwnd(), Bar(0, 100, false));
+    bar.SetGradient(true);
+    bar.SetValue(100);
+    ExpectShows(bar.Hwnd(), Bar(100));
 
-TEST_F(ProgressBarTest, CoversTheFirstStatusBarPanelAndFollowsIt) {
-    // The main window's order of set-up.
-    bar->SetMin(0);
-    bar->SetMax(100);
-    bar->SetValue(0);
-    bar->SetGradient(false);
-    PlaceOverFirstPanel();
-    EXPECT_EQ(GetParent(bar->Hwnd()), status);
-    EXPECT_TRUE(OnPanel(0));
-    EXPECT_EQ(GetWindow(status, GW_CHILD), bar->Hwnd()); // in front
-
-    SetPanels(150);
-    EXPECT_FALSE(OnPanel(0));
-    bar->Reposition();
-    EXPECT_TRUE(OnPanel(0));
-    bar->SetStatusBarPanelIndex(2);
-    EXPECT_TRUE(OnPanel(1));
-
+    // The owner has the control follow a change of the panels.
+    setPanels(150);
+    EXPECT_FALSE(onPanel(0));
+    bar.Reposition();
+    EXPECT_TRUE(onPanel(0));
+    bar.SetStatusBarPanelIndex(2);
+    EXPECT_TRUE(onPanel(1));
     // In a window that is no status bar the control keeps its place.
-    bar->SetMyParent(frame.get());
-    EXPECT_EQ(GetParent(bar->Hwnd()), frame.get());
-    EXPECT_TRUE(OnPanel(1));
-
+    bar.SetMyParent(frame.get());
+    EXPECT_EQ(GetParent(bar.Hwnd()), frame.get());
+    EXPECT_TRUE(onPanel(1));
     // The window dies with its container; the object then holds none.
     frame.reset();
-    EXPECT_EQ(bar->Hwnd(), nullptr);
-}
-
-TEST_F(ProgressBarTest, ShowsTheValueAtOnceInTheHighlightColour) {
-    PlaceOverFirstPanel();
-    bar->SetValue(0);
-    UpdateWindow(frame.get());
-    const Pixels empty = Capture(bar->Hwnd());
-    ASSERT_GT(empty.width, 100);
-    ASSERT_GT(empty.height, 4);
-    EXPECT_EQ(FilledColumns(empty), 0);
-
-    // No message is handled between setting and looking: the screen already shows it.
-    bar->SetValue(50);
-    const Pixels half = Capture(bar->Hwnd());
-    const int filled = FilledColumns(half);
-    EXPECT_NEAR(filled, half.width / 2, 1);
-    EXPECT_EQ(std::count(half.colours.begin(), half.colours.end(), AdvProgressBar::DrawingColour()),
-              filled * half.height);
-    EXPECT_EQ(Capture(bar->Hwnd(), true), half);
-
-    bar->SetValue(-30);
-    const Pixels negative = Capture(bar->Hwnd());
-    EXPECT_NEAR(FilledColumns(negative), negative.width * 3 / 10, 1);
-    bar->SetValue(30);
-    EXPECT_EQ(Capture(bar->Hwnd()), negative);
-    bar->SetValue(0);
-    EXPECT_EQ(Capture(bar->Hwnd()), empty);
-}
-
-TEST_F(ProgressBarTest, GradientShowsTheModelsColumnsFromBlackToBlue) {
-    PlaceOverFirstPanel();
-    bar->SetGradient(true);
-    bar->SetValue(100);
-    const Pixels p = Capture(bar->Hwnd());
-    ASSERT_EQ(FilledColumns(p), p.width);
-    EXPECT_LE(GetBValue(p.At(0, 0)), 4);
-    EXPECT_GE(GetBValue(p.At(p.width - 1, 0)), 140);
-    ProgressBarModel model;
-    model.SetGradient(true);
-    model.SetValue(100);
-    for (const ColourSpan& span : model.FilledSpans(p.width, 0))
-        for (int x = span.left; x < span.right; ++x)
-            for (int y = 0; y < p.height; ++y)
-                EXPECT_EQ(p.At(x, y), span.colour) << x << "," << y;
+    EXPECT_EQ(bar.Hwnd(), nullptr);
 }
 
 #endif

@@ -15,32 +15,6 @@
 namespace tolvane {
 namespace {
 
-// The built program, for its resources.
-UniqueModule Program() {
-    return UniqueModule(LoadLibraryExA((test::BuiltProgramFolder() + "\\Tolvane.exe").c_str(),
-                                       nullptr,
-                                       LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
-}
-
-TEST(TreeIcons, EachIsInTheProgramAtEverySize) {
-    UniqueModule program = Program();
-    ASSERT_TRUE(program);
-    for (int id = IDI_TREE_USER; id <= IDI_TREE_STOPPED; ++id) {
-        // The icon group's directory: a count at byte 4, then 14-byte entries, width first.
-        HRSRC group = FindResourceA(program.get(), MAKEINTRESOURCEA(id), MAKEINTRESOURCEA(14));
-        ASSERT_NE(group, nullptr) << id;
-        const auto* dir =
-            static_cast<const BYTE*>(LockResource(LoadResource(program.get(), group)));
-        std::set<int> sizes;
-        for (int i = 0; i < (dir[4] | dir[5] << 8); ++i)
-            sizes.insert(dir[6 + 14 * i]);
-        EXPECT_EQ(sizes, (std::set<int>{16, 24, 32, 48})) << id;
-        EXPECT_TRUE(UniqueIcon(static_cast<HICON>(
-            LoadImageA(program.get(), MAKEINTRESOURCEA(id), IMAGE_ICON, 16, 16, 0))))
-            << id;
-    }
-}
-
 // A window that hands the tree's notifications to the binding, as the main window does.
 struct Host {
     TreeModel model;
@@ -124,20 +98,28 @@ std::vector<std::string> FromModel(const TreeModel& model) {
     return out;
 }
 
-TEST(TreeViewControl, ShowsTheModelAndHandsTheUsersChangesBack) {
-    UniqueModule program = Program();
+TEST(TreeViewControl, ShowsTheModelWithTheProgramsIconsAndHandsTheUsersChangesBack) {
+    UniqueModule program(LoadLibraryExA((test::BuiltProgramFolder() + "\\Tolvane.exe").c_str(),
+                                        nullptr,
+                                        LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
     ASSERT_TRUE(program);
+    for (int id = IDI_TREE_USER; id <= IDI_TREE_STOPPED; ++id) {
+        // The icon group's directory: a count at byte 4, then 14-byte entries, width first.
+        HRSRC group = FindResourceA(program.get(), MAKEINTRESOURCEA(id), MAKEINTRESOURCEA(14));
+        ASSERT_NE(group, nullptr) << id;
+        const auto* dir =
+            static_cast<const BYTE*>(LockResource(LoadResource(program.get(), group)));
+        std::set<int> sizes;
+        for (int i = 0; i < (dir[4] | dir[5] << 8); ++i)
+            sizes.insert(dir[6 + 14 * i]);
+        EXPECT_EQ(sizes, (std::set<int>{16, 24, 32, 48})) << id;
+    }
     Host host(program.get());
 
+    // The containers of every place, with all six pictures, and two items.
     StartupListing listing;
     listing.UserStartupFiles = {"Tool.lnk", "Known.lnk"};
-    listing.UserRunValues = {"A=C:\\a.exe"};
-    listing.MachineRunValues = {"M=C:\\m.exe"};
-    ProgramModel model;
-    model.ProgramGroups = {{"Startup", {{"Delayed.lnk", "", "Execute"}}}};
-    model.StartupGroupIndex = 0;
-    model.StoppedPrograms = {"_REGCU_C:\\s.exe"};
-    BuildStartupTree(host.model, listing, model, "Tolvane=x", {[] { return 1LL; }, {}});
+    BuildStartupTree(host.model, listing, ProgramModel(), "Tolvane=x", {[] { return 1LL; }, {}});
     MarkKnown(host.model, {{"Known", "a known one"}});
     host.model.Node(host.model.Find("CurrentUserRoot")).Expanded = true;
     host.model.Node(host.model.Find("CurrentUserStartup")).Expanded = true;

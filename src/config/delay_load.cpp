@@ -3,9 +3,9 @@
 #include <windows.h>
 
 #include "config/program_group_file.h"
-#include "items/run_data.h"
+#include "config/run_data.h"
 #include "platform/file_io.h"
-#include "text/language_files.h"
+#include "config/language_files.h"
 #include "platform/dir_struct.h"
 #include "platform/registry.h"
 #include "text/strings.h"

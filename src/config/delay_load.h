@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "startup/app_state.h"
+#include "config/app_state.h"
 
 namespace tolvane {
 

@@ -5,7 +5,7 @@
 #include "text/code_page.h"
 #include "text/language.h"
 #include "text/strings.h"
-#include "ui/tree_model.h"
+#include "models/tree_model.h"
 
 namespace tolvane {
 

@@ -6,10 +6,10 @@
 #include <optional>
 
 #include "config/delay_load.h"
-#include "items/run_data.h"
+#include "config/run_data.h"
 #include "platform/dir_struct.h"
 #include "platform/file_functions.h"
-#include "startup/app_state.h"
+#include "config/app_state.h"
 #include "text/placeholders.h"
 #include "text/strings.h"
 

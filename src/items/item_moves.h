@@ -17,7 +17,7 @@
 
 #include "config/program_model.h"
 #include "items/move_steps.h"
-#include "ui/tree_model.h"
+#include "models/tree_model.h"
 
 namespace tolvane {
 

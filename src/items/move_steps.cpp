@@ -5,7 +5,7 @@
 #include "platform/dir_struct.h"
 #include "platform/file_functions.h"
 #include "platform/file_io.h"
-#include "startup/app_state.h"
+#include "config/app_state.h"
 
 namespace tolvane {
 

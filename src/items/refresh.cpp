@@ -7,7 +7,7 @@
 #include "config/delay_load.h"
 #include "platform/dir_struct.h"
 #include "platform/registry.h"
-#include "startup/run_entry.h"
+#include "items/run_entry.h"
 #include "text/strings.h"
 
 namespace tolvane {

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "config/program_model.h"
-#include "startup/app_state.h"
-#include "ui/tree_model.h"
+#include "config/app_state.h"
+#include "models/tree_model.h"
 
 namespace tolvane {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "startup/app_state.h"
+#include "config/app_state.h"
 
 namespace tolvane {
 

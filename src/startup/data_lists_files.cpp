@@ -2,7 +2,7 @@
 
 #include "platform/file_io.h"
 #include "startup/data_lists.h"
-#include "startup/event_log.h"
+#include "platform/event_log.h"
 
 namespace tolvane {
 

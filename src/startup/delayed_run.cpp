@@ -9,7 +9,7 @@
 #include "platform/dir_struct.h"
 #include "platform/message_pump.h"
 #include "platform/registry.h"
-#include "startup/app_state.h"
+#include "config/app_state.h"
 #include "startup/launcher.h"
 #include "text/strings.h"
 

@@ -6,7 +6,7 @@
 
 #include "platform/handles.h"
 #include "platform/message_pump.h"
-#include "startup/app_state.h"
+#include "config/app_state.h"
 #include "text/strings.h"
 
 namespace tolvane {

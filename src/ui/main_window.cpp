@@ -7,9 +7,9 @@
 #include "text/strings.h"
 #include "platform/runtime_libraries.h"
 #include "resource_ids.h"
-#include "startup/app_state.h"
-#include "startup/main.h"
-#include "startup/run_entry.h"
+#include "config/app_state.h"
+#include "items/startup_folders.h"
+#include "items/run_entry.h"
 
 namespace tolvane {
 

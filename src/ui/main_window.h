@@ -11,7 +11,7 @@
 #include "startup/delayed_run.h"
 #include "ui/progress_bar.h"
 #include "ui/tray_icon.h"
-#include "ui/tree_model.h"
+#include "models/tree_model.h"
 #include "ui/tree_view.h"
 
 namespace tolvane {

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "platform/handles.h"
-#include "ui/tree_model.h"
+#include "models/tree_model.h"
 
 namespace tolvane {
 

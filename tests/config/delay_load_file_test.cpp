@@ -11,7 +11,7 @@
 #include "support/test_support.h"
 #include "support/win_test_support.h"
 #include "support/writer_models.h"
-#include "text/language_files.h"
+#include "config/language_files.h"
 
 namespace tolvane {
 namespace {

@@ -8,7 +8,7 @@
 #include "config/delay_load.h"
 #include "support/test_support.h"
 #include "support/writer_models.h"
-#include "text/language_files.h"
+#include "config/language_files.h"
 
 int main(int argc, char** argv) {
     if (argc < 4)

@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
 
 #include "config/program_group_file.h"
-#include "startup/app_state.h"
+#include "config/app_state.h"
 #include "support/test_support.h"
 #include "text/code_page.h"
 #include "text/language.h"
 #include "text/strings.h"
-#include "ui/tree_model.h"
+#include "models/tree_model.h"
 
 namespace tolvane {
 namespace {

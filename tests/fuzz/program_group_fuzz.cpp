@@ -7,7 +7,7 @@
 
 #include "config/program_group_file.h"
 #include "text/code_page.h"
-#include "ui/tree_model.h"
+#include "models/tree_model.h"
 
 using namespace tolvane;
 

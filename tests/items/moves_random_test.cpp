@@ -13,7 +13,7 @@
 #include <random>
 #include <tuple>
 
-#include "items/run_data.h"
+#include "config/run_data.h"
 #include "text/strings.h"
 
 namespace tolvane {

@@ -1,7 +1,7 @@
 #include "startup_fixture.h"
 
 #include "config/program_group_file.h"
-#include "startup/run_entry.h"
+#include "items/run_entry.h"
 
 namespace tolvane {
 namespace {

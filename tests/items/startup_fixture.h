@@ -12,7 +12,7 @@
 #include "items/item_moves.h"
 #include "items/refresh.h"
 #include "platform/registry.h"
-#include "startup/app_state.h"
+#include "config/app_state.h"
 #include "support/win_test_support.h"
 
 namespace tolvane::test {

@@ -12,9 +12,9 @@
 #include "config/program_group_file.h"
 #include "platform/registry.h"
 #include "records.h"
-#include "startup/app_state.h"
+#include "config/app_state.h"
 #include "startup/delayed_run.h"
-#include "startup/run_entry.h"
+#include "items/run_entry.h"
 #include "support/win_test_support.h"
 #include "text/language.h"
 

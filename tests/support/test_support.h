@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "config/program_model.h"
-#include "ui/tree_model.h"
-#include "ui/user_messages.h"
+#include "models/tree_model.h"
+#include "models/user_messages.h"
 
 namespace tolvane::test {
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "startup/data_lists.h"
-#include "startup/log_rules.h"
+#include "platform/log_rules.h"
 #include "support/test_support.h"
 
 namespace tolvane {

@@ -1,4 +1,4 @@
-#include "ui/tree_model.h"
+#include "models/tree_model.h"
 
 namespace tolvane {
 

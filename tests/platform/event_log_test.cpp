@@ -1,13 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <windows.h>
-
 #include <regex>
 
-#include "records.h"
-#include "startup/app_state.h"
-#include "startup/event_log.h"
-#include "startup/launcher.h"
+#include "platform/event_log.h"
 #include "support/win_test_support.h"
 
 namespace tolvane {
@@ -15,27 +10,6 @@ namespace {
 
 using test::ReadFileBytes;
 using test::WriteFileBytes;
-
-// Programs and shortcuts with their parameters: see the log-on run's test.
-TEST(Launcher, AQuotedPathStartsOnTheSecondAttemptAndAFailureIsLoggedOnce) {
-    test::TempFolder folder{"program"};
-    WriteFileBytes(folder / "log.txt", "");
-    test::CapturedMessages messages;
-    AppState app{folder.Path(), messages};
-    const std::string recorder = test::HelperProgram("start_recorder.exe");
-    const std::string record = folder / "record.txt";
-    LaunchProgram(app, "\"" + recorder + "\"", record + " quoted"); // as a Run value holds it
-    EXPECT_EQ(test::Names(test::WaitForStarts(record, 1)), std::vector<std::string>{"quoted"});
-    EXPECT_EQ(ReadFileBytes(folder / "log.txt"), ""); // nothing failed
-
-    LaunchProgram(app, "C:\\no\\such.exe", "");
-    LaunchProgram(app, "\"C:\\no\\quoted.exe\"", "-x");
-    LaunchProgram(app, "", "");
-    EXPECT_EQ(ReadFileBytes(folder / "log.txt"),
-              "Error: Program: C:\\no\\such.exe failed to start.\r\n"
-              "Error: Program: C:\\no\\quoted.exe failed to start.\r\n"
-              "Error: Program:  failed to start.\r\n");
-}
 
 // The prefixes of the levels show in the logs of the launcher's and the log-on run's tests.
 TEST(EventLog, WritesOnlyIntoAnExistingFileAndLosesTheOlderHalfAtFiveMegabytes) {

@@ -1,4 +1,4 @@
-#include "items/run_data.h"
+#include "config/run_data.h"
 
 #include <algorithm>
 

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "startup/main.h"
-#include "ui/user_messages.h"
+#include "app/main.h"
+#include "models/user_messages.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
-#include "text/language_files.h"
+#include "config/language_files.h"
 
 #include "platform/file_io.h"
-#include "startup/app_state.h"
+#include "config/app_state.h"
 #include "text/language.h"
 
 namespace tolvane {

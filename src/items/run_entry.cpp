@@ -1,8 +1,8 @@
-#include "startup/run_entry.h"
+#include "items/run_entry.h"
 
 #include "platform/registry.h"
-#include "startup/app_state.h"
-#include "startup/run_entry_steps.h"
+#include "config/app_state.h"
+#include "items/run_entry_steps.h"
 
 namespace tolvane {
 

@@ -1,4 +1,4 @@
-#include "startup/main.h"
+#include "app/main.h"
 
 #include <windows.h>
 #include <shlobj.h>
@@ -9,32 +9,16 @@
 #include "config/delay_load.h"
 #include "platform/handles.h"
 #include "platform/message_pump.h"
-#include "startup/app_state.h"
+#include "config/app_state.h"
 #include "startup/data_lists.h"
 #include "startup/delayed_run.h"
 #include "text/code_page.h"
-#include "text/language_files.h"
+#include "config/language_files.h"
+#include "items/startup_folders.h"
 #include "text/strings.h"
 #include "ui/main_window.h"
 
 namespace tolvane {
-
-std::string GetSpecialFolder(int csidl) {
-    UniquePidl folder;
-    if (FAILED(SHGetSpecialFolderLocation(nullptr, csidl, folder.put())) || !folder)
-        return std::string();
-    char path[512] = {};
-    if (!SHGetPathFromIDListA(folder.get(), path))
-        return std::string();
-    return std::string(path, strnlen(path, sizeof path));
-}
-
-void EnsureStartupFolders(AppState& app) {
-    if (app.folders.UserStartupFolder.empty())
-        app.folders.UserStartupFolder = GetSpecialFolder(CSIDL_STARTUP);
-    if (app.folders.CommonStartupFolder.empty())
-        app.folders.CommonStartupFolder = GetSpecialFolder(CSIDL_COMMON_STARTUP);
-}
 
 void InitGlobals(AppState& app) {
     if (app.model.Language.empty())

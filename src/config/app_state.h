@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "config/program_model.h"
-#include "startup/event_log.h"
+#include "platform/event_log.h"
 #include "text/text_tables.h"
-#include "ui/user_messages.h"
+#include "models/user_messages.h"
 
 namespace tolvane {
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "startup/log_rules.h"
-#include "startup/run_entry_steps.h"
+#include "platform/log_rules.h"
+#include "items/run_entry_steps.h"
 
 namespace tolvane {
 namespace {

@@ -1,4 +1,4 @@
-#include "startup/event_log.h"
+#include "platform/event_log.h"
 
 #include <windows.h>
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "startup/log_rules.h"
+#include "platform/log_rules.h"
 
 namespace tolvane {
 

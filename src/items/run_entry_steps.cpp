@@ -1,6 +1,6 @@
-#include "startup/run_entry_steps.h"
+#include "items/run_entry_steps.h"
 
-#include "startup/log_rules.h"
+#include "platform/log_rules.h"
 
 namespace tolvane {
 

@@ -1,4 +1,4 @@
-#include "startup/log_rules.h"
+#include "platform/log_rules.h"
 
 namespace tolvane {
 

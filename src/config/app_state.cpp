@@ -1,4 +1,4 @@
-#include "startup/app_state.h"
+#include "config/app_state.h"
 
 #include "text/code_page.h"
 

@@ -12,13 +12,6 @@ namespace tolvane {
 class AppState;
 class UserMessages;
 
-// The path of a shell special folder (CSIDL), "" when the shell has none.
-std::string GetSpecialFolder(int csidl);
-
-// The current user's and the all-users Startup folders, looked up when first needed: the
-// log-on run never reads them, and asking the shell costs its first launch time.
-void EnsureStartupFolders(AppState& app);
-
 // Language, texts, the online-search template and the safe list.
 void InitGlobals(AppState& app);
 

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/registry.h"
-#include "startup/app_state.h"
-#include "startup/run_entry.h"
+#include "config/app_state.h"
+#include "items/run_entry.h"
 #include "support/win_test_support.h"
 
 namespace tolvane {

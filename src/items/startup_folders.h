@@ -1,0 +1,17 @@
+// The two Startup folders, as the shell names them.
+#pragma once
+
+#include <string>
+
+namespace tolvane {
+
+class AppState;
+
+// The path of a shell special folder (CSIDL), "" when the shell has none.
+std::string GetSpecialFolder(int csidl);
+
+// The current user's and the all-users Startup folders, looked up when first needed: the
+// log-on run never reads them, and asking the shell costs its first launch time.
+void EnsureStartupFolders(AppState& app);
+
+} // namespace tolvane

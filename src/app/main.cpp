@@ -63,15 +63,6 @@ std::string InstanceMutexName() {
     return name;
 }
 
-int MessageLoop() {
-    MSG msg;
-    while (GetMessageA(&msg, nullptr, 0, 0) > 0) {
-        TranslateMessage(&msg);
-        DispatchMessageA(&msg);
-    }
-    return 0;
-}
-
 } // namespace
 
 int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& messages) {
@@ -120,7 +111,7 @@ int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& mes
             return 1;
     }
     // A window that is still there keeps the process alive until it is closed for good.
-    int code = window && window->Handle() ? MessageLoop() : 0;
+    int code = window && window->Handle() ? RunMessageLoop() : 0;
     window.reset();
     return code;
 }

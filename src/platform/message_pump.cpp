@@ -2,9 +2,27 @@
 
 #include <windows.h>
 
+#include <algorithm>
+#include <vector>
+
 namespace tolvane {
 
 namespace {
+
+// One thread, the user interface's: no lock.
+std::vector<HWND>& DialogWindows() {
+    static std::vector<HWND> windows;
+    return windows;
+}
+HWND acceleratorWindow = nullptr;
+HACCEL acceleratorTable = nullptr;
+
+void Dispatch(MSG& msg) {
+    if (PreTranslate(msg))
+        return;
+    TranslateMessage(&msg);
+    DispatchMessageA(&msg);
+}
 
 // Returns false when a quit message came (it is posted again for the main loop).
 bool DispatchWaiting() {
@@ -14,13 +32,44 @@ bool DispatchWaiting() {
             PostQuitMessage(static_cast<int>(msg.wParam));
             return false;
         }
-        TranslateMessage(&msg);
-        DispatchMessageA(&msg);
+        Dispatch(msg);
     }
     return true;
 }
 
 } // namespace
+
+void AddDialogWindow(HWND dialog) {
+    DialogWindows().push_back(dialog);
+}
+
+void RemoveDialogWindow(HWND dialog) {
+    auto& windows = DialogWindows();
+    windows.erase(std::remove(windows.begin(), windows.end(), dialog), windows.end());
+}
+
+void SetAccelerators(HWND window, HACCEL table) {
+    acceleratorWindow = window;
+    acceleratorTable = table;
+}
+
+bool PreTranslate(MSG& msg) {
+    if (acceleratorTable && IsWindow(acceleratorWindow) &&
+        (msg.hwnd == acceleratorWindow || IsChild(acceleratorWindow, msg.hwnd)) &&
+        TranslateAcceleratorA(acceleratorWindow, acceleratorTable, &msg))
+        return true;
+    for (HWND dialog : DialogWindows())
+        if (IsDialogMessageA(dialog, &msg))
+            return true;
+    return false;
+}
+
+int RunMessageLoop() {
+    MSG msg;
+    while (GetMessageA(&msg, nullptr, 0, 0) > 0)
+        Dispatch(msg);
+    return static_cast<int>(msg.wParam);
+}
 
 void YieldToMessageLoop() {
     DispatchWaiting();

@@ -2,10 +2,23 @@
 // icon stay responsive.
 #pragma once
 
+#include <windows.h>
+
 #include <cstdint>
 #include <functional>
 
 namespace tolvane {
+
+// Windows whose keys every message loop of the program hands over first: an open modeless
+// dialog takes Tab, Enter and Escape; a window's accelerator table turns keys into commands.
+void AddDialogWindow(HWND dialog);
+void RemoveDialogWindow(HWND dialog);
+void SetAccelerators(HWND window, HACCEL table);
+// True when the message was handed over that way and needs no further dispatch.
+bool PreTranslate(MSG& msg);
+
+// The program's main loop, until WM_QUIT; returns its exit code.
+int RunMessageLoop();
 
 // Hands every waiting message to its window and returns. A quit message is put back for the
 // main loop to find.

@@ -8,23 +8,6 @@ namespace tolvane {
 
 namespace {
 
-constexpr const char* kClassName = "TolvaneAdvProgressBar";
-
-// The class is registered on first use and stays for the life of the process.
-bool RegisterClassOnce(WNDPROC procedure) {
-    static const bool registered = [procedure] {
-        WNDCLASSA wc{};
-        // Any change of size repaints all of it: the scale stretches over the whole width.
-        wc.style = CS_HREDRAW | CS_VREDRAW;
-        wc.lpfnWndProc = procedure;
-        wc.hInstance = GetModuleHandleA(nullptr);
-        wc.hCursor = LoadCursorA(nullptr, MAKEINTRESOURCEA(32512)); // the arrow
-        wc.lpszClassName = kClassName;
-        return RegisterClassA(&wc) != 0 || GetLastError() == ERROR_CLASS_ALREADY_EXISTS;
-    }();
-    return registered;
-}
-
 bool IsStatusBar(HWND window) {
     std::array<char, 64> name{};
     if (!window || GetClassNameA(window, name.data(), static_cast<int>(name.size())) == 0)
@@ -34,12 +17,16 @@ bool IsStatusBar(HWND window) {
 
 } // namespace
 
-AdvProgressBar::AdvProgressBar(HWND container) : parent_(container) {
-    if (!RegisterClassOnce(&AdvProgressBar::WindowProc))
-        return;
+AdvProgressBar::AdvProgressBar(HWND container, const EventLog* log)
+    : Window(log, "Progress Bar Error: "), parent_(container) {
     // The window learns its object in WM_NCCREATE, before any message needs it.
-    CreateWindowExA(0, kClassName, "", WS_CHILD | WS_VISIBLE | WS_CLIPSIBLINGS, 0, 0, 0, 0,
-                    container, nullptr, GetModuleHandleA(nullptr), this);
+    Create(GetModuleHandleA(nullptr), 0, "", WS_CHILD | WS_VISIBLE | WS_CLIPSIBLINGS, 0, 0, 0, 0,
+           container);
+}
+
+void AdvProgressBar::ClassStyle(WNDCLASSEXA& wc) {
+    // Any change of size repaints all of it: the scale stretches over the whole width.
+    wc.style = CS_HREDRAW | CS_VREDRAW;
 }
 
 Colour AdvProgressBar::DrawingColour() {
@@ -76,9 +63,9 @@ void AdvProgressBar::SetGradient(bool gradient) {
 }
 
 void AdvProgressBar::SetMyParent(HWND parent) {
-    if (!window_ || !IsWindow(parent))
+    if (!Hwnd() || !IsWindow(parent))
         return;
-    if (!SetParent(window_.get(), parent))
+    if (!SetParent(Hwnd(), parent))
         return;
     parent_ = parent;
     Reposition();
@@ -92,20 +79,20 @@ void AdvProgressBar::SetStatusBarPanelIndex(int32_t index) {
 void AdvProgressBar::Reposition() {
     // The panel's rectangle is asked only of a status bar: to any other window the same
     // message number means something else.
-    if (!window_ || panelIndex_ < 1 || !IsStatusBar(parent_))
+    if (!Hwnd() || panelIndex_ < 1 || !IsStatusBar(parent_))
         return;
     RECT panel{};
     if (!SendMessageA(parent_, SB_GETRECT, static_cast<WPARAM>(panelIndex_ - 1),
                       reinterpret_cast<LPARAM>(&panel)))
         return;
-    SetWindowPos(window_.get(), HWND_TOP, panel.left, panel.top, panel.right - panel.left,
+    SetWindowPos(Hwnd(), HWND_TOP, panel.left, panel.top, panel.right - panel.left,
                  panel.bottom - panel.top, SWP_NOACTIVATE);
 }
 
 void AdvProgressBar::Redraw(bool now) {
-    if (!window_)
+    if (!Hwnd())
         return;
-    RedrawWindow(window_.get(), nullptr, nullptr, RDW_INVALIDATE | (now ? RDW_UPDATENOW : 0));
+    RedrawWindow(Hwnd(), nullptr, nullptr, RDW_INVALIDATE | (now ? RDW_UPDATENOW : 0));
 }
 
 void AdvProgressBar::Render(HDC dc, int width, int height) const {
@@ -124,7 +111,7 @@ void AdvProgressBar::Render(HDC dc, int width, int height) const {
 // before the fill, which would flicker while a refresh moves the bar in quick steps.
 void AdvProgressBar::PaintBuffered(HDC dc) const {
     RECT client{};
-    GetClientRect(window_.get(), &client);
+    GetClientRect(Hwnd(), &client);
     const int width = client.right - client.left, height = client.bottom - client.top;
     if (width <= 0 || height <= 0)
         return;
@@ -139,8 +126,7 @@ void AdvProgressBar::PaintBuffered(HDC dc) const {
     BitBlt(dc, 0, 0, width, height, memory.get(), 0, 0, SRCCOPY);
 }
 
-LRESULT AdvProgressBar::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
-    HWND window = window_.get();
+LRESULT AdvProgressBar::HandleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
     case WM_ERASEBKGND:
         return 1; // the paint covers every pixel
@@ -152,30 +138,6 @@ LRESULT AdvProgressBar::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam
     case WM_PRINTCLIENT:
         PaintBuffered(reinterpret_cast<HDC>(wParam));
         return 0;
-    case WM_NCDESTROY:
-        // The window goes with its container: the object must not destroy it a second time.
-        SetWindowLongPtrA(window, GWLP_USERDATA, 0);
-        window_.release();
-        return DefWindowProcA(window, message, wParam, lParam);
-    }
-    return DefWindowProcA(window, message, wParam, lParam);
-}
-
-LRESULT CALLBACK AdvProgressBar::WindowProc(HWND window, UINT message, WPARAM wParam,
-                                            LPARAM lParam) {
-    try {
-        if (message == WM_NCCREATE) {
-            auto* create = reinterpret_cast<CREATESTRUCTA*>(lParam);
-            auto* bar = static_cast<AdvProgressBar*>(create->lpCreateParams);
-            bar->window_.reset(window);
-            SetWindowLongPtrA(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(bar));
-        }
-        auto* bar = reinterpret_cast<AdvProgressBar*>(GetWindowLongPtrA(window, GWLP_USERDATA));
-        if (bar && bar->window_.get() == window)
-            return bar->HandleMessage(message, wParam, lParam);
-    } catch (...) {
-        // Nothing may unwind into the system's code. A paint that failed has ended its
-        // BeginPaint scope already, so no endless stream of paint messages follows.
     }
     return DefWindowProcA(window, message, wParam, lParam);
 }

@@ -10,16 +10,16 @@
 
 #include "platform/handles.h"
 #include "ui/progress_bar_model.h"
+#include "ui/window.h"
 
 namespace tolvane {
 
-class AdvProgressBar {
+class AdvProgressBar : public Window<AdvProgressBar> {
 public:
+    static constexpr const char* kClassName = "TolvaneAdvProgressBar";
+
     // Creates the control's window as a child of the container, empty and not yet placed.
-    explicit AdvProgressBar(HWND container);
-    AdvProgressBar(const AdvProgressBar&) = delete;
-    AdvProgressBar& operator=(const AdvProgressBar&) = delete;
-    ~AdvProgressBar() = default;
+    explicit AdvProgressBar(HWND container, const EventLog* log = nullptr);
 
     // Setting the value or the share shows the new bar at once, before the caller goes on:
     // the bar moves during work that does not return to the message loop in between.
@@ -35,8 +35,7 @@ public:
     void SetGradient(bool gradient);
     bool Gradient() const { return model_.Gradient(); }
 
-    // The control's window; nullptr once the window is gone (with its container, say).
-    HWND Hwnd() const { return window_.get(); }
+    // Hwnd(): the control's window; nullptr once the window is gone (with its container, say).
 
     // Moves the control's window into another window. A panel already chosen is covered
     // again in the new one.
@@ -57,15 +56,15 @@ public:
     // The colour of the rest of the drawing area: the face of buttons and status bars.
     static Colour BackgroundColour();
 
+    static void ClassStyle(WNDCLASSEXA& wc);
+    LRESULT HandleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
 private:
-    static LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
-    LRESULT HandleMessage(UINT message, WPARAM wParam, LPARAM lParam);
     void Render(HDC dc, int width, int height) const;
     void PaintBuffered(HDC dc) const;
     void Redraw(bool now);
 
     ProgressBarModel model_;
-    UniqueWindow window_;
     HWND parent_ = nullptr;
     int32_t panelIndex_ = 0;
 };

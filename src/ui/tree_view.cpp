@@ -23,15 +23,14 @@ std::vector<std::pair<std::string, int>> TreeViewControl::StartupTreeIcons() {
 
 TreeViewControl::TreeViewControl(HWND parent, int id, HMODULE iconModule) : parent_(parent) {
     EnsureCommonControls();
-    tree_.reset(CreateWindowExA(WS_EX_CLIENTEDGE, WC_TREEVIEWA, "",
-                                WS_CHILD | WS_VISIBLE | WS_TABSTOP | TVS_HASLINES | TVS_HASBUTTONS |
-                                    TVS_LINESATROOT | TVS_SHOWSELALWAYS | TVS_INFOTIP,
-                                0, 0, 100, 100, parent, reinterpret_cast<HMENU>(INT_PTR(id)),
-                                GetModuleHandleA(nullptr), nullptr));
+    tree_ = (CreateWindowExA(WS_EX_CLIENTEDGE, WC_TREEVIEWA, "",
+                             WS_CHILD | WS_VISIBLE | WS_TABSTOP | TVS_HASLINES | TVS_HASBUTTONS |
+                                 TVS_LINESATROOT | TVS_SHOWSELALWAYS | TVS_INFOTIP,
+                             0, 0, 100, 100, parent, reinterpret_cast<HMENU>(INT_PTR(id)),
+                             GetModuleHandleA(nullptr), nullptr));
     // Check boxes are switched on after the control exists: given at creation, the boxes lose
     // the states set before the first paint.
-    SetWindowLongPtrA(tree_.get(), GWL_STYLE,
-                      GetWindowLongPtrA(tree_.get(), GWL_STYLE) | TVS_CHECKBOXES);
+    SetWindowLongPtrA(tree_, GWL_STYLE, GetWindowLongPtrA(tree_, GWL_STYLE) | TVS_CHECKBOXES);
 
     const int size = GetSystemMetrics(SM_CXSMICON);
     images_.reset(ImageListCreate(size, size, ILC_COLOR32 | ILC_MASK, 6, 0));
@@ -41,8 +40,7 @@ TreeViewControl::TreeViewControl(HWND parent, int id, HMODULE iconModule) : pare
         if (icon && images_)
             imageIndex_[key] = ImageListAddIcon(images_.get(), icon.get());
     }
-    SendMessageA(tree_.get(), TVM_SETIMAGELIST, TVSIL_NORMAL,
-                 reinterpret_cast<LPARAM>(images_.get()));
+    SendMessageA(tree_, TVM_SETIMAGELIST, TVSIL_NORMAL, reinterpret_cast<LPARAM>(images_.get()));
 }
 
 HTREEITEM TreeViewControl::ItemOf(int node) const {
@@ -55,7 +53,7 @@ int TreeViewControl::NodeOf(HTREEITEM item) const {
 }
 
 void TreeViewControl::Render(const TreeModel& model) {
-    HWND tree = tree_.get();
+    HWND tree = tree_;
     // One repaint for the whole tree instead of one per node.
     SendMessageA(tree, WM_SETREDRAW, FALSE, 0);
     SendMessageA(tree, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
@@ -95,9 +93,8 @@ void TreeViewControl::Render(const TreeModel& model) {
 std::vector<int> TreeViewControl::ReadChecks(TreeModel& model) const {
     std::vector<int> changed;
     for (size_t i = 0; i < items_.size() && i < model.Count(); ++i) {
-        const UINT state = static_cast<UINT>(SendMessageA(tree_.get(), TVM_GETITEMSTATE,
-                                                          reinterpret_cast<WPARAM>(items_[i]),
-                                                          TVIS_STATEIMAGEMASK));
+        const UINT state = static_cast<UINT>(SendMessageA(
+            tree_, TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(items_[i]), TVIS_STATEIMAGEMASK));
         const bool checked = (state & TVIS_STATEIMAGEMASK) == INDEXTOSTATEIMAGEMASK(2);
         TreeNode& node = model.Node(static_cast<int>(i));
         if (node.Checked != checked) {
@@ -115,12 +112,12 @@ void TreeViewControl::ShowChecks(const TreeModel& model) const {
         item.hItem = items_[i];
         item.stateMask = TVIS_STATEIMAGEMASK;
         item.state = StateImage(model.Node(static_cast<int>(i)).Checked);
-        SendMessageA(tree_.get(), TVM_SETITEMA, 0, reinterpret_cast<LPARAM>(&item));
+        SendMessageA(tree_, TVM_SETITEMA, 0, reinterpret_cast<LPARAM>(&item));
     }
 }
 
 bool TreeViewControl::OnNotify(const NMHDR* header, TreeModel& model, LRESULT& result) {
-    if (header->hwndFrom != tree_.get())
+    if (header->hwndFrom != tree_)
         return false;
     result = 0;
     switch (header->code) {

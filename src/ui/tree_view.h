@@ -1,5 +1,6 @@
-// A Win32 TreeView that shows a TreeModel: texts, pictures, check boxes, bold and open nodes,
-// and that hands the user's checks, openings and selection back to the model.
+// A Win32 TreeView, a child of its parent window, that shows a TreeModel: texts, pictures, check
+// boxes, bold and open nodes, and that hands the user's checks, openings and selection back to the
+// model.
 #pragma once
 
 #include <windows.h>
@@ -26,7 +27,7 @@ public:
     TreeViewControl(const TreeViewControl&) = delete;
     TreeViewControl& operator=(const TreeViewControl&) = delete;
 
-    HWND Hwnd() const { return tree_.get(); }
+    HWND Hwnd() const { return tree_; }
 
     // Shows the model, node for node, in its order.
     void Render(const TreeModel& model);
@@ -49,7 +50,8 @@ public:
     int NodeOf(HTREEITEM item) const;
 
 private:
-    UniqueWindow tree_;
+    HWND tree_ = nullptr; // the parent's child: destroyed with it
+
     HWND parent_;
     UniqueImageList images_;
     std::map<std::string, int, std::less<>> imageIndex_;

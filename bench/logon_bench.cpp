@@ -3,7 +3,8 @@
 //     against a program that only starts that program;
 //  2. launch timing: the largest gap between planned and actual start of 10 delayed programs;
 //  3. memory while waiting: private bytes of the waiting process against a program that only
-//     shows a tray icon.
+//     shows a tray icon;
+//  4. the same once the tray menu was built and shown once.
 //   logon_bench <bin folder> <start_recorder.exe> <shellexec_baseline.exe> <tray_baseline.exe>
 #include <windows.h>
 #include <psapi.h>
@@ -109,6 +110,19 @@ unsigned long long PrivateBytes(HANDLE process) {
     return counters.PagefileUsage;
 }
 
+// A window of the process with that class, once there is one (nullptr after 5 s).
+// Message-only windows are looked for below HWND_MESSAGE.
+HWND WindowOf(DWORD process, const char* className, bool visibleOnly, HWND parent = nullptr) {
+    for (int waited = 0; waited < 5000; waited += 50, Sleep(50))
+        for (HWND w = nullptr; (w = FindWindowExA(parent, w, className, nullptr));) {
+            DWORD owner = 0;
+            GetWindowThreadProcessId(w, &owner);
+            if (owner == process && (!visibleOnly || IsWindowVisible(w)))
+                return w;
+        }
+    return nullptr;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -172,10 +186,28 @@ int main(int argc, char** argv) {
     Sleep(3000);
     const double ownBytes = static_cast<double>(PrivateBytes(waiting));
     const double trayBytes = static_cast<double>(PrivateBytes(baselineProcess));
-    TerminateProcess(waiting, 0);
-    TerminateProcess(baselineProcess, 0);
     std::printf("private bytes while waiting: Tolvane %.0f KB, tray-only baseline %.0f KB, ratio "
                 "%.2f (goal <= 1.3)\n",
                 ownBytes / 1024, trayBytes / 1024, ownBytes / trayBytes);
-    return 0;
+
+    // 4. The same once the tray menu was built and shown: a right click on the icon, Escape.
+    const DWORD id = GetProcessId(waiting);
+    HWND trayWindow = WindowOf(id, "TolvaneTrayIcon", false, HWND_MESSAGE);
+    PostMessageA(trayWindow, WM_APP + 1, 1, WM_RBUTTONUP);
+    const bool shown = WindowOf(id, "#32768", true) != nullptr;
+    INPUT escape[2] = {};
+    escape[0].type = escape[1].type = INPUT_KEYBOARD;
+    escape[0].ki.wVk = escape[1].ki.wVk = VK_ESCAPE;
+    escape[1].ki.dwFlags = KEYEVENTF_KEYUP;
+    SendInput(2, escape, sizeof(INPUT));
+    Sleep(2000);
+    const double menuBytes = static_cast<double>(PrivateBytes(waiting));
+    const double trayAgain = static_cast<double>(PrivateBytes(baselineProcess));
+    TerminateProcess(waiting, 0);
+    TerminateProcess(baselineProcess, 0);
+    std::printf("private bytes while waiting, tray menu %s once: Tolvane %.0f KB, tray-only "
+                "baseline %.0f KB, ratio %.2f (goal <= 1.1)\n",
+                shown ? "shown" : "NOT shown", menuBytes / 1024, trayAgain / 1024,
+                menuBytes / trayAgain);
+    return shown ? 0 : 1;
 }

@@ -7,6 +7,7 @@
 #include "platform/file_io.h"
 #include "config/language_files.h"
 #include "platform/dir_struct.h"
+#include "platform/environment.h"
 #include "platform/registry.h"
 #include "text/strings.h"
 
@@ -63,15 +64,23 @@ bool CDelayLoad::StoppedInfoOf(int index, std::string& path, std::string& parame
         // The saved copy holds the command exactly; an entry that names its value holds it too,
         // without its quotes, should the copy be gone.
         std::string data;
-        if (i >= 0)
-            data = SplitNameData(saved[static_cast<size_t>(i)]).Data;
-        else if (auto named = NamedStoppedValue(name))
+        bool expand = false;
+        const RegistryRoot root = machine ? RegistryRoot::LocalMachine : RegistryRoot::CurrentUser;
+        if (i >= 0) {
+            const NameData copy = SplitNameData(saved[static_cast<size_t>(i)]);
+            data = copy.Data;
+            // Windows fills in the variables of an expandable command before it starts it.
+            auto value = CRegistry().GetValue(
+                root, machine ? kSavedMachineRunKey : kSavedUserRunKey, copy.Name);
+            expand = value && value->Type == REG_EXPAND_SZ;
+        } else if (auto named = NamedStoppedValue(name)) {
             data = named->Data;
-        else
+        } else {
             return true;
+        }
         RunCommandParts parts = SplitRunData(Trim(data));
-        path = parts.Path;
-        parameters = parts.Parameters;
+        path = expand ? ExpandEnvironment(parts.Path) : parts.Path;
+        parameters = expand ? ExpandEnvironment(parts.Parameters) : parts.Parameters;
         return true;
     }
     return true;

@@ -30,7 +30,8 @@ public:
 
     // The path and parameters that start a stopped item, given its whole entry (prefix and
     // name) or its index. Shortcuts lie in the items folders; Run values are found among the
-    // saved copies. False when the entry is unknown.
+    // saved copies, an expandable one with its variables filled in. False when the entry is
+    // unknown.
     bool GetStoppedInfo(std::string_view entry, std::string& path, std::string& parameters);
     bool GetStoppedInfo(int index, std::string& path, std::string& parameters);
 

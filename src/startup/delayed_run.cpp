@@ -7,6 +7,7 @@
 
 #include "config/delay_load.h"
 #include "platform/dir_struct.h"
+#include "platform/environment.h"
 #include "platform/message_pump.h"
 #include "platform/registry.h"
 #include "config/app_state.h"
@@ -34,13 +35,14 @@ public:
 
 // Waits until the deadline, with the wait flags as the tray and the window read them.
 void WaitUntil(AppState& app, RunClock& clock, uint64_t deadline) {
+    const bool outer = app.wait.WaitActive;
     app.wait.WaitActive = true;
     try {
         clock.WaitUntil(deadline, [&] { return app.wait.QuitRequested; });
     } catch (const std::exception& e) {
         app.log.WriteLog(std::string("Error in wait: ") + e.what(), kLogWarning);
     }
-    app.wait.WaitActive = false;
+    app.wait.WaitActive = outer;
 }
 
 uint64_t Milliseconds(float seconds) {
@@ -56,17 +58,6 @@ bool IsBareName(std::string_view path) {
     return !path.empty() && path.find_first_of("\\/:\"") == std::string_view::npos;
 }
 
-std::string ExpandEnvironment(const std::string& text) {
-    if (!Contains(text, "%"))
-        return text;
-    const DWORD n = ExpandEnvironmentStringsA(text.c_str(), nullptr, 0);
-    std::string out(n, '\0');
-    if (n == 0 || ExpandEnvironmentStringsA(text.c_str(), out.data(), n) != n)
-        return text;
-    out.resize(n - 1);
-    return out;
-}
-
 } // namespace
 
 RunClock& MessageLoopClock() {
@@ -75,9 +66,12 @@ RunClock& MessageLoopClock() {
 }
 
 void WaitMilliseconds(AppState& app, long long milliseconds) {
+    WaitMilliseconds(app, MessageLoopClock(), milliseconds);
+}
+
+void WaitMilliseconds(AppState& app, RunClock& clock, long long milliseconds) {
     if (milliseconds <= 0)
         return;
-    RunClock& clock = MessageLoopClock();
     WaitUntil(app, clock, clock.NowMs() + static_cast<uint64_t>(milliseconds));
 }
 

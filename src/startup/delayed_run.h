@@ -21,6 +21,9 @@ public:
     virtual bool IsVisible() const = 0;
     // Closes the window for good; with no window left the process ends.
     virtual void Unload() = 0;
+    // Shows the window as the user asked for it, built and in front; during the log-on run it
+    // counts as opened by the user.
+    virtual void Open() = 0;
 };
 
 // The time the run goes by, and how it waits. The program's own clock serves the message loop
@@ -38,7 +41,10 @@ RunClock& MessageLoopClock();
 using ProgramLauncher = std::function<void(const std::string& path, const std::string& parameters)>;
 
 // Waits the time while the message loop is served; stops at once when the program is quitting.
+// A wait inside another (a tray command while the log-on run waits) leaves WaitActive as the
+// outer wait has it.
 void WaitMilliseconds(AppState& app, long long milliseconds);
+void WaitMilliseconds(AppState& app, RunClock& clock, long long milliseconds);
 
 // A bare file name ("Word.lnk", "Notes.url", "go.bat") is looked for in the items folders,
 // those of the command's own location first, whatever the kind of file and the letter case of

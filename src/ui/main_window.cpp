@@ -2,22 +2,28 @@
 
 #include <exception>
 
+#include "config/app_state.h"
 #include "items/item_moves.h"
 #include "items/refresh.h"
-#include "text/strings.h"
+#include "items/run_entry.h"
+#include "items/startup_folders.h"
+#include "platform/message_pump.h"
 #include "platform/runtime_libraries.h"
 #include "resource_ids.h"
-#include "config/app_state.h"
-#include "items/startup_folders.h"
-#include "items/run_entry.h"
+#include "startup/tray_commands.h"
+#include "text/strings.h"
+#include "ui/tray_menu_view.h"
 
 namespace tolvane {
 
 namespace {
 
-constexpr const char* kClassName = "TolvaneStartupItems";
 constexpr int kTreeId = 100;
-enum : UINT { kMenuOpen = 1, kMenuQuit = 2 };
+// The first showing builds the tree once the window is on screen.
+constexpr UINT kFirstShown = WM_APP + 2;
+
+// The Menus entries of the item popup's moves.
+constexpr size_t kDelayText = 17, kStopText = 18, kRunText = 19;
 
 } // namespace
 
@@ -26,42 +32,78 @@ UINT OpenWindowMessage() {
     return message;
 }
 
-MainWindow::MainWindow(AppState& app, HINSTANCE instance) : app_(app), instance_(instance) {}
+MainWindow::MainWindow(AppState& app, HINSTANCE instance)
+    : Window(&app.log, "Startup Items Error! Reported: "), app_(app), instance_(instance),
+      tray_(&app.log) {
+    AddCommands();
+}
 
 MainWindow::~MainWindow() {
-    tray_.Remove();
-    if (window_) {
-        SetWindowLongPtrA(window_, GWLP_USERDATA, 0);
-        DestroyWindow(window_);
-    }
+    tray_.RemoveTrayIcon();
+    SetAccelerators(nullptr, nullptr);
+}
+
+void MainWindow::ClassStyle(WNDCLASSEXA& wc) {
+    wc.hIcon = LoadIconA(wc.hInstance, MAKEINTRESOURCEA(IDI_TOLVANE));
+    wc.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
+}
+
+void MainWindow::AddCommands() {
+    commands_.Add(ID_CMD_OPEN, [this] { Open(); });
+    commands_.Add(ID_CMD_QUIT, [this] { EndForGood(); });
+    commands_.Add(
+        ID_CMD_REFRESH, [this] { Refresh(); }, [this] { return treeView_ != nullptr; });
+    // The moves of the selected item, as its place in the tree allows them.
+    auto selected = [this] {
+        const int node = tree_.Selected();
+        auto place = PlaceOf(tree_, node);
+        return place && tree_.Node(node).Tag == kPopupTag ? place : std::nullopt;
+    };
+    commands_.Add(
+        ID_CMD_DELAY, [this] { MoveSelected(ID_CMD_DELAY); },
+        [selected] {
+            auto p = selected();
+            return p && p->State != ItemState::Delayed;
+        });
+    commands_.Add(
+        ID_CMD_STOP, [this] { MoveSelected(ID_CMD_STOP); },
+        [selected] {
+            auto p = selected();
+            return p && p->State != ItemState::Stopped;
+        });
+    commands_.Add(
+        ID_CMD_RUN, [this] { MoveSelected(ID_CMD_RUN); },
+        [selected] {
+            auto p = selected();
+            return p && p->State != ItemState::Active;
+        });
 }
 
 bool MainWindow::Load() {
-    WNDCLASSEXA wc{sizeof wc};
-    if (!GetClassInfoExA(instance_, kClassName, &wc)) {
-        wc.cbSize = sizeof wc;
-        wc.lpfnWndProc = WindowProc;
-        wc.hInstance = instance_;
-        wc.hIcon = LoadIconA(instance_, MAKEINTRESOURCEA(IDI_TOLVANE));
-        wc.hCursor = LoadCursorA(nullptr, MAKEINTRESOURCEA(32512));
-        wc.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
-        wc.lpszClassName = kClassName;
-        if (!RegisterClassExA(&wc))
-            return false;
-    }
-    window_ = CreateWindowExA(0, kClassName, kMainWindowTitle, WS_OVERLAPPEDWINDOW, CW_USEDEFAULT,
-                              CW_USEDEFAULT, 760, 520, nullptr, nullptr, instance_, this);
-    if (!window_)
+    if (!Create(instance_, 0, kMainWindowTitle, WS_OVERLAPPEDWINDOW, CW_USEDEFAULT, CW_USEDEFAULT,
+                760, 520, nullptr))
         return false;
+    SetAccelerators(Hwnd(), LoadAcceleratorsA(instance_, MAKEINTRESOURCEA(IDA_MAIN)));
     icon_.reset(
         static_cast<HICON>(LoadImageA(instance_, "clock", IMAGE_ICON, GetSystemMetrics(SM_CXSMICON),
                                       GetSystemMetrics(SM_CYSMICON), 0)));
-    tray_.Add(window_, icon_.get(), "Tolvane");
+    if (tray_.Create(instance_)) {
+        tray_.SetPicture(icon_.get());
+        tray_.FormToPopup = Hwnd();
+        tray_.BuildMenu = [this] { return TrayMenuChoice(); };
+        tray_.ItemClicked = [this](int number) { TrayMenuCommand(app_, *this, trayMenu_, number); };
+        tray_.LoadTrayIcon("Tolvane");
+    }
     if (app_.ShowGui) {
         ShowWindowNow(SW_SHOWNORMAL);
-        UpdateWindow(window_);
+        UpdateWindow(Hwnd());
     }
     return true;
+}
+
+int MainWindow::TrayMenuChoice() {
+    trayMenu_ = BuildTrayMenuModel(app_);
+    return ShowTrayMenu(Hwnd(), trayMenu_);
 }
 
 void MainWindow::EnsureContent() {
@@ -70,19 +112,19 @@ void MainWindow::EnsureContent() {
     EnsureCommonControls();
     EnsureStartupFolders(app_);
     statusBar_ = CreateWindowExA(0, STATUSCLASSNAMEA, "", WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP, 0,
-                                 0, 0, 0, window_, nullptr, instance_, nullptr);
+                                 0, 0, 0, Hwnd(), nullptr, instance_, nullptr);
     int parts[] = {200, -1};
     SendMessageA(statusBar_, SB_SETPARTS, 2, reinterpret_cast<LPARAM>(parts));
     SendMessageA(statusBar_, SB_SETTEXTA, 1,
                  reinterpret_cast<LPARAM>(TextTables::Entry(app_.text.Toolbar, 6).c_str()));
-    progress_ = std::make_unique<AdvProgressBar>(window_);
+    progress_ = std::make_unique<AdvProgressBar>(Hwnd(), &app_.log);
     progress_->SetMin(0);
     progress_->SetMax(100);
     progress_->SetValue(0);
     progress_->SetGradient(false);
     progress_->SetMyParent(statusBar_);
     progress_->SetStatusBarPanelIndex(1);
-    treeView_ = std::make_unique<TreeViewControl>(window_, kTreeId, instance_);
+    treeView_ = std::make_unique<TreeViewControl>(Hwnd(), kTreeId, instance_);
     treeView_->ToolTip = [this](int node) {
         return node == TreeModel::kNone ? std::string()
                                         : SafeListDescription(tree_.Node(node).Text, app_.SafeList);
@@ -94,12 +136,12 @@ void MainWindow::Layout() {
     if (!treeView_)
         return;
     RECT client{};
-    GetClientRect(window_, &client);
+    GetClientRect(Hwnd(), &client);
     SendMessageA(statusBar_, WM_SIZE, 0, 0);
     RECT bar{};
     GetWindowRect(statusBar_, &bar);
     // A margin of 75 twips around the tree.
-    const int margin = MulDiv(75, GetDeviceCaps(WindowDc(window_).get(), LOGPIXELSX), 1440);
+    const int margin = MulDiv(75, GetDeviceCaps(WindowDc(Hwnd()).get(), LOGPIXELSX), 1440);
     const int height = client.bottom - (bar.bottom - bar.top) - 2 * margin;
     MoveWindow(treeView_->Hwnd(), margin, margin, client.right - 2 * margin,
                height > 0 ? height : 0, TRUE);
@@ -141,38 +183,43 @@ void MainWindow::ItemMenu() {
     if (HTREEITEM item = reinterpret_cast<HTREEITEM>(
             SendMessageA(treeView_->Hwnd(), TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit))))
         SendMessageA(treeView_->Hwnd(), TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item));
-    const int node = tree_.Selected();
-    const std::optional<ItemPlace> place = PlaceOf(tree_, node);
-    if (!place || tree_.Node(node).Tag != kPopupTag)
-        return;
-    const bool delayed = place->State == ItemState::Delayed;
-    const bool stopped = place->State == ItemState::Stopped;
-    enum : UINT { kDelay = 1, kStop, kRun };
+    if (!commands_.Enabled(ID_CMD_DELAY) && !commands_.Enabled(ID_CMD_STOP) &&
+        !commands_.Enabled(ID_CMD_RUN))
+        return; // no item that moves
     UniqueMenu menu(CreatePopupMenu());
-    auto add = [&](UINT id, size_t caption, bool enabled) {
-        AppendMenuA(menu.get(), MF_STRING | (enabled ? 0 : MF_GRAYED), id,
+    auto add = [&](UINT id, size_t caption) {
+        AppendMenuA(menu.get(),
+                    MF_STRING | (commands_.Enabled(static_cast<int>(id)) ? 0 : MF_GRAYED), id,
                     TextTables::Entry(app_.text.Menus, caption).c_str());
     };
-    add(kDelay, 17, !delayed);
+    add(ID_CMD_DELAY, kDelayText);
     AppendMenuA(menu.get(), MF_SEPARATOR, 0, nullptr);
-    add(kStop, 18, !stopped);
+    add(ID_CMD_STOP, kStopText);
     AppendMenuA(menu.get(), MF_SEPARATOR, 0, nullptr);
-    add(kRun, 19, delayed || stopped);
+    add(ID_CMD_RUN, kRunText);
     const UINT chosen =
-        TrackPopupMenuEx(menu.get(), TPM_RETURNCMD | TPM_RIGHTBUTTON, at.x, at.y, window_, nullptr);
-    if (!chosen)
+        TrackPopupMenuEx(menu.get(), TPM_RETURNCMD | TPM_RIGHTBUTTON, at.x, at.y, Hwnd(), nullptr);
+    if (chosen)
+        commands_.Execute(static_cast<int>(chosen));
+}
+
+void MainWindow::MoveSelected(UINT command) {
+    const int node = tree_.Selected();
+    const std::optional<ItemPlace> place = PlaceOf(tree_, node);
+    if (!place)
         return;
     const std::string text = tree_.Node(node).Text;
-    ItemMoves moves(app_, tree_, window_);
-    if (chosen == kRun) {
+    const bool stopped = place->State == ItemState::Stopped;
+    ItemMoves moves(app_, tree_, Hwnd());
+    if (command == ID_CMD_RUN) {
         if (place->Registry())
             moves.RestoreRegistryItem(text, place->Location, stopped);
         else
             moves.RestoreStartupItem(text, place->Location, stopped);
     } else if (place->Registry()) {
-        moves.DelayRegistryItem(text, place->Location, chosen == kStop, place->State);
+        moves.DelayRegistryItem(text, place->Location, command == ID_CMD_STOP, place->State);
     } else {
-        moves.DelayStartupItem(text, place->Location, chosen == kStop, place->State);
+        moves.DelayStartupItem(text, place->Location, command == ID_CMD_STOP, place->State);
     }
     Refresh();
 }
@@ -180,9 +227,9 @@ void MainWindow::ItemMenu() {
 void MainWindow::ShowWindowNow(int command) {
     const bool first = !treeView_;
     EnsureContent();
-    ShowWindow(window_, command);
+    ShowWindow(Hwnd(), command);
     if (first) {
-        UpdateWindow(window_);
+        UpdateWindow(Hwnd());
         Refresh();
     }
 }
@@ -190,8 +237,8 @@ void MainWindow::ShowWindowNow(int command) {
 void MainWindow::Open() {
     if (!app_.ShowGui)
         isVisible_ = true;
-    ShowWindowNow(IsIconic(window_) ? SW_RESTORE : SW_SHOW);
-    SetForegroundWindow(window_);
+    ShowWindowNow(IsIconic(Hwnd()) ? SW_RESTORE : SW_SHOW);
+    SetForegroundWindow(Hwnd());
 }
 
 void MainWindow::Unload() {
@@ -199,47 +246,40 @@ void MainWindow::Unload() {
 }
 
 void MainWindow::EndForGood() {
-    if (ending_ || !window_)
+    if (ending_ || !Hwnd())
         return;
     ending_ = true;
     // A running wait sees this as soon as this handler returns, and starts nothing more.
     app_.wait.QuitRequested = true;
-    tray_.Remove();
-    DestroyWindow(window_);
+    tray_.RemoveTrayIcon();
+    DestroyWindow(Hwnd());
     if (app_.model.StartupType == 1)
         UpdateRunEntry(app_, 1);
 }
 
-void MainWindow::TrayMessage(UINT mouse) {
-    if (mouse == WM_LBUTTONDBLCLK) {
-        ShowWindowNow(IsIconic(window_) ? SW_RESTORE : SW_SHOW);
-        SetForegroundWindow(window_);
-        return;
-    }
-    if (mouse != WM_RBUTTONUP)
-        return;
-    UniqueMenu menu(CreatePopupMenu());
-    AppendMenuA(menu.get(), MF_STRING, kMenuOpen, "&Open");
-    AppendMenuA(menu.get(), MF_STRING, kMenuQuit, "&Quit Program");
-    POINT at{};
-    GetCursorPos(&at);
-    SetForegroundWindow(window_); // or the menu would not close when clicked elsewhere
-    const UINT chosen =
-        TrackPopupMenuEx(menu.get(), TPM_RETURNCMD | TPM_RIGHTBUTTON, at.x, at.y, window_, nullptr);
-    if (chosen == kMenuOpen)
-        Open();
-    else if (chosen == kMenuQuit)
-        EndForGood();
-}
-
-LRESULT MainWindow::Handle(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
+LRESULT MainWindow::HandleMessage(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
     if (msg == OpenWindowMessage()) {
         Open();
         return 0;
     }
+    if (msg == TaskbarCreatedMessage()) {
+        tray_.TaskbarCreated();
+        return 0;
+    }
     switch (msg) {
-    case TrayIcon::kCallbackMessage:
-        TrayMessage(static_cast<UINT>(lp));
+    case WM_COMMAND:
+        if (commands_.Execute(LOWORD(wp)))
+            return 0;
+        break;
+    case WM_SHOWWINDOW:
+        // Shown from the tray: the tree is built once the window is on screen.
+        if (wp && !treeView_) {
+            EnsureContent();
+            PostMessageA(hwnd, kFirstShown, 0, 0);
+        }
+        break;
+    case kFirstShown:
+        Refresh();
         return 0;
     case WM_SIZE:
         if (wp != SIZE_MINIMIZED)
@@ -247,11 +287,6 @@ LRESULT MainWindow::Handle(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
         return 0;
     case WM_NOTIFY: {
         const auto* header = reinterpret_cast<const NMHDR*>(lp);
-        if (header->code == TVN_KEYDOWN &&
-            reinterpret_cast<const NMTVKEYDOWN*>(lp)->wVKey == VK_F5) {
-            Refresh();
-            return 0;
-        }
         if (treeView_ && header->hwndFrom == treeView_->Hwnd() && header->code == NM_RCLICK) {
             ItemMenu();
             return TRUE;
@@ -279,34 +314,11 @@ LRESULT MainWindow::Handle(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
             EndForGood();
         return 0;
     case WM_DESTROY:
-        tray_.Remove();
-        window_ = nullptr;
+        tray_.RemoveTrayIcon();
         PostQuitMessage(0);
         return 0;
-    case WM_NCDESTROY:
-        SetWindowLongPtrA(hwnd, GWLP_USERDATA, 0);
-        break;
     }
     return DefWindowProcA(hwnd, msg, wp, lp);
-}
-
-LRESULT CALLBACK MainWindow::WindowProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
-    if (msg == WM_NCCREATE) {
-        auto* self = static_cast<MainWindow*>(reinterpret_cast<CREATESTRUCTA*>(lp)->lpCreateParams);
-        self->window_ = hwnd;
-        SetWindowLongPtrA(hwnd, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(self));
-    }
-    auto* self = reinterpret_cast<MainWindow*>(GetWindowLongPtrA(hwnd, GWLP_USERDATA));
-    if (!self)
-        return DefWindowProcA(hwnd, msg, wp, lp);
-    try {
-        return self->Handle(hwnd, msg, wp, lp);
-    } catch (const std::exception& e) {
-        // No failure leaves the window procedure: the program goes on with its next message.
-        self->app_.log.WriteLog(std::string("Startup Items Error! Reported: ") + e.what(),
-                                kLogError);
-        return DefWindowProcA(hwnd, msg, wp, lp);
-    }
 }
 
 } // namespace tolvane

@@ -1,30 +1,62 @@
-// The program's icon in the notification area.
+// The program's icon in the notification area. The control has a message-only window of its
+// own, which receives the icon's mouse messages. The shell's "TaskbarCreated" (Explorer started
+// again) reaches top-level windows only: the owner hands it on, and the icon is put back.
 #pragma once
 
 #include <windows.h>
 
+#include <functional>
+#include <string>
 #include <string_view>
+
+#include "ui/window.h"
 
 namespace tolvane {
 
-class TrayIcon {
+// The message the shell broadcasts when Explorer starts again.
+UINT TaskbarCreatedMessage();
+
+class TrayIcon : public Window<TrayIcon> {
 public:
-    // Messages from the icon arrive at the owner window as this message.
+    static constexpr const char* kClassName = "TolvaneTrayIcon";
+    // The icon's messages arrive at the control's window as this message.
     static constexpr UINT kCallbackMessage = WM_APP + 1;
+    static constexpr UINT kIconId = 1;
 
-    TrayIcon() = default;
-    ~TrayIcon() { Remove(); }
-    TrayIcon(const TrayIcon&) = delete;
-    TrayIcon& operator=(const TrayIcon&) = delete;
+    explicit TrayIcon(const EventLog* log = nullptr);
+    ~TrayIcon();
 
-    // Puts the icon with its tooltip (up to 63 characters) into the notification area.
-    bool Add(HWND owner, HICON icon, std::string_view tooltip);
-    bool Remove();
-    bool Shown() const { return shown_; }
+    // The control's window.
+    bool Create(HINSTANCE instance);
+
+    // The icon; not owned.
+    void SetPicture(HICON icon) { picture_ = icon; }
+    // The window that two left clicks show (restored when minimised).
+    HWND FormToPopup = nullptr;
+    // A right click shows the menu; the chosen number (0: none) goes to ItemClicked.
+    std::function<int()> BuildMenu;
+    std::function<void(int number)> ItemClicked;
+
+    // Puts the icon with its tooltip (up to 63 characters) into the notification area; false
+    // without a picture.
+    bool LoadTrayIcon(std::string_view tooltip);
+    bool RemoveTrayIcon();
+    bool ToolTip(std::string_view text);
+    bool Loaded() const { return loaded_; }
+    // Explorer started again: the icon, if shown, is added anew.
+    void TaskbarCreated();
+
+    static void ClassStyle(WNDCLASSEXA&) {}
+    LRESULT HandleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 private:
-    HWND owner_ = nullptr;
-    bool shown_ = false;
+    bool Notify(DWORD action);
+    void Popup();
+
+    HICON picture_ = nullptr;
+    std::string tip_;
+    bool loaded_ = false;
+    int clicks_ = 0;
 };
 
 } // namespace tolvane

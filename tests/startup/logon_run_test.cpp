@@ -7,6 +7,7 @@
 #include <regex>
 
 #include <commctrl.h>
+#include <shellapi.h>
 
 #include "config/delay_load.h"
 #include "config/program_group_file.h"
@@ -14,6 +15,7 @@
 #include "records.h"
 #include "config/app_state.h"
 #include "startup/delayed_run.h"
+#include "startup/tray_commands.h"
 #include "items/run_entry.h"
 #include "support/win_test_support.h"
 #include "text/language.h"
@@ -35,12 +37,14 @@ protected:
         reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue);
         reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, kOwnRunValue);
     }
-    void WriteProgramGroups(int startupType, float mainDelay, std::vector<GroupProgram> programs) {
+    void WriteProgramGroups(int startupType, float mainDelay, std::vector<GroupProgram> programs,
+                            std::vector<std::string> stopped = {""}) {
         ProgramModel m;
         SetDefaultModel(m);
         m.StartupType = startupType;
         m.MainStartupDelay = mainDelay;
         m.ProgramGroups[0].Programs = std::move(programs);
+        m.StoppedPrograms = std::move(stopped);
         auto languages = ParseLanguageList(test::ReadFileBytes(folder / "lang\\languagefile.dat"));
         test::WriteFileBytes(folder / (WindowsUserName() + "\\proggroup.c"),
                              FormatProgramGroupFile(m, languages));
@@ -169,6 +173,86 @@ TEST_F(LogOnRun, ASecondStartDuringTheWaitOpensTheWholeWindowAndKeepsTheProgram)
     EXPECT_FALSE(tolvane.WaitForExit(1500));
 }
 
+// A window of the process with that class (and title), shown or not, once there is one.
+// Message-only windows are looked for below HWND_MESSAGE.
+HWND WindowOf(DWORD process, const char* className, bool visibleOnly, unsigned long timeoutMs,
+              HWND parent = nullptr) {
+    for (unsigned long waited = 0; waited <= timeoutMs; waited += 50, Sleep(50))
+        for (HWND w = nullptr; (w = FindWindowExA(parent, w, className, nullptr));) {
+            DWORD owner = 0;
+            GetWindowThreadProcessId(w, &owner);
+            if (owner == process && (!visibleOnly || IsWindowVisible(w)))
+                return w;
+        }
+    return nullptr;
+}
+
+// Real keys, as the user types them into whatever has the keyboard.
+void Type(std::initializer_list<WORD> keys) {
+    for (WORD key : keys) {
+        INPUT input[2] = {};
+        input[0].type = input[1].type = INPUT_KEYBOARD;
+        input[0].ki.wVk = input[1].ki.wVk = key;
+        input[1].ki.dwFlags = KEYEVENTF_KEYUP;
+        SendInput(2, input, sizeof(INPUT));
+        Sleep(150);
+    }
+}
+
+// The tray menu of a run that waits its main delay, used as a user would: a right click on the
+// icon, then the keyboard.
+TEST_F(LogOnRun, TheTrayMenuWorksWhileTheRunWaits) {
+    CRegistry reg;
+    ASSERT_TRUE(reg.SaveSettingString(RegistryRoot::CurrentUser, kSavedUserRunKey, "Paused",
+                                      "\"" + recorder + "\" " + record + " S"));
+    WriteProgramGroups(1, 60,
+                       {{recorder, record + " B", "Execute", 0.3f, ""},
+                        {recorder, record + " C", "ExecuteReg", 0.3f, "Rec"}},
+                       {"_REGCU_Paused=" + recorder + " " + record + " S"});
+    test::ChildProcess tolvane(Exe() + " -nogui");
+    ASSERT_TRUE(tolvane.Started());
+    HWND tray = WindowOf(tolvane.Id(), "TolvaneTrayIcon", false, 10000, HWND_MESSAGE);
+    ASSERT_TRUE(tray);
+    auto menu = [&](std::initializer_list<WORD> keys) {
+        PostMessageA(tray, WM_APP + 1, 1, WM_RBUTTONUP);
+        ASSERT_TRUE(WindowOf(tolvane.Id(), "#32768", true, 5000)) << "no menu";
+        Type(keys);
+    };
+    // "Startup", its "Run All": the group's programs one after another.
+    menu({VK_DOWN, VK_RIGHT, VK_RETURN});
+    EXPECT_EQ(test::Names(test::WaitForStarts(record, 2)), (std::vector<std::string>{"B", "C"}));
+    // "Stopped", its "Run All": the stopped value from its saved copy.
+    menu({VK_DOWN, VK_DOWN, VK_RIGHT, VK_RETURN});
+    EXPECT_EQ(test::Names(test::WaitForStarts(record, 3)),
+              (std::vector<std::string>{"B", "C", "S"}));
+    // "&Open": the window with its tree.
+    menu({'O'});
+    HWND window = ShownMainWindowOf(tolvane.Id(), 10000);
+    ASSERT_TRUE(window);
+    HWND treeView = FindWindowExA(window, nullptr, "SysTreeView32", nullptr);
+    ASSERT_TRUE(treeView);
+    EXPECT_EQ(SendMessageA(treeView, TVM_GETCOUNT, 0, 0), 23); // containers, 2 delayed, 1 stopped
+
+    // Explorer started again: the icon comes back.
+    NOTIFYICONDATAA icon{};
+    icon.cbSize = sizeof icon;
+    icon.hWnd = tray;
+    icon.uID = 1;
+    ASSERT_TRUE(Shell_NotifyIconA(NIM_DELETE, &icon));
+    icon.uFlags = NIF_TIP;
+    EXPECT_FALSE(Shell_NotifyIconA(NIM_MODIFY, &icon));
+    PostMessageA(HWND_BROADCAST, RegisterWindowMessageA("TaskbarCreated"), 0, 0);
+    bool back = false;
+    for (int i = 0; i < 100 && !(back = Shell_NotifyIconA(NIM_MODIFY, &icon)); ++i)
+        Sleep(50);
+    EXPECT_TRUE(back);
+
+    // "&Quit Program": the process ends, though the run still waits.
+    menu({'Q'});
+    EXPECT_TRUE(tolvane.WaitForExit(10000));
+    reg.DeleteValue(RegistryRoot::CurrentUser, kSavedUserRunKey, "Paused");
+}
+
 TEST_F(LogOnRun, StartupTypeZeroEndsAtOnceAndTouchesNothing) {
     WriteProgramGroups(0, 0, {{recorder, record + " Never", "Execute", 0, ""}});
     test::ChildProcess tolvane(Exe() + " /x-NOGUIy"); // the switch inside other text counts
@@ -197,6 +281,7 @@ protected:
     }
     bool IsVisible() const override { return visible; }
     void Unload() override { ++unloads; }
+    void Open() override { ++opens; }
     uint64_t NowMs() override { return now; }
     void WaitUntil(uint64_t deadline, const std::function<bool()>& stop) override {
         if (whileWaiting)
@@ -217,7 +302,7 @@ protected:
     uint64_t now = 1000, launchMs = 0;
     std::function<void()> whileWaiting;
     bool visible = false;
-    int unloads = 0;
+    int unloads = 0, opens = 0;
     std::vector<std::string> starts;
 };
 
@@ -284,6 +369,62 @@ TEST_F(DelayedRunTest, QuittingEndsTheWaitAndOpeningKeepsTheProgram) {
     EXPECT_TRUE(starts.empty());
     EXPECT_EQ(waits, 2);
     EXPECT_EQ(unloads, 0);
+}
+
+// The tray menu's entries, chosen while nothing else runs: what each starts, and when.
+TEST_F(DelayedRunTest, TrayMenuEntriesStartWhatTheyShow) {
+    CRegistry reg;
+    const RegistryValue expand{REG_EXPAND_SZ, {'%', 0, 'O', 0, 'S', 0, '%', 0, '.', 0, 'e', 0,
+                                               'x', 0, 'e', 0, ' ', 0, '-', 0, 's', 0, 0,   0}};
+    ASSERT_TRUE(reg.SetValue(RegistryRoot::CurrentUser, kSavedUserRunKey, "Exp", expand));
+    test::WriteFileBytes(app.folders.UserItemsFolder + "Tool.lnk", "x");
+    app.model.ProgramGroups[0].Programs = {{"Tool.lnk", "", "Execute", 2, ""},
+                                           {"C:\\b.exe", "-b", "ExecuteReg", 0.5f, "B"},
+                                           {"C:\\format.exe", "", "Execute", 0, ""}};
+    app.model.StoppedPrograms = {"_REGCU_Exp=%OS%.exe -s", "", "_STPAU_Word.lnk"};
+    const TrayMenu menu = BuildTrayMenuModel(app);
+    EXPECT_EQ(app.model.ProgramGroups[0].Programs[1].MenuCommandId, 1003);
+    char os[64] = {};
+    GetEnvironmentVariableA("OS", os, sizeof os);
+    auto choose = [&](int number) {
+        starts.clear();
+        TrayMenuCommand(app, *this, menu, number, *this,
+                        [&](const std::string& path, const std::string& params) {
+                            starts.push_back(std::to_string(now) + " " + path + "|" + params);
+                        });
+        return starts;
+    };
+    // "Run All": one after another, each after its own delay; a disallowed word never starts.
+    EXPECT_EQ(choose(1000),
+              (std::vector<std::string>{"3000 " + app.folders.UserItemsFolder + "Tool.lnk|",
+                                        "3500 C:\\b.exe|-b"}));
+    EXPECT_EQ(choose(1003), std::vector<std::string>{"4000 C:\\b.exe|-b"}); // its own delay
+    // The stopped ones at once, a Run value from its saved copy, expanded as Windows would.
+    EXPECT_EQ(choose(3001),
+              (std::vector<std::string>{"4000 " + std::string(os) + ".exe |-s",
+                                        "4000 " + app.folders.AllUsersItemsFolder + "Word.lnk|"}));
+    EXPECT_EQ(choose(3005),
+              std::vector<std::string>{"4000 " + app.folders.AllUsersItemsFolder + "Word.lnk|"});
+    choose(5000);
+    choose(6000);
+    choose(0);
+    EXPECT_EQ(opens, 1);
+    EXPECT_EQ(unloads, 1);
+    EXPECT_FALSE(app.wait.WaitActive);
+
+    // Chosen while the log-on run waits: the run's wait stays a wait, and quitting ends both.
+    app.model.MainStartupDelay = 60;
+    int waits = 0;
+    whileWaiting = [&] {
+        if (++waits == 1) {
+            TrayMenuCommand(app, *this, menu, 1003, *this, [&](auto&, auto&) {});
+            EXPECT_TRUE(app.wait.WaitActive);
+            app.wait.QuitRequested = true;
+        }
+    };
+    starts.clear();
+    Run();
+    EXPECT_TRUE(starts.empty());
 }
 
 } // namespace

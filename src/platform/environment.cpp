@@ -1,0 +1,25 @@
+#include "platform/environment.h"
+
+#include <windows.h>
+
+#include <string>
+
+namespace tolvane {
+
+std::string ExpandEnvironment(const std::string& text) {
+    if (text.find('%') == std::string::npos)
+        return text;
+    const DWORD n = ExpandEnvironmentStringsA(text.c_str(), nullptr, 0);
+    if (n == 0)
+        return text;
+    // The size asked for first may count a double-byte character twice: the text ends at its
+    // NUL, not at the size.
+    std::string out(n + 1, '\0');
+    const DWORD written = ExpandEnvironmentStringsA(text.c_str(), out.data(), n + 1);
+    if (written == 0 || written > n + 1)
+        return text;
+    out.resize(std::char_traits<char>::length(out.c_str()));
+    return out;
+}
+
+} // namespace tolvane

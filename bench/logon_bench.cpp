@@ -18,6 +18,7 @@
 
 #include "config/delay_load.h"
 #include "config/program_group_file.h"
+#include "support/win_test_support.h"
 #include "text/language.h"
 
 using namespace tolvane;
@@ -110,19 +111,6 @@ unsigned long long PrivateBytes(HANDLE process) {
     return counters.PagefileUsage;
 }
 
-// A window of the process with that class, once there is one (nullptr after 5 s).
-// Message-only windows are looked for below HWND_MESSAGE.
-HWND WindowOf(DWORD process, const char* className, bool visibleOnly, HWND parent = nullptr) {
-    for (int waited = 0; waited < 5000; waited += 50, Sleep(50))
-        for (HWND w = nullptr; (w = FindWindowExA(parent, w, className, nullptr));) {
-            DWORD owner = 0;
-            GetWindowThreadProcessId(w, &owner);
-            if (owner == process && (!visibleOnly || IsWindowVisible(w)))
-                return w;
-        }
-    return nullptr;
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
@@ -192,14 +180,10 @@ int main(int argc, char** argv) {
 
     // 4. The same once the tray menu was built and shown: a right click on the icon, Escape.
     const DWORD id = GetProcessId(waiting);
-    HWND trayWindow = WindowOf(id, "TolvaneTrayIcon", false, HWND_MESSAGE);
+    HWND trayWindow = test::WindowOf(id, "TolvaneTrayIcon", false, 5000, HWND_MESSAGE);
     PostMessageA(trayWindow, WM_APP + 1, 1, WM_RBUTTONUP);
-    const bool shown = WindowOf(id, "#32768", true) != nullptr;
-    INPUT escape[2] = {};
-    escape[0].type = escape[1].type = INPUT_KEYBOARD;
-    escape[0].ki.wVk = escape[1].ki.wVk = VK_ESCAPE;
-    escape[1].ki.dwFlags = KEYEVENTF_KEYUP;
-    SendInput(2, escape, sizeof(INPUT));
+    const bool shown = test::WindowOf(id, "#32768", true, 5000) != nullptr;
+    test::Type({VK_ESCAPE});
     Sleep(2000);
     const double menuBytes = static_cast<double>(PrivateBytes(waiting));
     const double trayAgain = static_cast<double>(PrivateBytes(baselineProcess));

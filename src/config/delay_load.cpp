@@ -65,14 +65,10 @@ bool CDelayLoad::StoppedInfoOf(int index, std::string& path, std::string& parame
         // without its quotes, should the copy be gone.
         std::string data;
         bool expand = false;
-        const RegistryRoot root = machine ? RegistryRoot::LocalMachine : RegistryRoot::CurrentUser;
         if (i >= 0) {
             const NameData copy = SplitNameData(saved[static_cast<size_t>(i)]);
             data = copy.Data;
-            // Windows fills in the variables of an expandable command before it starts it.
-            auto value = CRegistry().GetValue(
-                root, machine ? kSavedMachineRunKey : kSavedUserRunKey, copy.Name);
-            expand = value && value->Type == REG_EXPAND_SZ;
+            expand = SavedCopyIsExpandable(machine, copy.Name);
         } else if (auto named = NamedStoppedValue(name)) {
             data = named->Data;
         } else {
@@ -84,6 +80,15 @@ bool CDelayLoad::StoppedInfoOf(int index, std::string& path, std::string& parame
         return true;
     }
     return true;
+}
+
+bool SavedCopyIsExpandable(bool machine, std::string_view name) {
+    if (name.empty())
+        return false;
+    auto value =
+        CRegistry().GetValue(machine ? RegistryRoot::LocalMachine : RegistryRoot::CurrentUser,
+                             machine ? kSavedMachineRunKey : kSavedUserRunKey, name);
+    return value && value->Type == REG_EXPAND_SZ;
 }
 
 void CDelayLoad::WriteItems() {

@@ -54,6 +54,10 @@ private:
     TreeModel* tree_ = nullptr;
 };
 
+// The saved copy of that Run value is expandable (REG_EXPAND_SZ): Windows fills in the
+// variables of such a command before it starts it, and so does the program.
+bool SavedCopyIsExpandable(bool machine, std::string_view name);
+
 // The Windows user's name, as the per-user folder is named.
 std::string WindowsUserName();
 

@@ -35,6 +35,18 @@ ProgramGroup* ProgramModel::StartupGroup() {
     return const_cast<ProgramGroup*>(std::as_const(*this).StartupGroup());
 }
 
+// An empty word would match every path and silently stop the whole log-on run: a blank line in
+// the list means no word.
+static bool HoldsWord(std::string_view path, const std::string& word) {
+    return !word.empty() && ContainsNoCase(path, word);
+}
+
+bool ProgramModel::IsDisallowed(std::string_view path) const {
+    const std::string trimmed = Trim(path);
+    return std::any_of(DisallowedPrograms.begin(), DisallowedPrograms.end(),
+                       [&](const std::string& word) { return HoldsWord(trimmed, word); });
+}
+
 std::vector<std::string> ProgramModel::RemoveDisallowed() {
     std::vector<std::string> removed(1);
     ProgramGroup* group = StartupGroup();
@@ -45,9 +57,7 @@ std::vector<std::string> ProgramModel::RemoveDisallowed() {
         if (path.empty())
             continue;
         for (const std::string& word : DisallowedPrograms) {
-            // An empty word would match every path and silently stop the whole log-on run;
-            // a blank line in the list means no word.
-            if (word.empty() || !ContainsNoCase(path, word))
+            if (!HoldsWord(path, word))
                 continue;
             if (!removed.back().empty())
                 removed.emplace_back();

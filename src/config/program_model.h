@@ -73,6 +73,8 @@ public:
     // Empties the path of every "Startup" program that holds a disallowed word (letter case
     // ignored) and returns those trimmed paths, once per matching word; one "" when none.
     std::vector<std::string> RemoveDisallowed();
+    // The trimmed path holds a disallowed word, letter case ignored.
+    bool IsDisallowed(std::string_view path) const;
 
     int GetGroupID(std::string_view name) const;
     // The program whose "path parameters" or path alone equals the trimmed text; -1 when none,

@@ -64,7 +64,6 @@ public:
         : app_(app), owner_(owner), mover_(mover) {}
 
     ProgramModel& Model() { return app_.model; }
-    AppState& App() { return app_; }
     const AppFolders& Folders() const { return app_.folders; }
 
     std::string StartupPath(bool user, std::string_view name) const {
@@ -113,6 +112,13 @@ public:
                 return static_cast<int>(i);
         }
         return -1;
+    }
+    // The same, refused as gone when there is none.
+    int DelayedValueThere(int location, std::string_view text) const {
+        const int i = DelayedValue(location, text);
+        if (i < 0)
+            throw MoveFailure("\"" + std::string(text) + "\" is no longer delayed", Refusal::Gone);
+        return i;
     }
     void RemoveProgram(int index) {
         if (!app_.model.RemoveProgramFromGroup(app_.model.StartupGroupIndex, index))
@@ -445,12 +451,7 @@ void DelayActiveValue(Mover& m, int location, std::string_view text, bool stop, 
 // copy holds.
 void StopDelayedValue(Mover& m, int location, std::string_view text, RegBackup* backup) {
     ProgramModel& model = m.Model();
-    const int i = m.DelayedValue(location, text);
-    if (i < 0)
-        throw MoveFailure(""
-                          " + std::string(text) + "
-                          " is no longer delayed",
-                          Refusal::Gone);
+    const int i = m.DelayedValueThere(location, text);
     const GroupProgram program = model.StartupGroup()->Programs[static_cast<size_t>(i)];
     std::string entry = program.Path; // a program without a value name is known by its path
     if (!program.RegistryKeyName.empty()) {
@@ -490,9 +491,7 @@ bool DelayStoppedValue(Mover& m, int location, const StoppedValue& stopped, RegB
 
 // Puts a delayed value back and drops its program.
 void RestoreDelayedValue(Mover& m, int location, std::string_view text, UndoSteps& undo) {
-    const int i = m.DelayedValue(location, text);
-    if (i < 0)
-        throw MoveFailure("\"" + std::string(text) + "\" is no longer delayed", Refusal::Gone);
+    const int i = m.DelayedValueThere(location, text);
     PutBackValue(location,
                  m.Model().StartupGroup()->Programs[static_cast<size_t>(i)].RegistryKeyName,
                  SplitNameData(text).Data, undo);
@@ -513,9 +512,8 @@ bool ItemMoves::DelayRegistryItem(std::string_view text, int code, bool stop, It
         } else if (from == ItemState::Delayed) {
             if (stop)
                 StopDelayedValue(m, location, text, &backup);
-            else if (m.DelayedValue(location, text) < 0) // delayed already: one stays one
-                throw MoveFailure("\"" + std::string(text) + "\" is no longer delayed",
-                                  Refusal::Gone);
+            else // delayed already: one stays one
+                (void)m.DelayedValueThere(location, text);
         } else {
             const StoppedValue stopped = FindStoppedValue(m.Model(), location, text);
             if (!stop && !DelayStoppedValue(m, location, stopped, &backup, undo))

@@ -9,7 +9,6 @@
 #include "platform/dir_struct.h"
 #include "platform/environment.h"
 #include "platform/message_pump.h"
-#include "platform/registry.h"
 #include "config/app_state.h"
 #include "startup/launcher.h"
 #include "text/strings.h"
@@ -45,11 +44,6 @@ void WaitUntil(AppState& app, RunClock& clock, uint64_t deadline) {
     app.wait.WaitActive = outer;
 }
 
-uint64_t Milliseconds(float seconds) {
-    const long long ms = RoundHalfEven(static_cast<double>(seconds) * 1000.0);
-    return ms > 0 ? static_cast<uint64_t>(ms) : 0;
-}
-
 void LogInfo(AppState& app, const std::string& text) {
     app.log.WriteLog(text, kLogInfo);
 }
@@ -59,6 +53,11 @@ bool IsBareName(std::string_view path) {
 }
 
 } // namespace
+
+uint64_t DelayMilliseconds(float seconds) {
+    const long long ms = RoundHalfEven(static_cast<double>(seconds) * 1000.0);
+    return ms > 0 ? static_cast<uint64_t>(ms) : 0;
+}
 
 RunClock& MessageLoopClock() {
     static LoopClock clock;
@@ -101,16 +100,10 @@ std::optional<ProgramStart> ResolveDelayedProgram(const AppState& app,
     if (start.Path.empty())
         return std::nullopt;
     const bool machine = program.Command == kExecuteRegAU;
-    if ((machine || program.Command == kExecuteReg) && !program.RegistryKeyName.empty()) {
-        // The saved copy keeps the value's type: Windows fills in the variables of an
-        // expandable command before it starts it, and so does the program.
-        auto saved = CRegistry().GetValue(
-            machine ? RegistryRoot::LocalMachine : RegistryRoot::CurrentUser,
-            machine ? kSavedMachineRunKey : kSavedUserRunKey, program.RegistryKeyName);
-        if (saved && saved->Type == REG_EXPAND_SZ) {
-            start.Path = ExpandEnvironment(start.Path);
-            start.Parameters = ExpandEnvironment(start.Parameters);
-        }
+    if ((machine || program.Command == kExecuteReg) &&
+        SavedCopyIsExpandable(machine, program.RegistryKeyName)) {
+        start.Path = ExpandEnvironment(start.Path);
+        start.Parameters = ExpandEnvironment(start.Parameters);
     }
     return start;
 }
@@ -143,7 +136,7 @@ void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
                          " seconds.");
         // Each program's delay counts from the planned start of the one before: the time a
         // launch itself takes does not push the later programs back.
-        uint64_t planned = runStart + Milliseconds(model.MainStartupDelay);
+        uint64_t planned = runStart + DelayMilliseconds(model.MainStartupDelay);
         WaitUntil(app, clock, planned);
         LogInfo(app, TimeOfDayText() + "  Wait over.");
 
@@ -155,7 +148,7 @@ void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
                 continue;
             LogInfo(app,
                     TimeOfDayText() + " Waiting for " + FormatSingle(program.Delay) + " seconds.");
-            planned += Milliseconds(program.Delay);
+            planned += DelayMilliseconds(program.Delay);
             WaitUntil(app, clock, planned);
             if (app.wait.QuitRequested)
                 continue;

@@ -40,6 +40,9 @@ RunClock& MessageLoopClock();
 // Starts a program; the program's own is LaunchProgram.
 using ProgramLauncher = std::function<void(const std::string& path, const std::string& parameters)>;
 
+// A delay of the model in whole milliseconds, rounded half to even; none below 0.
+uint64_t DelayMilliseconds(float seconds);
+
 // Waits the time while the message loop is served; stops at once when the program is quitting.
 // A wait inside another (a tray command while the log-on run waits) leaves WaitActive as the
 // outer wait has it.

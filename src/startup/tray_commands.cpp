@@ -13,18 +13,6 @@ namespace {
 // The Menus entries of the tray menu's own texts.
 constexpr size_t kRunAllText = 22, kStoppedText = 23, kOpenText = 24, kQuitText = 25;
 
-bool Disallowed(const AppState& app, const std::string& path) {
-    const std::string trimmed = Trim(path);
-    for (const std::string& word : app.model.DisallowedPrograms)
-        if (!word.empty() && ContainsNoCase(trimmed, word))
-            return true;
-    return false;
-}
-
-long long Milliseconds(float seconds) {
-    return RoundHalfEven(static_cast<double>(seconds) * 1000.0);
-}
-
 // One delayed program: from where it is kept, and with its variables filled in. A shortcut
 // that is nowhere goes to the launcher by its name, which fails there and is logged so.
 void Start(AppState& app, const GroupProgram& program, const ProgramLauncher& launch) {
@@ -80,11 +68,11 @@ void RunGroupNow(AppState& app, int groupIndex, RunClock& clock, const ProgramLa
     // The programs as they are now: a refresh during a wait reloads the model.
     const std::vector<GroupProgram> programs = app.model.ProgramGroups[groupIndex].Programs;
     for (const GroupProgram& program : programs) {
-        if (program.Path.empty() || Disallowed(app, program.Path))
+        if (program.Path.empty() || app.model.IsDisallowed(program.Path))
             continue;
         if (app.wait.QuitRequested)
             return;
-        WaitMilliseconds(app, clock, Milliseconds(program.Delay));
+        WaitMilliseconds(app, clock, static_cast<long long>(DelayMilliseconds(program.Delay)));
         if (app.wait.QuitRequested)
             return;
         Start(app, program, launch);
@@ -106,9 +94,9 @@ void TrayMenuCommand(AppState& app, MainWindowControl& window, const TrayMenu& m
         if (!group || static_cast<size_t>(choice.Index) >= group->Programs.size())
             return;
         const GroupProgram program = group->Programs[static_cast<size_t>(choice.Index)];
-        if (program.Path.empty() || Disallowed(app, program.Path))
+        if (program.Path.empty() || app.model.IsDisallowed(program.Path))
             return;
-        WaitMilliseconds(app, clock, Milliseconds(program.Delay));
+        WaitMilliseconds(app, clock, static_cast<long long>(DelayMilliseconds(program.Delay)));
         if (!app.wait.QuitRequested)
             Start(app, program, launch);
         return;

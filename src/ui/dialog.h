@@ -13,6 +13,7 @@
 
 #include "platform/event_log.h"
 #include "platform/message_pump.h"
+#include "ui/window.h"
 
 namespace tolvane {
 
@@ -51,7 +52,7 @@ public:
 
 protected:
     Dialog(const EventLog* log, std::string failurePrefix)
-        : log_(log), failurePrefix_(std::move(failurePrefix)) {}
+        : failed_(log, std::move(failurePrefix)) {}
     ~Dialog() {
         if (hwnd_ && !modal_)
             DestroyWindow(hwnd_);
@@ -101,25 +102,16 @@ private:
                            : TRUE;
             }
         } catch (const std::exception& e) {
-            base.Failed(e.what());
+            base.failed_(e.what());
         } catch (...) {
-            base.Failed("unknown failure");
+            base.failed_("unknown failure");
         }
         return message == WM_INITDIALOG ? TRUE : FALSE;
     }
 
-    void Failed(const char* what) noexcept {
-        try {
-            if (log_)
-                log_->WriteLog(failurePrefix_ + what, kLogError);
-        } catch (...) {
-        }
-    }
-
     HWND hwnd_ = nullptr;
     bool modal_ = true;
-    const EventLog* log_;
-    std::string failurePrefix_;
+    FailureLog failed_;
 };
 
 } // namespace tolvane

@@ -17,6 +17,24 @@
 
 namespace tolvane {
 
+// Where a window or dialog procedure reports what it caught: a log line after the window's own
+// prefix ("Startup Items Error! Reported: "), or nothing without a log.
+class FailureLog {
+public:
+    FailureLog(const EventLog* log, std::string prefix) : log_(log), prefix_(std::move(prefix)) {}
+    void operator()(const char* what) const noexcept {
+        try {
+            if (log_)
+                log_->WriteLog(prefix_ + what, kLogError);
+        } catch (...) {
+        }
+    }
+
+private:
+    const EventLog* log_;
+    std::string prefix_;
+};
+
 template <class T> class Window {
 public:
     Window(const Window&) = delete;
@@ -27,7 +45,7 @@ public:
 protected:
     // Failures are logged to the log, if any, after the prefix ("Startup Items Error! Reported: ").
     Window(const EventLog* log, std::string failurePrefix)
-        : log_(log), failurePrefix_(std::move(failurePrefix)) {}
+        : failed_(log, std::move(failurePrefix)) {}
     ~Window() {
         if (hwnd_) {
             SetWindowLongPtrA(hwnd_, GWLP_USERDATA, 0);
@@ -43,14 +61,6 @@ protected:
             return nullptr;
         return CreateWindowExA(exStyle, T::kClassName, title, style, x, y, width, height, parent,
                                menuOrId, instance, static_cast<T*>(this));
-    }
-
-    void Failed(const char* what) noexcept {
-        try {
-            if (log_)
-                log_->WriteLog(failurePrefix_ + what, kLogError);
-        } catch (...) {
-        }
     }
 
 private:
@@ -91,16 +101,15 @@ private:
             }
             return self->HandleMessage(hwnd, message, wParam, lParam);
         } catch (const std::exception& e) {
-            base.Failed(e.what());
+            base.failed_(e.what());
         } catch (...) {
-            base.Failed("unknown failure");
+            base.failed_("unknown failure");
         }
         return DefWindowProcA(hwnd, message, wParam, lParam);
     }
 
     HWND hwnd_ = nullptr;
-    const EventLog* log_;
-    std::string failurePrefix_;
+    FailureLog failed_;
 };
 
 } // namespace tolvane

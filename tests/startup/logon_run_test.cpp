@@ -116,8 +116,6 @@ TEST_F(LogOnRun, StartsTheStartupGroupInTurnLogsItAndEnds) {
     EXPECT_EQ(reg.GetSettingString(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue), "");
 }
 
-constexpr const char* kTitle = "Tolvane Tolvane & Program Manager";
-
 // The message box of another process, once it shows: its text, after which it is closed.
 std::string CloseMessageBoxOf(DWORD process, unsigned long timeoutMs) {
     for (unsigned long waited = 0; waited < timeoutMs; waited += 50, Sleep(50))
@@ -134,18 +132,6 @@ std::string CloseMessageBoxOf(DWORD process, unsigned long timeoutMs) {
     return "(no message box)";
 }
 
-// The first copy's main window once it shows, or nullptr.
-HWND ShownMainWindowOf(DWORD process, unsigned long timeoutMs) {
-    for (unsigned long waited = 0; waited < timeoutMs; waited += 50, Sleep(50))
-        for (HWND w = nullptr; (w = FindWindowExA(nullptr, w, nullptr, kTitle));) {
-            DWORD owner = 0;
-            GetWindowThreadProcessId(w, &owner);
-            if (owner == process && IsWindowVisible(w))
-                return w;
-        }
-    return nullptr;
-}
-
 TEST_F(LogOnRun, ASecondStartDuringTheWaitOpensTheWholeWindowAndKeepsTheProgram) {
     WriteProgramGroups(1, 3, {{recorder, record + " Only", "Execute", 0, ""}});
     test::ChildProcess tolvane(Exe() + " -nogui");
@@ -160,7 +146,7 @@ TEST_F(LogOnRun, ASecondStartDuringTheWaitOpensTheWholeWindowAndKeepsTheProgram)
     EXPECT_TRUE(second.WaitForExit(10000, &code));
     EXPECT_EQ(code, 0u);
 
-    HWND window = ShownMainWindowOf(tolvane.Id(), 10000);
+    HWND window = test::WindowOf(tolvane.Id(), "TolvaneStartupItems", true, 10000);
     ASSERT_TRUE(window) << "the first copy's window did not open";
     HWND treeView = FindWindowExA(window, nullptr, "SysTreeView32", nullptr);
     ASSERT_TRUE(treeView);
@@ -171,32 +157,6 @@ TEST_F(LogOnRun, ASecondStartDuringTheWaitOpensTheWholeWindowAndKeepsTheProgram)
     // Opened by the user: the end of the run leaves it, though StartupType is 1.
     ASSERT_EQ(test::Names(test::WaitForStarts(record, 1)), std::vector<std::string>{"Only"});
     EXPECT_FALSE(tolvane.WaitForExit(1500));
-}
-
-// A window of the process with that class (and title), shown or not, once there is one.
-// Message-only windows are looked for below HWND_MESSAGE.
-HWND WindowOf(DWORD process, const char* className, bool visibleOnly, unsigned long timeoutMs,
-              HWND parent = nullptr) {
-    for (unsigned long waited = 0; waited <= timeoutMs; waited += 50, Sleep(50))
-        for (HWND w = nullptr; (w = FindWindowExA(parent, w, className, nullptr));) {
-            DWORD owner = 0;
-            GetWindowThreadProcessId(w, &owner);
-            if (owner == process && (!visibleOnly || IsWindowVisible(w)))
-                return w;
-        }
-    return nullptr;
-}
-
-// Real keys, as the user types them into whatever has the keyboard.
-void Type(std::initializer_list<WORD> keys) {
-    for (WORD key : keys) {
-        INPUT input[2] = {};
-        input[0].type = input[1].type = INPUT_KEYBOARD;
-        input[0].ki.wVk = input[1].ki.wVk = key;
-        input[1].ki.dwFlags = KEYEVENTF_KEYUP;
-        SendInput(2, input, sizeof(INPUT));
-        Sleep(150);
-    }
 }
 
 // The tray menu of a run that waits its main delay, used as a user would: a right click on the
@@ -211,12 +171,12 @@ TEST_F(LogOnRun, TheTrayMenuWorksWhileTheRunWaits) {
                        {"_REGCU_Paused=" + recorder + " " + record + " S"});
     test::ChildProcess tolvane(Exe() + " -nogui");
     ASSERT_TRUE(tolvane.Started());
-    HWND tray = WindowOf(tolvane.Id(), "TolvaneTrayIcon", false, 10000, HWND_MESSAGE);
+    HWND tray = test::WindowOf(tolvane.Id(), "TolvaneTrayIcon", false, 10000, HWND_MESSAGE);
     ASSERT_TRUE(tray);
     auto menu = [&](std::initializer_list<WORD> keys) {
         PostMessageA(tray, WM_APP + 1, 1, WM_RBUTTONUP);
-        ASSERT_TRUE(WindowOf(tolvane.Id(), "#32768", true, 5000)) << "no menu";
-        Type(keys);
+        ASSERT_TRUE(test::WindowOf(tolvane.Id(), "#32768", true, 5000)) << "no menu";
+        test::Type(keys);
     };
     // "Startup", its "Run All": the group's programs one after another.
     menu({VK_DOWN, VK_RIGHT, VK_RETURN});
@@ -227,7 +187,7 @@ TEST_F(LogOnRun, TheTrayMenuWorksWhileTheRunWaits) {
               (std::vector<std::string>{"B", "C", "S"}));
     // "&Open": the window with its tree.
     menu({'O'});
-    HWND window = ShownMainWindowOf(tolvane.Id(), 10000);
+    HWND window = test::WindowOf(tolvane.Id(), "TolvaneStartupItems", true, 10000);
     ASSERT_TRUE(window);
     HWND treeView = FindWindowExA(window, nullptr, "SysTreeView32", nullptr);
     ASSERT_TRUE(treeView);

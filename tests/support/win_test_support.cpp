@@ -228,4 +228,27 @@ void StartupLocations::Clear() const {
     }
 }
 
+HWND WindowOf(unsigned long process, const char* className, bool visibleOnly,
+              unsigned long timeoutMs, HWND parent) {
+    for (unsigned long waited = 0; waited <= timeoutMs; waited += 50, Sleep(50))
+        for (HWND w = nullptr; (w = FindWindowExA(parent, w, className, nullptr));) {
+            DWORD owner = 0;
+            GetWindowThreadProcessId(w, &owner);
+            if (owner == process && (!visibleOnly || IsWindowVisible(w)))
+                return w;
+        }
+    return nullptr;
+}
+
+void Type(std::initializer_list<unsigned short> keys) {
+    for (unsigned short key : keys) {
+        INPUT input[2] = {};
+        input[0].type = input[1].type = INPUT_KEYBOARD;
+        input[0].ki.wVk = input[1].ki.wVk = key;
+        input[1].ki.dwFlags = KEYEVENTF_KEYUP;
+        SendInput(2, input, sizeof(INPUT));
+        Sleep(150);
+    }
+}
+
 } // namespace tolvane::test

@@ -1,6 +1,9 @@
 // Helpers for test groups that run under Wine against the real file system and registry.
 #pragma once
 
+#include <windows.h>
+
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -82,6 +85,13 @@ private:
     unsigned long id_ = 0;
     unsigned long startError_ = 0;
 };
+
+// A window of the process with that class, shown or not, once there is one within the time;
+// nullptr otherwise. Message-only windows are looked for below HWND_MESSAGE.
+HWND WindowOf(unsigned long process, const char* className, bool visibleOnly,
+              unsigned long timeoutMs, HWND parent = nullptr);
+// Real key presses, as the user types them into whatever has the keyboard.
+void Type(std::initializer_list<unsigned short> keys);
 
 // The test prefix's startup locations: both Startup folders, both Run keys, and the keys that
 // keep the saved copies of Run values. Tests that use them hold the ctest lock

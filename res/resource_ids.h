@@ -10,14 +10,15 @@
 #define IDI_TREE_DELAY 105
 #define IDI_TREE_STOPPED 106
 
-// The program's commands: one id each, shared by the menus, the toolbar, the tray menu and the
-// accelerators. The main window's command table says what each does and when it can be used.
-#define ID_CMD_OPEN 40001
-#define ID_CMD_QUIT 40002
-#define ID_CMD_REFRESH 40003
-#define ID_CMD_DELAY 40010
-#define ID_CMD_STOP 40011
-#define ID_CMD_RUN 40012
+#include "models/command_ids.h"
 
 // The main window's keys.
 #define IDA_MAIN 201
+
+// The toolbar's pictures.
+#define IDI_BAR_SAVE 111
+#define IDI_BAR_REFRESH 112
+#define IDI_BAR_STOP 113
+#define IDI_BAR_DELAY 114
+#define IDI_BAR_RUN 115
+#define IDI_BAR_PROPERTIES 116

@@ -79,3 +79,30 @@ tree_ico tree-delay '
 tree_ico tree-stopped '
     fill #d93025 stroke #7f1710 stroke-width 1 circle 8,8 8,0.5
     fill #ffffff stroke none rectangle 3,6 13,10'
+
+# The toolbar's pictures, on the same grid. Stop and Delay show the tree's own pictures.
+# Save: a blue disk with its label and shutter.
+tree_ico bar-save '
+    fill #2f6fb5 stroke #173a66 stroke-width 1
+    polygon 1.5,1.5 12.5,1.5 14.5,3.5 14.5,14.5 1.5,14.5
+    fill #ffffff stroke #173a66 rectangle 3.5,8.5 12.5,14.5
+    fill #c9d6e6 stroke #173a66 rectangle 4.5,1.5 10.5,5.5
+    fill #173a66 stroke none rectangle 8,2.5 9.5,4.5
+    stroke #9aa9bb stroke-width 1 line 5,10.5 11,10.5 line 5,12.5 11,12.5'
+
+# Refresh: a green arrow running round in a circle.
+tree_ico bar-refresh '
+    fill none stroke #1d7a35 stroke-width 2.5 stroke-linecap round
+    path "M 13,8 A 5,5 0 1 1 10.5,3.7"
+    fill #1d7a35 stroke none polygon 8.5,0.5 15,2.5 10.5,7.5'
+
+# Run: a green start button.
+tree_ico bar-run '
+    fill #2e9e44 stroke #135a25 stroke-width 1 circle 8,8 8,0.5
+    fill #ffffff stroke none polygon 6,4 6,12 12.5,8'
+
+# Properties: a sheet with lines and a pencil.
+tree_ico bar-properties '
+    fill #ffffff stroke #55606e stroke-width 1 polygon 2.5,0.5 10.5,0.5 13.5,3.5 13.5,15.5 2.5,15.5
+    stroke #8a96a6 line 4.5,5.5 11.5,5.5 line 4.5,8.5 11.5,8.5 line 4.5,11.5 8.5,11.5
+    fill #e0a83a stroke #7a4f00 polygon 9,14 14,9 15.5,10.5 10.5,15.5 8.5,15.5'

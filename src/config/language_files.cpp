@@ -1,5 +1,8 @@
 #include "config/language_files.h"
 
+#include <exception>
+
+#include "config/delay_load.h"
 #include "platform/file_io.h"
 #include "config/app_state.h"
 #include "text/language.h"
@@ -23,6 +26,22 @@ void LoadLanguageFiles(AppState& app) {
     LoadTextFile(app, app.text.Menus, code + "\\menus." + code);
     LoadTextFile(app, app.text.Messages, code + "\\messages." + code);
     LoadTextFile(app, app.text.Toolbar, code + "\\toolbar." + code);
+}
+
+bool ChooseLanguage(AppState& app, size_t index) {
+    if (index >= app.text.Languages.size())
+        return false;
+    const std::string& code = app.text.Languages[index].Code;
+    if (code.empty() || code == app.model.Language)
+        return false;
+    app.model.Language = code;
+    LoadLanguageFiles(app);
+    try {
+        CDelayLoad(app).WriteItems();
+    } catch (const std::exception& e) {
+        app.log.WriteLog(std::string("Language choice: ") + e.what(), kLogError);
+    }
+    return true;
 }
 
 } // namespace tolvane

@@ -16,4 +16,10 @@ void LoadTextFile(const AppState& app, std::vector<std::string>& table,
 // The four shared tables for the current Language setting.
 void LoadLanguageFiles(AppState& app);
 
+// Makes language i of the list the current one: its tables are loaded and the choice is written
+// to the program-group file, so that it lasts. False, and nothing done, when it is the current
+// language already or no language of the list. A file that cannot be written is logged; the
+// language stays chosen for this run.
+bool ChooseLanguage(AppState& app, size_t index);
+
 } // namespace tolvane

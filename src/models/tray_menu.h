@@ -6,15 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "models/menu_model.h"
+
 namespace tolvane {
 
-struct TrayMenuEntry {
-    enum class Kind { Command, Separator, Submenu };
-    Kind Type = Kind::Command;
-    int Number = 0;
-    std::string Caption;                // menu text: "&" marks the underlined letter
-    std::vector<TrayMenuEntry> Entries; // of a submenu
-};
+using TrayMenuEntry = MenuItem;
 
 // What the menu is made of.
 struct TrayMenuSource {

@@ -1,17 +1,28 @@
 #include "ui/main_window.h"
 
+#include <windowsx.h>
+#include <shellapi.h>
+
+#include <cstring>
 #include <exception>
+#include <map>
 
 #include "config/app_state.h"
+#include "config/delay_load.h"
+#include "config/language_files.h"
 #include "items/item_moves.h"
+#include "items/online_search.h"
 #include "items/refresh.h"
 #include "items/run_entry.h"
 #include "items/startup_folders.h"
+#include "platform/dir_struct.h"
 #include "platform/message_pump.h"
+#include "platform/min_size.h"
 #include "platform/runtime_libraries.h"
 #include "resource_ids.h"
 #include "startup/tray_commands.h"
 #include "text/strings.h"
+#include "ui/menu_view.h"
 #include "ui/tray_menu_view.h"
 
 namespace tolvane {
@@ -22,8 +33,39 @@ constexpr int kTreeId = 100;
 // The first showing builds the tree once the window is on screen.
 constexpr UINT kFirstShown = WM_APP + 2;
 
-// The Menus entries of the item popup's moves.
-constexpr size_t kDelayText = 17, kStopText = 18, kRunText = 19;
+// At most this many yields wait for a running log-on wait to see that the program ends.
+constexpr int kEndingYields = 5001;
+
+// The toolbar's pictures by command.
+const std::map<int, int>& ToolbarIcons() {
+    static const std::map<int, int> icons = {
+        {ID_CMD_SAVE, IDI_BAR_SAVE},          {ID_CMD_REFRESH, IDI_BAR_REFRESH},
+        {ID_CMD_STOP_CHECKED, IDI_BAR_STOP},  {ID_CMD_DELAY_CHECKED, IDI_BAR_DELAY},
+        {ID_CMD_RUN_CHECKED, IDI_BAR_RUN},    {ID_CMD_GROUPS, IDI_BAR_PROPERTIES}};
+    return icons;
+}
+
+// The passes over the ticked items, by the item moves; each pass writes the file once.
+class WindowPasses : public CheckedPasses {
+public:
+    WindowPasses(AppState& app, TreeModel& tree, HWND owner, std::function<void()> refresh)
+        : app_(app), moves_(app, tree, owner), refresh_(std::move(refresh)) {}
+    void DelayCheckedRegistryItems(bool stop, bool stoppedToDelayed) override {
+        (void)moves_.DelayCheckedRegistryItems(stop, stoppedToDelayed);
+    }
+    void DelayCheckedStartupItems(bool stop, bool stoppedToDelayed) override {
+        (void)moves_.DelayCheckedStartupItems(stop, stoppedToDelayed);
+    }
+    void RestoreCheckedRegistryItems() override { (void)moves_.RestoreCheckedRegistryItems(); }
+    void RestoreCheckedStartupItems() override { (void)moves_.RestoreCheckedStartupItems(); }
+    void WriteItems() override { CDelayLoad(app_).WriteItems(); }
+    void RefreshData() override { refresh_(); }
+
+private:
+    AppState& app_;
+    ItemMoves moves_;
+    std::function<void()> refresh_;
+};
 
 } // namespace
 
@@ -35,6 +77,9 @@ UINT OpenWindowMessage() {
 MainWindow::MainWindow(AppState& app, HINSTANCE instance)
     : Window(&app.log, "Startup Items Error! Reported: "), app_(app), instance_(instance),
       tray_(&app.log) {
+    OpenWithShell = [this](const std::string& target) {
+        ShellExecuteA(Hwnd(), nullptr, target.c_str(), nullptr, "", SW_SHOWNORMAL);
+    };
     AddCommands();
 }
 
@@ -49,40 +94,65 @@ void MainWindow::ClassStyle(WNDCLASSEXA& wc) {
 }
 
 void MainWindow::AddCommands() {
+    auto content = [this] { return treeView_ != nullptr; };
     commands_.Add(ID_CMD_OPEN, [this] { Open(); });
     commands_.Add(ID_CMD_QUIT, [this] { EndForGood(); });
+    commands_.Add(ID_CMD_MINIMIZE_TO_TRAY, [this] { ShowWindow(Hwnd(), SW_HIDE); });
+    commands_.Add(ID_CMD_REFRESH, [this] { Refresh(); }, content);
+    commands_.Add(ID_CMD_SAVE, [this] { Save(); }, content);
+    commands_.Add(ID_CMD_GROUPS, [this] {
+        if (OpenGroupEditor)
+            OpenGroupEditor(std::nullopt);
+    });
+    commands_.Add(ID_CMD_HELP, [this] { OpenHelp(); });
+    commands_.Add(ID_CMD_FORUMS, [this] { OpenWithShell(kForumsAddress); });
+    commands_.Add(ID_CMD_MAIN_PAGE, [this] { OpenWithShell(kMainPageAddress); });
+    commands_.Add(ID_CMD_SUPPORT_MAIL, [this] { OpenWithShell(kSupportMailAddress); });
+
+    // The ticked items' moves, as CheckForOptions last found them.
     commands_.Add(
-        ID_CMD_REFRESH, [this] { Refresh(); }, [this] { return treeView_ != nullptr; });
-    // The moves of the selected item, as its place in the tree allows them.
-    auto selected = [this] {
-        const int node = tree_.Selected();
-        auto place = PlaceOf(tree_, node);
-        return place && tree_.Node(node).Tag == kPopupTag ? place : std::nullopt;
+        ID_CMD_STOP_CHECKED, [this] { MoveChecked(CheckedMove::Stop); },
+        [this] { return moves_.Stop; });
+    commands_.Add(
+        ID_CMD_DELAY_CHECKED, [this] { MoveChecked(CheckedMove::Delay); },
+        [this] { return moves_.Delay; });
+    commands_.Add(
+        ID_CMD_RUN_CHECKED, [this] { MoveChecked(CheckedMove::Run); },
+        [this] { return moves_.Run; });
+
+    // The selected item's moves, as its state allows them.
+    auto state = [this](auto allowed) {
+        return [this, allowed] {
+            auto place = SelectedItem();
+            return place && allowed(place->State);
+        };
     };
     commands_.Add(
         ID_CMD_DELAY, [this] { MoveSelected(ID_CMD_DELAY); },
-        [selected] {
-            auto p = selected();
-            return p && p->State != ItemState::Delayed;
-        });
+        state([](ItemState s) { return s != ItemState::Delayed; }));
     commands_.Add(
         ID_CMD_STOP, [this] { MoveSelected(ID_CMD_STOP); },
-        [selected] {
-            auto p = selected();
-            return p && p->State != ItemState::Stopped;
-        });
+        state([](ItemState s) { return s != ItemState::Stopped; }));
     commands_.Add(
         ID_CMD_RUN, [this] { MoveSelected(ID_CMD_RUN); },
-        [selected] {
-            auto p = selected();
-            return p && p->State != ItemState::Active;
-        });
+        state([](ItemState s) { return s != ItemState::Active; }));
+    commands_.Add(
+        ID_CMD_PROPERTIES,
+        [this] {
+            if (OpenGroupEditor)
+                OpenGroupEditor(tree_.Node(tree_.Selected()).Text);
+        },
+        state([](ItemState s) { return s == ItemState::Delayed; }));
+    commands_.Add(ID_CMD_SEARCH_ONLINE, [this] { SearchOnline(); });
 }
 
 bool MainWindow::Load() {
+    UniqueMenu menu = MakeMenuBar(
+        BuildMainMenu(app_.text.Menus, app_.text.Languages, app_.model.Language));
     if (!Create(instance_, 0, kMainWindowTitle, WS_OVERLAPPEDWINDOW, CW_USEDEFAULT, CW_USEDEFAULT,
-                760, 520, nullptr))
+                760, 520, nullptr, menu.get()))
         return false;
+    menu.release(); // the window's now: destroyed with it
     SetAccelerators(Hwnd(), LoadAcceleratorsA(instance_, MAKEINTRESOURCEA(IDA_MAIN)));
     icon_.reset(
         static_cast<HICON>(LoadImageA(instance_, "clock", IMAGE_ICON, GetSystemMetrics(SM_CXSMICON),
@@ -111,6 +181,8 @@ void MainWindow::EnsureContent() {
         return;
     EnsureCommonControls();
     EnsureStartupFolders(app_);
+    toolbar_ = std::make_unique<ToolbarControl>(
+        Hwnd(), instance_, BuildMainToolbar(app_.text.Menus, app_.text.Toolbar), ToolbarIcons());
     statusBar_ = CreateWindowExA(0, STATUSCLASSNAMEA, "", WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP, 0,
                                  0, 0, 0, Hwnd(), nullptr, instance_, nullptr);
     int parts[] = {200, -1};
@@ -129,6 +201,7 @@ void MainWindow::EnsureContent() {
         return node == TreeModel::kNone ? std::string()
                                         : SafeListDescription(tree_.Node(node).Text, app_.SafeList);
     };
+    CheckForOptions();
     Layout();
 }
 
@@ -137,13 +210,15 @@ void MainWindow::Layout() {
         return;
     RECT client{};
     GetClientRect(Hwnd(), &client);
+    const int bar = toolbar_->Fit();
     SendMessageA(statusBar_, WM_SIZE, 0, 0);
-    RECT bar{};
-    GetWindowRect(statusBar_, &bar);
-    // A margin of 75 twips around the tree.
-    const int margin = MulDiv(75, GetDeviceCaps(WindowDc(Hwnd()).get(), LOGPIXELSX), 1440);
-    const int height = client.bottom - (bar.bottom - bar.top) - 2 * margin;
-    MoveWindow(treeView_->Hwnd(), margin, margin, client.right - 2 * margin,
+    RECT status{};
+    GetWindowRect(statusBar_, &status);
+    // A margin of 75 twips around the tree, between the toolbar and the status bar.
+    const int margin = static_cast<int>(TwipsToPixels(75, GetDpiForWindow(Hwnd())));
+    const int height = client.bottom - 2 * margin - bar - (status.bottom - status.top);
+    const int width = client.right - 2 * margin;
+    MoveWindow(treeView_->Hwnd(), margin, bar + margin, width > 0 ? width : 0,
                height > 0 ? height : 0, TRUE);
     progress_->Reposition();
 }
@@ -156,6 +231,28 @@ void MainWindow::Refresh() {
     treeView_->Render(tree_);
     progress_->SetValue(0);
     SetCursor(previous);
+    CheckForOptions();
+}
+
+void MainWindow::CheckForOptions() {
+    if (!treeView_)
+        return;
+    auto ticked = [this] {
+        size_t n = 0;
+        for (size_t i = 0; i < tree_.Count(); ++i)
+            n += tree_.Node(static_cast<int>(i)).Checked;
+        return n;
+    };
+    try {
+        const size_t before = ticked();
+        moves_ = ::tolvane::CheckForOptions(tree_);
+        if (ticked() != before)
+            treeView_->ShowChecks(tree_); // all-users items lost their ticks
+    } catch (const std::exception& e) {
+        moves_ = {};
+        app_.log.WriteLog(std::string("CheckForOptions: ") + e.what(), kLogError);
+    }
+    toolbar_->ShowEnabled(commands_);
 }
 
 void MainWindow::ChecksMayHaveChanged() {
@@ -171,41 +268,65 @@ void MainWindow::ChecksMayHaveChanged() {
     }
     if (passedOn)
         treeView_->ShowChecks(tree_);
+    CheckForOptions();
 }
 
-void MainWindow::ItemMenu() {
-    // A right click selects the item under the pointer first.
-    POINT at{};
-    GetCursorPos(&at);
-    TVHITTESTINFO hit{};
-    hit.pt = at;
-    ScreenToClient(treeView_->Hwnd(), &hit.pt);
-    if (HTREEITEM item = reinterpret_cast<HTREEITEM>(
-            SendMessageA(treeView_->Hwnd(), TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit))))
-        SendMessageA(treeView_->Hwnd(), TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item));
-    if (!commands_.Enabled(ID_CMD_DELAY) && !commands_.Enabled(ID_CMD_STOP) &&
-        !commands_.Enabled(ID_CMD_RUN))
-        return; // no item that moves
-    UniqueMenu menu(CreatePopupMenu());
-    auto add = [&](UINT id, size_t caption) {
-        AppendMenuA(menu.get(),
-                    MF_STRING | (commands_.Enabled(static_cast<int>(id)) ? 0 : MF_GRAYED), id,
-                    TextTables::Entry(app_.text.Menus, caption).c_str());
-    };
-    add(ID_CMD_DELAY, kDelayText);
-    AppendMenuA(menu.get(), MF_SEPARATOR, 0, nullptr);
-    add(ID_CMD_STOP, kStopText);
-    AppendMenuA(menu.get(), MF_SEPARATOR, 0, nullptr);
-    add(ID_CMD_RUN, kRunText);
-    const UINT chosen =
-        TrackPopupMenuEx(menu.get(), TPM_RETURNCMD | TPM_RIGHTBUTTON, at.x, at.y, Hwnd(), nullptr);
-    if (chosen)
-        commands_.Execute(static_cast<int>(chosen));
+void MainWindow::MoveChecked(CheckedMove move) {
+    WindowPasses passes(app_, tree_, Hwnd(), [this] { Refresh(); });
+    (void)RunCheckedMove(move, tree_, passes);
+    CheckForOptions();
+}
+
+void MainWindow::Save() {
+    try {
+        WindowPasses passes(app_, tree_, Hwnd(), [this] { Refresh(); });
+        (void)RunCheckedMove(CheckedMove::Save, tree_, passes);
+    } catch (const std::exception& e) {
+        app_.log.WriteLog(std::string("Menu Save Error: ") + e.what(), kLogError);
+    }
+    CheckForOptions();
+}
+
+std::optional<ItemPlace> MainWindow::SelectedItem() const {
+    const int node = tree_.Selected();
+    auto place = PlaceOf(tree_, node);
+    return place && tree_.Node(node).Tag == kPopupTag ? place : std::nullopt;
+}
+
+void MainWindow::ItemMenu(std::optional<POINT> at) {
+    HWND tree = treeView_->Hwnd();
+    if (at) {
+        // A right click selects the item under the pointer first.
+        TVHITTESTINFO hit{};
+        hit.pt = *at;
+        ScreenToClient(tree, &hit.pt);
+        if (HTREEITEM item = reinterpret_cast<HTREEITEM>(
+                SendMessageA(tree, TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit))))
+            SendMessageA(tree, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item));
+    } else if (HTREEITEM item = treeView_->ItemOf(tree_.Selected())) {
+        // The keyboard's menu opens below the selected item.
+        RECT r{};
+        std::memcpy(&r, &item, sizeof item); // the item goes in where the rectangle comes out
+        SendMessageA(tree, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&r));
+        POINT p{r.left, r.bottom};
+        ClientToScreen(tree, &p);
+        at = p;
+    }
+    if (at && SelectedItem()) {
+        std::vector<MenuItem> items = BuildItemPopup(app_.text.Menus);
+        ApplyEnabled(items, commands_);
+        UniqueMenu menu = MakePopupMenu(items);
+        const UINT chosen = TrackPopupMenuEx(menu.get(), TPM_RETURNCMD | TPM_RIGHTBUTTON, at->x,
+                                             at->y, Hwnd(), nullptr);
+        if (chosen)
+            commands_.Execute(static_cast<int>(chosen));
+    }
+    CheckForOptions();
 }
 
 void MainWindow::MoveSelected(UINT command) {
     const int node = tree_.Selected();
-    const std::optional<ItemPlace> place = PlaceOf(tree_, node);
+    const std::optional<ItemPlace> place = SelectedItem();
     if (!place)
         return;
     const std::string text = tree_.Node(node).Text;
@@ -217,11 +338,37 @@ void MainWindow::MoveSelected(UINT command) {
         else
             moves.RestoreStartupItem(text, place->Location, stopped);
     } else if (place->Registry()) {
-        moves.DelayRegistryItem(text, place->Location, command == ID_CMD_STOP, place->State);
+        (void)moves.DelayRegistryItem(text, place->Location, command == ID_CMD_STOP, place->State);
     } else {
-        moves.DelayStartupItem(text, place->Location, command == ID_CMD_STOP, place->State);
+        (void)moves.DelayStartupItem(text, place->Location, command == ID_CMD_STOP, place->State);
     }
     Refresh();
+}
+
+void MainWindow::SearchOnline() {
+    const int node = tree_.Selected();
+    if (node == TreeModel::kNone)
+        return;
+    const std::string address = SearchAddress(app_.OnlineSearchTemplate, tree_.Node(node).Text);
+    if (!address.empty())
+        OpenWithShell(address);
+}
+
+void MainWindow::ChooseLanguage(size_t index) {
+    if (!::tolvane::ChooseLanguage(app_, index))
+        return;
+    // The captions on screen stay until the next start; the menu shows the choice at once.
+    for (size_t i = 0; i < app_.text.Languages.size(); ++i)
+        CheckMenuItem(GetMenu(Hwnd()), static_cast<UINT>(LanguageCommand(i)),
+                      MF_BYCOMMAND |
+                          (app_.text.Languages[i].Code == app_.model.Language ? MF_CHECKED
+                                                                              : MF_UNCHECKED));
+}
+
+void MainWindow::OpenHelp() {
+    const std::string help = app_.folders.ProgramFolder + "\\Tolvane.chm";
+    if (CDirStruct::OrdinaryFileExists(help))
+        OpenWithShell(help);
 }
 
 void MainWindow::ShowWindowNow(int command) {
@@ -249,8 +396,11 @@ void MainWindow::EndForGood() {
     if (ending_ || !Hwnd())
         return;
     ending_ = true;
-    // A running wait sees this as soon as this handler returns, and starts nothing more.
+    // A running wait sees this as soon as it gets the thread back, and starts nothing more.
     app_.wait.QuitRequested = true;
+    if (app_.model.CloseType == 1)
+        for (int i = 0; i < kEndingYields && app_.wait.WaitActive; ++i)
+            YieldToMessageLoop();
     tray_.RemoveTrayIcon();
     DestroyWindow(Hwnd());
     if (app_.model.StartupType == 1)
@@ -268,9 +418,16 @@ LRESULT MainWindow::HandleMessage(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
     }
     switch (msg) {
     case WM_COMMAND:
+        if (auto language = LanguageOfCommand(LOWORD(wp))) {
+            ChooseLanguage(*language);
+            return 0;
+        }
         if (commands_.Execute(LOWORD(wp)))
             return 0;
         break;
+    case WM_INITMENUPOPUP:
+        ShowEnabled(reinterpret_cast<HMENU>(wp), commands_);
+        return 0;
     case WM_SHOWWINDOW:
         // Shown from the tray: the tree is built once the window is on screen.
         if (wp && !treeView_) {
@@ -285,10 +442,31 @@ LRESULT MainWindow::HandleMessage(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
         if (wp != SIZE_MINIMIZED)
             Layout();
         return 0;
+    case WM_SIZING: {
+        auto* r = reinterpret_cast<RECT*>(lp);
+        SizingRect sizing{r->left, r->top, r->right, r->bottom};
+        const UINT dpi = GetDpiForWindow(hwnd);
+        CorrectSizing(sizing, static_cast<unsigned>(wp), TwipsToPixels(kMinimumWidthTwips, dpi),
+                      TwipsToPixels(kMinimumHeightTwips, dpi));
+        *r = RECT{sizing.left, sizing.top, sizing.right, sizing.bottom};
+        return TRUE;
+    }
+    case WM_DPICHANGED:
+        // The base has taken the suggested size; the pictures follow the new density.
+        if (treeView_) {
+            toolbar_->LoadPictures();
+            treeView_->LoadPictures();
+            Layout();
+        }
+        return 0;
     case WM_NOTIFY: {
         const auto* header = reinterpret_cast<const NMHDR*>(lp);
+        if (toolbar_ && toolbar_->OnNotify(header))
+            return 0;
         if (treeView_ && header->hwndFrom == treeView_->Hwnd() && header->code == NM_RCLICK) {
-            ItemMenu();
+            POINT at{};
+            GetCursorPos(&at);
+            ItemMenu(at);
             return TRUE;
         }
         LRESULT result = 0;
@@ -296,15 +474,26 @@ LRESULT MainWindow::HandleMessage(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
             return result;
         break;
     }
+    case WM_CONTEXTMENU:
+        // The menu key or Shift+F10 in the tree.
+        if (treeView_ && reinterpret_cast<HWND>(wp) == treeView_->Hwnd()) {
+            POINT at{GET_X_LPARAM(lp), GET_Y_LPARAM(lp)};
+            ItemMenu(lp == -1 ? std::nullopt : std::optional<POINT>(at));
+            return 0;
+        }
+        break;
     case TreeViewControl::kChecksMayHaveChanged:
         ChecksMayHaveChanged();
         return 0;
-    case WM_CLOSE:
-        // The close button keeps the program in the tray when the settings ask for it.
-        if (app_.model.CloseType == 1) {
+    case WM_SYSCOMMAND:
+        // The close button and the system menu keep the program in the tray when the settings
+        // ask for it; any other close ends it.
+        if ((wp & 0xFFF0) == SC_CLOSE && app_.model.CloseType == 1) {
             ShowWindow(hwnd, SW_HIDE);
             return 0;
         }
+        break;
+    case WM_CLOSE:
         EndForGood();
         return 0;
     case WM_QUERYENDSESSION:

@@ -1,11 +1,18 @@
 // frmStartupItems, the program's one main window. Loaded in both modes: shown at once when the
 // user started the program, hidden with only its tray icon while the log-on run waits.
+//
+// The window renders models and hands the user's input back: its menus, toolbar and the tree's
+// popup are plain menu models whose commands, and when each can be used, are the command table.
 #pragma once
 
 #include <windows.h>
 
+#include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 
+#include "items/checked_items.h"
 #include "items/startup_tree.h"
 #include "models/command_table.h"
 #include "models/tray_menu.h"
@@ -13,6 +20,7 @@
 #include "platform/handles.h"
 #include "startup/delayed_run.h"
 #include "ui/progress_bar.h"
+#include "ui/toolbar.h"
 #include "ui/tray_icon.h"
 #include "ui/tree_view.h"
 #include "ui/window.h"
@@ -22,6 +30,14 @@ namespace tolvane {
 class AppState;
 
 inline constexpr const char* kMainWindowTitle = "Tolvane Tolvane & Program Manager";
+
+// The maker's pages and support address, as the Help > Online menu opens them.
+inline constexpr const char* kForumsAddress = "https://www.hexmoor.com/tolvane/forum/";
+inline constexpr const char* kMainPageAddress = "https://www.hexmoor.com/tolvane/";
+inline constexpr const char* kSupportMailAddress = "mailto:support@hexmoor.com?subject=Tolvane%202";
+
+// The smallest size the user can drag the window to, in twips.
+inline constexpr long kMinimumWidthTwips = 10725, kMinimumHeightTwips = 6285;
 
 // Asks the running copy's main window to open as the tray's "Open" does: a second start sends
 // it.
@@ -34,7 +50,8 @@ public:
     MainWindow(AppState& app, HINSTANCE instance);
     ~MainWindow() override;
 
-    // Creates the window and its tray icon; shows it when the user started the program.
+    // Creates the window with its menus and its tray icon; shows it when the user started the
+    // program.
     bool Load();
     HWND Handle() const { return Hwnd(); }
 
@@ -49,10 +66,15 @@ public:
 
     // The startup items as the last refresh left them, and the user's checks on them.
     TreeModel& Tree() { return tree_; }
-    const StartupListing& Listing() const { return listing_; }
     TreeViewControl* TreeView() { return treeView_.get(); }
+    ToolbarControl* Toolbar() { return toolbar_.get(); }
     const CommandTable& Commands() const { return commands_; }
     TrayIcon& Tray() { return tray_; }
+
+    // How addresses and files are opened: the shell's default action unless set.
+    std::function<void(const std::string& target)> OpenWithShell;
+    // Opens the group editor, on the program of a delayed item's text when one is given.
+    std::function<void(std::optional<std::string> itemText)> OpenGroupEditor;
 
     static void ClassStyle(WNDCLASSEXA& wc);
     LRESULT HandleMessage(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp);
@@ -65,11 +87,21 @@ private:
     void ShowWindowNow(int command);
     void Layout();
     void ChecksMayHaveChanged();
-    // The popup of a delayable item: Delay, Stop and Run as the item's state allows.
-    void ItemMenu();
+    // Which toolbar moves the ticked items allow; all-users items lose their ticks.
+    void CheckForOptions();
+    void MoveChecked(CheckedMove move);
+    void Save();
+    // The popup of an item: at the point on the screen, or below the selected item for the
+    // keyboard.
+    void ItemMenu(std::optional<POINT> at);
+    std::optional<ItemPlace> SelectedItem() const;
     void MoveSelected(UINT command);
+    void SearchOnline();
+    void ChooseLanguage(size_t index);
+    void OpenHelp();
     // The tray menu as the model is now; the chosen number.
     int TrayMenuChoice();
+    // Closing for good (Exit, Windows ending, a close that is not the user's close button).
     void EndForGood();
 
     AppState& app_;
@@ -77,8 +109,10 @@ private:
     HWND statusBar_ = nullptr; // a child: destroyed with the window
     std::unique_ptr<AdvProgressBar> progress_;
     std::unique_ptr<TreeViewControl> treeView_;
+    std::unique_ptr<ToolbarControl> toolbar_;
     TreeModel tree_;
     StartupListing listing_;
+    ToolbarMoves moves_;
     CommandTable commands_;
     TrayMenu trayMenu_;
     UniqueIcon icon_;

@@ -4,6 +4,7 @@
 
 #include "platform/runtime_libraries.h"
 #include "resource_ids.h"
+#include "ui/toolbar.h"
 
 namespace tolvane {
 
@@ -21,7 +22,8 @@ std::vector<std::pair<std::string, int>> TreeViewControl::StartupTreeIcons() {
             {"Delay", IDI_TREE_DELAY},     {"Stopped", IDI_TREE_STOPPED}};
 }
 
-TreeViewControl::TreeViewControl(HWND parent, int id, HMODULE iconModule) : parent_(parent) {
+TreeViewControl::TreeViewControl(HWND parent, int id, HMODULE iconModule)
+    : parent_(parent), iconModule_(iconModule) {
     EnsureCommonControls();
     tree_ = (CreateWindowExA(WS_EX_CLIENTEDGE, WC_TREEVIEWA, "",
                              WS_CHILD | WS_VISIBLE | WS_TABSTOP | TVS_HASLINES | TVS_HASBUTTONS |
@@ -32,15 +34,21 @@ TreeViewControl::TreeViewControl(HWND parent, int id, HMODULE iconModule) : pare
     // the states set before the first paint.
     SetWindowLongPtrA(tree_, GWL_STYLE, GetWindowLongPtrA(tree_, GWL_STYLE) | TVS_CHECKBOXES);
 
-    const int size = GetSystemMetrics(SM_CXSMICON);
-    images_.reset(ImageListCreate(size, size, ILC_COLOR32 | ILC_MASK, 6, 0));
+    LoadPictures();
+}
+
+void TreeViewControl::LoadPictures() {
+    const int size = SmallIconSize(parent_);
+    UniqueImageList images(ImageListCreate(size, size, ILC_COLOR32 | ILC_MASK, 6, 0));
+    imageIndex_.clear();
     for (const auto& [key, id] : StartupTreeIcons()) {
         UniqueIcon icon(static_cast<HICON>(
-            LoadImageA(iconModule, MAKEINTRESOURCEA(id), IMAGE_ICON, size, size, 0)));
-        if (icon && images_)
-            imageIndex_[key] = ImageListAddIcon(images_.get(), icon.get());
+            LoadImageA(iconModule_, MAKEINTRESOURCEA(id), IMAGE_ICON, size, size, 0)));
+        if (icon && images)
+            imageIndex_[key] = ImageListAddIcon(images.get(), icon.get());
     }
-    SendMessageA(tree_, TVM_SETIMAGELIST, TVSIL_NORMAL, reinterpret_cast<LPARAM>(images_.get()));
+    SendMessageA(tree_, TVM_SETIMAGELIST, TVSIL_NORMAL, reinterpret_cast<LPARAM>(images.get()));
+    images_ = std::move(images); // the tree never owns its list: the old one goes after the swap
 }
 
 HTREEITEM TreeViewControl::ItemOf(int node) const {

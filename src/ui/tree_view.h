@@ -46,6 +46,9 @@ public:
     // The text of a node's tooltip.
     std::function<std::string(int node)> ToolTip;
 
+    // The pictures at the size that suits the parent's screen density.
+    void LoadPictures();
+
     HTREEITEM ItemOf(int node) const;
     int NodeOf(HTREEITEM item) const;
 
@@ -53,6 +56,7 @@ private:
     HWND tree_ = nullptr; // the parent's child: destroyed with it
 
     HWND parent_;
+    HMODULE iconModule_;
     UniqueImageList images_;
     std::map<std::string, int, std::less<>> imageIndex_;
     std::vector<HTREEITEM> items_;

@@ -84,7 +84,7 @@ std::vector<ToolbarButton> BuildMainToolbar(const std::vector<std::string>& menu
 void ApplyEnabled(std::vector<MenuItem>& items, const CommandTable& commands) {
     for (MenuItem& item : items) {
         if (item.Type == Kind::Command)
-            item.Enabled = commands.Enabled(item.Number);
+            item.Enabled = LanguageOfCommand(item.Number) || commands.Enabled(item.Number);
         ApplyEnabled(item.Entries, commands);
     }
 }

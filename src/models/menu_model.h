@@ -43,7 +43,8 @@ struct ToolbarButton {
 std::vector<ToolbarButton> BuildMainToolbar(const std::vector<std::string>& menus,
                                             const std::vector<std::string>& toolbar);
 
-// Each command's Enabled from the table, at every depth; submenus stay enabled.
+// Each command's Enabled from the table, at every depth: a command the table does not know is
+// grayed. Submenus and languages stay enabled.
 void ApplyEnabled(std::vector<MenuItem>& items, const CommandTable& commands);
 
 // The command of language i of the list, and back; nothing for another command.

@@ -147,8 +147,10 @@ void MainWindow::AddCommands() {
 }
 
 bool MainWindow::Load() {
-    UniqueMenu menu = MakeMenuBar(
-        BuildMainMenu(app_.text.Menus, app_.text.Languages, app_.model.Language));
+    std::vector<MenuItem> items =
+        BuildMainMenu(app_.text.Menus, app_.text.Languages, app_.model.Language);
+    ApplyEnabled(items, commands_);
+    UniqueMenu menu = MakeMenuBar(items);
     if (!Create(instance_, 0, kMainWindowTitle, WS_OVERLAPPEDWINDOW, CW_USEDEFAULT, CW_USEDEFAULT,
                 760, 520, nullptr, menu.get()))
         return false;

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "items/checked_items.h"
 #include "items/startup_tree.h"
 #include "support/test_support.h"
 
@@ -150,6 +151,67 @@ TEST_F(StartupTree, AContainerPassesItsCheckDownThreeLevels) {
     CheckWithItems(tree, tree.Find("DIR_CurrentUser"), false);
     EXPECT_FALSE(N("#12341#DELAYEDDelayed.lnk").Checked);
     EXPECT_TRUE(N("#12343#DELAYEDAll.lnk").Checked);
+}
+
+
+// Records the passes in the order they run.
+struct PassLog : CheckedPasses {
+    std::vector<std::string> calls;
+    static std::string Flags(bool a, bool b) { return std::string(a ? "T" : "F") + (b ? "T" : "F"); }
+    void DelayCheckedRegistryItems(bool s, bool d) override { calls.push_back("DelayReg " + Flags(s, d)); }
+    void DelayCheckedStartupItems(bool s, bool d) override { calls.push_back("DelayStp " + Flags(s, d)); }
+    void RestoreCheckedRegistryItems() override { calls.push_back("RestoreReg"); }
+    void RestoreCheckedStartupItems() override { calls.push_back("RestoreStp"); }
+    void WriteItems() override { calls.push_back("Write"); }
+    void RefreshData() override { calls.push_back("Refresh"); }
+};
+
+TEST_F(StartupTree, TickedItemsDecideTheToolbarsMovesAndAllUsersItemsLoseTheirTicks) {
+    auto moves = [&](std::vector<std::string> keys) {
+        for (size_t i = 0; i < tree.Count(); ++i)
+            tree.Node(int(i)).Checked = false;
+        for (const std::string& key : keys)
+            N(key).Checked = true;
+        const ToolbarMoves m = CheckForOptions(tree);
+        return std::string(m.Stop ? "S" : "-") + (m.Delay ? "D" : "-") + (m.Run ? "R" : "-");
+    };
+    EXPECT_EQ(moves({}), "---");
+    EXPECT_EQ(moves({"#12340#Tool.lnk"}), "SD-");
+    EXPECT_EQ(moves({"#12341#DELAYEDDelayed.lnk"}), "S-R");
+    EXPECT_EQ(moves({"#12340#STOPPED_STPCU_Old.lnk"}), "-DR");
+    EXPECT_EQ(moves({"DIR_AllUsers"}), "S-R"); // a delayed container counts as delayed
+    // A stopped all-users item can be put back, so it keeps its tick.
+    EXPECT_EQ(moves({"#12343#STOPPED_STPAU_Common.lnk"}), "-DR");
+    // Active all-users items never move: ticked, even after every move is already allowed,
+    // they lose the tick and allow nothing.
+    EXPECT_EQ(moves({"#12341#DELAYEDDelayed.lnk", "#12340#STOPPED_STPCU_Old.lnk",
+                     "AllUsersRoot", "#12340#Word.lnk"}),
+              "SDR");
+    EXPECT_FALSE(N("AllUsersRoot").Checked);
+    EXPECT_FALSE(N("#12340#Word.lnk").Checked);
+    EXPECT_EQ(moves({"#12340#Word.lnk"}), "---");
+    EXPECT_FALSE(AnyChecked(tree));
+}
+
+TEST_F(StartupTree, EachMoveRunsItsPassesInOrderAndNothingWithoutTicks) {
+    auto run = [&](CheckedMove move) {
+        PassLog log;
+        const bool ran = RunCheckedMove(move, tree, log);
+        std::string out = ran ? "" : "(nothing)";
+        for (const std::string& call : log.calls)
+            out += (out.empty() ? "" : ", ") + call;
+        return out;
+    };
+    // Nothing ticked: not even the file is written.
+    EXPECT_EQ(run(CheckedMove::Save), "(nothing)");
+    EXPECT_EQ(run(CheckedMove::Delay), "(nothing)");
+
+    N("#12340#Tool.lnk").Checked = true;
+    EXPECT_EQ(run(CheckedMove::Save),
+              "DelayReg FF, DelayStp FF, RestoreReg, RestoreStp, Write, Refresh");
+    EXPECT_EQ(run(CheckedMove::Delay), "DelayReg FT, DelayStp FT, Refresh");
+    EXPECT_EQ(run(CheckedMove::Stop), "DelayReg TT, DelayStp TF, Refresh");
+    EXPECT_EQ(run(CheckedMove::Run), "RestoreReg, RestoreStp, Refresh");
 }
 
 } // namespace

@@ -1,19 +1,22 @@
 #include <gtest/gtest.h>
 
+#include "models/command_ids.h"
 #include "models/command_table.h"
+#include "models/menu_model.h"
 #include "models/tray_menu.h"
 
 namespace tolvane {
 namespace {
 
-// The menu as "number caption" lines, a submenu's entries indented; "-" for a separator.
-std::string Outline(const std::vector<TrayMenuEntry>& entries, const std::string& indent = "") {
+// The menu as "number caption" lines, a submenu's entries indented; "-" for a separator; "v"
+// for a check mark, "(off)" for a grayed entry.
+std::string Outline(const std::vector<MenuItem>& entries, const std::string& indent = "") {
     std::string out;
-    for (const TrayMenuEntry& e : entries) {
-        out += indent + (e.Type == TrayMenuEntry::Kind::Separator
-                             ? "-"
-                             : std::to_string(e.Number) + " " + e.Caption) +
-               "\n";
+    for (const MenuItem& e : entries) {
+        out += indent +
+               (e.Type == MenuItem::Kind::Separator ? "-"
+                                                    : std::to_string(e.Number) + " " + e.Caption) +
+               (e.Checked ? " v" : "") + (e.Enabled ? "" : " (off)") + "\n";
         out += Outline(e.Entries, indent + "  ");
     }
     return out;
@@ -87,6 +90,63 @@ TEST(CommandTable, RunsACommandOnlyWhenItCanBeUsed) {
     EXPECT_FALSE(table.Execute(3));
     EXPECT_FALSE(table.Enabled(3));
     EXPECT_EQ(runs, 11);
+}
+
+TEST(MainMenu, CaptionsFromTheTableLanguagesCheckedAndEnabledByTheCommandTable) {
+    std::vector<std::string> menus = TextTables().Menus;
+    menus[14] = "&Forum";
+    std::vector<MenuItem> bar =
+        BuildMainMenu(menus, {{"English", "en"}, {"Deutsch", "de"}}, "de");
+    CommandTable commands;
+    commands.Add(ID_CMD_SAVE, [] {}, [] { return false; });
+    commands.Add(ID_CMD_QUIT, [] {});
+    ApplyEnabled(bar, commands);
+    EXPECT_EQ(Outline(bar), "0 &File\n"
+                            "  40004 &Save (off)\n"
+                            "  -\n"
+                            "  40005 &Minimize to Tray (off)\n"
+                            "  40002 E&xit\n"
+                            "0 &Program Groups\n"
+                            "  40006 &Modify (off)\n"
+                            "0 &Tools\n"
+                            "  40007 &Options (off)\n"
+                            "0 &Language\n"
+                            "  41000 English\n"
+                            "  41001 Deutsch v\n"
+                            "0 &Help\n"
+                            "  40008 &Help (off)\n"
+                            "  -\n"
+                            "  40009 &About (off)\n"
+                            "  -\n"
+                            "  40030 &Tips (off)\n"
+                            "  -\n"
+                            "  0 &Online\n"
+                            "    40031 &Forum (off)\n"
+                            "    40032 &Support E-Mail (off)\n"
+                            "    40033 &Main Page (off)\n");
+    EXPECT_EQ(LanguageOfCommand(41001), 1u);
+    EXPECT_EQ(LanguageOfCommand(ID_CMD_SAVE), std::nullopt);
+    // Without a language list the menu has no language to choose.
+    EXPECT_TRUE(BuildMainMenu(menus, {{}}, "en")[3].Entries.empty());
+
+    EXPECT_EQ(Outline(BuildItemPopup(menus)), "40010 Delay\n-\n40011 Stop\n-\n40012 Run\n-\n"
+                                              "40013 Properties\n-\n40014 &Search Online\n");
+}
+
+TEST(MainMenu, ToolbarButtonsTakeTheMovesCaptionsAndTheToolbarTablesTips) {
+    std::vector<std::string> menus = TextTables().Menus;
+    menus[1] = "&&Save &me";
+    std::string out;
+    for (const ToolbarButton& b : BuildMainToolbar(menus, TextTables().Toolbar))
+        out += std::to_string(b.Command) + " " + b.Caption + " / " + b.ToolTip + "\n";
+    EXPECT_EQ(out, "40004 &Save me / Save Changes\n"
+                   "0  / \n"
+                   "40003  / Refresh the list\n"
+                   "0  / \n"
+                   "40021 Stop / Don't run at all\n"
+                   "40020 Delay / Delay the startup\n"
+                   "40022 Run / Run at startup\n"
+                   "40006 Properties / Properties\n");
 }
 
 } // namespace

@@ -94,12 +94,11 @@ void MainWindow::ClassStyle(WNDCLASSEXA& wc) {
 }
 
 void MainWindow::AddCommands() {
-    auto content = [this] { return treeView_ != nullptr; };
     commands_.Add(ID_CMD_OPEN, [this] { Open(); });
     commands_.Add(ID_CMD_QUIT, [this] { EndForGood(); });
     commands_.Add(ID_CMD_MINIMIZE_TO_TRAY, [this] { ShowWindow(Hwnd(), SW_HIDE); });
-    commands_.Add(ID_CMD_REFRESH, [this] { Refresh(); }, content);
-    commands_.Add(ID_CMD_SAVE, [this] { Save(); }, content);
+    commands_.Add(ID_CMD_REFRESH, [this] { Refresh(); });
+    commands_.Add(ID_CMD_SAVE, [this] { Save(); });
     commands_.Add(ID_CMD_GROUPS, [this] {
         if (OpenGroupEditor)
             OpenGroupEditor(std::nullopt);

@@ -251,4 +251,56 @@ void Type(std::initializer_list<unsigned short> keys) {
     }
 }
 
+void Chord(std::initializer_list<unsigned short> keys) {
+    std::vector<INPUT> inputs;
+    for (unsigned short key : keys) {
+        INPUT in{};
+        in.type = INPUT_KEYBOARD;
+        in.ki.wVk = key;
+        inputs.push_back(in);
+    }
+    for (auto key = std::rbegin(keys); key != std::rend(keys); ++key) {
+        INPUT in{};
+        in.type = INPUT_KEYBOARD;
+        in.ki.wVk = *key;
+        in.ki.dwFlags = KEYEVENTF_KEYUP;
+        inputs.push_back(in);
+    }
+    SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT));
+    Sleep(150);
+}
+
+namespace {
+
+INPUT Mouse(POINT at, DWORD flags) {
+    INPUT in{};
+    in.type = INPUT_MOUSE;
+    // Absolute positions are in 0 to 65535 over the primary screen.
+    in.mi.dx = MulDiv(at.x, 65535, GetSystemMetrics(SM_CXSCREEN) - 1);
+    in.mi.dy = MulDiv(at.y, 65535, GetSystemMetrics(SM_CYSCREEN) - 1);
+    in.mi.dwFlags = flags | MOUSEEVENTF_ABSOLUTE | MOUSEEVENTF_MOVE;
+    return in;
+}
+
+} // namespace
+
+void Click(POINT at, bool right) {
+    INPUT inputs[3] = {Mouse(at, 0),
+                       Mouse(at, right ? MOUSEEVENTF_RIGHTDOWN : MOUSEEVENTF_LEFTDOWN),
+                       Mouse(at, right ? MOUSEEVENTF_RIGHTUP : MOUSEEVENTF_LEFTUP)};
+    SendInput(3, inputs, sizeof(INPUT));
+    Sleep(150);
+}
+
+void Drag(POINT from, POINT to) {
+    std::vector<INPUT> inputs = {Mouse(from, 0), Mouse(from, MOUSEEVENTF_LEFTDOWN)};
+    for (int step = 1; step <= 10; ++step)
+        inputs.push_back(Mouse({from.x + (to.x - from.x) * step / 10,
+                                from.y + (to.y - from.y) * step / 10},
+                               0));
+    inputs.push_back(Mouse(to, MOUSEEVENTF_LEFTUP));
+    SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT));
+    Sleep(150);
+}
+
 } // namespace tolvane::test

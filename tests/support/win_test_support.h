@@ -92,6 +92,12 @@ HWND WindowOf(unsigned long process, const char* className, bool visibleOnly,
               unsigned long timeoutMs, HWND parent = nullptr);
 // Real key presses, as the user types them into whatever has the keyboard.
 void Type(std::initializer_list<unsigned short> keys);
+// Keys pressed together (Alt+F4, Shift+F10), released in reverse.
+void Chord(std::initializer_list<unsigned short> keys);
+// A real click of the left (or right) mouse button at a point of the screen.
+void Click(POINT at, bool right = false);
+// A real drag with the left button held, in steps, from one point of the screen to another.
+void Drag(POINT from, POINT to);
 
 // The test prefix's startup locations: both Startup folders, both Run keys, and the keys that
 // keep the saved copies of Run values. Tests that use them hold the ctest lock

@@ -1,0 +1,314 @@
+// The main window as the user meets it, in this process against the prefix's real startup
+// locations: its menus and toolbar as rendered, items ticked and moved with real keys and clicks,
+// the item popup, the language choice, help and links, the close rules and the minimum size.
+#include <windows.h>
+#include <commctrl.h>
+
+#include <functional>
+
+#include "config/language_files.h"
+#include "items/run_entry.h"
+#include "items/startup_fixture.h"
+#include "platform/message_pump.h"
+#include "platform/min_size.h"
+#include "resource_ids.h"
+#include "models/menu_model.h"
+#include "ui/main_window.h"
+
+namespace tolvane {
+namespace {
+
+class MainWindowTest : public test::StartupFixture {
+protected:
+    void SetUp() override {
+        StartupFixture::SetUp();
+        test::CopyTree(test::BuiltProgramFolder() + "\\lang", folder / "lang");
+        LoadLanguageList(app);
+        LoadLanguageFiles(app);
+        app.OnlineSearchTemplate = "https://s.example/?q={SEARCHTERMS}";
+    }
+    void TearDown() override {
+        window.reset();
+        TakeQuitMessage();
+        StartupFixture::TearDown();
+    }
+    // The quit message that a window posts as it ends would stop every later pump here.
+    static void TakeQuitMessage() {
+        MSG msg;
+        while (PeekMessageA(&msg, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE)) {
+        }
+    }
+    void Open() {
+        window.reset();
+        window = std::make_unique<MainWindow>(app, GetModuleHandleA(nullptr));
+        window->OpenWithShell = [this](const std::string& target) { opened.push_back(target); };
+        ASSERT_TRUE(window->Load());
+        hwnd = window->Handle();
+        SetWindowPos(hwnd, HWND_TOP, 120, 80, 800, 560, SWP_SHOWWINDOW);
+        SetForegroundWindow(hwnd);
+        Pump();
+    }
+    static void Pump(int rounds = 30) {
+        for (int i = 0; i < rounds; ++i, Sleep(10))
+            YieldToMessageLoop();
+    }
+    HWND TreeHwnd() { return window->TreeView()->Hwnd(); }
+    std::string File() {
+        return test::ReadFileBytes(folder / (WindowsUserName() + "\\proggroup.c"));
+    }
+    // The tree's node of an item, selected in the control, with the keyboard in the tree.
+    int SelectItem(const std::string& container, const std::string& text) {
+        tree = window->Tree();
+        const int node = Node(container, text);
+        TreeView_SelectItem(TreeHwnd(), window->TreeView()->ItemOf(node));
+        SetFocus(TreeHwnd());
+        Pump(5);
+        return node;
+    }
+    void Tick(const std::string& container, const std::string& text) {
+        SelectItem(container, text);
+        test::Type({VK_SPACE});
+        Pump();
+    }
+    void ClickButton(int command) {
+        HWND bar = window->Toolbar()->Hwnd();
+        RECT r{};
+        SendMessageA(bar, TB_GETRECT, command, reinterpret_cast<LPARAM>(&r));
+        POINT at{(r.left + r.right) / 2, (r.top + r.bottom) / 2};
+        ClientToScreen(bar, &at);
+        test::Click(at);
+        Pump(60);
+    }
+    // Each button as "id caption on|off"; "-" for a separator.
+    std::string Toolbar() {
+        HWND bar = window->Toolbar()->Hwnd();
+        std::string out;
+        const int count = static_cast<int>(SendMessageA(bar, TB_BUTTONCOUNT, 0, 0));
+        for (int i = 0; i < count; ++i) {
+            TBBUTTON b{};
+            SendMessageA(bar, TB_GETBUTTON, i, reinterpret_cast<LPARAM>(&b));
+            if (b.fsStyle & BTNS_SEP) {
+                out += "-\n";
+                continue;
+            }
+            char text[64] = {};
+            SendMessageA(bar, TB_GETBUTTONTEXTA, b.idCommand, reinterpret_cast<LPARAM>(text));
+            const bool on = SendMessageA(bar, TB_ISBUTTONENABLED, b.idCommand, 0) != 0;
+            out += std::to_string(b.idCommand) + " " + text + (on ? " on" : " off") + "\n";
+        }
+        return out;
+    }
+    // The menu as rendered: captions indented by depth, "-" for a separator, "v" for a check
+    // mark, "(off)" for a grayed item.
+    static std::string Outline(HMENU menu, const std::string& indent = "") {
+        std::string out;
+        for (int i = 0; i < GetMenuItemCount(menu); ++i) {
+            char text[128] = {};
+            MENUITEMINFOA info{sizeof info};
+            info.fMask = MIIM_FTYPE | MIIM_STATE | MIIM_SUBMENU | MIIM_STRING;
+            info.dwTypeData = text;
+            info.cch = sizeof text;
+            GetMenuItemInfoA(menu, i, TRUE, &info);
+            if (info.fType & MFT_SEPARATOR) {
+                out += indent + "-\n";
+                continue;
+            }
+            out += indent + text + (info.fState & MFS_CHECKED ? " v" : "") +
+                   (info.fState & MFS_GRAYED ? " (off)" : "") + "\n";
+            if (info.hSubMenu)
+                out += Outline(info.hSubMenu, indent + "  ");
+        }
+        return out;
+    }
+
+    std::unique_ptr<MainWindow> window;
+    HWND hwnd = nullptr;
+    std::vector<std::string> opened;
+};
+
+TEST_F(MainWindowTest, MenusAndToolbarAsRenderedAndTickedItemsMoveFromTheToolbar) {
+    Shortcut(places.UserFolder, "Tool.lnk");
+    RunValue(RegistryRoot::CurrentUser, "Alpha", "C:\\alpha.exe /a");
+    RunValue(RegistryRoot::CurrentUser, "Beta", "C:\\beta.exe");
+    Open();
+
+    EXPECT_EQ(Outline(GetMenu(hwnd)), "&File\n"
+                                      "  &Save\n"
+                                      "  -\n"
+                                      "  &Minimize to Tray\n"
+                                      "  E&xit\n"
+                                      "&Program Groups\n"
+                                      "  &Modify\n"
+                                      "&Tools\n"
+                                      "  &Options (off)\n"
+                                      "&Language\n"
+                                      "  English v\n"
+                                      "  Deutsch\n"
+                                      "&Help\n"
+                                      "  &Help\n"
+                                      "  -\n"
+                                      "  &About (off)\n"
+                                      "  -\n"
+                                      "  &Tips (off)\n"
+                                      "  -\n"
+                                      "  &Online\n"
+                                      "    &Forums\n"
+                                      "    &Support E-Mail\n"
+                                      "    &Main Page\n");
+    const std::string untouched = "40004 Save on\n-\n40003  on\n-\n40021 Stop off\n"
+                                  "40020 Delay off\n40022 Run off\n40006 Properties on\n";
+    EXPECT_EQ(Toolbar(), untouched);
+
+    // A current-user shortcut ticked with the space bar allows Stop and Delay.
+    Tick("CurrentUserStartup", "Tool.lnk");
+    EXPECT_EQ(Toolbar(), "40004 Save on\n-\n40003  on\n-\n40021 Stop on\n"
+                         "40020 Delay on\n40022 Run off\n40006 Properties on\n");
+    ClickButton(ID_CMD_DELAY_CHECKED);
+    EXPECT_FALSE(test::PathExists(UserStartup("Tool.lnk")));
+    EXPECT_TRUE(test::PathExists(UserItems("Tool.lnk")));
+    tree = window->Tree();
+    EXPECT_EQ(Items("DelayedItemsStartupCurrentUser"), std::vector<std::string>{"Tool.lnk"});
+    EXPECT_NE(File().find("Tool.lnk"), std::string::npos);
+    EXPECT_EQ(Toolbar(), untouched); // the rebuilt tree has nothing ticked
+
+    // The popup's moves follow the selected item's state.
+    auto popup = [&] {
+        std::string out;
+        for (int id : {ID_CMD_DELAY, ID_CMD_STOP, ID_CMD_RUN, ID_CMD_PROPERTIES})
+            out += window->Commands().Enabled(id) ? "1" : "0";
+        return out;
+    };
+    SelectItem("DelayedItemsStartupCurrentUser", "Tool.lnk");
+    EXPECT_EQ(popup(), "0111");
+    SelectItem("CurrentUserRoot", "Registry Run (2)");
+    EXPECT_EQ(popup(), "0000"); // a container offers no popup
+    SelectItem("CurrentUserRegistry", "Alpha=C:\\alpha.exe /a");
+    EXPECT_EQ(popup(), "1100");
+
+    // Stop from the popup, opened with the keyboard: Delay, then Stop.
+    test::Type({VK_APPS, VK_DOWN, VK_DOWN, VK_RETURN});
+    Pump(60);
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Alpha"), "(none)");
+    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Alpha"), "C:\\alpha.exe /a");
+    EXPECT_NE(File().find("_REGCU_Alpha=C:\\alpha.exe /a"), std::string::npos) << File();
+    SelectItem("StoppedItemsCurrentReg", "Alpha=C:\\alpha.exe /a");
+    EXPECT_EQ(popup(), "1010");
+
+    // Run on the ticked stopped value puts it back as it was.
+    Tick("StoppedItemsCurrentReg", "Alpha=C:\\alpha.exe /a");
+    ClickButton(ID_CMD_RUN_CHECKED);
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Alpha"), "C:\\alpha.exe /a");
+    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Alpha"), "(none)");
+    EXPECT_EQ(File().find("_REGCU_Alpha"), std::string::npos);
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Beta"), "C:\\beta.exe");
+    EXPECT_TRUE(messages.shown.empty());
+}
+
+TEST_F(MainWindowTest, SaveHelpLinksSearchAndLanguage) {
+    Shortcut(places.UserFolder, "Tool.lnk");
+    Open();
+    const std::string file = folder / (WindowsUserName() + "\\proggroup.c");
+
+    // Ctrl+S with nothing ticked rewrites nothing.
+    ASSERT_TRUE(DeleteFileA(file.c_str()));
+    test::Chord({VK_CONTROL, 'S'});
+    Pump();
+    EXPECT_FALSE(test::PathExists(file));
+
+    // F1 opens the help file only when there is one.
+    test::Type({VK_F1});
+    Pump();
+    EXPECT_TRUE(opened.empty());
+    test::WriteFileBytes(folder / "Tolvane.chm", "help");
+    test::Type({VK_F1});
+    Pump();
+    EXPECT_EQ(opened, std::vector<std::string>{folder / "Tolvane.chm"});
+
+    // Help > Online > Support E-Mail, by its letters.
+    test::Chord({VK_MENU, 'H'});
+    test::Type({'O', 'S'});
+    Pump();
+    EXPECT_EQ(opened.back(), "mailto:support@hexmoor.com?subject=Tolvane%202");
+
+    // Search Online, the popup's last entry.
+    SelectItem("CurrentUserStartup", "Tool.lnk");
+    test::Type({VK_APPS, VK_UP, VK_RETURN});
+    Pump(60);
+    EXPECT_EQ(opened.back(), "https://s.example/?q=Tool.lnk");
+
+    // Another language: its texts and the file; the same one again does nothing.
+    PostMessageA(hwnd, WM_COMMAND, LanguageCommand(1), 0);
+    Pump();
+    EXPECT_EQ(app.model.Language, "de");
+    EXPECT_EQ(app.text.Menus[0], "&Datei");
+    EXPECT_NE(File().find("const Language = Deutsch;"), std::string::npos);
+    HMENU bar = GetMenu(hwnd);
+    EXPECT_EQ(GetMenuState(bar, LanguageCommand(0), MF_BYCOMMAND) & MF_CHECKED, 0u);
+    EXPECT_NE(GetMenuState(bar, LanguageCommand(1), MF_BYCOMMAND) & MF_CHECKED, 0u);
+    ASSERT_TRUE(DeleteFileA(file.c_str()));
+    PostMessageA(hwnd, WM_COMMAND, LanguageCommand(1), 0);
+    Pump();
+    EXPECT_FALSE(test::PathExists(file));
+}
+
+TEST_F(MainWindowTest, MinimumSizeAndCloseRules) {
+    app.model.CloseType = 1;
+    app.model.StartupType = 1;
+    const std::string items =
+        app.folders.UserItemsFolder.substr(0, app.folders.UserItemsFolder.size() - 1);
+    test::MakeFolder(items);
+    Shortcut(items, "Kept.lnk");
+    app.model.AddProgramToGroup(app.model.StartupGroupIndex, "Execute", "Kept.lnk", "", 0, "");
+    CDelayLoad(app).WriteItems();
+    Open();
+
+    // The left border dragged far to the right stops at the minimum width; the right border
+    // stays where it was.
+    RECT before{}, after{};
+    GetWindowRect(hwnd, &before);
+    const long minimum = TwipsToPixels(kMinimumWidthTwips, GetDpiForWindow(hwnd));
+    test::Drag({before.left + 1, (before.top + before.bottom) / 2},
+               {before.left + 500, (before.top + before.bottom) / 2});
+    Pump(60);
+    GetWindowRect(hwnd, &after);
+    EXPECT_EQ(after.right - after.left, minimum);
+    EXPECT_EQ(after.right, before.right);
+    // Program code is not held to it.
+    SetWindowPos(hwnd, nullptr, 0, 0, 300, 200, SWP_NOMOVE | SWP_NOZORDER);
+    GetWindowRect(hwnd, &after);
+    EXPECT_EQ(after.right - after.left, 300);
+
+    // CloseType 1: the close button (Alt+F4 is its key) only hides the window.
+    SetForegroundWindow(hwnd);
+    test::Chord({VK_MENU, VK_F4});
+    Pump();
+    ASSERT_TRUE(window->Handle());
+    EXPECT_FALSE(IsWindowVisible(hwnd));
+    EXPECT_FALSE(app.wait.QuitRequested);
+
+    // File > Exit ends for good and, with StartupType 1, brings the own Run entry up to date:
+    // a current-user item is delayed, so the user's Run key starts the program.
+    reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue);
+    window->Open();
+    Pump();
+    test::Chord({VK_MENU, 'F'});
+    test::Type({'X'});
+    Pump();
+    EXPECT_EQ(window->Handle(), nullptr);
+    EXPECT_TRUE(app.wait.QuitRequested);
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, kOwnRunValue), app.folders.RunCommand);
+
+    // CloseType 0: the close button ends the program.
+    TakeQuitMessage();
+    app.model.CloseType = 0;
+    app.wait.QuitRequested = false;
+    CDelayLoad(app).WriteItems(); // the window reads its settings from the file
+    Open();
+    test::Chord({VK_MENU, VK_F4});
+    Pump();
+    EXPECT_EQ(window->Handle(), nullptr);
+    EXPECT_TRUE(app.wait.QuitRequested);
+}
+
+} // namespace
+} // namespace tolvane

@@ -34,8 +34,7 @@ public:
 };
 
 enum class CheckedMove {
-    Save,  // what each ticked item's place asks for: active and stopped ones delayed,
-           // delayed ones put back
+    Save,  // active items delayed, delayed and stopped ones back to Windows' own start
     Delay, // every ticked item delayed (stopped ones too)
     Stop,  // every ticked item stopped
     Run,   // every ticked item back to Windows' own start

@@ -598,4 +598,8 @@ bool ItemMoves::RestoreCheckedRegistryItems() {
     });
 }
 
+void ItemMovePasses::WriteItems() {
+    CDelayLoad(app_).WriteItems();
+}
+
 } // namespace tolvane

@@ -15,7 +15,10 @@
 #include <string>
 #include <string_view>
 
+#include <functional>
+
 #include "config/program_model.h"
+#include "items/checked_items.h"
 #include "items/move_steps.h"
 #include "models/tree_model.h"
 
@@ -51,6 +54,32 @@ private:
     TreeModel& tree_;
     HWND owner_;
     FileMover mover_;
+};
+
+// The toolbar's and Save's passes over the ticked items, by the moves above; each pass writes the
+// file once. The refresh rebuilds whatever shows the tree.
+class ItemMovePasses : public CheckedPasses {
+public:
+    ItemMovePasses(AppState& app, TreeModel& tree, HWND owner, std::function<void()> refresh)
+        : app_(app), moves_(app, tree, owner), refresh_(std::move(refresh)) {}
+    void DelayCheckedRegistryItems(bool stop, bool stoppedToDelayed) override {
+        (void)moves_.DelayCheckedRegistryItems(stop, stoppedToDelayed);
+    }
+    void DelayCheckedStartupItems(bool stop, bool stoppedToDelayed) override {
+        (void)moves_.DelayCheckedStartupItems(stop, stoppedToDelayed);
+    }
+    void RestoreCheckedRegistryItems() override { (void)moves_.RestoreCheckedRegistryItems(); }
+    void RestoreCheckedStartupItems() override { (void)moves_.RestoreCheckedStartupItems(); }
+    void WriteItems() override;
+    void RefreshData() override {
+        if (refresh_)
+            refresh_();
+    }
+
+private:
+    AppState& app_;
+    ItemMoves moves_;
+    std::function<void()> refresh_;
 };
 
 } // namespace tolvane

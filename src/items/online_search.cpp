@@ -9,20 +9,47 @@ std::string URLEncode(std::string_view text) {
     out.reserve(text.size());
     for (char c : text) {
         switch (c) {
-        case '^': out += "%5E"; break;
-        case '&': out += "%26"; break;
-        case '`': out += "%60"; break;
-        case '{': out += "%7B"; break;
-        case '}': out += "%7D"; break;
-        case '|': out += "%7C"; break;
-        case ']': out += "%5D"; break;
-        case '[': out += "%5B"; break;
-        case '"': out += "%22"; break;
-        case '<': out += "%3C"; break;
-        case '>': out += "%3E"; break;
-        case '\\': out += "%5C"; break;
-        case ' ': out += "%20"; break;
-        default: out += c;
+        case '^':
+            out += "%5E";
+            break;
+        case '&':
+            out += "%26";
+            break;
+        case '`':
+            out += "%60";
+            break;
+        case '{':
+            out += "%7B";
+            break;
+        case '}':
+            out += "%7D";
+            break;
+        case '|':
+            out += "%7C";
+            break;
+        case ']':
+            out += "%5D";
+            break;
+        case '[':
+            out += "%5B";
+            break;
+        case '"':
+            out += "%22";
+            break;
+        case '<':
+            out += "%3C";
+            break;
+        case '>':
+            out += "%3E";
+            break;
+        case '\\':
+            out += "%5C";
+            break;
+        case ' ':
+            out += "%20";
+            break;
+        default:
+            out += c;
         }
     }
     return out;

@@ -51,20 +51,21 @@ std::vector<MenuItem> BuildMainMenu(const std::vector<std::string>& menus,
         Submenu(menus, 4, {Command(ID_CMD_GROUPS, menus, 5)}),
         Submenu(menus, 6, {Command(ID_CMD_OPTIONS, menus, 7)}),
         Submenu(menus, 8, std::move(languageItems)),
-        Submenu(menus, 9,
-                {Command(ID_CMD_HELP, menus, 10), Separator(), Command(ID_CMD_ABOUT, menus, 11),
-                 Separator(), Command(ID_CMD_TIPS, menus, 12), Separator(),
-                 Submenu(menus, 13,
-                         {Command(ID_CMD_FORUMS, menus, 14), Command(ID_CMD_SUPPORT_MAIL, menus, 15),
-                          Command(ID_CMD_MAIN_PAGE, menus, 16)})}),
+        Submenu(
+            menus, 9,
+            {Command(ID_CMD_HELP, menus, 10), Separator(), Command(ID_CMD_ABOUT, menus, 11),
+             Separator(), Command(ID_CMD_TIPS, menus, 12), Separator(),
+             Submenu(menus, 13,
+                     {Command(ID_CMD_FORUMS, menus, 14), Command(ID_CMD_SUPPORT_MAIL, menus, 15),
+                      Command(ID_CMD_MAIN_PAGE, menus, 16)})}),
     };
 }
 
 std::vector<MenuItem> BuildItemPopup(const std::vector<std::string>& menus) {
-    return {Command(ID_CMD_DELAY, menus, 17),      Separator(),
-            Command(ID_CMD_STOP, menus, 18),       Separator(),
-            Command(ID_CMD_RUN, menus, 19),        Separator(),
-            Command(ID_CMD_PROPERTIES, menus, 20), Separator(),
+    return {Command(ID_CMD_DELAY, menus, 17),        Separator(),
+            Command(ID_CMD_STOP, menus, 18),         Separator(),
+            Command(ID_CMD_RUN, menus, 19),          Separator(),
+            Command(ID_CMD_PROPERTIES, menus, 20),   Separator(),
             Command(ID_CMD_SEARCH_ONLINE, menus, 21)};
 }
 
@@ -75,10 +76,10 @@ std::vector<ToolbarButton> BuildMainToolbar(const std::vector<std::string>& menu
             command, menuEntry < 0 ? "" : WithoutMnemonic(TextTables::Entry(menus, menuEntry)),
             TextTables::Entry(toolbar, tip)};
     };
-    return {button(ID_CMD_SAVE, 1, 0),         ToolbarButton{},
-            button(ID_CMD_REFRESH, -1, 1),     ToolbarButton{},
+    return {button(ID_CMD_SAVE, 1, 0),          ToolbarButton{},
+            button(ID_CMD_REFRESH, -1, 1),      ToolbarButton{},
             button(ID_CMD_STOP_CHECKED, 18, 2), button(ID_CMD_DELAY_CHECKED, 17, 3),
-            button(ID_CMD_RUN_CHECKED, 19, 4), button(ID_CMD_GROUPS, 20, 5)};
+            button(ID_CMD_RUN_CHECKED, 19, 4),  button(ID_CMD_GROUPS, 20, 5)};
 }
 
 void ApplyEnabled(std::vector<MenuItem>& items, const CommandTable& commands) {

@@ -39,33 +39,11 @@ constexpr int kEndingYields = 5001;
 // The toolbar's pictures by command.
 const std::map<int, int>& ToolbarIcons() {
     static const std::map<int, int> icons = {
-        {ID_CMD_SAVE, IDI_BAR_SAVE},          {ID_CMD_REFRESH, IDI_BAR_REFRESH},
-        {ID_CMD_STOP_CHECKED, IDI_BAR_STOP},  {ID_CMD_DELAY_CHECKED, IDI_BAR_DELAY},
-        {ID_CMD_RUN_CHECKED, IDI_BAR_RUN},    {ID_CMD_GROUPS, IDI_BAR_PROPERTIES}};
+        {ID_CMD_SAVE, IDI_BAR_SAVE},         {ID_CMD_REFRESH, IDI_BAR_REFRESH},
+        {ID_CMD_STOP_CHECKED, IDI_BAR_STOP}, {ID_CMD_DELAY_CHECKED, IDI_BAR_DELAY},
+        {ID_CMD_RUN_CHECKED, IDI_BAR_RUN},   {ID_CMD_GROUPS, IDI_BAR_PROPERTIES}};
     return icons;
 }
-
-// The passes over the ticked items, by the item moves; each pass writes the file once.
-class WindowPasses : public CheckedPasses {
-public:
-    WindowPasses(AppState& app, TreeModel& tree, HWND owner, std::function<void()> refresh)
-        : app_(app), moves_(app, tree, owner), refresh_(std::move(refresh)) {}
-    void DelayCheckedRegistryItems(bool stop, bool stoppedToDelayed) override {
-        (void)moves_.DelayCheckedRegistryItems(stop, stoppedToDelayed);
-    }
-    void DelayCheckedStartupItems(bool stop, bool stoppedToDelayed) override {
-        (void)moves_.DelayCheckedStartupItems(stop, stoppedToDelayed);
-    }
-    void RestoreCheckedRegistryItems() override { (void)moves_.RestoreCheckedRegistryItems(); }
-    void RestoreCheckedStartupItems() override { (void)moves_.RestoreCheckedStartupItems(); }
-    void WriteItems() override { CDelayLoad(app_).WriteItems(); }
-    void RefreshData() override { refresh_(); }
-
-private:
-    AppState& app_;
-    ItemMoves moves_;
-    std::function<void()> refresh_;
-};
 
 } // namespace
 
@@ -146,14 +124,9 @@ void MainWindow::AddCommands() {
 }
 
 bool MainWindow::Load() {
-    std::vector<MenuItem> items =
-        BuildMainMenu(app_.text.Menus, app_.text.Languages, app_.model.Language);
-    ApplyEnabled(items, commands_);
-    UniqueMenu menu = MakeMenuBar(items);
     if (!Create(instance_, 0, kMainWindowTitle, WS_OVERLAPPEDWINDOW, CW_USEDEFAULT, CW_USEDEFAULT,
-                760, 520, nullptr, menu.get()))
+                760, 520, nullptr))
         return false;
-    menu.release(); // the window's now: destroyed with it
     SetAccelerators(Hwnd(), LoadAcceleratorsA(instance_, MAKEINTRESOURCEA(IDA_MAIN)));
     icon_.reset(
         static_cast<HICON>(LoadImageA(instance_, "clock", IMAGE_ICON, GetSystemMetrics(SM_CXSMICON),
@@ -182,6 +155,10 @@ void MainWindow::EnsureContent() {
         return;
     EnsureCommonControls();
     EnsureStartupFolders(app_);
+    std::vector<MenuItem> items =
+        BuildMainMenu(app_.text.Menus, app_.text.Languages, app_.model.Language);
+    ApplyEnabled(items, commands_);
+    SetMenu(Hwnd(), MakeMenuBar(items).release()); // the window's now: destroyed with it
     toolbar_ = std::make_unique<ToolbarControl>(
         Hwnd(), instance_, BuildMainToolbar(app_.text.Menus, app_.text.Toolbar), ToolbarIcons());
     statusBar_ = CreateWindowExA(0, STATUSCLASSNAMEA, "", WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP, 0,
@@ -273,14 +250,14 @@ void MainWindow::ChecksMayHaveChanged() {
 }
 
 void MainWindow::MoveChecked(CheckedMove move) {
-    WindowPasses passes(app_, tree_, Hwnd(), [this] { Refresh(); });
+    ItemMovePasses passes(app_, tree_, Hwnd(), [this] { Refresh(); });
     (void)RunCheckedMove(move, tree_, passes);
     CheckForOptions();
 }
 
 void MainWindow::Save() {
     try {
-        WindowPasses passes(app_, tree_, Hwnd(), [this] { Refresh(); });
+        ItemMovePasses passes(app_, tree_, Hwnd(), [this] { Refresh(); });
         (void)RunCheckedMove(CheckedMove::Save, tree_, passes);
     } catch (const std::exception& e) {
         app_.log.WriteLog(std::string("Menu Save Error: ") + e.what(), kLogError);
@@ -360,10 +337,10 @@ void MainWindow::ChooseLanguage(size_t index) {
         return;
     // The captions on screen stay until the next start; the menu shows the choice at once.
     for (size_t i = 0; i < app_.text.Languages.size(); ++i)
-        CheckMenuItem(GetMenu(Hwnd()), static_cast<UINT>(LanguageCommand(i)),
-                      MF_BYCOMMAND |
-                          (app_.text.Languages[i].Code == app_.model.Language ? MF_CHECKED
-                                                                              : MF_UNCHECKED));
+        CheckMenuItem(
+            GetMenu(Hwnd()), static_cast<UINT>(LanguageCommand(i)),
+            MF_BYCOMMAND |
+                (app_.text.Languages[i].Code == app_.model.Language ? MF_CHECKED : MF_UNCHECKED));
 }
 
 void MainWindow::OpenHelp() {

@@ -43,10 +43,10 @@ void ShowEnabled(HMENU menu, const CommandTable& commands) {
     const int count = GetMenuItemCount(menu);
     for (int i = 0; i < count; ++i) {
         const UINT id = GetMenuItemID(menu, i);
-        if (id != static_cast<UINT>(-1) && id != 0 && !LanguageOfCommand(static_cast<int>(id)))
+        if (id != static_cast<UINT>(-1) && id != 0 && commands.Has(static_cast<int>(id)))
             EnableMenuItem(menu, static_cast<UINT>(i),
-                           MF_BYPOSITION | (commands.Enabled(static_cast<int>(id)) ? MF_ENABLED
-                                                                                    : MF_GRAYED));
+                           MF_BYPOSITION |
+                               (commands.Enabled(static_cast<int>(id)) ? MF_ENABLED : MF_GRAYED));
     }
 }
 

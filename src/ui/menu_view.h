@@ -17,9 +17,9 @@ void AppendMenuItems(HMENU menu, const std::vector<MenuItem>& items);
 UniqueMenu MakeMenuBar(const std::vector<MenuItem>& items);
 UniqueMenu MakePopupMenu(const std::vector<MenuItem>& items);
 
-// Enables or grays every command of the menu (not its submenus' own entries) as the table says,
-// a command it does not know grayed, languages left alone: a menu about to open shows what can
-// be done now.
+// Enables or grays every command of the menu that the table knows (not its submenus' own
+// entries): a menu about to open shows what can be done now. Entries the table does not know
+// (the tray's programs, the languages) are left as they are.
 void ShowEnabled(HMENU menu, const CommandTable& commands);
 
 } // namespace tolvane

@@ -51,11 +51,10 @@ void ToolbarControl::LoadPictures() {
         if (b.Command == 0)
             continue;
         auto id = iconOfCommand_.find(b.Command);
-        UniqueIcon icon(id == iconOfCommand_.end()
-                            ? nullptr
-                            : static_cast<HICON>(LoadImageA(iconModule_,
-                                                            MAKEINTRESOURCEA(id->second),
-                                                            IMAGE_ICON, size, size, 0)));
+        UniqueIcon icon(id == iconOfCommand_.end() ? nullptr
+                                                   : static_cast<HICON>(LoadImageA(
+                                                         iconModule_, MAKEINTRESOURCEA(id->second),
+                                                         IMAGE_ICON, size, size, 0)));
         if (images && icon)
             ImageListAddIcon(images.get(), icon.get());
     }
@@ -67,7 +66,8 @@ void ToolbarControl::LoadPictures() {
 void ToolbarControl::ShowEnabled(const CommandTable& commands) const {
     for (const ToolbarButton& b : buttons_)
         if (b.Command != 0)
-            SendMessageA(bar_, TB_ENABLEBUTTON, b.Command, MAKELPARAM(commands.Enabled(b.Command), 0));
+            SendMessageA(bar_, TB_ENABLEBUTTON, b.Command,
+                         MAKELPARAM(commands.Enabled(b.Command), 0));
 }
 
 int ToolbarControl::Fit() const {

@@ -28,8 +28,7 @@ TEST(OnlineSearch, TermsComeFromTheItemAndTheWholeAddressIsEscaped) {
 }
 
 TEST(OnlineSearch, EscapesExactlyTheThirteenCharacters) {
-    EXPECT_EQ(URLEncode("^&`{}|][\"<>\\ "),
-              "%5E%26%60%7B%7D%7C%5D%5B%22%3C%3E%5C%20");
+    EXPECT_EQ(URLEncode("^&`{}|][\"<>\\ "), "%5E%26%60%7B%7D%7C%5D%5B%22%3C%3E%5C%20");
     const std::string unchanged = "%#?/:=+~!$'()*,;@\t\xe4\xdf";
     EXPECT_EQ(URLEncode(unchanged), unchanged);
 }

@@ -153,13 +153,18 @@ TEST_F(StartupTree, AContainerPassesItsCheckDownThreeLevels) {
     EXPECT_TRUE(N("#12343#DELAYEDAll.lnk").Checked);
 }
 
-
 // Records the passes in the order they run.
 struct PassLog : CheckedPasses {
     std::vector<std::string> calls;
-    static std::string Flags(bool a, bool b) { return std::string(a ? "T" : "F") + (b ? "T" : "F"); }
-    void DelayCheckedRegistryItems(bool s, bool d) override { calls.push_back("DelayReg " + Flags(s, d)); }
-    void DelayCheckedStartupItems(bool s, bool d) override { calls.push_back("DelayStp " + Flags(s, d)); }
+    static std::string Flags(bool a, bool b) {
+        return std::string(a ? "T" : "F") + (b ? "T" : "F");
+    }
+    void DelayCheckedRegistryItems(bool s, bool d) override {
+        calls.push_back("DelayReg " + Flags(s, d));
+    }
+    void DelayCheckedStartupItems(bool s, bool d) override {
+        calls.push_back("DelayStp " + Flags(s, d));
+    }
     void RestoreCheckedRegistryItems() override { calls.push_back("RestoreReg"); }
     void RestoreCheckedStartupItems() override { calls.push_back("RestoreStp"); }
     void WriteItems() override { calls.push_back("Write"); }
@@ -184,8 +189,8 @@ TEST_F(StartupTree, TickedItemsDecideTheToolbarsMovesAndAllUsersItemsLoseTheirTi
     EXPECT_EQ(moves({"#12343#STOPPED_STPAU_Common.lnk"}), "-DR");
     // Active all-users items never move: ticked, even after every move is already allowed,
     // they lose the tick and allow nothing.
-    EXPECT_EQ(moves({"#12341#DELAYEDDelayed.lnk", "#12340#STOPPED_STPCU_Old.lnk",
-                     "AllUsersRoot", "#12340#Word.lnk"}),
+    EXPECT_EQ(moves({"#12341#DELAYEDDelayed.lnk", "#12340#STOPPED_STPCU_Old.lnk", "AllUsersRoot",
+                     "#12340#Word.lnk"}),
               "SDR");
     EXPECT_FALSE(N("AllUsersRoot").Checked);
     EXPECT_FALSE(N("#12340#Word.lnk").Checked);

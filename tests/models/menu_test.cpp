@@ -57,7 +57,7 @@ TEST(TrayMenu, NumbersAndCaptionsFollowTheStartupGroupsIndex) {
     EXPECT_EQ(menu.ProgramNumber(3), 0);
     // Action (RunGroup 1, RunProgram 2, RunAllStopped 3, RunStopped 4, Open 5, Quit 6) / index.
     const std::pair<int, const char*> choices[] = {
-        {1000, "1/0"}, {1002, "2/0"}, {1004, "2/2"}, {1005, "0/-1"}, {3001, "3/-1"},
+        {1000, "1/0"}, {1002, "2/0"},  {1004, "2/2"}, {1005, "0/-1"}, {3001, "3/-1"},
         {3003, "4/0"}, {3004, "0/-1"}, {3005, "4/2"}, {5000, "5/-1"}, {6000, "6/-1"},
         {0, "0/-1"},   {2001, "0/-1"}, {-5, "0/-1"}};
     for (auto [number, choice] : choices)
@@ -81,7 +81,8 @@ TEST(CommandTable, RunsACommandOnlyWhenItCanBeUsed) {
     CommandTable table;
     int runs = 0;
     bool allowed = false;
-    table.Add(1, [&] { ++runs; }, [&] { return allowed; });
+    table.Add(
+        1, [&] { ++runs; }, [&] { return allowed; });
     table.Add(2, [&] { runs += 10; });
     EXPECT_FALSE(table.Execute(1));
     allowed = true;
@@ -95,10 +96,10 @@ TEST(CommandTable, RunsACommandOnlyWhenItCanBeUsed) {
 TEST(MainMenu, CaptionsFromTheTableLanguagesCheckedAndEnabledByTheCommandTable) {
     std::vector<std::string> menus = TextTables().Menus;
     menus[14] = "&Forum";
-    std::vector<MenuItem> bar =
-        BuildMainMenu(menus, {{"English", "en"}, {"Deutsch", "de"}}, "de");
+    std::vector<MenuItem> bar = BuildMainMenu(menus, {{"English", "en"}, {"Deutsch", "de"}}, "de");
     CommandTable commands;
-    commands.Add(ID_CMD_SAVE, [] {}, [] { return false; });
+    commands.Add(
+        ID_CMD_SAVE, [] {}, [] { return false; });
     commands.Add(ID_CMD_QUIT, [] {});
     ApplyEnabled(bar, commands);
     EXPECT_EQ(Outline(bar), "0 &File\n"

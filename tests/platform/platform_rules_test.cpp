@@ -81,14 +81,17 @@ TEST(MinimumSize, TheHeldEdgeStopsAtTheMinimumAndTheOppositeOneStays) {
         return std::to_string(r.left) + "," + std::to_string(r.top) + "," +
                std::to_string(r.right) + "," + std::to_string(r.bottom);
     };
-    const SizingRect small{100, 100, 400, 300}; // 300 x 200
-    EXPECT_EQ(sized(1, small), "-315,100,400,300");  // left: width only
-    EXPECT_EQ(sized(2, small), "100,100,815,300");   // right
-    EXPECT_EQ(sized(3, small), "100,-119,400,300");  // top: height only
-    EXPECT_EQ(sized(6, small), "100,100,400,519");   // bottom
-    EXPECT_EQ(sized(4, small), "-315,-119,400,300"); // top left: both, independently
-    EXPECT_EQ(sized(8, small), "100,100,815,519");   // bottom right
-    EXPECT_EQ(sized(7, {100, 100, 400, 700}), "-315,100,400,700"); // tall enough already
+    // 300 x 200: the held edges move, the width for left and right, the height for top and
+    // bottom, both (independently) for a corner.
+    const SizingRect small{100, 100, 400, 300};
+    EXPECT_EQ(sized(1, small), "-315,100,400,300");
+    EXPECT_EQ(sized(2, small), "100,100,815,300");
+    EXPECT_EQ(sized(3, small), "100,-119,400,300");
+    EXPECT_EQ(sized(6, small), "100,100,400,519");
+    EXPECT_EQ(sized(4, small), "-315,-119,400,300");
+    EXPECT_EQ(sized(8, small), "100,100,815,519");
+    // What is large enough already stays.
+    EXPECT_EQ(sized(7, {100, 100, 400, 700}), "-315,100,400,700");
     EXPECT_EQ(sized(8, {0, 0, 900, 500}), "0,0,900,500");
     // 10725 x 6285 twips are 715 x 419 pixels at 96 dpi, 1073 x 629 at 144 dpi (150 %).
     EXPECT_EQ(TwipsToPixels(10725, 96), 715);

@@ -295,9 +295,8 @@ void Click(POINT at, bool right) {
 void Drag(POINT from, POINT to) {
     std::vector<INPUT> inputs = {Mouse(from, 0), Mouse(from, MOUSEEVENTF_LEFTDOWN)};
     for (int step = 1; step <= 10; ++step)
-        inputs.push_back(Mouse({from.x + (to.x - from.x) * step / 10,
-                                from.y + (to.y - from.y) * step / 10},
-                               0));
+        inputs.push_back(
+            Mouse({from.x + (to.x - from.x) * step / 10, from.y + (to.y - from.y) * step / 10}, 0));
     inputs.push_back(Mouse(to, MOUSEEVENTF_LEFTUP));
     SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT));
     Sleep(150);

@@ -1,0 +1,156 @@
+// The main window's two costs that the user waits for, under Wine:
+//  1. an interactive start until the tree shows 200 items, against a bare window that fills a
+//     TreeView with the same nodes (both as processes of their own, alternated, medians);
+//  2. a toolbar Delay pass over 1,000 ticked Run values against one over 100, with the time per
+//     item: the program-group file is written once per pass, so the larger pass costs about ten
+//     times the smaller one, not a hundred.
+// Uses the prefix's real Startup folders and Run keys, and empties them after.
+#include <windows.h>
+#include <commctrl.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "config/delay_load.h"
+#include "items/item_moves.h"
+#include "items/refresh.h"
+#include "platform/registry.h"
+#include "support/win_test_support.h"
+
+using namespace tolvane;
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+constexpr int kPerPlace = 50; // 200 items in the four places
+constexpr int kTreeNodes = 4 * kPerPlace + 20;
+
+struct Quiet : UserMessages {
+    int ShowMessage(std::string_view, std::string_view, unsigned) override { return 1; }
+};
+
+double Ms(Clock::time_point since) {
+    return std::chrono::duration<double, std::milli>(Clock::now() - since).count();
+}
+
+double Median(std::vector<double> v) {
+    std::sort(v.begin(), v.end());
+    return v[v.size() / 2];
+}
+
+std::string ItemName(int i) {
+    char name[32];
+    std::snprintf(name, sizeof name, "Item %04d", i);
+    return name;
+}
+
+void FillPlaces(const test::StartupLocations& places) {
+    CRegistry reg;
+    for (int i = 0; i < kPerPlace; ++i) {
+        const std::string name = ItemName(i);
+        for (const std::string& folder : {places.UserFolder, places.CommonFolder})
+            test::WriteFileBytes(folder + "\\" + name + ".lnk", "");
+        const std::string data = "\"C:\\Program Files\\Vendor\\" + name + ".exe\" /background";
+        (void)reg.SaveSettingString(RegistryRoot::CurrentUser, kRunKey, name, data);
+        (void)reg.SaveSettingString(RegistryRoot::LocalMachine, kRunKey, name, data);
+    }
+}
+
+// From the start of the process until its window of that class shows a tree of that many nodes;
+// a negative time when it never does.
+double StartToTree(const std::string& commandLine, const char* windowClass) {
+    const auto t0 = Clock::now();
+    test::ChildProcess process(commandLine);
+    for (int i = 0; i < 20000; ++i) {
+        HWND window = nullptr;
+        for (HWND w = nullptr; (w = FindWindowExA(nullptr, w, windowClass, nullptr));) {
+            DWORD owner = 0;
+            GetWindowThreadProcessId(w, &owner);
+            if (owner == process.Id())
+                window = w;
+        }
+        HWND tree = window ? FindWindowExA(window, nullptr, WC_TREEVIEWA, nullptr) : nullptr;
+        if (tree && SendMessageA(tree, TVM_GETCOUNT, 0, 0) >= kTreeNodes) {
+            const double ms = Ms(t0);
+            process.Kill();
+            process.WaitForExit(10000);
+            return ms;
+        }
+        Sleep(1);
+    }
+    return -1;
+}
+
+void InteractiveStart(const std::string& bin, const std::string& baseline) {
+    test::StartupLocations places;
+    places.Clear();
+    FillPlaces(places);
+    test::TempFolder install("Tolvane");
+    test::CopyTree(bin, install.Path());
+    const std::string tolvane = "\"" + install / "Tolvane.exe" + "\"";
+    const std::string bare = "\"" + baseline + "\" " + std::to_string(kPerPlace);
+    std::vector<double> own, base;
+    for (int round = 0; round < 7; ++round) {
+        own.push_back(StartToTree(tolvane, "TolvaneStartupItems"));
+        base.push_back(StartToTree(bare, "TolvaneTreeBaseline"));
+    }
+    places.Clear();
+    if (*std::min_element(own.begin(), own.end()) < 0 ||
+        *std::min_element(base.begin(), base.end()) < 0) {
+        std::printf("interactive start: a tree was never filled\n");
+        return;
+    }
+    const double o = Median(own), b = Median(base);
+    std::printf("interactive start to a tree of %d items: Tolvane %.0f ms, bare TreeView window "
+                "%.0f ms, ratio %.2f (goal <= 1.5)\n",
+                4 * kPerPlace, o, b, o / b);
+}
+
+// The toolbar's Delay over n ticked Run values of the current user, with the refresh after it.
+double DelayPass(int n) {
+    test::StartupLocations places;
+    places.Clear();
+    CRegistry reg;
+    for (int i = 0; i < n; ++i)
+        (void)reg.SaveSettingString(RegistryRoot::CurrentUser, kRunKey, ItemName(i),
+                                    "C:\\Vendor\\" + ItemName(i) + ".exe /quiet");
+    test::TempFolder folder("program");
+    Quiet quiet;
+    AppState app(folder.Path(), quiet);
+    app.folders.UserStartupFolder = places.UserFolder;
+    app.folders.CommonStartupFolder = places.CommonFolder;
+    CDelayLoad(app).LoadItems();
+    app.model.StartupType = 0;
+    TreeModel tree;
+    StartupListing listing;
+    RefreshData(app, tree, listing);
+    for (int child : tree.Node(tree.Find("CurrentUserRegistry")).Children)
+        tree.Node(child).Checked = true;
+    ItemMovePasses passes(app, tree, nullptr, [&] { RefreshData(app, tree, listing); });
+    const auto t0 = Clock::now();
+    RunCheckedMove(CheckedMove::Delay, tree, passes);
+    const double ms = Ms(t0);
+    const size_t delayed = tree.Node(tree.Find("DelayedItemsRegistryCurrentUser")).Children.size();
+    if (delayed != static_cast<size_t>(n))
+        std::printf("only %zu of %d values were delayed\n", delayed, n);
+    places.Clear();
+    return ms;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 3) {
+        std::fprintf(stderr, "usage: main_window_bench <bin> <tree_baseline>\n");
+        return 2;
+    }
+    InteractiveStart(argv[1], argv[2]);
+    const double small = DelayPass(100), large = DelayPass(1000);
+    std::printf("toolbar Delay pass: 100 items %.0f ms (%.2f ms each), 1,000 items %.0f ms "
+                "(%.2f ms each), ratio %.2f (goal <= 12)\n",
+                small, small / 100, large, large / 1000, large / small);
+    return 0;
+}

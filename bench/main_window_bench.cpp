@@ -93,7 +93,7 @@ void InteractiveStart(const std::string& bin, const std::string& baseline) {
     const std::string tolvane = "\"" + install / "Tolvane.exe" + "\"";
     const std::string bare = "\"" + baseline + "\" " + std::to_string(kPerPlace);
     std::vector<double> own, base;
-    for (int round = 0; round < 7; ++round) {
+    for (int round = 0; round < 9; ++round) {
         own.push_back(StartToTree(tolvane, "TolvaneStartupItems"));
         base.push_back(StartToTree(bare, "TolvaneTreeBaseline"));
     }
@@ -148,7 +148,12 @@ int main(int argc, char** argv) {
         return 2;
     }
     InteractiveStart(argv[1], argv[2]);
-    const double small = DelayPass(100), large = DelayPass(1000);
+    // The best of three of each: the passes write to disk and the registry, whose speed wavers.
+    double small = 1e300, large = 1e300;
+    for (int round = 0; round < 3; ++round) {
+        small = std::min(small, DelayPass(100));
+        large = std::min(large, DelayPass(1000));
+    }
     std::printf("toolbar Delay pass: 100 items %.0f ms (%.2f ms each), 1,000 items %.0f ms "
                 "(%.2f ms each), ratio %.2f (goal <= 12)\n",
                 small, small / 100, large, large / 1000, large / small);

@@ -131,16 +131,17 @@ bool MainWindow::Load() {
     icon_.reset(
         static_cast<HICON>(LoadImageA(instance_, "clock", IMAGE_ICON, GetSystemMetrics(SM_CXSMICON),
                                       GetSystemMetrics(SM_CYSMICON), 0)));
+    // A user who started the program sees the tree first; the icon follows.
+    if (app_.ShowGui) {
+        ShowWindowNow(SW_SHOWNORMAL);
+        UpdateWindow(Hwnd());
+    }
     if (tray_.Create(instance_)) {
         tray_.SetPicture(icon_.get());
         tray_.FormToPopup = Hwnd();
         tray_.BuildMenu = [this] { return TrayMenuChoice(); };
         tray_.ItemClicked = [this](int number) { TrayMenuCommand(app_, *this, trayMenu_, number); };
         tray_.LoadTrayIcon("Tolvane");
-    }
-    if (app_.ShowGui) {
-        ShowWindowNow(SW_SHOWNORMAL);
-        UpdateWindow(Hwnd());
     }
     return true;
 }

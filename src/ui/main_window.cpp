@@ -156,10 +156,15 @@ void MainWindow::EnsureContent() {
         return;
     EnsureCommonControls();
     EnsureStartupFolders(app_);
-    std::vector<MenuItem> items =
-        BuildMainMenu(app_.text.Menus, app_.text.Languages, app_.model.Language);
-    ApplyEnabled(items, commands_);
-    SetMenu(Hwnd(), MakeMenuBar(items).release()); // the window's now: destroyed with it
+    // The captions: a window without its menu bar still shows and moves the items.
+    try {
+        std::vector<MenuItem> items =
+            BuildMainMenu(app_.text.Menus, app_.text.Languages, app_.model.Language);
+        ApplyEnabled(items, commands_);
+        SetMenu(Hwnd(), MakeMenuBar(items).release()); // the window's now: destroyed with it
+    } catch (const std::exception& e) {
+        app_.log.WriteLog(std::string("Startup Items - Form Captions: ") + e.what(), kLogWarning);
+    }
     toolbar_ = std::make_unique<ToolbarControl>(
         Hwnd(), instance_, BuildMainToolbar(app_.text.Menus, app_.text.Toolbar), ToolbarIcons());
     statusBar_ = CreateWindowExA(0, STATUSCLASSNAMEA, "", WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP, 0,

@@ -1,7 +1,8 @@
-// Message boxes that code outside the windows asks for go through this interface, so that a
-// test can capture them instead of blocking on a dialog.
+// Message boxes and the file dialog that code outside the windows asks for go through this
+// interface, so that a test can capture them instead of blocking on a dialog.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace tolvane {
@@ -23,6 +24,12 @@ public:
     virtual ~UserMessages() = default;
     // Shows the message and returns the button the user chose.
     virtual int ShowMessage(std::string_view text, std::string_view title, unsigned style) = 0;
+    // Shows the file dialog for one existing file, starting in the folder, with the filter
+    // ("Description|*.a;*.b|"); the chosen path, or "" when the user cancels.
+    virtual std::string ChooseFile(std::string_view title, std::string_view filter,
+                                   std::string_view folder) {
+        return {};
+    }
 };
 
 } // namespace tolvane

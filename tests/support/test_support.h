@@ -11,7 +11,7 @@
 
 namespace tolvane::test {
 
-// Records every message box instead of showing it, and answers with a chosen button.
+// Records every message box and file dialog instead of showing it, and answers as told.
 class CapturedMessages : public UserMessages {
 public:
     struct Shown {
@@ -24,8 +24,15 @@ public:
         shown.push_back({std::string(text), std::string(title), style});
         return answer;
     }
+    // The file dialog: its filter is recorded, and the chosen path given back ("" cancels).
+    std::string ChooseFile(std::string_view, std::string_view filter, std::string_view) override {
+        fileDialogs.push_back(std::string(filter));
+        return chosenFile;
+    }
     std::vector<Shown> shown;
     int answer = kIdOk;
+    std::vector<std::string> fileDialogs;
+    std::string chosenFile;
 };
 
 // A string of n characters cycling through printable letters, for long names and data.

@@ -5,14 +5,41 @@
 
 #include "app/main.h"
 #include "models/user_messages.h"
+#include "platform/runtime_libraries.h"
 
 namespace {
 
 class MessageBoxes : public tolvane::UserMessages {
 public:
     int ShowMessage(std::string_view text, std::string_view title, unsigned style) override {
-        return MessageBoxA(nullptr, std::string(text).c_str(), std::string(title).c_str(),
+        // Owned by the window the user works in, so that it stays in front of it.
+        return MessageBoxA(GetActiveWindow(), std::string(text).c_str(), std::string(title).c_str(),
                            style | MB_SETFOREGROUND);
+    }
+    std::string ChooseFile(std::string_view title, std::string_view filter,
+                           std::string_view folder) override {
+        std::string filters(filter); // "Description|patterns|" as the dialog wants it: NULs
+        for (char& c : filters)
+            if (c == '|')
+                c = '\0';
+        char current[256] = {};
+        GetCurrentDirectoryA(255, current);
+        const std::string initial = folder.empty() ? current : std::string(folder);
+        const std::string caption(title);
+        char file[256] = {}, fileTitle[256] = {};
+        OPENFILENAMEA dialog{};
+        dialog.lStructSize = sizeof dialog;
+        dialog.hwndOwner = GetActiveWindow();
+        dialog.hInstance = GetModuleHandleA(nullptr);
+        dialog.lpstrFilter = filters.c_str();
+        dialog.lpstrFile = file;
+        dialog.nMaxFile = sizeof file - 1;
+        dialog.lpstrFileTitle = fileTitle;
+        dialog.nMaxFileTitle = sizeof fileTitle - 1;
+        dialog.lpstrInitialDir = initial.c_str();
+        dialog.lpstrTitle = caption.c_str();
+        dialog.Flags = OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
+        return tolvane::OpenFileDialog(&dialog) ? std::string(file) : std::string();
     }
 };
 

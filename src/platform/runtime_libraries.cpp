@@ -63,4 +63,13 @@ bool ImageListDestroy(HIMAGELIST list) {
     return destroy && destroy(list);
 }
 
+bool OpenFileDialog(OPENFILENAMEA* dialog) {
+    using Open = BOOL(WINAPI*)(OPENFILENAMEA*);
+    static HMODULE module = LoadLibraryA("comdlg32.dll");
+    const auto open = module ? reinterpret_cast<Open>(reinterpret_cast<void*>(
+                                   GetProcAddress(module, "GetOpenFileNameA")))
+                             : nullptr;
+    return open && open(dialog);
+}
+
 } // namespace tolvane

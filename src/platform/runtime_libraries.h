@@ -5,6 +5,7 @@
 
 #include <windows.h>
 #include <commctrl.h>
+#include <commdlg.h>
 
 namespace tolvane {
 
@@ -18,5 +19,9 @@ bool EnsureCom();
 HIMAGELIST ImageListCreate(int cx, int cy, UINT flags, int initial, int grow);
 int ImageListAddIcon(HIMAGELIST list, HICON icon);
 bool ImageListDestroy(HIMAGELIST list);
+
+// The common file dialog (comdlg32, which brings the common controls along); false when the
+// user cancels or the dialog cannot be shown.
+bool OpenFileDialog(OPENFILENAMEA* dialog);
 
 } // namespace tolvane

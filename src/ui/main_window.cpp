@@ -22,6 +22,7 @@
 #include "resource_ids.h"
 #include "startup/tray_commands.h"
 #include "text/strings.h"
+#include "ui/group_editor/group_editor_dialog.h"
 #include "ui/menu_view.h"
 #include "ui/tray_menu_view.h"
 
@@ -57,6 +58,13 @@ MainWindow::MainWindow(AppState& app, HINSTANCE instance)
       tray_(&app.log) {
     OpenWithShell = [this](const std::string& target) {
         ShellExecuteA(Hwnd(), nullptr, target.c_str(), nullptr, "", SW_SHOWNORMAL);
+    };
+    OpenGroupEditor = [this](std::optional<std::string> itemText) {
+        GroupEditorDialog editor(app_);
+        editor.OpenOn(std::move(itemText));
+        editor.ShowModal(instance_, Hwnd());
+        // The editor may have changed the delayed programs.
+        Refresh();
     };
     AddCommands();
 }

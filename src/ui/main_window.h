@@ -73,7 +73,8 @@ public:
 
     // How addresses and files are opened: the shell's default action unless set.
     std::function<void(const std::string& target)> OpenWithShell;
-    // Opens the group editor, on the program of a delayed item's text when one is given.
+    // Opens the group editor (modal), on the program of a delayed item's text when one is
+    // given; the tree is rebuilt after it.
     std::function<void(std::optional<std::string> itemText)> OpenGroupEditor;
 
     static void ClassStyle(WNDCLASSEXA& wc);

@@ -22,7 +22,7 @@ std::vector<std::pair<std::string, int>> TreeViewControl::StartupTreeIcons() {
             {"Delay", IDI_TREE_DELAY},     {"Stopped", IDI_TREE_STOPPED}};
 }
 
-TreeViewControl::TreeViewControl(HWND parent, int id, HMODULE iconModule)
+TreeViewControl::TreeViewControl(HWND parent, int id, HMODULE iconModule, bool checkBoxes)
     : parent_(parent), iconModule_(iconModule) {
     EnsureCommonControls();
     tree_ = (CreateWindowExA(WS_EX_CLIENTEDGE, WC_TREEVIEWA, "",
@@ -32,7 +32,8 @@ TreeViewControl::TreeViewControl(HWND parent, int id, HMODULE iconModule)
                              GetModuleHandleA(nullptr), nullptr));
     // Check boxes are switched on after the control exists: given at creation, the boxes lose
     // the states set before the first paint.
-    SetWindowLongPtrA(tree_, GWL_STYLE, GetWindowLongPtrA(tree_, GWL_STYLE) | TVS_CHECKBOXES);
+    if (checkBoxes)
+        SetWindowLongPtrA(tree_, GWL_STYLE, GetWindowLongPtrA(tree_, GWL_STYLE) | TVS_CHECKBOXES);
 
     LoadPictures();
 }

@@ -23,7 +23,7 @@ public:
     // module's resources (the program's own, or a test's copy of it).
     static std::vector<std::pair<std::string, int>> StartupTreeIcons();
 
-    TreeViewControl(HWND parent, int id, HMODULE iconModule);
+    TreeViewControl(HWND parent, int id, HMODULE iconModule, bool checkBoxes = true);
     TreeViewControl(const TreeViewControl&) = delete;
     TreeViewControl& operator=(const TreeViewControl&) = delete;
 

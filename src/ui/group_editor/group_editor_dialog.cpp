@@ -1,0 +1,235 @@
+#include "ui/group_editor/group_editor_dialog.h"
+
+#include <windowsx.h>
+
+#include "config/app_state.h"
+#include "config/delay_load.h"
+#include "config/language_files.h"
+#include "platform/dir_struct.h"
+#include "ui/group_editor/group_editor_ids.h"
+
+namespace tolvane {
+
+namespace {
+
+// The delay box drops every key but digits, the full stop and Backspace.
+LRESULT CALLBACK DelayBoxProc(HWND box, UINT message, WPARAM wParam, LPARAM lParam) {
+    const auto previous = reinterpret_cast<WNDPROC>(GetWindowLongPtrA(box, GWLP_USERDATA));
+    if (message == WM_CHAR && wParam < 0x80 &&
+        !GroupEditor::DelayKeyAllowed(static_cast<char>(wParam)))
+        return 0;
+    return CallWindowProcA(previous, box, message, wParam, lParam);
+}
+
+// The window's own captions, by the lines of its language file.
+const std::vector<std::string> kOwnCaptions = {"Add &New",
+                                               "&Edit",
+                                               "&Group Name",
+                                               "&Path to File",
+                                               "Para&meters",
+                                               "&Delay",
+                                               "( in seconds, 0 = as soon as possible)",
+                                               ""};
+
+} // namespace
+
+GroupEditorDialog::GroupEditorDialog(AppState& app)
+    : Dialog(&app.log, "Program Groups Error: "), app_(app),
+      editor_(app.model, *this, app.messages,
+              GroupEditorTexts{app.text.Messages, app.folders.UserItemsFolder,
+                               app.folders.AllUsersItemsFolder}) {}
+
+GroupEditorDialog::~GroupEditorDialog() = default;
+
+void GroupEditorDialog::WriteItems() {
+    CDelayLoad(app_).WriteItems();
+}
+
+void GroupEditorDialog::LoadItems(TreeModel& tree) {
+    CDelayLoad load(app_);
+    load.SetBoundTreeView(&tree);
+    load.LoadItems();
+}
+
+bool GroupEditorDialog::FileExists(const std::string& path) {
+    return CDirStruct::OrdinaryFileExists(path);
+}
+
+void GroupEditorDialog::Init() {
+    // The tree takes the place the template keeps for it.
+    RECT place{};
+    GetWindowRect(GetDlgItem(Hwnd(), IDC_GE_TREE_PLACE), &place);
+    MapWindowPoints(nullptr, Hwnd(), reinterpret_cast<POINT*>(&place), 2);
+    tree_ =
+        std::make_unique<TreeViewControl>(Hwnd(), IDC_GE_TREE, GetModuleHandleA(nullptr), false);
+    SetWindowPos(tree_->Hwnd(), HWND_TOP, place.left, place.top, place.right - place.left,
+                 place.bottom - place.top, 0);
+    SendMessageA(tree_->Hwnd(), WM_SETFONT, SendMessageA(Hwnd(), WM_GETFONT, 0, 0), FALSE);
+
+    HWND delay = GetDlgItem(Hwnd(), IDC_GE_DELAY);
+    SetWindowLongPtrA(delay, GWLP_USERDATA, GetWindowLongPtrA(delay, GWLP_WNDPROC));
+    SetWindowLongPtrA(delay, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&DelayBoxProc));
+
+    ApplyCaptions();
+    editor_.RefreshGroups();
+    if (itemText_) {
+        const int node = editor_.FindProgramNode(*itemText_);
+        if (node != TreeModel::kNone)
+            editor_.ClickTV(node);
+    }
+    Render(true);
+}
+
+void GroupEditorDialog::ApplyCaptions() {
+    std::vector<std::string> own = kOwnCaptions;
+    const std::string& code = app_.model.Language;
+    LoadTextFile(app_, own, code + "\\properties." + code);
+    const int ownControls[] = {
+        IDC_GE_ADD_NEW,          IDC_GE_EDIT,        IDC_GE_GROUP_LABEL, IDC_GE_PATH_LABEL,
+        IDC_GE_PARAMETERS_LABEL, IDC_GE_DELAY_LABEL, IDC_GE_SECONDS,     IDC_GE_MESSAGE};
+    for (size_t i = 0; i < std::size(ownControls); ++i)
+        SetText(ownControls[i], own[i]);
+    const auto& buttons = app_.text.Buttons;
+    SetText(IDOK, TextTables::Entry(buttons, 0));
+    SetText(IDCANCEL, TextTables::Entry(buttons, 1));
+    SetText(IDC_GE_BROWSE, TextTables::Entry(buttons, 4));
+    SetText(IDC_GE_REMOVE, TextTables::Entry(buttons, 5));
+    SetText(IDC_GE_ADD_GROUP, TextTables::Entry(buttons, 6));
+    SetText(IDC_GE_EDIT_GROUP, TextTables::Entry(buttons, 8));
+}
+
+void GroupEditorDialog::ReadFields() {
+    editor_.GroupName = Text(IDC_GE_GROUP);
+    editor_.Path = Text(IDC_GE_PATH);
+    editor_.Parameters = Text(IDC_GE_PARAMETERS);
+    editor_.Delay = Text(IDC_GE_DELAY);
+}
+
+void GroupEditorDialog::RenderButtons() {
+    auto enable = [&](int control, bool on) { EnableWindow(GetDlgItem(Hwnd(), control), on); };
+    enable(IDC_GE_ADD, editor_.AddEnabled);
+    enable(IDC_GE_ADD_GROUP, editor_.AddGroupEnabled);
+    enable(IDC_GE_EDIT_GROUP, editor_.EditGroupEnabled);
+    enable(IDC_GE_REMOVE, editor_.RemoveEnabled);
+    enable(IDC_GE_ADD_NEW, editor_.AddModeEnabled);
+    SetChecked(IDC_GE_ADD_NEW, editor_.AddMode);
+    SetChecked(IDC_GE_EDIT, !editor_.AddMode);
+    SetText(IDC_GE_ADD, TextTables::Entry(app_.text.Buttons, editor_.AddMode ? 3 : 7));
+}
+
+void GroupEditorDialog::Render(bool tree) {
+    rendering_ = true; // the texts set here are no typing of the user's
+    if (tree) {
+        tree_->Render(editor_.Tree);
+        HWND combo = GetDlgItem(Hwnd(), IDC_GE_GROUP);
+        SendMessageA(combo, CB_RESETCONTENT, 0, 0);
+        for (const std::string& name : editor_.GroupNames)
+            SendMessageA(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(name.c_str()));
+    }
+    auto set = [&](int control, const std::string& text) {
+        if (Text(control) != text)
+            SetText(control, text);
+    };
+    set(IDC_GE_GROUP, editor_.GroupName);
+    set(IDC_GE_PATH, editor_.Path);
+    set(IDC_GE_PARAMETERS, editor_.Parameters);
+    set(IDC_GE_DELAY, editor_.Delay);
+    RenderButtons();
+    rendering_ = false;
+}
+
+void GroupEditorDialog::Command(int control, int code) {
+    switch (control) {
+    case IDC_GE_GROUP:
+        if (code == CBN_EDITCHANGE) {
+            ReadFields();
+            editor_.GroupNameChanged();
+            RenderButtons();
+        } else if (code == CBN_SELCHANGE) {
+            ReadFields();
+            HWND combo = GetDlgItem(Hwnd(), IDC_GE_GROUP);
+            const LRESULT chosen = SendMessageA(combo, CB_GETCURSEL, 0, 0);
+            if (chosen >= 0 && static_cast<size_t>(chosen) < editor_.GroupNames.size())
+                editor_.GroupName = editor_.GroupNames[static_cast<size_t>(chosen)];
+            editor_.GroupNameChanged(true);
+            RenderButtons();
+        }
+        return;
+    case IDC_GE_PATH:
+        if (code == EN_CHANGE) {
+            ReadFields();
+            editor_.PathChanged();
+            RenderButtons();
+        }
+        return;
+    case IDC_GE_ADD_NEW:
+    case IDC_GE_EDIT:
+        if (code == BN_CLICKED) {
+            editor_.ChooseAddMode(control == IDC_GE_ADD_NEW);
+            RenderButtons();
+        }
+        return;
+    }
+    if (code != BN_CLICKED)
+        return;
+    ReadFields();
+    switch (control) {
+    case IDC_GE_ADD:
+        editor_.Add();
+        break;
+    case IDC_GE_ADD_GROUP:
+        editor_.AddGroup();
+        break;
+    case IDC_GE_EDIT_GROUP:
+        editor_.EditGroup();
+        break;
+    case IDC_GE_REMOVE:
+        editor_.Remove();
+        break;
+    case IDC_GE_BROWSE:
+        editor_.Browse();
+        break;
+    case IDOK:
+        editor_.SaveGroups();
+        Close(IDOK);
+        return;
+    case IDCANCEL:
+        Close(IDCANCEL);
+        return;
+    default:
+        return;
+    }
+    Render(true);
+}
+
+bool GroupEditorDialog::OnMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result) {
+    switch (message) {
+    case WM_INITDIALOG:
+        Init();
+        result = TRUE;
+        return true;
+    case WM_COMMAND:
+        if (!rendering_)
+            Command(LOWORD(wParam), HIWORD(wParam));
+        return true;
+    case WM_NOTIFY: {
+        const auto* header = reinterpret_cast<const NMHDR*>(lParam);
+        LRESULT handled = 0;
+        if (!tree_ || !tree_->OnNotify(header, editor_.Tree, handled))
+            return false;
+        // A click or the keyboard selected a node: its fields show.
+        if (!rendering_ && (header->code == TVN_SELCHANGEDA || header->code == TVN_SELCHANGEDW)) {
+            editor_.ClickTV(editor_.Tree.Selected());
+            Render(false);
+        }
+        result = handled;
+        return true;
+    }
+    case WM_CLOSE:
+        Close(IDCANCEL);
+        return true;
+    }
+    return false;
+}
+
+} // namespace tolvane

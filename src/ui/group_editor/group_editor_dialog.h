@@ -1,0 +1,56 @@
+// frmProgramGroups: the program group editor as a dialog over its template. It renders the
+// editor model and hands the user's typing and clicks back to it.
+#pragma once
+
+#include <windows.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ui/dialog.h"
+#include "ui/group_editor/group_editor_model.h"
+#include "ui/tree_view.h"
+
+namespace tolvane {
+
+class AppState;
+
+class GroupEditorDialog : public Dialog<GroupEditorDialog>, private GroupEditorFiles {
+public:
+    static constexpr int kTemplateId = 300; // IDD_GROUP_EDITOR
+
+    explicit GroupEditorDialog(AppState& app);
+    ~GroupEditorDialog();
+
+    // Opens on the program of a delayed item's text when one is given (and found); the editor
+    // opens all the same when it is not.
+    void OpenOn(std::optional<std::string> itemText) { itemText_ = std::move(itemText); }
+
+    GroupEditor& Model() { return editor_; }
+    TreeViewControl* TreeView() { return tree_.get(); }
+
+    bool OnMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result);
+
+private:
+    void WriteItems() override;
+    void LoadItems(TreeModel& tree) override;
+    bool FileExists(const std::string& path) override;
+
+    void Init();
+    void ApplyCaptions();
+    // The model's fields, list, buttons and (when asked) its tree on screen.
+    void Render(bool tree);
+    void RenderButtons();
+    void ReadFields();
+    void Command(int control, int code);
+
+    AppState& app_;
+    GroupEditor editor_;
+    std::unique_ptr<TreeViewControl> tree_;
+    std::optional<std::string> itemText_;
+    bool rendering_ = false;
+};
+
+} // namespace tolvane

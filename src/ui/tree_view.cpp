@@ -39,6 +39,8 @@ TreeViewControl::TreeViewControl(HWND parent, int id, HMODULE iconModule, bool c
 }
 
 void TreeViewControl::LoadPictures() {
+    if (!iconModule_)
+        return; // a tree without pictures
     const int size = SmallIconSize(parent_);
     UniqueImageList images(ImageListCreate(size, size, ILC_COLOR32 | ILC_MASK, 6, 0));
     imageIndex_.clear();
@@ -61,6 +63,40 @@ int TreeViewControl::NodeOf(HTREEITEM item) const {
     return it == nodes_.end() ? TreeModel::kNone : it->second;
 }
 
+HTREEITEM TreeViewControl::Insert(const TreeModel& model, int index) {
+    const TreeNode& node = model.Node(index);
+    TVINSERTSTRUCTA insert{};
+    insert.hParent = node.Parent == TreeModel::kNone ? TVI_ROOT : items_[node.Parent];
+    insert.hInsertAfter = TVI_LAST;
+    TVITEMA& item = insert.item;
+    item.mask =
+        TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_STATE | TVIF_PARAM | TVIF_CHILDREN;
+    item.pszText = const_cast<char*>(node.Text.c_str());
+    auto image = imageIndex_.find(node.Image);
+    // No picture is I_IMAGENONE: -1 would be I_IMAGECALLBACK, and the control would show
+    // the first picture of the list.
+    item.iImage = item.iSelectedImage = image == imageIndex_.end() ? I_IMAGENONE : image->second;
+    item.stateMask = TVIS_BOLD | TVIS_STATEIMAGEMASK;
+    item.state = (node.Bold ? TVIS_BOLD : 0) | StateImage(node.Checked);
+    item.lParam = static_cast<LPARAM>(index);
+    item.cChildren = node.Children.empty() ? 0 : 1; // a closed node shows its button
+    HTREEITEM handle = reinterpret_cast<HTREEITEM>(
+        SendMessageA(tree_, TVM_INSERTITEMA, 0, reinterpret_cast<LPARAM>(&insert)));
+    items_[static_cast<size_t>(index)] = handle;
+    nodes_[handle] = index;
+    return handle;
+}
+
+void TreeViewControl::InsertChildren(const TreeModel& model, int index) {
+    for (int child : model.Node(index).Children) {
+        if (items_[static_cast<size_t>(child)])
+            continue;
+        Insert(model, child);
+        if (model.Node(child).Expanded)
+            InsertChildren(model, child);
+    }
+}
+
 void TreeViewControl::Render(const TreeModel& model) {
     HWND tree = tree_;
     // One repaint for the whole tree instead of one per node.
@@ -69,34 +105,33 @@ void TreeViewControl::Render(const TreeModel& model) {
     items_.assign(model.Count(), nullptr);
     nodes_.clear();
     nodes_.reserve(model.Count());
+    // Parents come before their children in the model's order. A lazy tree leaves the items
+    // of a closed node out until it first opens.
     for (size_t i = 0; i < model.Count(); ++i) {
-        const TreeNode& node = model.Node(static_cast<int>(i));
-        TVINSERTSTRUCTA insert{};
-        insert.hParent = node.Parent == TreeModel::kNone ? TVI_ROOT : items_[node.Parent];
-        insert.hInsertAfter = TVI_LAST;
-        TVITEMA& item = insert.item;
-        item.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_STATE | TVIF_PARAM;
-        item.pszText = const_cast<char*>(node.Text.c_str());
-        auto image = imageIndex_.find(node.Image);
-        // No picture is I_IMAGENONE: -1 would be I_IMAGECALLBACK, and the control would show
-        // the first picture of the list.
-        item.iImage = item.iSelectedImage =
-            image == imageIndex_.end() ? I_IMAGENONE : image->second;
-        item.stateMask = TVIS_BOLD | TVIS_STATEIMAGEMASK;
-        item.state = (node.Bold ? TVIS_BOLD : 0) | StateImage(node.Checked);
-        item.lParam = static_cast<LPARAM>(i);
-        HTREEITEM handle = reinterpret_cast<HTREEITEM>(
-            SendMessageA(tree, TVM_INSERTITEMA, 0, reinterpret_cast<LPARAM>(&insert)));
-        items_[i] = handle;
-        nodes_[handle] = static_cast<int>(i);
+        const int parent = model.Node(static_cast<int>(i)).Parent;
+        if (parent == TreeModel::kNone ||
+            (items_[static_cast<size_t>(parent)] && (!lazy_ || model.Node(parent).Expanded)))
+            Insert(model, static_cast<int>(i));
     }
     for (size_t i = 0; i < model.Count(); ++i)
-        if (model.Node(static_cast<int>(i)).Expanded)
+        if (model.Node(static_cast<int>(i)).Expanded && items_[i])
             SendMessageA(tree, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(items_[i]));
     if (HTREEITEM selected = ItemOf(model.Selected()))
         SendMessageA(tree, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(selected));
     SendMessageA(tree, WM_SETREDRAW, TRUE, 0);
     InvalidateRect(tree, nullptr, TRUE);
+}
+
+HTREEITEM TreeViewControl::Reveal(const TreeModel& model, int node) {
+    if (node < 0 || static_cast<size_t>(node) >= model.Count() || items_.size() != model.Count())
+        return nullptr;
+    if (!items_[static_cast<size_t>(node)]) {
+        const int parent = model.Node(node).Parent;
+        if (parent == TreeModel::kNone || !Reveal(model, parent))
+            return nullptr;
+        InsertChildren(model, parent);
+    }
+    return items_[static_cast<size_t>(node)];
 }
 
 std::vector<int> TreeViewControl::ReadChecks(TreeModel& model) const {
@@ -130,6 +165,15 @@ bool TreeViewControl::OnNotify(const NMHDR* header, TreeModel& model, LRESULT& r
         return false;
     result = 0;
     switch (header->code) {
+    case TVN_ITEMEXPANDINGA:
+    case TVN_ITEMEXPANDINGW: {
+        // A lazy tree puts a node's items in as it opens.
+        const auto* view = reinterpret_cast<const NMTREEVIEWA*>(header);
+        const int node = NodeOf(view->itemNew.hItem);
+        if (lazy_ && node != TreeModel::kNone && (view->action & TVE_EXPAND))
+            InsertChildren(model, node);
+        return true;
+    }
     case TVN_ITEMEXPANDEDA:
     case TVN_ITEMEXPANDEDW: {
         const auto* view = reinterpret_cast<const NMTREEVIEWA*>(header);

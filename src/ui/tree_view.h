@@ -20,7 +20,8 @@ namespace tolvane {
 class TreeViewControl {
 public:
     // The pictures of the startup tree, by the keys the model uses, from the icons of the
-    // module's resources (the program's own, or a test's copy of it).
+    // module's resources (the program's own, or a test's copy of it). A tree made without a
+    // module has no pictures.
     static std::vector<std::pair<std::string, int>> StartupTreeIcons();
 
     TreeViewControl(HWND parent, int id, HMODULE iconModule, bool checkBoxes = true);
@@ -31,6 +32,12 @@ public:
 
     // Shows the model, node for node, in its order.
     void Render(const TreeModel& model);
+    // A lazy tree puts the items of a closed node into the control only when it first opens:
+    // a large tree of closed groups shows at once.
+    void SetLazy(bool lazy) { lazy_ = lazy; }
+    // The node's item, put into the control (with its brothers and the items above it) when a
+    // lazy tree had left it out.
+    HTREEITEM Reveal(const TreeModel& model, int node);
 
     // A notification from the control, handed over by the parent window; true when it was
     // the tree's. Openings and the selection go into the model at once; a click or a key that
@@ -53,6 +60,9 @@ public:
     int NodeOf(HTREEITEM item) const;
 
 private:
+    HTREEITEM Insert(const TreeModel& model, int index);
+    void InsertChildren(const TreeModel& model, int index);
+
     HWND tree_ = nullptr; // the parent's child: destroyed with it
 
     HWND parent_;
@@ -62,6 +72,7 @@ private:
     std::vector<HTREEITEM> items_;
     std::unordered_map<HTREEITEM, int> nodes_;
     std::string tipText_;
+    bool lazy_ = false;
 };
 
 } // namespace tolvane

@@ -85,6 +85,23 @@ TEST_F(GroupEditorDialogTest, AddRenameAndRemoveAGroupWithItsProgram) {
         << File();
     EXPECT_EQ(dialog.Model().Tree.Count(), 6u); // root, two groups, the program's three nodes
 
+    // Opened on a delayed item of the main window (its Properties), the editor shows the
+    // item's program, selected inside its closed group.
+    {
+        GroupEditorDialog onItem(app);
+        onItem.OpenOn("Clock=" + folder / "Clock.exe" + " -min");
+        ASSERT_TRUE(onItem.ShowModeless(GetModuleHandleA(nullptr), nullptr));
+        Pump();
+        char path[MAX_PATH] = {};
+        GetDlgItemTextA(onItem.Hwnd(), IDC_GE_PATH, path, sizeof path);
+        EXPECT_EQ(path, folder / "Clock.exe");
+        EXPECT_EQ(onItem.TreeView()->NodeOf(TreeView_GetSelection(onItem.TreeView()->Hwnd())),
+                  onItem.Model().FindProgramNode(folder / "Clock.exe"));
+        onItem.Close(IDCANCEL);
+        Pump();
+    }
+    SetForegroundWindow(hwnd);
+
     // Renamed: the group's node is selected, a new name typed, "Edit Group" clicked.
     SelectNode("tools");
     TypeInto(IDC_GE_GROUP, {'K', 'I', 'T'});

@@ -60,8 +60,8 @@ void GroupEditorDialog::Init() {
     RECT place{};
     GetWindowRect(GetDlgItem(Hwnd(), IDC_GE_TREE_PLACE), &place);
     MapWindowPoints(nullptr, Hwnd(), reinterpret_cast<POINT*>(&place), 2);
-    tree_ =
-        std::make_unique<TreeViewControl>(Hwnd(), IDC_GE_TREE, GetModuleHandleA(nullptr), false);
+    tree_ = std::make_unique<TreeViewControl>(Hwnd(), IDC_GE_TREE, nullptr, false);
+    tree_->SetLazy(true); // a file of many programs opens with its groups closed
     SetWindowPos(tree_->Hwnd(), HWND_TOP, place.left, place.top, place.right - place.left,
                  place.bottom - place.top, 0);
     SendMessageA(tree_->Hwnd(), WM_SETFONT, SendMessageA(Hwnd(), WM_GETFONT, 0, 0), FALSE);
@@ -72,12 +72,18 @@ void GroupEditorDialog::Init() {
 
     ApplyCaptions();
     editor_.RefreshGroups();
+    int shown = TreeModel::kNone;
     if (itemText_) {
-        const int node = editor_.FindProgramNode(*itemText_);
-        if (node != TreeModel::kNone)
-            editor_.ClickTV(node);
+        shown = editor_.FindProgramNode(*itemText_);
+        if (shown != TreeModel::kNone)
+            editor_.ClickTV(shown);
     }
     Render(true);
+    if (HTREEITEM item = tree_->Reveal(editor_.Tree, shown)) {
+        rendering_ = true; // the fields already show the program
+        SendMessageA(tree_->Hwnd(), TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item));
+        rendering_ = false;
+    }
 }
 
 void GroupEditorDialog::ApplyCaptions() {

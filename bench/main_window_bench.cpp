@@ -162,8 +162,8 @@ void OpenEditor() {
     for (int g = 0; g < 20; ++g) {
         ProgramGroup group{g == 0 ? "Startup" : "Group " + std::to_string(g), {}};
         for (int p = 0; p < 50; ++p)
-            group.Programs.push_back({"C:\\Program Files\\Vendor " + std::to_string(g) +
-                                          "\\Tool " + std::to_string(p) + ".exe",
+            group.Programs.push_back({"C:\\Program Files\\Vendor " + std::to_string(g) + "\\Tool " +
+                                          std::to_string(p) + ".exe",
                                       "/background", "Execute", float(p % 7), ""});
         model.ProgramGroups.push_back(std::move(group));
     }
@@ -186,12 +186,12 @@ void OpenEditor() {
             dialog.Close(IDCANCEL);
         }
         const auto t0 = Clock::now();
-        HWND window = CreateWindowExA(0, "#32770", "bare", WS_POPUP | WS_CAPTION | WS_VISIBLE, 0,
-                                      0, 600, 340, nullptr, nullptr, nullptr, nullptr);
-        HWND tree = CreateWindowExA(WS_EX_CLIENTEDGE, WC_TREEVIEWA, "",
-                                    WS_CHILD | WS_VISIBLE | TVS_HASLINES | TVS_HASBUTTONS |
-                                        TVS_LINESATROOT,
-                                    10, 10, 255, 290, window, nullptr, nullptr, nullptr);
+        HWND window = CreateWindowExA(0, "#32770", "bare", WS_POPUP | WS_CAPTION | WS_VISIBLE, 0, 0,
+                                      600, 340, nullptr, nullptr, nullptr, nullptr);
+        HWND tree =
+            CreateWindowExA(WS_EX_CLIENTEDGE, WC_TREEVIEWA, "",
+                            WS_CHILD | WS_VISIBLE | TVS_HASLINES | TVS_HASBUTTONS | TVS_LINESATROOT,
+                            10, 10, 255, 290, window, nullptr, nullptr, nullptr);
         auto add = [&](HTREEITEM parent, const std::string& text) {
             TVINSERTSTRUCTA insert{};
             insert.hParent = parent;

@@ -25,6 +25,7 @@ ToolbarMoves CheckForOptions(TreeModel& tree) {
         const std::string_view top = TopKey(tree, static_cast<int>(i));
         if (top == "AllUsersRoot") {
             node.Checked = false;
+            moves.Unticked = true;
         } else if (top == "DelayedItemsRoot") {
             moves.Stop = moves.Run = true;
         } else if (top == "StoppedItemsRoot") {

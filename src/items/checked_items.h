@@ -11,7 +11,7 @@ struct ToolbarMoves {
     bool Stop = false;
     bool Delay = false;
     bool Run = false;
-    bool operator==(const ToolbarMoves&) const = default;
+    bool Unticked = false; // some all-users items lost their ticks: show the ticks again
 };
 
 // Unticks the active items of all users (and their containers), which no pass moves; then the

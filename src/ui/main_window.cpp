@@ -229,17 +229,10 @@ void MainWindow::Refresh() {
 void MainWindow::CheckForOptions() {
     if (!treeView_)
         return;
-    auto ticked = [this] {
-        size_t n = 0;
-        for (size_t i = 0; i < tree_.Count(); ++i)
-            n += tree_.Node(static_cast<int>(i)).Checked;
-        return n;
-    };
     try {
-        const size_t before = ticked();
         moves_ = ::tolvane::CheckForOptions(tree_);
-        if (ticked() != before)
-            treeView_->ShowChecks(tree_); // all-users items lost their ticks
+        if (moves_.Unticked)
+            treeView_->ShowChecks(tree_);
     } catch (const std::exception& e) {
         moves_ = {};
         app_.log.WriteLog(std::string("CheckForOptions: ") + e.what(), kLogError);

@@ -3,13 +3,9 @@
 #include <cstring>
 
 #include "platform/runtime_libraries.h"
+#include "ui/window.h"
 
 namespace tolvane {
-
-int SmallIconSize(HWND window) {
-    const UINT dpi = window ? GetDpiForWindow(window) : 0;
-    return dpi ? GetSystemMetricsForDpi(SM_CXSMICON, dpi) : GetSystemMetrics(SM_CXSMICON);
-}
 
 ToolbarControl::ToolbarControl(HWND parent, HMODULE iconModule,
                                const std::vector<ToolbarButton>& buttons,

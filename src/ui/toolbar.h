@@ -44,7 +44,4 @@ private:
     std::wstring wideTip_;
 };
 
-// Pictures that stay crisp: the small-icon size for the window's screen density.
-int SmallIconSize(HWND window);
-
 } // namespace tolvane

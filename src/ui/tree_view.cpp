@@ -4,7 +4,7 @@
 
 #include "platform/runtime_libraries.h"
 #include "resource_ids.h"
-#include "ui/toolbar.h"
+#include "ui/window.h"
 
 namespace tolvane {
 

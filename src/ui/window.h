@@ -35,6 +35,12 @@ private:
     std::string prefix_;
 };
 
+// Pictures that stay crisp: the small-icon size for the window's screen density.
+inline int SmallIconSize(HWND window) {
+    const UINT dpi = window ? GetDpiForWindow(window) : 0;
+    return dpi ? GetSystemMetricsForDpi(SM_CXSMICON, dpi) : GetSystemMetrics(SM_CXSMICON);
+}
+
 template <class T> class Window {
 public:
     Window(const Window&) = delete;

@@ -74,6 +74,7 @@ TextTables::TextTables() : Languages(1) {
         "\"%1\" could not be moved, so everything was left as it was:\r\n%2",
         "Tolvane could not undo everything after \"%1\" could not be moved:\r\n%2\r\nNothing was "
         "deleted. The details are in log.txt in Tolvane's program folder.",
+        "The settings could not be saved:\r\n",
     };
     Toolbar = {
         "Save Changes",

@@ -1,0 +1,133 @@
+#include "ui/options/options_model.h"
+
+#include <exception>
+
+#include "platform/log_rules.h"
+#include "text/strings.h"
+
+namespace tolvane {
+
+namespace {
+
+// Entries of the shared message table.
+constexpr size_t kBadDelay = 7;
+constexpr size_t kSettingsNotSaved = 19;
+
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+} // namespace
+
+std::vector<std::string> BuiltInOptionsTexts() {
+    return {
+        "Startup",
+        "Don't run at startup",
+        "Run at startup only when there are delayed items",
+        "Always run at startup, for me only",
+        "Always run at startup, for all users",
+        "Close the program",
+        "Minimize to the tray",
+        "The Startup Delay is the delay that the program waits for, BEFORE waiting for the "
+        "specified time to run the programs.",
+        "Example: with a Startup Delay of 30 seconds, a first delayed program with a delay of 5 "
+        "seconds starts about 35 seconds after you log on.",
+        "Startup Delay",
+        "seconds",
+        "Run Program at Login",
+        "Main form's X",
+        "Show Tips At Startup",
+    };
+}
+
+std::optional<float> ParseDelayText(std::string_view text, std::string_view localeDecimal) {
+    const std::string trimmed = Trim(text);
+    std::string number;
+    bool separatorSeen = false;
+    for (size_t i = 0; i < trimmed.size(); ++i) {
+        if (IsDigit(trimmed[i])) {
+            number += trimmed[i];
+            continue;
+        }
+        size_t length = 0;
+        if (trimmed[i] == '.')
+            length = 1;
+        else if (!localeDecimal.empty() &&
+                 trimmed.compare(i, localeDecimal.size(), localeDecimal) == 0)
+            length = localeDecimal.size();
+        if (length == 0 || separatorSeen)
+            return std::nullopt;
+        separatorSeen = true;
+        number += '.';
+        i += length - 1;
+    }
+    if (number.empty() || number == ".")
+        return std::nullopt;
+    return ParseSingle(number);
+}
+
+OptionsModel::OptionsModel(ProgramModel& model, OptionsHost& host, UserMessages& messages,
+                           std::vector<std::string> messageTable, std::string localeDecimal)
+    : DelayText(FormatSingle(model.MainStartupDelay)),
+      RunAtLogin(model.StartupType >= 0 && model.StartupType < kStartupTypeCount ? model.StartupType
+                                                                                 : -1),
+      CloseMethod(model.CloseType >= 0 && model.CloseType < kCloseTypeCount ? model.CloseType : -1),
+      ShowTips(model.ShowTipsAtStartup != 0), model_(model), host_(host), messages_(messages),
+      messageTable_(std::move(messageTable)), localeDecimal_(std::move(localeDecimal)) {}
+
+bool OptionsModel::Changed() const {
+    return DelayText != FormatSingle(model_.MainStartupDelay) ||
+           ShowTips != (model_.ShowTipsAtStartup != 0) || CloseMethod != model_.CloseType ||
+           RunAtLogin != model_.StartupType;
+}
+
+bool OptionsModel::DelayKeyAllowed(char key) {
+    return IsDigit(key) || key == '.';
+}
+
+bool OptionsModel::Ok() {
+    if (!Changed())
+        return true;
+    // The delay is read before anything is changed: a delay that is no number leaves the Run
+    // entry, the settings and the file as they were, rather than a Run entry that the file
+    // contradicts.
+    const std::optional<float> delay = ParseDelayText(DelayText, localeDecimal_);
+    if (!delay) {
+        Fail("\"" + DelayText + "\" is not a number of seconds", kBadDelay, "");
+        return false;
+    }
+    struct Settings {
+        float delay;
+        int startupType, closeType, showTips;
+    } const before{model_.MainStartupDelay, model_.StartupType, model_.CloseType,
+                   model_.ShowTipsAtStartup};
+    try {
+        if (RunAtLogin != model_.StartupType)
+            host_.UpdateRunEntry(RunAtLogin);
+        model_.MainStartupDelay = *delay;
+        model_.StartupType = RunAtLogin;
+        model_.CloseType = CloseMethod;
+        model_.ShowTipsAtStartup = ShowTips ? -1 : 0;
+        host_.WriteItems();
+    } catch (const std::exception& e) {
+        // The settings go back to what the file holds, so that OK once more tries again
+        // instead of finding nothing changed.
+        model_.MainStartupDelay = before.delay;
+        model_.StartupType = before.startupType;
+        model_.CloseType = before.closeType;
+        model_.ShowTipsAtStartup = before.showTips;
+        Fail(e.what(), kSettingsNotSaved, e.what());
+        return false;
+    }
+    return true;
+}
+
+void OptionsModel::Fail(std::string_view logText, size_t message, std::string_view extra) {
+    host_.Log("Set Startup Delay error: " + std::string(logText), kLogError);
+    const std::string text =
+        (message < messageTable_.size() ? messageTable_[message] : std::string()) +
+        std::string(extra);
+    messages_.ShowMessage(text, "Tolvane", kMbOk | kMbIconExclamation);
+}
+
+} // namespace tolvane

@@ -1,0 +1,79 @@
+// The options dialog's rules, without a window: the four settings as the dialog shows them,
+// whether OK changed any, and what OK stores, in which order. The dialog renders this model and
+// hands the user's typing and choices back.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "config/program_model.h"
+#include "models/user_messages.h"
+
+namespace tolvane {
+
+// What OK needs from outside: the program's own Run entry, the program-group file and the log.
+class OptionsHost {
+public:
+    virtual ~OptionsHost() = default;
+    virtual void UpdateRunEntry(int startupType) = 0;
+    // Writes the model; throws when the file cannot be written.
+    virtual void WriteItems() = 0;
+    virtual void Log(std::string_view text, int level) = 0;
+};
+
+// The dialog's own texts, by the lines of its language file; the built-in English ones stand
+// for whatever the file does not supply.
+enum OptionsText : size_t {
+    kOptionsPageName = 0,
+    kOptionsRunAtLoginFirst = 1,  // 1 to 4: start-up types 0 to 3
+    kOptionsCloseMethodFirst = 5, // 5, 6: close types 0 and 1
+    kOptionsTitle = 7,
+    kOptionsExample = 8,
+    kOptionsStartupDelay = 9,
+    kOptionsSeconds = 10,
+    kOptionsRunAtStartup = 11,
+    kOptionsProgramClosing = 12,
+    kOptionsShowTips = 13,
+};
+inline constexpr int kStartupTypeCount = 4, kCloseTypeCount = 2;
+std::vector<std::string> BuiltInOptionsTexts();
+
+// The delay as the user typed it: digits with one decimal separator, a full stop or the one
+// the user's locale writes. Nothing else counts as a number of seconds, so a negative delay,
+// an exponent or a thousands separator is refused rather than misread.
+std::optional<float> ParseDelayText(std::string_view text, std::string_view localeDecimal);
+
+class OptionsModel {
+public:
+    // messages: the shared message table; localeDecimal: the user's decimal separator.
+    OptionsModel(ProgramModel& model, OptionsHost& host, UserMessages& messages,
+                 std::vector<std::string> messageTable, std::string localeDecimal);
+
+    // The fields as the dialog shows them; they start as the settings stand.
+    std::string DelayText;
+    int RunAtLogin = -1;  // index of the start-up type's entry; -1: none chosen
+    int CloseMethod = -1; // index of the close type's entry; -1: none chosen
+    bool ShowTips = false;
+
+    // The fields differ from the settings.
+    bool Changed() const;
+    // OK: stores the changed settings and writes the file. True when the dialog may close;
+    // false, with the user told and the failure logged, when it stays open.
+    bool Ok();
+
+    // The delay box takes digits and a full stop; Backspace and every other key are dropped.
+    static bool DelayKeyAllowed(char key);
+
+private:
+    void Fail(std::string_view logText, size_t message, std::string_view extra);
+
+    ProgramModel& model_;
+    OptionsHost& host_;
+    UserMessages& messages_;
+    std::vector<std::string> messageTable_;
+    std::string localeDecimal_;
+};
+
+} // namespace tolvane

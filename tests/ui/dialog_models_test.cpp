@@ -1,0 +1,191 @@
+// The rules of the options dialog and the tip of the day, on the real file format: what OK
+// stores and in which order, what the boxes let through, which tip is drawn, and when closing
+// the tip writes its box back.
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "config/program_group_file.h"
+#include "platform/log_rules.h"
+#include "support/test_support.h"
+#include "text/text_tables.h"
+#include "ui/options/options_model.h"
+#include "ui/tips/tip_model.h"
+
+namespace tolvane {
+namespace {
+
+// Records every call with the settings as they stood at that moment; the file is the real
+// writer's text.
+struct RecordingHost : OptionsHost {
+    explicit RecordingHost(ProgramModel& model) : model(model) {}
+    void UpdateRunEntry(int type) override {
+        calls.push_back("UpdateRunEntry " + std::to_string(type) + " while StartupType " +
+                        std::to_string(model.StartupType));
+    }
+    void WriteItems() override {
+        if (failWrite)
+            throw std::runtime_error("the disk is full");
+        calls.push_back("WriteItems");
+        file = FormatProgramGroupFile(model, {{"English", "en"}});
+    }
+    void Log(std::string_view text, int level) override {
+        calls.push_back("Log " + std::to_string(level) + " " + std::string(text));
+    }
+    bool Holds(const std::string& line) const { return file.find(line) != std::string::npos; }
+
+    ProgramModel& model;
+    std::vector<std::string> calls;
+    std::string file;
+    bool failWrite = false;
+};
+
+class OptionsTest : public ::testing::Test {
+protected:
+    void SetUp() override { SetDefaultModel(model); } // 30 s, types 1 and 1, tips 1
+    OptionsModel Open(std::string decimal = ".") {
+        return OptionsModel(model, host, messages, TextTables().Messages, std::move(decimal));
+    }
+
+    ProgramModel model;
+    RecordingHost host{model};
+    test::CapturedMessages messages;
+};
+
+TEST_F(OptionsTest, OkWritesOnlyWhatChangedInThePartsOrder) {
+    // Opened and confirmed as it stands: nothing is called.
+    OptionsModel options = Open();
+    EXPECT_EQ(options.DelayText, "30");
+    EXPECT_EQ(options.RunAtLogin, 1);
+    EXPECT_EQ(options.CloseMethod, 1);
+    EXPECT_TRUE(options.ShowTips);
+    EXPECT_FALSE(options.Changed());
+    EXPECT_TRUE(options.Ok());
+    EXPECT_TRUE(host.calls.empty());
+
+    // Only the close button: the file, and the Run keys left alone.
+    options.CloseMethod = 0;
+    EXPECT_TRUE(options.Ok());
+    EXPECT_EQ(host.calls, std::vector<std::string>{"WriteItems"});
+    EXPECT_TRUE(host.Holds("const CloseType = 0;"));
+    EXPECT_TRUE(host.Holds("const StartupType = 1;"));
+
+    // The start-up type: the Run entry first, with the settings still the old ones, then one
+    // write of the new settings. A ticked box is stored as -1.
+    host.calls.clear();
+    OptionsModel again = Open();
+    again.RunAtLogin = 3;
+    again.DelayText = "2.5";
+    EXPECT_TRUE(again.Ok());
+    EXPECT_EQ(host.calls,
+              (std::vector<std::string>{"UpdateRunEntry 3 while StartupType 1", "WriteItems"}));
+    EXPECT_TRUE(host.Holds("const StartupType = 3;"));
+    EXPECT_TRUE(host.Holds("const MainStartupDelay = 2.5;"));
+    EXPECT_TRUE(host.Holds("const ShowTipsAtStartup = -1;"));
+    // Shown again as it was typed.
+    EXPECT_EQ(Open().DelayText, "2.5");
+    EXPECT_FALSE(Open().Changed());
+
+    // No start-up type chosen and a change elsewhere: -1 is passed on and stored.
+    host.calls.clear();
+    OptionsModel none = Open();
+    none.RunAtLogin = -1;
+    none.ShowTips = false;
+    EXPECT_TRUE(none.Ok());
+    EXPECT_EQ(host.calls.front(), "UpdateRunEntry -1 while StartupType 3");
+    EXPECT_EQ(model.StartupType, -1);
+    EXPECT_TRUE(host.Holds("const ShowTipsAtStartup = 0;"));
+    EXPECT_TRUE(messages.shown.empty());
+}
+
+TEST_F(OptionsTest, ADelayThatIsNoNumberOrAFailedWriteKeepsTheDialogOpenAndChangesNothing) {
+    for (const char* bad : {"", "1.2.3", "-1", "1e3", "1,5", "5 s", "."}) {
+        OptionsModel options = Open();
+        options.DelayText = bad;
+        options.RunAtLogin = 2;
+        EXPECT_FALSE(options.Ok()) << bad;
+        ASSERT_EQ(host.calls.size(), 1u) << bad;
+        EXPECT_EQ(host.calls[0].rfind("Log 1 Set Startup Delay error: ", 0), 0u) << host.calls[0];
+        host.calls.clear();
+    }
+    EXPECT_EQ(model.StartupType, 1);
+    EXPECT_EQ(messages.shown.back().Text, TextTables().Message(7));
+
+    // The locale's own separator is read as well as a full stop.
+    OptionsModel comma = Open(",");
+    comma.DelayText = "2,5";
+    EXPECT_TRUE(comma.Ok());
+    EXPECT_FLOAT_EQ(model.MainStartupDelay, 2.5f);
+    EXPECT_EQ(Open(",").DelayText, "2.5");
+
+    // A file that cannot be written: logged, told, and the settings as the file still has
+    // them, so that OK once more tries again.
+    host.calls.clear();
+    host.failWrite = true;
+    OptionsModel options = Open();
+    options.CloseMethod = 0;
+    EXPECT_FALSE(options.Ok());
+    EXPECT_EQ(host.calls,
+              std::vector<std::string>{"Log 1 Set Startup Delay error: the disk is full"});
+    EXPECT_EQ(messages.shown.back().Text, "The settings could not be saved:\r\nthe disk is full");
+    EXPECT_EQ(model.CloseType, 1);
+    host.failWrite = false;
+    EXPECT_TRUE(options.Ok());
+    EXPECT_TRUE(host.Holds("const CloseType = 0;"));
+}
+
+TEST(OptionsKeys, TheDelayBoxTakesDigitsAndAFullStopOnly) {
+    std::string taken;
+    for (int c = 1; c < 128; ++c)
+        if (OptionsModel::DelayKeyAllowed(static_cast<char>(c)))
+            taken += static_cast<char>(c);
+    EXPECT_EQ(taken, ".0123456789"); // no Backspace, no minus, no comma
+}
+
+TEST(TipOfDay, DrawsEveryLineOfTheFileAsATip) {
+    double next = 0;
+    TipOfDay tips([&] { return next; });
+    const std::vector<std::string> texts = BuiltInTipTexts();
+
+    // One line: always that line.
+    ASSERT_TRUE(tips.LoadTips(std::string("Only tip\r\n")));
+    for (double r : {0.0, 0.5, 0.999999}) {
+        next = r;
+        tips.ShowRandomTip();
+        EXPECT_EQ(tips.Shown(texts), "Only tip");
+    }
+
+    // An empty last line is a tip too; the draws cover each tip once over [0, 1).
+    next = 0.9;
+    ASSERT_TRUE(tips.LoadTips(std::string("First\r\nSecond\nThird\r\n\r\n")));
+    EXPECT_EQ(tips.Tips().size(), 4u);
+    EXPECT_EQ(tips.Current(), 4);
+    EXPECT_EQ(tips.Shown(texts), "");
+    std::vector<std::string> drawn;
+    for (double r : {0.0, 0.25, 0.5, 0.75, 1.0}) {
+        next = r;
+        tips.ShowRandomTip();
+        drawn.push_back(tips.Shown(texts));
+    }
+    EXPECT_EQ(drawn, (std::vector<std::string>{"First", "Second", "Third", "", ""}));
+
+    // No file, or a file with nothing in it: the table's text, however often Next is pressed.
+    TipOfDay none([] { return 0.5; });
+    EXPECT_FALSE(none.LoadTips(std::nullopt));
+    none.ShowRandomTip();
+    EXPECT_EQ(none.Shown(texts), texts[kTipNoTips]);
+    EXPECT_TRUE(none.LoadTips(std::string()));
+    EXPECT_EQ(none.Shown(texts), texts[kTipNoTips]);
+}
+
+TEST(TipOfDay, ClosingWritesTheBoxBackOnlyWhenItChanged) {
+    EXPECT_EQ(TipOfDay::ShowTipsOnClose(false, 1), 0);
+    EXPECT_EQ(TipOfDay::ShowTipsOnClose(false, -1), 0);
+    EXPECT_EQ(TipOfDay::ShowTipsOnClose(true, 0), 1);
+    EXPECT_EQ(TipOfDay::ShowTipsOnClose(true, -1), std::nullopt);
+    EXPECT_EQ(TipOfDay::ShowTipsOnClose(true, 1), std::nullopt);
+    EXPECT_EQ(TipOfDay::ShowTipsOnClose(false, 0), std::nullopt);
+}
+
+} // namespace
+} // namespace tolvane

@@ -17,6 +17,7 @@
 #include "items/startup_folders.h"
 #include "text/strings.h"
 #include "ui/main_window.h"
+#include "ui/tips/tip_dialog.h"
 
 namespace tolvane {
 
@@ -101,6 +102,9 @@ int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& mes
         if (!app->ShowGui) {
             YieldToMessageLoop();
             DelayedRun(*app, *window);
+        } else if (app->model.ShowTipsAtStartup != 0) {
+            TipDialog tip(*app);
+            tip.ShowModal(instance, window->Handle());
         }
     } catch (const std::exception& e) {
         if (app)

@@ -3,7 +3,8 @@
 // object's OnMessage(message, wParam, lParam, result) through one thunk that lets no failure
 // out of the dialog procedure: a failure is logged, and the message counts as not handled.
 // Modal dialogs run their own loop; a modeless one is handed its keys by the program's message
-// loops (Tab, Enter, Escape), for as long as it is open.
+// loops (Tab, Enter, Escape), for as long as it is open. The close button and Escape reach a
+// dialog as the command IDCANCEL, by the dialog manager's own rule.
 #pragma once
 
 #include <windows.h>
@@ -54,8 +55,13 @@ protected:
     Dialog(const EventLog* log, std::string failurePrefix)
         : failed_(log, std::move(failurePrefix)) {}
     ~Dialog() {
-        if (hwnd_ && !modal_)
+        if (hwnd_ && !modal_) {
+            // The object is going: the window is let go first, so that its last messages never
+            // reach a half-destroyed object.
+            SetWindowLongPtrA(hwnd_, DWLP_USER, 0);
+            RemoveDialogWindow(hwnd_);
             DestroyWindow(hwnd_);
+        }
     }
 
     std::string Text(int control) const {

@@ -22,8 +22,11 @@
 #include "resource_ids.h"
 #include "startup/tray_commands.h"
 #include "text/strings.h"
+#include "ui/about/about_dialog.h"
 #include "ui/group_editor/group_editor_dialog.h"
 #include "ui/menu_view.h"
+#include "ui/options/options_dialog.h"
+#include "ui/tips/tip_dialog.h"
 #include "ui/tray_menu_view.h"
 
 namespace tolvane {
@@ -44,6 +47,18 @@ const std::map<int, int>& ToolbarIcons() {
         {ID_CMD_STOP_CHECKED, IDI_BAR_STOP}, {ID_CMD_DELAY_CHECKED, IDI_BAR_DELAY},
         {ID_CMD_RUN_CHECKED, IDI_BAR_RUN},   {ID_CMD_GROUPS, IDI_BAR_PROPERTIES}};
     return icons;
+}
+
+// Shows a modeless dialog, or brings it to the front when it is open already.
+template <class D, class... Args>
+void OpenModeless(std::unique_ptr<D>& dialog, HINSTANCE instance, HWND owner, Args&... args) {
+    if (dialog && dialog->Hwnd()) {
+        SetForegroundWindow(dialog->Hwnd());
+        return;
+    }
+    dialog = std::make_unique<D>(args...);
+    if (!dialog->ShowModeless(instance, owner))
+        dialog.reset();
 }
 
 } // namespace
@@ -69,6 +84,14 @@ MainWindow::MainWindow(AppState& app, HINSTANCE instance)
     AddCommands();
 }
 
+OptionsDialog* MainWindow::Options() const {
+    return options_ && options_->Hwnd() ? options_.get() : nullptr;
+}
+
+TipDialog* MainWindow::Tip() const {
+    return tip_ && tip_->Hwnd() ? tip_.get() : nullptr;
+}
+
 MainWindow::~MainWindow() {
     tray_.RemoveTrayIcon();
     SetAccelerators(nullptr, nullptr);
@@ -88,6 +111,12 @@ void MainWindow::AddCommands() {
     commands_.Add(ID_CMD_GROUPS, [this] {
         if (OpenGroupEditor)
             OpenGroupEditor(std::nullopt);
+    });
+    commands_.Add(ID_CMD_OPTIONS, [this] { OpenModeless(options_, instance_, Hwnd(), app_); });
+    commands_.Add(ID_CMD_TIPS, [this] { OpenModeless(tip_, instance_, Hwnd(), app_); });
+    commands_.Add(ID_CMD_ABOUT, [this] {
+        AboutDialog about(app_, OpenWithShell);
+        about.ShowModal(instance_, Hwnd());
     });
     commands_.Add(ID_CMD_HELP, [this] { OpenHelp(); });
     commands_.Add(ID_CMD_FORUMS, [this] { OpenWithShell(kForumsAddress); });

@@ -19,6 +19,7 @@
 #include "models/tree_model.h"
 #include "platform/handles.h"
 #include "startup/delayed_run.h"
+#include "ui/maker_links.h"
 #include "ui/progress_bar.h"
 #include "ui/toolbar.h"
 #include "ui/tray_icon.h"
@@ -28,13 +29,10 @@
 namespace tolvane {
 
 class AppState;
+class OptionsDialog;
+class TipDialog;
 
 inline constexpr const char* kMainWindowTitle = "Tolvane Tolvane & Program Manager";
-
-// The maker's pages and support address, as the Help > Online menu opens them.
-inline constexpr const char* kForumsAddress = "https://www.hexmoor.com/tolvane/forum/";
-inline constexpr const char* kMainPageAddress = "https://www.hexmoor.com/tolvane/";
-inline constexpr const char* kSupportMailAddress = "mailto:support@hexmoor.com?subject=Tolvane%202";
 
 // The smallest size the user can drag the window to, in twips.
 inline constexpr long kMinimumWidthTwips = 10725, kMinimumHeightTwips = 6285;
@@ -70,6 +68,9 @@ public:
     ToolbarControl* Toolbar() { return toolbar_.get(); }
     const CommandTable& Commands() const { return commands_; }
     TrayIcon& Tray() { return tray_; }
+    // The modeless options and tip windows while they are open; nullptr otherwise.
+    OptionsDialog* Options() const;
+    TipDialog* Tip() const;
 
     // How addresses and files are opened: the shell's default action unless set.
     std::function<void(const std::string& target)> OpenWithShell;
@@ -118,6 +119,8 @@ private:
     TrayMenu trayMenu_;
     UniqueIcon icon_;
     TrayIcon tray_;
+    std::unique_ptr<OptionsDialog> options_;
+    std::unique_ptr<TipDialog> tip_;
     bool isVisible_ = false;
     bool ending_ = false;
 };

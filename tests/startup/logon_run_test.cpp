@@ -19,6 +19,7 @@
 #include "items/run_entry.h"
 #include "support/win_test_support.h"
 #include "text/language.h"
+#include "ui/tips/tip_ids.h"
 
 namespace tolvane {
 namespace {
@@ -222,6 +223,35 @@ TEST_F(LogOnRun, StartupTypeZeroEndsAtOnceAndTouchesNothing) {
     EXPECT_FALSE(test::PathExists(record));
     EXPECT_EQ(reg.GetSettingString(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue), "");
     EXPECT_EQ(reg.GetSettingString(RegistryRoot::LocalMachine, kRunKey, kOwnRunValue), "");
+}
+
+// A start by the user: the tip of the day, modal over the window, shows a tip of the language's
+// file; closed unchanged it writes nothing, and the window stays.
+TEST_F(LogOnRun, AnInteractiveStartShowsTheTipOfTheDayOverItsWindow) {
+    WriteProgramGroups(0, 30, {}); // tips on, as a new file has them
+    const std::string file = folder / (WindowsUserName() + "\\proggroup.c");
+    const std::string before = test::ReadFileBytes(file);
+    test::ChildProcess tolvane(Exe());
+    HWND tip = test::WindowOf(tolvane.Id(), "#32770", true, 15000);
+    ASSERT_TRUE(tip) << "no tip of the day";
+    HWND window = GetWindow(tip, GW_OWNER);
+    char name[64] = {};
+    GetClassNameA(window, name, sizeof name);
+    EXPECT_STREQ(name, "TolvaneStartupItems");
+    EXPECT_FALSE(IsWindowEnabled(window));
+    char text[1024] = {};
+    GetDlgItemTextA(tip, IDC_TIP_TEXT, text, sizeof text);
+    const auto tips = SplitTextLines(test::ReadFileBytes(folder / "lang\\en\\tipofday.en"));
+    EXPECT_NE(std::find(tips.begin(), tips.end(), text), tips.end()) << text;
+
+    PostMessageA(tip, WM_COMMAND, IDOK, 0);
+    for (int i = 0; i < 500 && !IsWindowEnabled(window); ++i)
+        Sleep(10);
+    EXPECT_TRUE(IsWindowEnabled(window));
+    EXPECT_FALSE(tolvane.WaitForExit(300));
+    EXPECT_EQ(test::ReadFileBytes(file), before);
+    PostMessageA(window, WM_CLOSE, 0, 0);
+    EXPECT_TRUE(tolvane.WaitForExit(15000));
 }
 
 // The run in this process, on a clock the test moves: when each program starts, from where,

@@ -7,19 +7,11 @@
 #include "config/language_files.h"
 #include "platform/dir_struct.h"
 #include "ui/group_editor/group_editor_ids.h"
+#include "ui/key_filter.h"
 
 namespace tolvane {
 
 namespace {
-
-// The delay box drops every key but digits, the full stop and Backspace.
-LRESULT CALLBACK DelayBoxProc(HWND box, UINT message, WPARAM wParam, LPARAM lParam) {
-    const auto previous = reinterpret_cast<WNDPROC>(GetWindowLongPtrA(box, GWLP_USERDATA));
-    if (message == WM_CHAR && wParam < 0x80 &&
-        !GroupEditor::DelayKeyAllowed(static_cast<char>(wParam)))
-        return 0;
-    return CallWindowProcA(previous, box, message, wParam, lParam);
-}
 
 // The window's own captions, by the lines of its language file.
 const std::vector<std::string> kOwnCaptions = {"Add &New",
@@ -66,9 +58,7 @@ void GroupEditorDialog::Init() {
                  place.bottom - place.top, 0);
     SendMessageA(tree_->Hwnd(), WM_SETFONT, SendMessageA(Hwnd(), WM_GETFONT, 0, 0), FALSE);
 
-    HWND delay = GetDlgItem(Hwnd(), IDC_GE_DELAY);
-    SetWindowLongPtrA(delay, GWLP_USERDATA, GetWindowLongPtrA(delay, GWLP_WNDPROC));
-    SetWindowLongPtrA(delay, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&DelayBoxProc));
+    FilterTypedKeys(GetDlgItem(Hwnd(), IDC_GE_DELAY), &GroupEditor::DelayKeyAllowed);
 
     ApplyCaptions();
     editor_.RefreshGroups();

@@ -1,0 +1,111 @@
+#include "ui/about/about_dialog.h"
+
+#include <shellapi.h>
+
+#include <cstdlib>
+
+#include "config/app_state.h"
+#include "platform/version_info.h"
+#include "ui/about/about_ids.h"
+#include "ui/maker_links.h"
+
+namespace tolvane {
+
+namespace {
+
+int Luma(COLORREF c) {
+    return (GetRValue(c) * 299 + GetGValue(c) * 587 + GetBValue(c) * 114) / 1000;
+}
+
+// The scheme's link colour, unless it can hardly be read on the dialog's face (some schemes
+// make it a pale grey): then the usual link blue.
+COLORREF LinkColour() {
+    const COLORREF link = GetSysColor(COLOR_HOTLIGHT);
+    return std::abs(Luma(link) - Luma(GetSysColor(COLOR_BTNFACE))) >= 80 ? link : RGB(0, 102, 204);
+}
+
+} // namespace
+
+std::string VersionText(unsigned major, unsigned minor, unsigned revision) {
+    return "Version " + std::to_string(major) + "." + std::to_string(minor) + "." +
+           std::to_string(revision);
+}
+
+AboutDialog::AboutDialog(AppState& app, std::function<void(const std::string&)> open)
+    : Dialog(&app.log, "About Error: "), app_(app), open_(std::move(open)) {
+    if (!open_)
+        open_ = [](const std::string& address) {
+            ShellExecuteA(nullptr, nullptr, address.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+        };
+}
+
+const char* AboutDialog::AddressOf(int control) {
+    switch (control) {
+    case IDC_AB_FORUM:
+        return kForumsAddress;
+    case IDC_AB_UPDATES:
+        return kMainPageAddress;
+    }
+    return nullptr;
+}
+
+void AboutDialog::Init() {
+    if (const auto version = ReadModuleVersion())
+        SetText(IDC_AB_VERSION, VersionText(version->Major, version->Minor, version->Revision));
+    SetText(IDC_AB_FORUM, kForumsAddress);
+    SetText(IDC_AB_UPDATES, kMainPageAddress);
+    SetText(IDOK, TextTables::Entry(app_.text.Buttons, 0));
+
+    // The links underlined, in the dialog's face.
+    LOGFONTA face{};
+    if (GetObjectA(reinterpret_cast<HFONT>(SendMessageA(Hwnd(), WM_GETFONT, 0, 0)), sizeof face,
+                   &face)) {
+        face.lfUnderline = TRUE;
+        linkFont_.reset(CreateFontIndirectA(&face));
+        for (int link : {IDC_AB_FORUM, IDC_AB_UPDATES})
+            SendDlgItemMessageA(Hwnd(), link, WM_SETFONT, reinterpret_cast<WPARAM>(linkFont_.get()),
+                                FALSE);
+    }
+}
+
+bool AboutDialog::OnMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result) {
+    switch (message) {
+    case WM_INITDIALOG:
+        Init();
+        result = TRUE;
+        return true;
+    case WM_SETCURSOR:
+        // The links take the system's link pointer, which follows the user's pointer scheme.
+        if (AddressOf(GetDlgCtrlID(reinterpret_cast<HWND>(wParam)))) {
+            SetCursor(LoadCursorA(nullptr, IDC_HAND));
+            result = TRUE;
+            return true;
+        }
+        return false;
+    case WM_CTLCOLORSTATIC:
+        if (AddressOf(GetDlgCtrlID(reinterpret_cast<HWND>(lParam)))) {
+            const auto dc = reinterpret_cast<HDC>(wParam);
+            SetTextColor(dc, LinkColour());
+            SetBkMode(dc, TRANSPARENT);
+            result = reinterpret_cast<INT_PTR>(GetSysColorBrush(COLOR_BTNFACE));
+            return true;
+        }
+        return false;
+    case WM_COMMAND: {
+        const int control = LOWORD(wParam);
+        if (const char* address = AddressOf(control); address && HIWORD(wParam) == STN_CLICKED) {
+            open_(address);
+            Close(IDOK);
+            return true;
+        }
+        if (control == IDOK || control == IDCANCEL) {
+            Close(control);
+            return true;
+        }
+        return false;
+    }
+    }
+    return false;
+}
+
+} // namespace tolvane

@@ -1,0 +1,40 @@
+// frmAbout: the program's name, its version as the build wrote it into the exe, and the maker's
+// two pages as links. A link click opens its page and closes the box.
+#pragma once
+
+#include <windows.h>
+
+#include <functional>
+#include <string>
+
+#include "platform/handles.h"
+#include "ui/about/about_ids.h"
+#include "ui/dialog.h"
+
+namespace tolvane {
+
+class AppState;
+
+// "Version " and the major, minor and revision numbers joined by full stops.
+std::string VersionText(unsigned major, unsigned minor, unsigned revision);
+
+class AboutDialog : public Dialog<AboutDialog> {
+public:
+    static constexpr int kTemplateId = IDD_ABOUT;
+
+    // open: how an address is opened; by default the shell, with no owner window.
+    explicit AboutDialog(AppState& app, std::function<void(const std::string&)> open = {});
+
+    bool OnMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result);
+
+private:
+    void Init();
+    // The address behind a link control; nullptr for any other control.
+    static const char* AddressOf(int control);
+
+    AppState& app_;
+    std::function<void(const std::string&)> open_;
+    UniqueGdiObject linkFont_;
+};
+
+} // namespace tolvane

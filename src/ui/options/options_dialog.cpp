@@ -1,0 +1,119 @@
+#include "ui/options/options_dialog.h"
+
+#include "config/app_state.h"
+#include "config/delay_load.h"
+#include "config/language_files.h"
+#include "items/run_entry.h"
+#include "models/menu_model.h"
+#include "ui/key_filter.h"
+#include "ui/options/options_ids.h"
+
+namespace tolvane {
+
+namespace {
+
+// The options are opened by this entry of the menu table, and named by it.
+constexpr size_t kOptionsMenuEntry = 7;
+
+} // namespace
+
+std::string LocaleDecimalSeparator() {
+    char separator[8] = {};
+    return GetLocaleInfoA(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, separator, sizeof separator) > 0
+               ? separator
+               : ".";
+}
+
+OptionsDialog::OptionsDialog(AppState& app)
+    : Dialog(&app.log, "Options Error: "), app_(app),
+      model_(app.model, *this, app.messages, app.text.Messages, LocaleDecimalSeparator()) {}
+
+void OptionsDialog::UpdateRunEntry(int startupType) {
+    ::tolvane::UpdateRunEntry(app_, startupType);
+}
+
+void OptionsDialog::WriteItems() {
+    CDelayLoad(app_).WriteItems();
+}
+
+void OptionsDialog::Log(std::string_view text, int level) {
+    app_.log.WriteLog(text, level);
+}
+
+void OptionsDialog::Init() {
+    std::vector<std::string> texts = BuiltInOptionsTexts();
+    const std::string& code = app_.model.Language;
+    LoadTextFile(app_, texts, code + "\\options." + code);
+    auto text = [&](size_t entry) { return TextTables::Entry(texts, entry); };
+
+    const std::string caption =
+        WithoutMnemonic(TextTables::Entry(app_.text.Menus, kOptionsMenuEntry));
+    if (!caption.empty())
+        SetWindowTextA(Hwnd(), caption.c_str());
+    HWND pages = GetDlgItem(Hwnd(), IDC_OPT_PAGES);
+    SendMessageA(pages, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text(kOptionsPageName).c_str()));
+    SendMessageA(pages, LB_SETCURSEL, 0, 0);
+
+    auto fill = [&](int control, size_t first, int count, int selected) {
+        HWND combo = GetDlgItem(Hwnd(), control);
+        for (int i = 0; i < count; ++i)
+            SendMessageA(combo, CB_ADDSTRING, 0,
+                         reinterpret_cast<LPARAM>(text(first + size_t(i)).c_str()));
+        SendMessageA(combo, CB_SETCURSEL, static_cast<WPARAM>(selected), 0);
+    };
+    fill(IDC_OPT_RUN, kOptionsRunAtLoginFirst, kStartupTypeCount, model_.RunAtLogin);
+    fill(IDC_OPT_CLOSE, kOptionsCloseMethodFirst, kCloseTypeCount, model_.CloseMethod);
+    SetChecked(IDC_OPT_SHOW_TIPS, model_.ShowTips);
+
+    const std::pair<int, size_t> captions[] = {{IDC_OPT_FRAME, kOptionsPageName},
+                                               {IDC_OPT_TITLE, kOptionsTitle},
+                                               {IDC_OPT_EXAMPLE, kOptionsExample},
+                                               {IDC_OPT_DELAY_LABEL, kOptionsStartupDelay},
+                                               {IDC_OPT_SECONDS, kOptionsSeconds},
+                                               {IDC_OPT_RUN_LABEL, kOptionsRunAtStartup},
+                                               {IDC_OPT_CLOSE_LABEL, kOptionsProgramClosing},
+                                               {IDC_OPT_SHOW_TIPS, kOptionsShowTips}};
+    for (const auto& [control, entry] : captions)
+        SetText(control, text(entry));
+    SetText(IDOK, TextTables::Entry(app_.text.Buttons, 0));
+    SetText(IDCANCEL, TextTables::Entry(app_.text.Buttons, 1));
+
+    HWND delay = GetDlgItem(Hwnd(), IDC_OPT_DELAY);
+    SetText(IDC_OPT_DELAY, model_.DelayText);
+    FilterTypedKeys(delay, &OptionsModel::DelayKeyAllowed);
+}
+
+void OptionsDialog::ReadFields() {
+    model_.DelayText = Text(IDC_OPT_DELAY);
+    model_.RunAtLogin =
+        static_cast<int>(SendDlgItemMessageA(Hwnd(), IDC_OPT_RUN, CB_GETCURSEL, 0, 0));
+    model_.CloseMethod =
+        static_cast<int>(SendDlgItemMessageA(Hwnd(), IDC_OPT_CLOSE, CB_GETCURSEL, 0, 0));
+    model_.ShowTips = Checked(IDC_OPT_SHOW_TIPS);
+}
+
+bool OptionsDialog::OnMessage(UINT message, WPARAM wParam, LPARAM, INT_PTR& result) {
+    switch (message) {
+    case WM_INITDIALOG:
+        Init();
+        result = TRUE;
+        return true;
+    case WM_COMMAND:
+        if (HIWORD(wParam) != BN_CLICKED)
+            return false;
+        if (LOWORD(wParam) == IDOK) {
+            ReadFields();
+            if (model_.Ok())
+                Close(IDOK);
+            return true;
+        }
+        if (LOWORD(wParam) == IDCANCEL) {
+            Close(IDCANCEL);
+            return true;
+        }
+        return false;
+    }
+    return false;
+}
+
+} // namespace tolvane

@@ -1,0 +1,107 @@
+#include "ui/tips/tip_dialog.h"
+
+#include <chrono>
+#include <memory>
+#include <exception>
+#include <random>
+
+#include "config/app_state.h"
+#include "config/delay_load.h"
+#include "config/language_files.h"
+#include "platform/dir_struct.h"
+#include "platform/file_io.h"
+#include "ui/tips/tip_ids.h"
+
+namespace tolvane {
+
+namespace {
+
+std::function<double()> ClockSeededRandom() {
+    auto engine = std::make_shared<std::mt19937>(static_cast<std::mt19937::result_type>(
+        std::chrono::steady_clock::now().time_since_epoch().count()));
+    return [engine] { return std::uniform_real_distribution<double>(0.0, 1.0)(*engine); };
+}
+
+} // namespace
+
+TipDialog::TipDialog(AppState& app, std::function<double()> random)
+    : Dialog(&app.log, "Tip of the Day Error: "), app_(app),
+      tips_(random ? std::move(random) : ClockSeededRandom()) {}
+
+std::string TipDialog::TipFilePath(const AppState& app) {
+    const std::string& code = app.model.Language;
+    return app.folders.ProgramFolder + "\\lang\\" + code + "\\tipofday." + code;
+}
+
+void TipDialog::Init() {
+    SetChecked(IDC_TIP_SHOW, app_.model.ShowTipsAtStartup != 0);
+    texts_ = BuiltInTipTexts();
+    const std::string& code = app_.model.Language;
+    LoadTextFile(app_, texts_, code + "\\tips." + code);
+    SetWindowTextA(Hwnd(), TextTables::Entry(texts_, kTipCaption).c_str());
+    SetText(IDC_TIP_NEXT, TextTables::Entry(texts_, kTipNextTip));
+    SetText(IDC_TIP_HEADING, TextTables::Entry(texts_, kTipDidYouKnow));
+    SetText(IDC_TIP_SHOW, TextTables::Entry(texts_, kTipShowAtStartup));
+    SetText(IDOK, TextTables::Entry(app_.text.Buttons, 0));
+
+    // The heading in the bold face of the dialog's font.
+    LOGFONTA face{};
+    if (GetObjectA(reinterpret_cast<HFONT>(SendMessageA(Hwnd(), WM_GETFONT, 0, 0)), sizeof face,
+                   &face)) {
+        face.lfWeight = FW_BOLD;
+        face.lfHeight = face.lfHeight * 5 / 4;
+        headingFont_.reset(CreateFontIndirectA(&face));
+        SendDlgItemMessageA(Hwnd(), IDC_TIP_HEADING, WM_SETFONT,
+                            reinterpret_cast<WPARAM>(headingFont_.get()), FALSE);
+    }
+
+    const std::string path = TipFilePath(app_);
+    tips_.LoadTips(CDirStruct::OrdinaryFileExists(path) ? ReadFileBytes(path) : std::nullopt);
+    SetText(IDC_TIP_TEXT, tips_.Shown(texts_));
+}
+
+void TipDialog::WriteBack() {
+    const auto value =
+        TipOfDay::ShowTipsOnClose(Checked(IDC_TIP_SHOW), app_.model.ShowTipsAtStartup);
+    if (!value)
+        return;
+    const int before = app_.model.ShowTipsAtStartup;
+    app_.model.ShowTipsAtStartup = *value;
+    try {
+        CDelayLoad(app_).WriteItems();
+    } catch (const std::exception& e) {
+        // The setting stays as the file has it: the next start shows what the file says.
+        app_.model.ShowTipsAtStartup = before;
+        app_.log.WriteLog(std::string("Tip of the Day: ") + e.what(), kLogError);
+    }
+}
+
+bool TipDialog::OnMessage(UINT message, WPARAM wParam, LPARAM, INT_PTR& result) {
+    switch (message) {
+    case WM_INITDIALOG:
+        Init();
+        result = TRUE;
+        return true;
+    case WM_COMMAND:
+        if (HIWORD(wParam) != BN_CLICKED)
+            return false;
+        switch (LOWORD(wParam)) {
+        case IDC_TIP_NEXT:
+            tips_.ShowRandomTip();
+            SetText(IDC_TIP_TEXT, tips_.Shown(texts_));
+            return true;
+        case IDOK:
+        case IDCANCEL:
+            Close(LOWORD(wParam));
+            return true;
+        }
+        return false;
+    case WM_DESTROY:
+        // Every way of closing ends here, also the owner's closing.
+        WriteBack();
+        return false;
+    }
+    return false;
+}
+
+} // namespace tolvane

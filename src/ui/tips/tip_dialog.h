@@ -1,0 +1,44 @@
+// frmTip: the tip of the day over its template. Modal at an interactive start, modeless from
+// Help > Tips; whichever way it closes, its check box is written back when it changed.
+#pragma once
+
+#include <windows.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/handles.h"
+#include "ui/tips/tip_ids.h"
+#include "ui/dialog.h"
+#include "ui/tips/tip_model.h"
+
+namespace tolvane {
+
+class AppState;
+
+class TipDialog : public Dialog<TipDialog> {
+public:
+    static constexpr int kTemplateId = IDD_TIP;
+
+    // random gives a uniform number in [0, 1); by default a generator seeded from the clock.
+    explicit TipDialog(AppState& app, std::function<double()> random = {});
+
+    TipOfDay& Model() { return tips_; }
+
+    bool OnMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result);
+
+    // "lang\<code>\tipofday.<code>" in the program folder.
+    static std::string TipFilePath(const AppState& app);
+
+private:
+    void Init();
+    void WriteBack();
+
+    AppState& app_;
+    TipOfDay tips_;
+    std::vector<std::string> texts_;
+    UniqueGdiObject headingFont_;
+};
+
+} // namespace tolvane

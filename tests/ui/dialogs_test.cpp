@@ -1,0 +1,181 @@
+// The options, the tip of the day and the about box as the user meets them: opened from the
+// main window's menus with real keys, filled in with real keys and clicks, and what each leaves
+// in proggroup.c and the Run key afterwards.
+#include <thread>
+
+#include "items/run_entry.h"
+#include "text/language.h"
+#include "ui/about/about_ids.h"
+#include "ui/main_window_fixture.h"
+#include "ui/options/options_dialog.h"
+#include "ui/options/options_ids.h"
+#include "ui/tips/tip_dialog.h"
+#include "ui/tips/tip_ids.h"
+#include "version.h"
+
+namespace tolvane {
+namespace {
+
+std::string TextOf(HWND window) {
+    char text[512] = {};
+    GetWindowTextA(window, text, sizeof text);
+    return text;
+}
+
+class DialogsTest : public test::MainWindowTest {
+protected:
+    std::string Item(HWND dialog, int control) { return TextOf(GetDlgItem(dialog, control)); }
+    void ClickOn(HWND dialog, int control) {
+        RECT r{};
+        GetWindowRect(GetDlgItem(dialog, control), &r);
+        test::Click({(r.left + 6), (r.top + r.bottom) / 2});
+        Pump();
+    }
+    // Replaces the text of the box by typing into it.
+    void TypeInto(HWND dialog, int control, std::initializer_list<unsigned short> keys) {
+        HWND box = GetDlgItem(dialog, control);
+        SetFocus(box);
+        SendMessageA(box, EM_SETSEL, 0, -1);
+        test::Type(keys);
+        Pump();
+    }
+    // The program's own Run values, the user's and the machine's.
+    std::string OwnRunValues() {
+        return Run(RegistryRoot::CurrentUser, kOwnRunValue) + " | " +
+               Run(RegistryRoot::LocalMachine, kOwnRunValue);
+    }
+};
+
+TEST_F(DialogsTest, OptionsFromTheToolsMenuStoreWhatOkFinds) {
+    Open();
+    RunValue(RegistryRoot::LocalMachine, kOwnRunValue, "as it was");
+    test::Chord({VK_MENU, 'T'});
+    test::Type({'O'});
+    Pump();
+    ASSERT_TRUE(window->Options());
+    HWND options = window->Options()->Hwnd();
+    EXPECT_EQ(TextOf(options), "Options");
+    EXPECT_EQ(Item(options, IDC_OPT_FRAME), "Startup");
+    EXPECT_EQ(Item(options, IDC_OPT_CLOSE), "Minimize to the tray");
+    EXPECT_EQ(Item(options, IDC_OPT_RUN), "Don't run at startup");
+    EXPECT_EQ(Item(options, IDC_OPT_SHOW_TIPS), "Show tips at startup");
+    EXPECT_EQ(Item(options, IDC_OPT_DELAY), "30");
+
+    // A letter, a minus and Backspace do nothing; Delete and typing over edit.
+    TypeInto(options, IDC_OPT_DELAY,
+             {'1', 'A', VK_OEM_MINUS, VK_BACK, VK_HOME, VK_DELETE, '2', VK_OEM_PERIOD, '5'});
+    EXPECT_EQ(Item(options, IDC_OPT_DELAY), "2.5");
+    // The close button now ends the program.
+    SetFocus(GetDlgItem(options, IDC_OPT_CLOSE));
+    test::Type({VK_UP});
+    ClickOn(options, IDOK);
+    EXPECT_FALSE(window->Options());
+    EXPECT_NE(File().find("const MainStartupDelay = 2.5;"), std::string::npos);
+    EXPECT_NE(File().find("const CloseType = 0;"), std::string::npos);
+    EXPECT_EQ(OwnRunValues(), "(none) | as it was"); // the start-up type did not change
+
+    // A delay that is no number keeps the dialog open and changes nothing; once it is a
+    // number, the new start-up type writes the Run entry and the file.
+    test::Chord({VK_MENU, 'T'});
+    test::Type({'O'});
+    Pump();
+    ASSERT_TRUE(window->Options());
+    options = window->Options()->Hwnd();
+    EXPECT_EQ(Item(options, IDC_OPT_DELAY), "2.5");
+    TypeInto(options, IDC_OPT_DELAY, {'1', VK_OEM_PERIOD, '2', VK_OEM_PERIOD, '3'});
+    SetFocus(GetDlgItem(options, IDC_OPT_RUN));
+    test::Type({VK_DOWN, VK_DOWN});
+    ClickOn(options, IDOK);
+    ASSERT_TRUE(window->Options());
+    ASSERT_FALSE(messages.shown.empty());
+    EXPECT_EQ(messages.shown.back().Text, app.text.Message(7));
+    EXPECT_EQ(OwnRunValues(), "(none) | as it was");
+    TypeInto(options, IDC_OPT_DELAY, {'5'});
+    ClickOn(options, IDOK);
+    EXPECT_FALSE(window->Options());
+    EXPECT_EQ(OwnRunValues(), app.folders.RunCommand + " | (none)");
+    EXPECT_NE(File().find("const StartupType = 2;"), std::string::npos);
+    EXPECT_NE(File().find("const MainStartupDelay = 5;"), std::string::npos);
+}
+
+TEST_F(DialogsTest, TipOfTheDayFromTheHelpMenuWritesItsBoxBackOnlyWhenChanged) {
+    const std::vector<std::string> tips =
+        SplitTextLines(test::ReadFileBytes(folder / "lang\\en\\tipofday.en"));
+    auto isTip = [&](const std::string& text) {
+        return std::find(tips.begin(), tips.end(), text) != tips.end();
+    };
+    Open();
+    auto openTip = [&] {
+        test::Chord({VK_MENU, 'H'});
+        test::Type({'T'});
+        Pump();
+        return window->Tip() ? window->Tip()->Hwnd() : nullptr;
+    };
+    HWND tip = openTip();
+    ASSERT_TRUE(tip);
+    EXPECT_EQ(TextOf(tip), "Tip of the Day");
+    EXPECT_EQ(Item(tip, IDC_TIP_HEADING), "Did you know...");
+    EXPECT_EQ(Item(tip, IDC_TIP_NEXT), "&Next Tip");
+    EXPECT_TRUE(isTip(Item(tip, IDC_TIP_TEXT))) << Item(tip, IDC_TIP_TEXT);
+    ClickOn(tip, IDC_TIP_NEXT);
+    EXPECT_TRUE(isTip(Item(tip, IDC_TIP_TEXT))) << Item(tip, IDC_TIP_TEXT);
+
+    // Unticked and closed with OK; ticked again and closed with Escape.
+    EXPECT_EQ(IsDlgButtonChecked(tip, IDC_TIP_SHOW), BST_CHECKED);
+    ClickOn(tip, IDC_TIP_SHOW);
+    ClickOn(tip, IDOK);
+    EXPECT_FALSE(window->Tip());
+    EXPECT_NE(File().find("const ShowTipsAtStartup = 0;"), std::string::npos);
+    tip = openTip();
+    ASSERT_TRUE(tip);
+    EXPECT_EQ(IsDlgButtonChecked(tip, IDC_TIP_SHOW), BST_UNCHECKED);
+    ClickOn(tip, IDC_TIP_SHOW);
+    test::Type({VK_ESCAPE});
+    Pump();
+    EXPECT_FALSE(window->Tip());
+    EXPECT_NE(File().find("const ShowTipsAtStartup = 1;"), std::string::npos);
+
+    // A stored -1 and a ticked box say the same: nothing is written.
+    app.model.ShowTipsAtStartup = -1;
+    const std::string file = folder / (WindowsUserName() + "\\proggroup.c");
+    ASSERT_TRUE(DeleteFileA(file.c_str()));
+    tip = openTip();
+    ASSERT_TRUE(tip);
+    ClickOn(tip, IDOK);
+    EXPECT_FALSE(window->Tip());
+    EXPECT_FALSE(test::PathExists(file));
+}
+
+TEST_F(DialogsTest, AboutBoxShowsTheExesVersionAndALinkOpensItsPageAndCloses) {
+    Open();
+    std::string caption, version, forum;
+    // The box is modal: the user is played from a second thread while this one runs its loop.
+    std::thread user([&] {
+        HWND about = nullptr;
+        for (int i = 0; i < 1000 && !about; ++i, Sleep(10))
+            about = test::WindowOf(GetCurrentProcessId(), "#32770", true, 0);
+        if (!about)
+            return;
+        caption = TextOf(about);
+        version = TextOf(GetDlgItem(about, IDC_AB_VERSION));
+        forum = TextOf(GetDlgItem(about, IDC_AB_FORUM));
+        RECT r{};
+        GetWindowRect(GetDlgItem(about, IDC_AB_FORUM), &r);
+        test::Click({r.left + 8, (r.top + r.bottom) / 2});
+        for (int i = 0; i < 300 && IsWindow(about); ++i)
+            Sleep(10);
+        if (IsWindow(about)) // never leave the test's thread stuck in the box
+            PostMessageA(about, WM_COMMAND, IDCANCEL, 0);
+    });
+    test::Chord({VK_MENU, 'H'});
+    test::Type({'A'});
+    Pump();
+    user.join();
+    EXPECT_EQ(caption, "About Tolvane");
+    EXPECT_EQ(version, "Version " TOLVANE_VERSION_TEXT);
+    EXPECT_EQ(forum, kForumsAddress);
+    EXPECT_EQ(opened, std::vector<std::string>{kForumsAddress});
+}
+
+} // namespace
+} // namespace tolvane

@@ -1,12 +1,17 @@
 // Random moves, as a user would make them from the tree's popup and the toolbar, over items of
-// all four locations with awkward names and commands. After every step each item is in exactly
-// one place: active, or held by the program and recorded once; after everything is put back,
-// the Startup folders and the Run keys hold exactly what they held at the start.
+// all four locations with awkward names and commands; the all users' active items are moved
+// too, which the popup does not offer but the moves take. After every step each item is in
+// exactly one place: active, or held by the program and recorded once; the items the step
+// moved are where it asked, every other is where it was. Items share names across locations
+// and commands across names, so a move that finds an item by anything but its location and
+// its own name shows. After everything is put back, the Startup folders and the Run keys hold
+// exactly what they held at the start.
 //
 // TOLVANE_RANDOM_STEPS sets the number of steps (the benchmark runs 10,000); the figures are
 // printed at the end.
 #include "startup_fixture.h"
 
+#include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -44,7 +49,7 @@ protected:
             Shortcut(places.CommonFolder, name);
         test::WriteFileBytes(places.CommonFolder + "\\Common.url", "[InternetShortcut]\r\n");
         const RegistryRoot user = RegistryRoot::CurrentUser, machine = RegistryRoot::LocalMachine;
-        RunValue(user, "Quoted", "\"C:\\Program Files\\Q\\q.exe\" /min");
+        RunValue(user, "Quoted", "\"C:\\Program Files\\Q\\q.exe\"   /min");
         RunValue(user, "Eq", "C:\\eq=1\\eq.exe /opt=1 -x=2");
         RunValue(user, "Long", "C:\\" + test::LongText(400) + ".exe --arg");
         RunValue(user, "Spaces In Name", "C:\\s.exe  -a   -b");
@@ -91,8 +96,9 @@ protected:
     }
 
     // Every item of the start is in its place, or held by the program and recorded exactly
-    // once in the model as its file has it; an active item is recorded nowhere.
-    void ExpectEachItemInOnePlace(const std::string& step) {
+    // once in the model as its file has it; an active item is recorded nowhere. Each is in the
+    // state wanted of it, in the order of the start's shortcuts, then its values.
+    void ExpectEachItemInOnePlace(const std::string& step, const std::vector<ItemState>& want) {
         test::CapturedMessages quiet;
         AppState reader(folder.Path(), quiet);
         reader.text.Languages = app.text.Languages;
@@ -113,6 +119,12 @@ protected:
                      matches(static_cast<int>(i));
             return n;
         };
+        auto expectState = [&](size_t i, bool active, int delayedRecords, const std::string& name) {
+            const char* names[] = {"active", "delayed", "stopped"};
+            const std::string now = active ? "active" : delayedRecords ? "delayed" : "stopped";
+            EXPECT_EQ(now, names[static_cast<int>(want[i])]) << step << ": " << name;
+        };
+        size_t i = 0;
         for (const ShortcutItem& item : start.shortcuts) {
             const std::string place =
                 (item.user ? places.UserFolder : places.CommonFolder) + "\\" + item.name;
@@ -120,28 +132,29 @@ protected:
                 (item.user ? app.folders.UserItemsFolder : app.folders.AllUsersItemsFolder) +
                 item.name;
             const int code = item.user ? kUserStartup : kCommonStartup;
-            const int records =
-                delayed(item.user ? kExecute : kExecuteAU,
-                        [&](const GroupProgram& p) { return p.Path == item.name; }) +
-                stopped(code, [&](int i) {
-                    return model.StoppedPrograms[static_cast<size_t>(i)].substr(kPrefixLength) ==
-                           item.name;
-                });
+            const int delays = delayed(item.user ? kExecute : kExecuteAU,
+                                       [&](const GroupProgram& p) { return p.Path == item.name; });
+            const int records = delays + stopped(code, [&](int s) {
+                                    return model.StoppedPrograms[static_cast<size_t>(s)].substr(
+                                               kPrefixLength) == item.name;
+                                });
             const bool active = test::PathExists(place);
             ASSERT_NE(active, test::PathExists(held)) << step << ": " << item.name;
             EXPECT_EQ(test::ReadFileBytes(active ? place : held), item.bytes) << step << item.name;
             EXPECT_EQ(records, active ? 0 : 1) << step << ": " << item.name << " recorded so often";
+            expectState(i++, active, delays, item.name);
         }
         for (const ValueItem& item : start.values) {
             const bool machine = item.root == RegistryRoot::LocalMachine;
             const std::string savedKey = machine ? kSavedMachineRunKey : kSavedUserRunKey;
             std::vector<std::string> copies;
             (void)reg.EnumKey(item.root, savedKey, copies);
-            const int records =
+            const int delays =
                 delayed(machine ? kExecuteRegAU : kExecuteReg,
-                        [&](const GroupProgram& p) { return p.RegistryKeyName == item.name; }) +
-                stopped(machine ? kMachineRun : kUserRun, [&](int i) {
-                    const int copy = SavedCopyOfStopped(model, i, copies);
+                        [&](const GroupProgram& p) { return p.RegistryKeyName == item.name; });
+            const int records =
+                delays + stopped(machine ? kMachineRun : kUserRun, [&](int s) {
+                    const int copy = SavedCopyOfStopped(model, s, copies);
                     return copy >= 0 &&
                            SplitNameData(copies[static_cast<size_t>(copy)]).Name == item.name;
                 });
@@ -151,36 +164,62 @@ protected:
             EXPECT_TRUE(SameValue(active ? *active : *saved, item.value)) << step << item.name;
             EXPECT_EQ(records, active ? 0 : 1)
                 << step << ": the Run value " << item.name << " recorded so often";
+            expectState(i++, bool(active), delays, "the Run value " + item.name);
         }
     }
 
-    // One move of a random item from the popup, or a pass over random checks.
-    void RandomStep(std::mt19937& rng, int& passes, int& singles) {
+    // The item of the start that a leaf of the tree shows: a shortcut by its location and file
+    // name, a value by its key and the name its text starts with in every state.
+    size_t ItemOf(const ItemPlace& place, const std::string& text) const {
+        const bool machine = place.Location == kMachineRun;
+        for (size_t i = 0; i < start.shortcuts.size(); ++i)
+            if (!place.Registry() && start.shortcuts[i].name == text &&
+                start.shortcuts[i].user == (place.Location == kUserStartup))
+                return i;
+        for (size_t i = 0; i < start.values.size(); ++i)
+            if (place.Registry() && start.values[i].name == SplitNameData(text).Name &&
+                (start.values[i].root == RegistryRoot::LocalMachine) == machine)
+                return start.shortcuts.size() + i;
+        ADD_FAILURE() << text << " is no item of the start";
+        return 0;
+    }
+
+    // One move of a random item, or a pass over random checks; what it should leave where goes
+    // into want.
+    void RandomStep(std::mt19937& rng, int& passes, int& singles, std::vector<ItemState>& want) {
         auto pick = [&](size_t n) { return std::uniform_int_distribution<size_t>(0, n - 1)(rng); };
         auto coin = [&] { return pick(2) == 1; };
         ItemMoves moves = Moves();
         if (pick(4) == 0) {
             ++passes;
+            const size_t button = pick(4); // Save, Delay, Stop, Run
             for (const char* c :
                  {"CurrentUserStartup", "CurrentUserRegistry", "DelayedItemsStartupCurrentUser",
                   "DelayedItemsRegistryCurrentUser", "StoppedItemsCurrentStartup",
                   "StoppedItemsCurrentReg"})
                 for (int leaf : Leaves(c))
-                    tree.Node(leaf).Checked = coin();
-            const size_t button = pick(4); // Save, Delay, Stop, Run
+                    if ((tree.Node(leaf).Checked = coin())) {
+                        // Save delays the active items and puts the others back; Delay, Stop
+                        // and Run take every checked item where they say.
+                        const ItemPlace place = *PlaceOf(tree, leaf);
+                        const bool active = place.State == ItemState::Active;
+                        want[ItemOf(place, tree.Node(leaf).Text)] = std::array{
+                            active ? ItemState::Delayed : ItemState::Active, ItemState::Delayed,
+                            ItemState::Stopped, ItemState::Active}[button];
+                    }
             if (button < 3) {
-                moves.DelayCheckedRegistryItems(button == 2, button != 0);
-                moves.DelayCheckedStartupItems(button == 2, button == 1);
+                EXPECT_TRUE(moves.DelayCheckedRegistryItems(button == 2, button != 0));
+                EXPECT_TRUE(moves.DelayCheckedStartupItems(button == 2, button == 1));
             }
             if (button == 0 || button == 3) {
-                moves.RestoreCheckedRegistryItems();
-                moves.RestoreCheckedStartupItems();
+                EXPECT_TRUE(moves.RestoreCheckedRegistryItems());
+                EXPECT_TRUE(moves.RestoreCheckedStartupItems());
             }
             return;
         }
         std::vector<int> items;
         for (size_t i = 0; i < tree.Count(); ++i)
-            if (tree.Node(static_cast<int>(i)).Tag == kPopupTag)
+            if (PlaceOf(tree, static_cast<int>(i)))
                 items.push_back(static_cast<int>(i));
         if (items.empty())
             return;
@@ -188,19 +227,23 @@ protected:
         const int leaf = items[pick(items.size())];
         const ItemPlace place = *PlaceOf(tree, leaf);
         const std::string text = tree.Node(leaf).Text;
+        ItemState& wanted = want[ItemOf(place, text)];
         if (place.State != ItemState::Active && coin()) {
             const bool fromStopped = place.State == ItemState::Stopped;
             if (place.Registry())
                 moves.RestoreRegistryItem(text, place.Location, fromStopped);
             else
                 moves.RestoreStartupItem(text, place.Location, fromStopped);
+            wanted = ItemState::Active;
             return;
         }
-        const bool stop = place.State == ItemState::Delayed || coin();
-        if (place.Registry())
-            moves.DelayRegistryItem(text, place.Location, stop, place.State);
-        else
-            moves.DelayStartupItem(text, place.Location, stop, place.State);
+        // Also asked to go where it is: it stays, once.
+        const bool stop = coin();
+        EXPECT_TRUE(place.Registry()
+                        ? moves.DelayRegistryItem(text, place.Location, stop, place.State)
+                        : moves.DelayStartupItem(text, place.Location, stop, place.State))
+            << text;
+        wanted = stop ? ItemState::Stopped : ItemState::Delayed;
     }
 
     State start;
@@ -217,6 +260,7 @@ TEST_F(RandomMoves, EachItemStaysInOnePlaceAndEverythingComesBackExactly) {
     const int window = std::min(1000, std::max(1, steps / 4));
     std::mt19937 rng(4242);
     int passes = 0, singles = 0;
+    std::vector<ItemState> want(start.shortcuts.size() + start.values.size(), ItemState::Active);
     const auto begun = Clock::now();
     Clock::time_point firstEnd{}, lastStart{};
     for (int step = 0; step < steps; ++step) {
@@ -225,8 +269,8 @@ TEST_F(RandomMoves, EachItemStaysInOnePlaceAndEverythingComesBackExactly) {
         if (step == steps - window)
             lastStart = Clock::now();
         Refresh();
-        RandomStep(rng, passes, singles);
-        ExpectEachItemInOnePlace("step " + std::to_string(step));
+        RandomStep(rng, passes, singles, want);
+        ExpectEachItemInOnePlace("step " + std::to_string(step), want);
         if (HasFailure())
             return;
     }
@@ -236,23 +280,20 @@ TEST_F(RandomMoves, EachItemStaysInOnePlaceAndEverythingComesBackExactly) {
     // Every refusal here would be a fault: no move of this test runs into a conflict.
     EXPECT_TRUE(messages.shown.empty()) << messages.shown.front().Text;
 
-    // Everything back, as a user would do it from the popup, until nothing is left delayed or
-    // stopped.
-    for (int round = 0; round < 3; ++round) {
-        Refresh();
-        for (size_t i = 0; i < tree.Count(); ++i) {
-            const auto place = PlaceOf(tree, static_cast<int>(i));
-            if (!place || place->State == ItemState::Active)
-                continue;
-            const std::string text = tree.Node(static_cast<int>(i)).Text;
-            const bool fromStopped = place->State == ItemState::Stopped;
-            if (place->Registry())
-                Moves().RestoreRegistryItem(text, place->Location, fromStopped);
-            else
-                Moves().RestoreStartupItem(text, place->Location, fromStopped);
-        }
-        ExpectEachItemInOnePlace("putting back, round " + std::to_string(round));
+    // Everything back in one round, as a user would do it from the popup.
+    Refresh();
+    for (size_t i = 0; i < tree.Count(); ++i) {
+        const auto place = PlaceOf(tree, static_cast<int>(i));
+        if (!place || place->State == ItemState::Active)
+            continue;
+        const std::string text = tree.Node(static_cast<int>(i)).Text;
+        const bool fromStopped = place->State == ItemState::Stopped;
+        if (place->Registry())
+            Moves().RestoreRegistryItem(text, place->Location, fromStopped);
+        else
+            Moves().RestoreStartupItem(text, place->Location, fromStopped);
     }
+    ExpectEachItemInOnePlace("putting back", std::vector(want.size(), ItemState::Active));
     Refresh();
     EXPECT_EQ(Caption("DelayedItemsRoot"), "Delayed Items (0)");
     EXPECT_EQ(Caption("StoppedItemsRoot"), "Stopped Items (0)");

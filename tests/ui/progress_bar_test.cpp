@@ -63,7 +63,7 @@ TEST(ProgressBarModel, FilledColumnsFollowTheScale) {
     bar.SetMin(10);
     EXPECT_EQ(bar.FilledWidth(220), 100); // from x = 10 over Max + Min = 110 units
     bar.SetMax(-10);
-    EXPECT_EQ(bar.ScaleWidth(), 1); // never 0
+    EXPECT_EQ(bar.FilledWidth(220), 220); // a scale of no width counts as one unit
 
     // Narrow: the last line that falls into a column wins (x 0 to 2.45 share column 0).
     const std::vector<ColourSpan> narrow = Bar(100).FilledSpans(40, 0);

@@ -20,12 +20,21 @@ void LoadTextFile(const AppState& app, std::vector<std::string>& table,
         ApplyTextFile(table, *bytes);
 }
 
-void LoadLanguageFiles(AppState& app) {
+std::string LanguageFile(const AppState& app, const std::string& name) {
     const std::string& code = app.model.Language;
-    LoadTextFile(app, app.text.Buttons, code + "\\buttons." + code);
-    LoadTextFile(app, app.text.Menus, code + "\\menus." + code);
-    LoadTextFile(app, app.text.Messages, code + "\\messages." + code);
-    LoadTextFile(app, app.text.Toolbar, code + "\\toolbar." + code);
+    return code + "\\" + name + "." + code;
+}
+
+void LoadLanguageTextFile(const AppState& app, std::vector<std::string>& table,
+                          const std::string& name) {
+    LoadTextFile(app, table, LanguageFile(app, name));
+}
+
+void LoadLanguageFiles(AppState& app) {
+    LoadLanguageTextFile(app, app.text.Buttons, "buttons");
+    LoadLanguageTextFile(app, app.text.Menus, "menus");
+    LoadLanguageTextFile(app, app.text.Messages, "messages");
+    LoadLanguageTextFile(app, app.text.Toolbar, "toolbar");
 }
 
 bool ChooseLanguage(AppState& app, size_t index) {

@@ -13,6 +13,11 @@ void LoadLanguageList(AppState& app);
 // A text file below "lang" into the table; a missing file leaves the table as it was.
 void LoadTextFile(const AppState& app, std::vector<std::string>& table,
                   const std::string& relativePath);
+// "<code>\<name>.<code>", the current language's own file of that name, below "lang".
+std::string LanguageFile(const AppState& app, const std::string& name);
+// The current language's own text file of that name into the table.
+void LoadLanguageTextFile(const AppState& app, std::vector<std::string>& table,
+                          const std::string& name);
 // The four shared tables for the current Language setting.
 void LoadLanguageFiles(AppState& app);
 

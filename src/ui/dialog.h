@@ -1,6 +1,7 @@
 // The one base of the program's dialogs, each laid out by a DIALOGEX template of the resource
-// script. It ties the dialog to its object at WM_INITDIALOG and hands every message to the
-// object's OnMessage(message, wParam, lParam, result) through one thunk that lets no failure
+// script. It ties the dialog to its object at WM_INITDIALOG and hands it to the
+// object: Init() once its controls exist (WM_INITDIALOG), then every message to its
+// OnMessage(message, wParam, lParam, result), through one thunk that lets no failure
 // out of the dialog procedure: a failure is logged, and the message counts as not handled.
 // Modal dialogs run their own loop; a modeless one is handed its keys by the program's message
 // loops (Tab, Enter, Escape), for as long as it is open. The close button and Escape reach a
@@ -10,9 +11,11 @@
 #include <windows.h>
 
 #include <exception>
+#include <initializer_list>
 #include <string>
 
 #include "platform/event_log.h"
+#include "platform/handles.h"
 #include "platform/message_pump.h"
 #include "ui/window.h"
 
@@ -77,6 +80,21 @@ protected:
     void SetChecked(int control, bool checked) const {
         CheckDlgButton(hwnd_, control, checked ? BST_CHECKED : BST_UNCHECKED);
     }
+    // The dialog's font as changed, given to the controls; the font is the caller's to keep
+    // for as long as they show it.
+    template <class Change>
+    UniqueGdiObject FontFor(std::initializer_list<int> controls, Change change) const {
+        LOGFONTA face{};
+        if (!GetObjectA(reinterpret_cast<HFONT>(SendMessageA(hwnd_, WM_GETFONT, 0, 0)), sizeof face,
+                        &face))
+            return UniqueGdiObject();
+        change(face);
+        UniqueGdiObject font(CreateFontIndirectA(&face));
+        for (int control : controls)
+            SendDlgItemMessageA(hwnd_, control, WM_SETFONT, reinterpret_cast<WPARAM>(font.get()),
+                                FALSE);
+        return font;
+    }
 
 private:
     static INT_PTR CALLBACK Thunk(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
@@ -97,6 +115,10 @@ private:
             base.hwnd_ = nullptr;
         }
         try {
+            if (message == WM_INITDIALOG) {
+                self->Init();
+                return TRUE; // the first control takes the focus
+            }
             INT_PTR result = FALSE;
             if (self->OnMessage(message, wParam, lParam, result)) {
                 SetWindowLongPtrA(hwnd, DWLP_MSGRESULT, result);

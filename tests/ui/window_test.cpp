@@ -53,15 +53,14 @@ class TestDialog : public Dialog<TestDialog> {
 public:
     static constexpr int kTemplateId = 100;
     explicit TestDialog(const EventLog* log) : Dialog(log, "Test Dialog Error: ") {}
-    bool OnMessage(UINT message, WPARAM wParam, LPARAM, INT_PTR& result) {
+    void Init() {
+        SetText(101, "from the model");
+        SetChecked(102, true);
+        if (closeAtOnce)
+            PostMessageA(Hwnd(), WM_COMMAND, IDOK, 0);
+    }
+    bool OnMessage(UINT message, WPARAM wParam, LPARAM, INT_PTR&) {
         switch (message) {
-        case WM_INITDIALOG:
-            SetText(101, "from the model");
-            SetChecked(102, true);
-            if (closeAtOnce)
-                PostMessageA(Hwnd(), WM_COMMAND, IDOK, 0);
-            result = TRUE;
-            return true;
         case WM_COMMAND:
             if (LOWORD(wParam) == IDOK) {
                 text = Text(101);

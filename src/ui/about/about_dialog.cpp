@@ -57,23 +57,12 @@ void AboutDialog::Init() {
     SetText(IDOK, TextTables::Entry(app_.text.Buttons, 0));
 
     // The links underlined, in the dialog's face.
-    LOGFONTA face{};
-    if (GetObjectA(reinterpret_cast<HFONT>(SendMessageA(Hwnd(), WM_GETFONT, 0, 0)), sizeof face,
-                   &face)) {
-        face.lfUnderline = TRUE;
-        linkFont_.reset(CreateFontIndirectA(&face));
-        for (int link : {IDC_AB_FORUM, IDC_AB_UPDATES})
-            SendDlgItemMessageA(Hwnd(), link, WM_SETFONT, reinterpret_cast<WPARAM>(linkFont_.get()),
-                                FALSE);
-    }
+    linkFont_ =
+        FontFor({IDC_AB_FORUM, IDC_AB_UPDATES}, [](LOGFONTA& face) { face.lfUnderline = TRUE; });
 }
 
 bool AboutDialog::OnMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result) {
     switch (message) {
-    case WM_INITDIALOG:
-        Init();
-        result = TRUE;
-        return true;
     case WM_SETCURSOR:
         // The links take the system's link pointer, which follows the user's pointer scheme.
         if (AddressOf(GetDlgCtrlID(reinterpret_cast<HWND>(wParam)))) {

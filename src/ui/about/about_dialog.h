@@ -28,6 +28,7 @@ public:
     bool OnMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result);
 
 private:
+    friend class Dialog<AboutDialog>;
     void Init();
     // The address behind a link control; nullptr for any other control.
     static const char* AddressOf(int control);

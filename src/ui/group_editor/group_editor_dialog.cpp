@@ -78,8 +78,7 @@ void GroupEditorDialog::Init() {
 
 void GroupEditorDialog::ApplyCaptions() {
     std::vector<std::string> own = kOwnCaptions;
-    const std::string& code = app_.model.Language;
-    LoadTextFile(app_, own, code + "\\properties." + code);
+    LoadLanguageTextFile(app_, own, "properties");
     const int ownControls[] = {
         IDC_GE_ADD_NEW,          IDC_GE_EDIT,        IDC_GE_GROUP_LABEL, IDC_GE_PATH_LABEL,
         IDC_GE_PARAMETERS_LABEL, IDC_GE_DELAY_LABEL, IDC_GE_SECONDS,     IDC_GE_MESSAGE};
@@ -200,10 +199,6 @@ void GroupEditorDialog::Command(int control, int code) {
 
 bool GroupEditorDialog::OnMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result) {
     switch (message) {
-    case WM_INITDIALOG:
-        Init();
-        result = TRUE;
-        return true;
     case WM_COMMAND:
         if (!rendering_)
             Command(LOWORD(wParam), HIWORD(wParam));

@@ -34,6 +34,7 @@ public:
     bool OnMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result);
 
 private:
+    friend class Dialog<GroupEditorDialog>;
     void WriteItems() override;
     void LoadItems(TreeModel& tree) override;
     bool FileExists(const std::string& path) override;

@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "text/strings.h"
+#include "text/text_tables.h"
 
 namespace tolvane {
 
@@ -32,10 +33,8 @@ GroupEditor::GroupEditor(ProgramModel& model, GroupEditorFiles& files, UserMessa
 
 int GroupEditor::Show(size_t message, std::string_view title, unsigned style,
                       std::string_view extra) {
-    const std::string text =
-        (message < texts_.Messages.size() ? texts_.Messages[message] : std::string()) +
-        std::string(extra);
-    return messages_.ShowMessage(text, title, style);
+    return messages_.ShowMessage(TextTables::Entry(texts_.Messages, message) + std::string(extra),
+                                 title, style);
 }
 
 bool GroupEditor::DelayKeyAllowed(char key) {

@@ -42,8 +42,7 @@ void OptionsDialog::Log(std::string_view text, int level) {
 
 void OptionsDialog::Init() {
     std::vector<std::string> texts = BuiltInOptionsTexts();
-    const std::string& code = app_.model.Language;
-    LoadTextFile(app_, texts, code + "\\options." + code);
+    LoadLanguageTextFile(app_, texts, "options");
     auto text = [&](size_t entry) { return TextTables::Entry(texts, entry); };
 
     const std::string caption =
@@ -92,12 +91,8 @@ void OptionsDialog::ReadFields() {
     model_.ShowTips = Checked(IDC_OPT_SHOW_TIPS);
 }
 
-bool OptionsDialog::OnMessage(UINT message, WPARAM wParam, LPARAM, INT_PTR& result) {
+bool OptionsDialog::OnMessage(UINT message, WPARAM wParam, LPARAM, INT_PTR&) {
     switch (message) {
-    case WM_INITDIALOG:
-        Init();
-        result = TRUE;
-        return true;
     case WM_COMMAND:
         if (HIWORD(wParam) != BN_CLICKED)
             return false;

@@ -26,6 +26,7 @@ public:
     bool OnMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result);
 
 private:
+    friend class Dialog<OptionsDialog>;
     void UpdateRunEntry(int startupType) override;
     void WriteItems() override;
     void Log(std::string_view text, int level) override;

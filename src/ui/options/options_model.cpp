@@ -4,6 +4,7 @@
 
 #include "platform/log_rules.h"
 #include "text/strings.h"
+#include "text/text_tables.h"
 
 namespace tolvane {
 
@@ -124,10 +125,8 @@ bool OptionsModel::Ok() {
 
 void OptionsModel::Fail(std::string_view logText, size_t message, std::string_view extra) {
     host_.Log("Set Startup Delay error: " + std::string(logText), kLogError);
-    const std::string text =
-        (message < messageTable_.size() ? messageTable_[message] : std::string()) +
-        std::string(extra);
-    messages_.ShowMessage(text, "Tolvane", kMbOk | kMbIconExclamation);
+    messages_.ShowMessage(TextTables::Entry(messageTable_, message) + std::string(extra), "Tolvane",
+                          kMbOk | kMbIconExclamation);
 }
 
 } // namespace tolvane

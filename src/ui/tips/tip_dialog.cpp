@@ -8,7 +8,6 @@
 #include "config/app_state.h"
 #include "config/delay_load.h"
 #include "config/language_files.h"
-#include "platform/dir_struct.h"
 #include "platform/file_io.h"
 #include "ui/tips/tip_ids.h"
 
@@ -29,34 +28,26 @@ TipDialog::TipDialog(AppState& app, std::function<double()> random)
       tips_(random ? std::move(random) : ClockSeededRandom()) {}
 
 std::string TipDialog::TipFilePath(const AppState& app) {
-    const std::string& code = app.model.Language;
-    return app.folders.ProgramFolder + "\\lang\\" + code + "\\tipofday." + code;
+    return app.folders.ProgramFolder + "\\lang\\" + LanguageFile(app, "tipofday");
 }
 
 void TipDialog::Init() {
     SetChecked(IDC_TIP_SHOW, app_.model.ShowTipsAtStartup != 0);
     texts_ = BuiltInTipTexts();
-    const std::string& code = app_.model.Language;
-    LoadTextFile(app_, texts_, code + "\\tips." + code);
+    LoadLanguageTextFile(app_, texts_, "tips");
     SetWindowTextA(Hwnd(), TextTables::Entry(texts_, kTipCaption).c_str());
     SetText(IDC_TIP_NEXT, TextTables::Entry(texts_, kTipNextTip));
     SetText(IDC_TIP_HEADING, TextTables::Entry(texts_, kTipDidYouKnow));
     SetText(IDC_TIP_SHOW, TextTables::Entry(texts_, kTipShowAtStartup));
     SetText(IDOK, TextTables::Entry(app_.text.Buttons, 0));
 
-    // The heading in the bold face of the dialog's font.
-    LOGFONTA face{};
-    if (GetObjectA(reinterpret_cast<HFONT>(SendMessageA(Hwnd(), WM_GETFONT, 0, 0)), sizeof face,
-                   &face)) {
+    // The heading in the bold face of the dialog's font, a little larger.
+    headingFont_ = FontFor({IDC_TIP_HEADING}, [](LOGFONTA& face) {
         face.lfWeight = FW_BOLD;
         face.lfHeight = face.lfHeight * 5 / 4;
-        headingFont_.reset(CreateFontIndirectA(&face));
-        SendDlgItemMessageA(Hwnd(), IDC_TIP_HEADING, WM_SETFONT,
-                            reinterpret_cast<WPARAM>(headingFont_.get()), FALSE);
-    }
+    });
 
-    const std::string path = TipFilePath(app_);
-    tips_.LoadTips(CDirStruct::OrdinaryFileExists(path) ? ReadFileBytes(path) : std::nullopt);
+    tips_.LoadTips(ReadFileBytes(TipFilePath(app_))); // nothing when there is no such file
     SetText(IDC_TIP_TEXT, tips_.Shown(texts_));
 }
 
@@ -76,12 +67,8 @@ void TipDialog::WriteBack() {
     }
 }
 
-bool TipDialog::OnMessage(UINT message, WPARAM wParam, LPARAM, INT_PTR& result) {
+bool TipDialog::OnMessage(UINT message, WPARAM wParam, LPARAM, INT_PTR&) {
     switch (message) {
-    case WM_INITDIALOG:
-        Init();
-        result = TRUE;
-        return true;
     case WM_COMMAND:
         if (HIWORD(wParam) != BN_CLICKED)
             return false;

@@ -32,6 +32,7 @@ public:
     static std::string TipFilePath(const AppState& app);
 
 private:
+    friend class Dialog<TipDialog>;
     void Init();
     void WriteBack();
 

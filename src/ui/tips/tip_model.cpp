@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "text/language.h"
+#include "text/text_tables.h"
 
 namespace tolvane {
 
@@ -29,7 +30,7 @@ std::string TipOfDay::Shown(const std::vector<std::string>& texts) const {
     if (current_ >= 1 && current_ <= static_cast<int>(tips_.size()))
         return tips_[static_cast<size_t>(current_ - 1)];
     // An empty file gives no tip to show either: the user is told, not shown a blank box.
-    return kTipNoTips < texts.size() ? texts[kTipNoTips] : std::string();
+    return TextTables::Entry(texts, kTipNoTips);
 }
 
 std::optional<int> TipOfDay::ShowTipsOnClose(bool ticked, int stored) {

@@ -56,19 +56,19 @@ bool CDelayLoad::StoppedInfoOf(int index, std::string& path, std::string& parame
         return true;
     }
     if (prefix == LocationPrefix(kMachineRun) || prefix == LocationPrefix(kUserRun)) {
-        const bool machine = prefix == LocationPrefix(kMachineRun);
-        std::vector<std::string> saved;
-        CRegistry().EnumKey(machine ? RegistryRoot::LocalMachine : RegistryRoot::CurrentUser,
-                            machine ? kSavedMachineRunKey : kSavedUserRunKey, saved);
-        const int i = SavedCopyOfStopped(app_.model, index, saved);
+        const int location = prefix == LocationPrefix(kMachineRun) ? kMachineRun : kUserRun;
+        const SavedCopies saved = ReadSavedCopies(location);
+        const int i = SavedCopyOfStopped(app_.model, index, saved.Copies);
         // The saved copy holds the command exactly; an entry that names its value holds it too,
         // without its quotes, should the copy be gone.
         std::string data;
         bool expand = false;
         if (i >= 0) {
-            const NameData copy = SplitNameData(saved[static_cast<size_t>(i)]);
+            const NameData copy = SplitNameData(saved.Copies[static_cast<size_t>(i)]);
             data = copy.Data;
-            expand = SavedCopyIsExpandable(machine, copy.Name);
+            auto value = CRegistry().GetValue(saved.Roots[static_cast<size_t>(i)],
+                                              SavedKeyOf(location), copy.Name);
+            expand = value && value->Type == REG_EXPAND_SZ;
         } else if (auto named = NamedStoppedValue(name)) {
             data = named->Data;
         } else {
@@ -82,12 +82,47 @@ bool CDelayLoad::StoppedInfoOf(int index, std::string& path, std::string& parame
     return true;
 }
 
-bool SavedCopyIsExpandable(bool machine, std::string_view name) {
-    if (name.empty())
+RegistryRoot RunRoot(int location, bool wow32) {
+    if (location == kUserRun)
+        return RegistryRoot::CurrentUser;
+    return wow32 ? RegistryRoot::LocalMachine32 : RegistryRoot::LocalMachine;
+}
+
+std::string SavedKeyOf(int location) {
+    return location == kUserRun ? kSavedUserRunKey : kSavedMachineRunKey;
+}
+
+SavedCopies ReadSavedCopies(int location) {
+    SavedCopies saved;
+    auto read = [&](RegistryRoot root) {
+        std::vector<std::string> listed;
+        (void)CRegistry().EnumKey(root, SavedKeyOf(location), listed);
+        for (std::string& copy : listed)
+            if (!copy.empty()) {
+                saved.Copies.push_back(std::move(copy));
+                saved.Roots.push_back(root);
+            }
+    };
+    read(RunRoot(location));
+    if (location != kUserRun)
+        read(RunRoot(location, true));
+    return saved;
+}
+
+bool SavedCopyIsExpandable(const GroupProgram& program) {
+    if (program.RegistryKeyName.empty() ||
+        (program.Command != kExecuteReg && program.Command != kExecuteRegAU))
         return false;
-    auto value =
-        CRegistry().GetValue(machine ? RegistryRoot::LocalMachine : RegistryRoot::CurrentUser,
-                             machine ? kSavedMachineRunKey : kSavedUserRunKey, name);
+    const int location = program.Command == kExecuteReg ? kUserRun : kMachineRun;
+    ProgramModel one;
+    one.ProgramGroups = {{std::string(kStartupGroup), {program}}};
+    one.StartupGroupIndex = 0;
+    const SavedCopies saved = ReadSavedCopies(location);
+    const int i = MatchSavedCopies(one, location, saved.Copies).Delayed[0];
+    if (i < 0)
+        return false;
+    auto value = CRegistry().GetValue(saved.Roots[static_cast<size_t>(i)], SavedKeyOf(location),
+                                      SplitNameData(saved.Copies[static_cast<size_t>(i)]).Name);
     return value && value->Type == REG_EXPAND_SZ;
 }
 

@@ -5,8 +5,10 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "config/app_state.h"
+#include "platform/registry.h"
 
 namespace tolvane {
 
@@ -54,9 +56,24 @@ private:
     TreeModel* tree_ = nullptr;
 };
 
-// The saved copy of that Run value is expandable (REG_EXPAND_SZ): Windows fills in the
-// variables of such a command before it starts it, and so does the program.
-bool SavedCopyIsExpandable(bool machine, std::string_view name);
+// The saved copies of one location's Run values ("name=data"), as MatchSavedCopies takes them,
+// with the root each was read from. The machine's are read from both registry views: a copy
+// stays in the view its value came from, so that it goes back there.
+struct SavedCopies {
+    std::vector<std::string> Copies;
+    std::vector<RegistryRoot> Roots;
+};
+SavedCopies ReadSavedCopies(int location);
+
+// The root of the Run key and of the saved copies of a location's values (code 1 the current
+// user's, any other the machine's), in the view given for the machine.
+RegistryRoot RunRoot(int location, bool wow32 = false);
+std::string SavedKeyOf(int location);
+
+// The saved copy of a delayed Run value is expandable (REG_EXPAND_SZ): Windows fills in the
+// variables of such a command before it starts it, and so does the program. The copy is the
+// one of its name whose command is the program's, else the first of its name.
+bool SavedCopyIsExpandable(const GroupProgram& program);
 
 // The Windows user's name, as the per-user folder is named.
 std::string WindowsUserName();

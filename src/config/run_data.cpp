@@ -96,46 +96,93 @@ std::optional<NameData> NamedStoppedValue(std::string_view entry) {
     return SplitNameData(Trim(entry));
 }
 
-std::vector<int> MatchStoppedRunValues(const std::vector<std::string>& saved,
-                                       const std::vector<std::string>& stopped,
-                                       const std::vector<std::string>& delayedNames) {
-    std::vector<int> match(stopped.size(), -1);
-    std::vector<bool> taken(saved.size(), false);
+SavedCopyMatch MatchSavedCopies(const ProgramModel& model, int location,
+                                const std::vector<std::string>& saved) {
+    SavedCopyMatch match;
+    const ProgramGroup* group = model.StartupGroup();
+    match.Delayed.assign(group ? group->Programs.size() : 0, -1);
+    match.Stopped.assign(model.StoppedPrograms.size(), -1);
+    const bool machine = location == kMachineRun;
+    if (!machine && location != kUserRun)
+        return match;
+
     std::vector<NameData> copies;
-    for (size_t i = 0; i < saved.size(); ++i) {
-        copies.push_back(SplitNameData(saved[i]));
-        const std::string name = Plain(copies.back().Name);
-        taken[i] = saved[i].empty() ||
-                   std::any_of(delayedNames.begin(), delayedNames.end(), [&](const std::string& d) {
-                       return !d.empty() && Plain(d) == name;
-                   });
+    std::vector<bool> taken;
+    for (const std::string& copy : saved) {
+        copies.push_back(SplitNameData(copy));
+        taken.push_back(copy.empty());
     }
-    auto claim = [&](size_t entry, auto matches) {
+    auto claim = [&](int& to, auto matches) {
         for (size_t i = 0; i < copies.size(); ++i)
             if (!taken[i] && matches(copies[i])) {
                 taken[i] = true;
-                match[entry] = static_cast<int>(i);
+                to = static_cast<int>(i);
                 return true;
             }
         return false;
     };
-    // Entries that name their value first: a name is unique in its key.
-    for (size_t e = 0; e < stopped.size(); ++e) {
-        if (auto named = NamedStoppedValue(stopped[e])) {
-            const std::string name = Plain(named->Name);
-            claim(e, [&](const NameData& copy) { return Plain(copy.Name) == name; });
+    auto named = [](std::string_view name) {
+        return [name = Plain(name)](const NameData& c) { return Plain(c.Name) == name; };
+    };
+
+    // The delayed values first: their copies are theirs. A name is unique in one key, but the
+    // machine's two views may each hold it; then the command tells the two copies apart.
+    if (group) {
+        const std::string_view command = machine ? kExecuteRegAU : kExecuteReg;
+        auto ours = [&](const GroupProgram& p) {
+            return !p.Path.empty() && !p.RegistryKeyName.empty() && p.Command == command;
+        };
+        for (size_t i = 0; i < group->Programs.size(); ++i) {
+            const GroupProgram& p = group->Programs[i];
+            if (ours(p))
+                claim(match.Delayed[i], [&](const NameData& c) {
+                    const RunCommandParts parts = SplitRunData(Trim(c.Data));
+                    return named(p.RegistryKeyName)(c) && Trim(parts.Path) == Trim(p.Path) &&
+                           parts.Parameters == p.Parameters;
+                });
+        }
+        for (size_t i = 0; i < group->Programs.size(); ++i) {
+            const GroupProgram& p = group->Programs[i];
+            if (ours(p) && match.Delayed[i] < 0)
+                claim(match.Delayed[i], named(p.RegistryKeyName));
+        }
+    }
+
+    const std::string_view prefix = LocationPrefix(location);
+    auto entryOf = [&](size_t e) -> std::optional<std::string> {
+        const std::string& entry = model.StoppedPrograms[e];
+        if (std::string_view(entry).substr(0, kPrefixLength) != prefix)
+            return std::nullopt;
+        return entry.substr(std::min(entry.size(), kPrefixLength));
+    };
+    // Entries that name their value: the copy with that name and command, then that name.
+    for (int pass = 0; pass < 2; ++pass) {
+        for (size_t e = 0; e < match.Stopped.size(); ++e) {
+            const auto entry = entryOf(e);
+            const auto value = entry ? NamedStoppedValue(*entry) : std::nullopt;
+            if (!value || match.Stopped[e] >= 0)
+                continue;
+            const std::string exact = StoppedRunEntry(value->Name, value->Data);
+            claim(match.Stopped[e], [&](const NameData& c) {
+                return named(value->Name)(c) &&
+                       (pass == 1 || StoppedRunEntry(c.Name, c.Data) == exact);
+            });
         }
     }
     // Then entries that hold a path alone, as older versions stored them; they are compared
-    // with the copies' commands, never with their names.
+    // with the copies' commands, never with their names: exact path, trimmed, then contained.
     auto pathOf = [](const NameData& copy) { return SplitRunData(Trim(copy.Data)).Path; };
-    for (size_t e = 0; e < stopped.size(); ++e) {
-        const std::string path = Plain(stopped[e]);
-        if (match[e] >= 0 || path.empty())
+    for (size_t e = 0; e < match.Stopped.size(); ++e) {
+        const auto entry = entryOf(e);
+        if (!entry || NamedStoppedValue(*entry) || match.Stopped[e] >= 0)
             continue;
-        claim(e, [&](const NameData& c) { return pathOf(c) == stopped[e]; }) ||
-            claim(e, [&](const NameData& c) { return Plain(pathOf(c)) == path; }) ||
-            claim(e, [&](const NameData& c) { return Contains(Plain(c.Data), path); });
+        const std::string path = Plain(*entry);
+        if (path.empty())
+            continue;
+        int& to = match.Stopped[e];
+        claim(to, [&](const NameData& c) { return pathOf(c) == *entry; }) ||
+            claim(to, [&](const NameData& c) { return Plain(pathOf(c)) == path; }) ||
+            claim(to, [&](const NameData& c) { return Contains(Plain(c.Data), path); });
     }
     return match;
 }
@@ -146,24 +193,8 @@ int SavedCopyOfStopped(const ProgramModel& model, int stoppedIndex,
     if (stoppedIndex < 0 || static_cast<size_t>(stoppedIndex) >= all.size())
         return -1;
     const std::string_view prefix = std::string_view(all[stoppedIndex]).substr(0, kPrefixLength);
-    const bool machine = prefix == LocationPrefix(kMachineRun);
-    if (!machine && prefix != LocationPrefix(kUserRun))
-        return -1;
-    std::vector<std::string> stopped;
-    size_t position = 0;
-    for (size_t i = 0; i < all.size(); ++i) {
-        if (std::string_view(all[i]).substr(0, kPrefixLength) != prefix)
-            continue;
-        if (static_cast<int>(i) == stoppedIndex)
-            position = stopped.size();
-        stopped.push_back(all[i].substr(kPrefixLength));
-    }
-    std::vector<std::string> delayedNames;
-    if (const ProgramGroup* group = model.StartupGroup())
-        for (const GroupProgram& p : group->Programs)
-            if (!p.Path.empty() && p.Command == (machine ? kExecuteRegAU : kExecuteReg))
-                delayedNames.push_back(p.RegistryKeyName);
-    return MatchStoppedRunValues(saved, stopped, delayedNames)[position];
+    const int location = prefix == LocationPrefix(kMachineRun) ? kMachineRun : kUserRun;
+    return MatchSavedCopies(model, location, saved).Stopped[static_cast<size_t>(stoppedIndex)];
 }
 
 } // namespace tolvane

@@ -44,14 +44,19 @@ std::string StoppedRunEntry(std::string_view name, std::string_view data);
 // any "=" ("C:\a=b\x.exe"): it names nothing.
 std::optional<NameData> NamedStoppedValue(std::string_view entry);
 
-// Which saved copy ("name=data") each stopped Run entry of one key stands for. `stopped` holds
-// the entries without prefix, in the model's order; `delayedNames` the names of the key's
-// delayed values, whose copies are theirs. An entry that names its value gets that value's
-// copy. An older entry that holds only a path gets the first copy left whose command has that
-// path, else the first left that contains it. No copy goes to two entries. -1 where none.
-std::vector<int> MatchStoppedRunValues(const std::vector<std::string>& saved,
-                                       const std::vector<std::string>& stopped,
-                                       const std::vector<std::string>& delayedNames);
+// Which saved copy ("name=data") each delayed and each stopped Run value of one location (the
+// current user's or the machine's Run values) stands for. `saved` lists the location's saved
+// copies; for the machine, those of both registry views one after the other, so that the index
+// tells the view. A delayed value gets the copy of its name whose command is its own, else the
+// first of its name; a stopped entry that names its value likewise. An older entry that holds
+// only a path gets the first copy left whose command has that path, else the first left that
+// contains it. No copy goes to two items. -1 where none, and for items of other locations.
+struct SavedCopyMatch {
+    std::vector<int> Delayed; // one per program of the Startup group
+    std::vector<int> Stopped; // one per entry of StoppedPrograms
+};
+SavedCopyMatch MatchSavedCopies(const ProgramModel& model, int location,
+                                const std::vector<std::string>& saved);
 
 // The saved copy of the model's stopped Run entry at the index: an index into `saved`, the
 // listing of that entry's saved-copies key; -1 when none is left, or the entry is no Run value.

@@ -7,6 +7,7 @@
 
 #include "config/delay_load.h"
 #include "config/run_data.h"
+#include "items/startup_approved.h"
 #include "platform/dir_struct.h"
 #include "platform/file_functions.h"
 #include "config/app_state.h"
@@ -25,14 +26,28 @@ constexpr int kGoneMessage = 16;
 constexpr int kFailedMessage = 17;
 constexpr int kNotTakenBackMessage = 18;
 
-RegistryRoot RunRoot(int location) {
-    return location == kMachineRun ? RegistryRoot::LocalMachine : RegistryRoot::CurrentUser;
-}
-std::string SavedKey(int location) {
-    return location == kMachineRun ? kSavedMachineRunKey : kSavedUserRunKey;
-}
+// A Run value's key: its location and, for the machine's, the registry view it is in. The
+// saved copy of a value is kept in the same view, and a value goes back to its copy's view.
+struct ValueKey {
+    int Location = kUserRun;
+    bool Wow32 = false;
+    RegistryRoot Root() const { return RunRoot(Location, Wow32); }
+    std::string Saved() const { return SavedKeyOf(Location); }
+};
+
 std::string_view RunCommandWord(int location) {
     return location == kMachineRun ? kExecuteRegAU : kExecuteReg;
+}
+
+// Task Manager's switch of a value: the machine's 32-bit values have a key of their own.
+void SwitchOnValue(const ValueKey& at, const std::string& name, UndoSteps& undo) {
+    SwitchOnInTaskManager(at.Location == kUserRun ? RegistryRoot::CurrentUser
+                                                  : RegistryRoot::LocalMachine,
+                          at.Wow32 ? kApprovedRun32Key : kApprovedRunKey, name, undo);
+}
+void SwitchOnShortcut(bool user, std::string_view name, UndoSteps& undo) {
+    SwitchOnInTaskManager(user ? RegistryRoot::CurrentUser : RegistryRoot::LocalMachine,
+                          kApprovedFolderKey, std::string(name), undo);
 }
 
 // The texts of the checked items of a container.
@@ -95,18 +110,25 @@ public:
         return -1;
     }
 
-    // The delayed program of a Run value, by the value's name. A program without a name (a
-    // hand-written line) is found by its command instead, among the others without one.
-    int DelayedValue(int location, std::string_view text) const {
+    // The delayed program of a Run value, by the value's name, in the view of its saved copy.
+    // A program without a name (a hand-written line) is found by its command instead, among the
+    // others without one.
+    int DelayedValue(const ValueKey& at, std::string_view text) const {
         const ProgramGroup* group = app_.model.StartupGroup();
         if (!group)
             return -1;
         const NameData value = SplitNameData(text);
+        const SavedCopies saved = ReadSavedCopies(at.Location);
+        const SavedCopyMatch match = MatchSavedCopies(app_.model, at.Location, saved.Copies);
         for (size_t i = 0; i < group->Programs.size(); ++i) {
             const GroupProgram& p = group->Programs[i];
-            if (p.Path.empty() || p.Command != RunCommandWord(location) ||
+            if (p.Path.empty() || p.Command != RunCommandWord(at.Location) ||
                 p.RegistryKeyName != value.Name)
                 continue;
+            const int copy = match.Delayed[i];
+            if ((copy >= 0 ? saved.Roots[static_cast<size_t>(copy)] : RunRoot(at.Location)) !=
+                at.Root())
+                continue; // the value of that name in the other view
             if (!value.Name.empty() || Trim(value.Data) == Trim(p.Path + " " + p.Parameters) ||
                 Trim(value.Data) == Trim(p.Path))
                 return static_cast<int>(i);
@@ -114,8 +136,8 @@ public:
         return -1;
     }
     // The same, refused as gone when there is none.
-    int DelayedValueThere(int location, std::string_view text) const {
-        const int i = DelayedValue(location, text);
+    int DelayedValueThere(const ValueKey& at, std::string_view text) const {
+        const int i = DelayedValue(at, text);
         if (i < 0)
             throw MoveFailure("\"" + std::string(text) + "\" is no longer delayed", Refusal::Gone);
         return i;
@@ -292,8 +314,10 @@ void ItemMoves::RestoreStartupItem(std::string_view name, int code, bool fromSto
     m.Single("RestoreStartupItem", name, [&](UndoSteps& undo) {
         const std::string items = m.ItemsPath(user, name);
         // A shortcut that is no longer in the items folder has nothing to move back.
-        if (FileThere(items))
+        if (FileThere(items)) {
             m.MoveFile(items, m.StartupPath(user, name), kQuietFileOperation, undo);
+            SwitchOnShortcut(user, name, undo);
+        }
         if (fromStopped)
             m.Model().RemoveStoppedProgram(name, location);
         else
@@ -338,6 +362,7 @@ bool ItemMoves::DelayCheckedStartupItems(bool stop, bool stoppedToDelayed) {
                     // that follows.
                     m.MoveFile(m.ItemsPath(true, name), m.StartupPath(true, name),
                                kQuietFileOperationMakeFolder, undo);
+                    SwitchOnShortcut(true, name, undo);
                 }
             });
         }
@@ -350,8 +375,10 @@ bool ItemMoves::RestoreCheckedStartupItems() {
         for (const std::string& name : CheckedItems(tree_, "DelayedItemsStartupCurrentUser")) {
             item(name, [&](UndoSteps& undo) {
                 const std::string items = m.ItemsPath(true, name);
-                if (FileThere(items))
+                if (FileThere(items)) {
                     m.MoveFile(items, m.StartupPath(true, name), kQuietFileOperation, undo);
+                    SwitchOnShortcut(true, name, undo);
+                }
                 m.RemoveProgram(m.DelayedShortcut(name, true));
             });
         }
@@ -360,8 +387,10 @@ bool ItemMoves::RestoreCheckedStartupItems() {
                 const std::string items = m.ItemsPath(true, name);
                 // A shortcut deleted from the items folder meanwhile is not moved, but its
                 // entry goes all the same.
-                if (CDirStruct::OrdinaryFileExists(items))
+                if (CDirStruct::OrdinaryFileExists(items)) {
                     m.MoveFile(items, m.StartupPath(true, name), kQuietFileOperation, undo);
+                    SwitchOnShortcut(true, name, undo);
+                }
                 m.Model().RemoveStoppedProgram(name, kUserStartup);
             });
         }
@@ -380,28 +409,39 @@ struct StoppedValue {
     bool Saved = false; // the value is the saved copy
 };
 
-StoppedValue FindStoppedValue(const ProgramModel& model, int location, std::string_view text) {
-    StoppedValue found;
-    found.Entry = model.FindStoppedProgram(text, location);
-    if (found.Entry < 0)
-        throw MoveFailure("\"" + std::string(text) + "\" is no longer stopped", Refusal::Gone);
-    std::vector<std::string> saved;
-    (void)CRegistry().EnumKey(RunRoot(location), SavedKey(location), saved);
-    const int copy = SavedCopyOfStopped(model, found.Entry, saved);
-    if (copy >= 0) {
-        found.Value = SplitNameData(saved[static_cast<size_t>(copy)]);
-        found.Saved = true;
-    } else if (auto named = NamedStoppedValue(text)) {
-        found.Value = *named;
+// The stopped entry of that text whose saved copy is in the view asked for (an entry without a
+// copy counts as the machine's own view's).
+StoppedValue FindStoppedValue(const ProgramModel& model, const ValueKey& at,
+                              std::string_view text) {
+    const SavedCopies saved = ReadSavedCopies(at.Location);
+    const SavedCopyMatch match = MatchSavedCopies(model, at.Location, saved.Copies);
+    const std::string sought = Trim(std::string(LocationPrefix(at.Location)) + std::string(text));
+    for (size_t i = 0; i < model.StoppedPrograms.size(); ++i) {
+        const std::string& entry = model.StoppedPrograms[i];
+        if (entry.empty() || Trim(entry) != sought)
+            continue;
+        const int copy = match.Stopped[i];
+        if ((copy >= 0 ? saved.Roots[static_cast<size_t>(copy)] : RunRoot(at.Location)) !=
+            at.Root())
+            continue;
+        StoppedValue found;
+        found.Entry = static_cast<int>(i);
+        if (copy >= 0) {
+            found.Value = SplitNameData(saved.Copies[static_cast<size_t>(copy)]);
+            found.Saved = true;
+        } else if (auto named = NamedStoppedValue(text)) {
+            found.Value = *named;
+        }
+        return found;
     }
-    return found;
+    throw MoveFailure("\"" + std::string(text) + "\" is no longer stopped", Refusal::Gone);
 }
 
 // Takes a value out of its Run key: a saved copy first (type and bytes as they are), its
 // backup line, then the deletion. At no moment is the value nowhere. The value must still be
 // the one the list showed: another command under that name is the user's to look at first.
-void TakeOutValue(int location, const NameData& listed, RegBackup& backup, UndoSteps& undo) {
-    auto value = CRegistry().GetValue(RunRoot(location), kRunKey, listed.Name);
+void TakeOutValue(const ValueKey& at, const NameData& listed, RegBackup& backup, UndoSteps& undo) {
+    auto value = CRegistry().GetValue(at.Root(), kRunKey, listed.Name);
     if (!value)
         throw MoveFailure("the Run value \"" + listed.Name + "\" is not there any more",
                           Refusal::Gone);
@@ -412,63 +452,65 @@ void TakeOutValue(int location, const NameData& listed, RegBackup& backup, UndoS
     if (!now.empty() && now != shown)
         throw MoveFailure("the Run value \"" + listed.Name + "\" now reads \"" + now + "\"",
                           Refusal::ValueChanged, listed.Name + "=" + now);
-    PutValue(RunRoot(location), SavedKey(location), listed.Name, *value, undo);
-    backup.Value(location == kMachineRun, ToBackupValue(listed.Name, *value));
-    RemoveValue(RunRoot(location), kRunKey, listed.Name, undo);
+    PutValue(at.Root(), at.Saved(), listed.Name, *value, undo);
+    backup.Value(at.Root(), ToBackupValue(listed.Name, *value));
+    RemoveValue(at.Root(), kRunKey, listed.Name, undo);
 }
 
 // Puts a value back into its Run key: the saved copy, which is the user's command exactly as
 // it was, or, with no copy left, the command the program knows. The copy goes only once the
-// value is back. Another value of that name in the Run key is never overwritten.
-void PutBackValue(int location, const std::string& name, const std::string& data, UndoSteps& undo) {
+// value is back. Another value of that name in the Run key is never overwritten. A value that
+// Task Manager had switched off is switched on: what the list shows as started is started.
+void PutBackValue(const ValueKey& at, const std::string& name, const std::string& data,
+                  UndoSteps& undo) {
     // Without a name there is no value to write: an empty name is the key's default value.
     if (name.empty())
         throw MoveFailure("the item has no Run value name to be put back under");
-    auto saved = CRegistry().GetValue(RunRoot(location), SavedKey(location), name);
-    PutValue(RunRoot(location), kRunKey, name, saved ? *saved : TextValue(Trim(data)), undo,
+    auto saved = CRegistry().GetValue(at.Root(), at.Saved(), name);
+    PutValue(at.Root(), kRunKey, name, saved ? *saved : TextValue(Trim(data)), undo,
              Refusal::ValueChanged);
+    SwitchOnValue(at, name, undo);
     if (saved)
-        RemoveValue(RunRoot(location), SavedKey(location), name, undo);
+        RemoveValue(at.Root(), at.Saved(), name, undo);
 }
 
 // Delays or stops an active value (stop). The value must still read as the list showed it.
-void DelayActiveValue(Mover& m, int location, std::string_view text, bool stop, RegBackup& backup,
-                      UndoSteps& undo) {
+void DelayActiveValue(Mover& m, const ValueKey& at, std::string_view text, bool stop,
+                      RegBackup& backup, UndoSteps& undo) {
     ProgramModel& model = m.Model();
     const NameData value = SplitNameData(text);
     if (value.Name.empty())
         throw MoveFailure("the item has no Run value name");
-    TakeOutValue(location, value, backup, undo);
+    TakeOutValue(at, value, backup, undo);
     const RunCommandParts parts = SplitRunData(value.Data);
     if (stop)
-        model.AddStoppedProgram(StoppedRunEntry(value.Name, value.Data), location);
+        model.AddStoppedProgram(StoppedRunEntry(value.Name, value.Data), at.Location);
     else
-        model.AddProgramToGroup(model.StartupGroupIndex, RunCommandWord(location), parts.Path,
+        model.AddProgramToGroup(model.StartupGroupIndex, RunCommandWord(at.Location), parts.Path,
                                 parts.Parameters, 0, value.Name);
 }
 
 // Stops a delayed value: its saved copy stays, and its entry names it, with the command the
 // copy holds.
-void StopDelayedValue(Mover& m, int location, std::string_view text, RegBackup* backup) {
+void StopDelayedValue(Mover& m, const ValueKey& at, std::string_view text, RegBackup* backup) {
     ProgramModel& model = m.Model();
-    const int i = m.DelayedValueThere(location, text);
+    const int i = m.DelayedValueThere(at, text);
     const GroupProgram program = model.StartupGroup()->Programs[static_cast<size_t>(i)];
     std::string entry = program.Path; // a program without a value name is known by its path
     if (!program.RegistryKeyName.empty()) {
-        auto saved =
-            CRegistry().GetValue(RunRoot(location), SavedKey(location), program.RegistryKeyName);
+        auto saved = CRegistry().GetValue(at.Root(), at.Saved(), program.RegistryKeyName);
         if (saved && backup)
-            backup->Value(location == kMachineRun, ToBackupValue(program.RegistryKeyName, *saved));
+            backup->Value(at.Root(), ToBackupValue(program.RegistryKeyName, *saved));
         entry = StoppedRunEntry(program.RegistryKeyName,
                                 saved ? TextOf(*saved) : program.Path + " " + program.Parameters);
     }
-    model.AddStoppedProgram(entry, location);
+    model.AddStoppedProgram(entry, at.Location);
     m.RemoveProgram(i);
 }
 
 // Delays a stopped value. Exactly its own entry goes: another one may stand for a value of the
 // same program. False when nothing is left to start it from.
-bool DelayStoppedValue(Mover& m, int location, const StoppedValue& stopped, RegBackup* backup,
+bool DelayStoppedValue(Mover& m, const ValueKey& at, const StoppedValue& stopped, RegBackup* backup,
                        UndoSteps& undo) {
     ProgramModel& model = m.Model();
     const std::string& name = stopped.Value.Name;
@@ -477,46 +519,46 @@ bool DelayStoppedValue(Mover& m, int location, const StoppedValue& stopped, RegB
     if (!stopped.Saved) {
         // The copy is gone, but the entry names the value and its command: that becomes the
         // copy again, so the value can be put back later.
-        PutValue(RunRoot(location), SavedKey(location), name, TextValue(stopped.Value.Data), undo);
+        PutValue(at.Root(), at.Saved(), name, TextValue(stopped.Value.Data), undo);
     }
     if (backup)
-        if (auto saved = CRegistry().GetValue(RunRoot(location), SavedKey(location), name))
-            backup->Value(location == kMachineRun, ToBackupValue(name, *saved));
+        if (auto saved = CRegistry().GetValue(at.Root(), at.Saved(), name))
+            backup->Value(at.Root(), ToBackupValue(name, *saved));
     const RunCommandParts parts = SplitRunData(Trim(stopped.Value.Data));
-    model.AddProgramToGroup(model.StartupGroupIndex, RunCommandWord(location), Trim(parts.Path),
+    model.AddProgramToGroup(model.StartupGroupIndex, RunCommandWord(at.Location), Trim(parts.Path),
                             parts.Parameters, 0, name);
     model.StoppedPrograms[static_cast<size_t>(stopped.Entry)].clear();
     return true;
 }
 
 // Puts a delayed value back and drops its program.
-void RestoreDelayedValue(Mover& m, int location, std::string_view text, UndoSteps& undo) {
-    const int i = m.DelayedValueThere(location, text);
-    PutBackValue(location,
-                 m.Model().StartupGroup()->Programs[static_cast<size_t>(i)].RegistryKeyName,
+void RestoreDelayedValue(Mover& m, const ValueKey& at, std::string_view text, UndoSteps& undo) {
+    const int i = m.DelayedValueThere(at, text);
+    PutBackValue(at, m.Model().StartupGroup()->Programs[static_cast<size_t>(i)].RegistryKeyName,
                  SplitNameData(text).Data, undo);
     m.RemoveProgram(i);
 }
 
 } // namespace
 
-bool ItemMoves::DelayRegistryItem(std::string_view text, int code, bool stop, ItemState from) {
+bool ItemMoves::DelayRegistryItem(std::string_view text, int code, bool stop, ItemState from,
+                                  bool wow32) {
     if (text.empty())
         return false;
     Mover m(app_, owner_, mover_);
-    const int location = code == kMachineRun ? kMachineRun : kUserRun;
+    const ValueKey at{code == kMachineRun ? kMachineRun : kUserRun, code == kMachineRun && wow32};
     return m.Single("DelayRegistryItem", text, [&](UndoSteps& undo) {
         RegBackup backup(app_);
         if (from == ItemState::Active) {
-            DelayActiveValue(m, location, text, stop, backup, undo);
+            DelayActiveValue(m, at, text, stop, backup, undo);
         } else if (from == ItemState::Delayed) {
             if (stop)
-                StopDelayedValue(m, location, text, &backup);
+                StopDelayedValue(m, at, text, &backup);
             else // delayed already: one stays one
-                (void)m.DelayedValueThere(location, text);
+                (void)m.DelayedValueThere(at, text);
         } else {
-            const StoppedValue stopped = FindStoppedValue(m.Model(), location, text);
-            if (!stop && !DelayStoppedValue(m, location, stopped, &backup, undo))
+            const StoppedValue stopped = FindStoppedValue(m.Model(), at, text);
+            if (!stop && !DelayStoppedValue(m, at, stopped, &backup, undo))
                 throw MoveFailure("no saved copy of \"" + std::string(text) + "\" is left",
                                   Refusal::Gone);
         }
@@ -524,24 +566,49 @@ bool ItemMoves::DelayRegistryItem(std::string_view text, int code, bool stop, It
     });
 }
 
-void ItemMoves::RestoreRegistryItem(std::string_view text, int code, bool fromStopped) {
+void ItemMoves::RestoreRegistryItem(std::string_view text, int code, bool fromStopped, bool wow32) {
     if (text.empty())
         return;
     Mover m(app_, owner_, mover_);
-    const int location = code == kMachineRun ? kMachineRun : kUserRun;
+    const ValueKey at{code == kMachineRun ? kMachineRun : kUserRun, code == kMachineRun && wow32};
     m.Single("RestoreRegistryItem", text, [&](UndoSteps& undo) {
         if (!fromStopped) {
-            RestoreDelayedValue(m, location, text, undo);
+            RestoreDelayedValue(m, at, text, undo);
             return;
         }
-        const StoppedValue stopped = FindStoppedValue(m.Model(), location, text);
+        const StoppedValue stopped = FindStoppedValue(m.Model(), at, text);
         if (stopped.Value.Name.empty())
             throw MoveFailure("no saved copy of \"" + std::string(text) + "\" is left",
                               Refusal::Gone);
-        PutBackValue(location, stopped.Value.Name, stopped.Value.Data, undo);
+        PutBackValue(at, stopped.Value.Name, stopped.Value.Data, undo);
         m.Model().StoppedPrograms[static_cast<size_t>(stopped.Entry)].clear();
     });
 }
+
+void ItemMoves::RunItem(std::string_view text, const ItemPlace& place) {
+    const bool fromStopped = place.State == ItemState::Stopped;
+    if (place.State != ItemState::Active) {
+        if (place.Registry())
+            RestoreRegistryItem(text, place.Location, fromStopped, place.Wow32);
+        else
+            RestoreStartupItem(text, place.Location, fromStopped);
+        return;
+    }
+    if (text.empty())
+        return;
+    Mover m(app_, owner_, mover_);
+    m.Single("RunItem", text, [&](UndoSteps& undo) {
+        if (place.Registry())
+            SwitchOnValue({place.Location, place.Wow32}, SplitNameData(text).Name, undo);
+        else
+            SwitchOnShortcut(place.Location == kUserStartup, text, undo);
+    });
+}
+
+namespace {
+// The passes move the current user's values only.
+const ValueKey kUser{kUserRun, false};
+} // namespace
 
 bool ItemMoves::DelayCheckedRegistryItems(bool stop, bool stoppedToDelayed) {
     Mover m(app_, owner_, mover_);
@@ -558,20 +625,20 @@ bool ItemMoves::DelayCheckedRegistryItems(bool stop, bool stoppedToDelayed) {
         [&](const auto& item) {
             for (const std::string& text : CheckedItems(tree_, "CurrentUserRegistry"))
                 item(text, [&](UndoSteps& undo) {
-                    DelayActiveValue(m, kUserRun, text, stop, *backup, undo);
+                    DelayActiveValue(m, kUser, text, stop, *backup, undo);
                 });
             // A delayed value that is stopped keeps its copy; the backup was made when it left
             // the Run key.
             if (stop)
                 for (const std::string& text :
                      CheckedItems(tree_, "DelayedItemsRegistryCurrentUser"))
-                    item(text, [&](UndoSteps&) { StopDelayedValue(m, kUserRun, text, nullptr); });
+                    item(text, [&](UndoSteps&) { StopDelayedValue(m, kUser, text, nullptr); });
             // A stopped value stays stopped when the user asks to stop.
             if (stoppedToDelayed && !stop)
                 for (const std::string& text : CheckedItems(tree_, "StoppedItemsCurrentReg"))
                     item(text, [&](UndoSteps& undo) {
-                        const StoppedValue stopped = FindStoppedValue(m.Model(), kUserRun, text);
-                        if (!DelayStoppedValue(m, kUserRun, stopped, nullptr, undo))
+                        const StoppedValue stopped = FindStoppedValue(m.Model(), kUser, text);
+                        if (!DelayStoppedValue(m, kUser, stopped, nullptr, undo))
                             m.Log("DelayCheckedRegistryItems: nothing is left to start the "
                                   "stopped value \"" +
                                       text + "\" from; it stays stopped",
@@ -585,12 +652,12 @@ bool ItemMoves::RestoreCheckedRegistryItems() {
     Mover m(app_, owner_, mover_);
     return m.Pass("RestoreCheckedRegistryItems", kRegistryMessage, [&](const auto& item) {
         for (const std::string& text : CheckedItems(tree_, "DelayedItemsRegistryCurrentUser"))
-            item(text, [&](UndoSteps& undo) { RestoreDelayedValue(m, kUserRun, text, undo); });
+            item(text, [&](UndoSteps& undo) { RestoreDelayedValue(m, kUser, text, undo); });
         for (const std::string& text : CheckedItems(tree_, "StoppedItemsCurrentReg")) {
             item(text, [&](UndoSteps& undo) {
-                const StoppedValue stopped = FindStoppedValue(m.Model(), kUserRun, text);
+                const StoppedValue stopped = FindStoppedValue(m.Model(), kUser, text);
                 if (!stopped.Value.Name.empty())
-                    PutBackValue(kUserRun, stopped.Value.Name, stopped.Value.Data, undo);
+                    PutBackValue(kUser, stopped.Value.Name, stopped.Value.Data, undo);
                 // Without anything to put back, the entry goes all the same.
                 m.Model().StoppedPrograms[static_cast<size_t>(stopped.Entry)].clear();
             });

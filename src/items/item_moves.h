@@ -20,6 +20,7 @@
 #include "config/program_model.h"
 #include "items/checked_items.h"
 #include "items/move_steps.h"
+#include "items/startup_tree.h"
 #include "models/tree_model.h"
 
 namespace tolvane {
@@ -40,9 +41,13 @@ public:
 
     // A Run value (code 1 the current user's, 0 the machine's) by its text in the list:
     // "name=data" when active, "name=path parameters" when delayed, its stopped entry (without
-    // the prefix) when stopped.
-    bool DelayRegistryItem(std::string_view text, int code, bool stop, ItemState from);
-    void RestoreRegistryItem(std::string_view text, int code, bool fromStopped);
+    // the prefix) when stopped. wow32: a machine value of the 32-bit view, which it never leaves.
+    bool DelayRegistryItem(std::string_view text, int code, bool stop, ItemState from,
+                           bool wow32 = false);
+    void RestoreRegistryItem(std::string_view text, int code, bool fromStopped, bool wow32 = false);
+    // Puts an item back where Windows starts it: a restore, or for an active item only its
+    // switch in Task Manager turned on.
+    void RunItem(std::string_view text, const ItemPlace& place);
     bool DelayCheckedRegistryItems(bool stop, bool stoppedToDelayed);
     bool RestoreCheckedRegistryItems();
 

@@ -6,6 +6,8 @@
 #include "platform/file_functions.h"
 #include "platform/file_io.h"
 #include "config/app_state.h"
+#include "items/startup_approved.h"
+#include "text/strings.h"
 
 namespace tolvane {
 
@@ -137,41 +139,73 @@ std::string TextOf(const RegistryValue& value) {
     return text;
 }
 
+std::string ShownKey(RegistryRoot root, std::string_view key) {
+    std::string shown(key);
+    if (root == RegistryRoot::LocalMachine32 && StartsWith(ToLower(key), "software\\"))
+        shown.insert(std::string_view("Software\\").size(), "WOW6432Node\\");
+    return shown;
+}
+
 void PutValue(RegistryRoot root, const std::string& key, const std::string& name,
               const RegistryValue& value, UndoSteps& undo, Refusal conflict) {
     CRegistry reg;
+    const std::string shown = ShownKey(root, key);
     if (auto existing = reg.GetValue(root, key, name)) {
         if (SameValue(*existing, value))
             return; // already there: nothing to write, nothing to take back
-        throw MoveFailure("another value named \"" + name + "\" is already in \"" + key + "\"",
+        throw MoveFailure("another value named \"" + name + "\" is already in \"" + shown + "\"",
                           conflict, name + "=" + TextOf(*existing));
     }
     auto back = reg.SetValue(root, key, name, value) ? reg.GetValue(root, key, name) : std::nullopt;
     if (!back || !SameValue(*back, value)) {
         (void)reg.DeleteValue(root, key, name);
-        throw MoveFailure("the value \"" + name + "\" could not be written to \"" + key + "\"");
+        throw MoveFailure("the value \"" + name + "\" could not be written to \"" + shown + "\"");
     }
-    undo.Add([root, key, name] {
+    undo.Add([root, key, name, shown] {
         if (!CRegistry().DeleteValue(root, key, name))
             throw MoveFailure("the value \"" + name + "\" could not be removed again from \"" +
-                              key + "\"");
+                              shown + "\"");
     });
 }
 
 void RemoveValue(RegistryRoot root, const std::string& key, const std::string& name,
                  UndoSteps& undo) {
     CRegistry reg;
+    const std::string shown = ShownKey(root, key);
     auto existing = reg.GetValue(root, key, name);
     if (!existing)
         return;
     if (!reg.DeleteValue(root, key, name) || reg.GetValue(root, key, name))
-        throw MoveFailure("the value \"" + name + "\" could not be removed from \"" + key + "\"");
-    undo.Add([root, key, name, value = *existing] {
+        throw MoveFailure("the value \"" + name + "\" could not be removed from \"" + shown + "\"");
+    undo.Add([root, key, name, shown, value = *existing] {
         CRegistry r;
         auto back = r.SetValue(root, key, name, value) ? r.GetValue(root, key, name) : std::nullopt;
         if (!back || !SameValue(*back, value))
-            throw MoveFailure("the value \"" + name + "\" could not be written back to \"" + key +
+            throw MoveFailure("the value \"" + name + "\" could not be written back to \"" + shown +
                               "\"; its copy is in the latest backup");
+    });
+}
+
+void SwitchOnInTaskManager(RegistryRoot root, const char* key, const std::string& name,
+                           UndoSteps& undo) {
+    CRegistry reg;
+    auto flag = reg.GetValue(root, key, name);
+    if (!flag || !SwitchedOff(flag->Type, flag->Data))
+        return;
+    FILETIME now{};
+    GetSystemTimeAsFileTime(&now);
+    const RegistryValue on{
+        flag->Type,
+        SwitchedOnFlag(flag->Data, (uint64_t{now.dwHighDateTime} << 32) | now.dwLowDateTime)};
+    auto back = reg.SetValue(root, key, name, on) ? reg.GetValue(root, key, name) : std::nullopt;
+    if (!back || !SameValue(*back, on)) {
+        (void)reg.SetValue(root, key, name, *flag);
+        throw MoveFailure("Task Manager's switch of \"" + name + "\" (" + ShownKey(root, key) +
+                          ") could not be turned on, so Windows would not start it");
+    }
+    undo.Add([root, key = std::string(key), name, was = *flag] {
+        if (!CRegistry().SetValue(root, key, name, was))
+            throw MoveFailure("Task Manager's switch of \"" + name + "\" could not be set back");
     });
 }
 
@@ -235,7 +269,7 @@ void RegBackup::Line(std::string_view text) {
                           "\" cannot be written: " + SystemErrorText(GetLastError()));
 }
 
-void RegBackup::Value(bool machine, const BackupValue& value) {
+void RegBackup::Value(RegistryRoot root, const BackupValue& value) {
     if (!file_) {
         SYSTEMTIME now{};
         GetLocalTime(&now);
@@ -255,9 +289,13 @@ void RegBackup::Value(bool machine, const BackupValue& value) {
         Line(kRegFileFirstLine);
         Line("");
     }
-    if (!keyLine_) {
-        Line(RegKeyLine(machine));
+    // Each value below its own key: a line for the key whenever it changes.
+    if (!keyLine_ || root != keyRoot_) {
+        if (keyLine_)
+            Line("");
+        Line(RegKeyLine(root));
         keyLine_ = true;
+        keyRoot_ = root;
     }
     Line(RegValueLine(value));
     hasValues_ = true;

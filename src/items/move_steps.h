@@ -103,6 +103,13 @@ void PutValue(RegistryRoot root, const std::string& key, const std::string& name
               const RegistryValue& value, UndoSteps& undo, Refusal conflict = Refusal::InTheWay);
 void RemoveValue(RegistryRoot root, const std::string& key, const std::string& name,
                  UndoSteps& undo);
+// A key as the user finds it in the registry editor: the 32-bit view's below WOW6432Node.
+std::string ShownKey(RegistryRoot root, std::string_view key);
+// An item put back where Windows starts it must not stay switched off in Task Manager: a flag
+// that is off is switched on, with the time of now. A flag that is on, missing or in a missing
+// key is left as it is.
+void SwitchOnInTaskManager(RegistryRoot root, const char* key, const std::string& name,
+                           UndoSteps& undo);
 // A REG_SZ value holding the text.
 RegistryValue TextValue(std::string_view text);
 BackupValue ToBackupValue(const std::string& name, const RegistryValue& value);
@@ -117,7 +124,8 @@ public:
     RegBackup(const RegBackup&) = delete;
     RegBackup& operator=(const RegBackup&) = delete;
 
-    void Value(bool machine, const BackupValue& value);
+    // A value of the Run key of that root (and view).
+    void Value(RegistryRoot root, const BackupValue& value);
     bool HasValues() const { return hasValues_; }
     // The file's path; "" until a value was written.
     const std::string& Path() const { return path_; }
@@ -129,6 +137,7 @@ private:
     std::string path_;
     UniqueFile file_;
     bool keyLine_ = false;
+    RegistryRoot keyRoot_ = RegistryRoot::CurrentUser;
     bool hasValues_ = false;
 };
 

@@ -20,6 +20,22 @@ long long SecondsSinceMidnight() {
     return RoundHalfEven(seconds);
 }
 
+namespace {
+
+// Task Manager's switches of every location, one listing of each of its keys.
+void ReadSwitchedOff(CRegistry& registry, StartupListing& listing) {
+    auto off = [&](RegistryRoot root, const char* key) {
+        return SwitchedOffNames(registry.EnumValues(root, key));
+    };
+    listing.OffUserFolder = off(RegistryRoot::CurrentUser, kApprovedFolderKey);
+    listing.OffUserRun = off(RegistryRoot::CurrentUser, kApprovedRunKey);
+    listing.OffCommonFolder = off(RegistryRoot::LocalMachine, kApprovedFolderKey);
+    listing.OffMachineRun = off(RegistryRoot::LocalMachine, kApprovedRunKey);
+    listing.OffMachineRun32 = off(RegistryRoot::LocalMachine, kApprovedRun32Key);
+}
+
+} // namespace
+
 bool RefreshData(AppState& app, TreeModel& tree, StartupListing& listing,
                  const std::function<void(double)>& progress) {
     try {
@@ -32,6 +48,13 @@ bool RefreshData(AppState& app, TreeModel& tree, StartupListing& listing,
         CRegistry registry;
         registry.EnumKey(RegistryRoot::CurrentUser, kRunKey, listing.UserRunValues);
         registry.EnumKey(RegistryRoot::LocalMachine, kRunKey, listing.MachineRunValues);
+        registry.EnumKey(RegistryRoot::LocalMachine32, kRunKey, listing.MachineRun32Values);
+        ReadSwitchedOff(registry, listing);
+        const SavedCopies machineCopies = ReadSavedCopies(kMachineRun);
+        listing.SavedMachineCopies = machineCopies.Copies;
+        listing.SavedMachineCopyIs32.clear();
+        for (RegistryRoot root : machineCopies.Roots)
+            listing.SavedMachineCopyIs32.push_back(root == RegistryRoot::LocalMachine32);
         StartupTreeHooks hooks;
         hooks.Timer = SecondsSinceMidnight;
         hooks.Progress = progress;

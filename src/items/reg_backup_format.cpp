@@ -43,9 +43,16 @@ std::string HexData(uint32_t type, const std::vector<uint8_t>& data, size_t firs
 
 } // namespace
 
-std::string RegKeyLine(bool machine) {
-    return std::string("[") + (machine ? "HKEY_LOCAL_MACHINE" : "HKEY_CURRENT_USER") +
-           "\\Software\\Microsoft\\Windows\\CurrentVersion\\Run]";
+std::string RegKeyLine(RegistryRoot root) {
+    switch (root) {
+    case RegistryRoot::LocalMachine:
+        return "[HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\Run]";
+    case RegistryRoot::LocalMachine32:
+        return "[HKEY_LOCAL_"
+               "MACHINE\\SOFTWARE\\WOW6432Node\\Microsoft\\Windows\\CurrentVersion\\Run]";
+    default:
+        return "[HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Run]";
+    }
 }
 
 std::string RegEscape(std::string_view text) {

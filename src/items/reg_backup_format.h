@@ -6,10 +6,14 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/registry.h"
+
 namespace tolvane {
 
 inline constexpr std::string_view kRegFileFirstLine = "Windows Registry Editor Version 5.00";
-std::string RegKeyLine(bool machine);
+// The Run key's line, named as the registry editor names it: the machine's 32-bit view by its
+// own path below WOW6432Node, where importing the file puts the value back for 32-bit programs.
+std::string RegKeyLine(RegistryRoot root);
 
 // Every "\" becomes "\\", then every quote "\"" (whole characters of the code page).
 std::string RegEscape(std::string_view text);

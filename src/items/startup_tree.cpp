@@ -1,5 +1,6 @@
 #include "items/startup_tree.h"
 
+#include "config/run_data.h"
 #include "text/strings.h"
 
 namespace tolvane {
@@ -84,8 +85,8 @@ public:
     // Keys carry the time and the item's index as the tree has always built them; where two
     // items would get the same key (the same name at the same index in both Startup folders,
     // within one second), a counter makes it unique, so that every item shows.
-    void Leaf(const char* container, size_t index, std::string_view origin, std::string_view text,
-              std::string_view tag) {
+    TreeNode& Leaf(const char* container, size_t index, std::string_view origin,
+                   std::string_view text, std::string_view tag) {
         const long long timer = hooks_.Timer ? hooks_.Timer() : 0;
         std::string key = "#" + std::to_string(timer) + std::to_string(index) + std::string(origin);
         if (tree_.Find(key) != TreeModel::kNone) {
@@ -96,6 +97,7 @@ public:
         }
         int node = tree_.Add(container, key, text);
         tree_.Node(node).Tag = std::string(tag);
+        return tree_.Node(node);
     }
 
 private:
@@ -125,7 +127,7 @@ void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramMod
     int userFolder = Count(listing.UserStartupFiles);
     int commonFolder = Count(listing.CommonStartupFiles);
     int userRun = Count(listing.UserRunValues);
-    int machineRun = Count(listing.MachineRunValues);
+    int machineRun = Count(listing.MachineRunValues) + Count(listing.MachineRun32Values);
     if (RemoveOwnEntry(listing.UserRunValues, ownRunEntry))
         --userRun;
     if (RemoveOwnEntry(listing.MachineRunValues, ownRunEntry))
@@ -181,18 +183,39 @@ void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramMod
     }
     build.Progress(100.0 / 3);
 
+    // Active items; Task Manager's flag is named like the shortcut's file or the Run value.
     auto leaves = [&](const std::vector<std::string>& list, const char* container,
-                      std::string_view tag, bool skipOwn) {
-        for (size_t i = 0; i < list.size(); ++i)
-            if (!list[i].empty() && !(skipOwn && list[i] == ownRunEntry))
-                build.Leaf(container, i, "#" + list[i], list[i], tag);
+                      std::string_view tag, bool skipOwn, const SwitchedOffNames& off, bool values,
+                      int data = 0) {
+        for (size_t i = 0; i < list.size(); ++i) {
+            if (list[i].empty() || (skipOwn && list[i] == ownRunEntry))
+                continue;
+            TreeNode& leaf = build.Leaf(container, i, "#" + list[i], list[i], tag);
+            leaf.Cut = off.Contains(values ? SplitNameData(list[i]).Name : list[i]);
+            leaf.Data = data;
+        }
     };
-    leaves(listing.UserStartupFiles, "CurrentUserStartup", kPopupTag, false);
-    leaves(listing.UserRunValues, "CurrentUserRegistry", kPopupTag, false);
+    leaves(listing.UserStartupFiles, "CurrentUserStartup", kPopupTag, false, listing.OffUserFolder,
+           false);
+    leaves(listing.UserRunValues, "CurrentUserRegistry", kPopupTag, false, listing.OffUserRun,
+           true);
     build.Progress(200.0 / 3);
-    leaves(listing.CommonStartupFiles, "AllUsersStartup", "", false);
-    leaves(listing.MachineRunValues, "AllUsersRegistry", "", true);
+    leaves(listing.CommonStartupFiles, "AllUsersStartup", "", false, listing.OffCommonFolder,
+           false);
+    leaves(listing.MachineRunValues, "AllUsersRegistry", "", true, listing.OffMachineRun, true);
+    leaves(listing.MachineRun32Values, "AllUsersRegistry", "", false, listing.OffMachineRun32, true,
+           kWow32Item);
     build.Progress(75);
+
+    // A delayed or stopped machine value belongs to the view its saved copy is in.
+    const SavedCopyMatch machineCopies =
+        MatchSavedCopies(model, kMachineRun, listing.SavedMachineCopies);
+    auto viewMark = [&](int copy) {
+        return copy >= 0 && static_cast<size_t>(copy) < listing.SavedMachineCopyIs32.size() &&
+                       listing.SavedMachineCopyIs32[static_cast<size_t>(copy)]
+                   ? kWow32Item
+                   : 0;
+    };
 
     if (startup) {
         for (size_t i = 0; i < startup->Programs.size(); ++i) {
@@ -208,8 +231,10 @@ void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramMod
                 build.Leaf("DelayedItemsRegistryCurrentUser", i, origin, DelayedRunItemText(p),
                            kPopupTag);
             else if (p.Command == kExecuteRegAU)
-                build.Leaf("DelayedItemsRegistryAllUsers", i, origin, DelayedRunItemText(p),
-                           kPopupTag);
+                build
+                    .Leaf("DelayedItemsRegistryAllUsers", i, origin, DelayedRunItemText(p),
+                          kPopupTag)
+                    .Data = viewMark(machineCopies.Delayed[i]);
         }
     }
     build.Progress(95);
@@ -227,7 +252,8 @@ void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramMod
             : prefix == LocationPrefix(kCommonStartup) ? "StoppedItemsAllStartup"
                                                        : nullptr;
         if (container)
-            build.Leaf(container, i, "#STOPPED" + entry, name, kPopupTag);
+            build.Leaf(container, i, "#STOPPED" + entry, name, kPopupTag).Data =
+                viewMark(machineCopies.Stopped[i]);
     }
 
     for (size_t i = 0; i < std::size(kRemembered); ++i) {
@@ -263,6 +289,20 @@ std::string SafeListDescription(std::string_view text, const std::vector<SafeEnt
     return std::string();
 }
 
+std::string ItemToolTip(const TreeNode& node, const std::vector<SafeEntry>& safeList,
+                        const ItemTipLines& lines) {
+    std::string tip = SafeListDescription(node.Text, safeList);
+    auto line = [&](const std::string& text) {
+        if (!text.empty())
+            tip += (tip.empty() ? "" : "\r\n") + text;
+    };
+    if (node.Cut)
+        line(lines.SwitchedOff);
+    if (node.Data == kWow32Item)
+        line(lines.Wow32);
+    return tip;
+}
+
 std::optional<ItemPlace> PlaceOf(const TreeModel& tree, int node) {
     struct Place {
         const char* container;
@@ -285,9 +325,13 @@ std::optional<ItemPlace> PlaceOf(const TreeModel& tree, int node) {
     if (node < 0 || static_cast<size_t>(node) >= tree.Count() || tree.Node(node).Parent < 0)
         return std::nullopt;
     const std::string& container = tree.Node(tree.Node(node).Parent).Key;
-    for (const Place& p : kPlaces)
-        if (container == p.container)
-            return p.place;
+    for (const Place& p : kPlaces) {
+        if (container == p.container) {
+            ItemPlace place = p.place;
+            place.Wow32 = place.Location == kMachineRun && tree.Node(node).Data == kWow32Item;
+            return place;
+        }
+    }
     return std::nullopt;
 }
 

@@ -9,20 +9,34 @@
 #include <string_view>
 #include <vector>
 
-#include "config/program_model.h"
 #include "config/app_state.h"
+#include "config/program_model.h"
+#include "items/startup_approved.h"
 #include "models/tree_model.h"
 
 namespace tolvane {
 
-// What the four startup locations held at the last refresh. Each list has at least one
-// element; an empty first element means the location has nothing.
+// What the startup locations held at the last refresh. Each list has at least one element; an
+// empty first element means the location has nothing.
 struct StartupListing {
     std::vector<std::string> UserStartupFiles{1};
     std::vector<std::string> CommonStartupFiles{1};
     std::vector<std::string> UserRunValues{1}; // "name=data"
     std::vector<std::string> MachineRunValues{1};
+    // The machine's Run values for 32-bit programs (WOW6432Node), shown with the machine's.
+    std::vector<std::string> MachineRun32Values{1};
+
+    // The items Task Manager switched off, by their names, in each location.
+    SwitchedOffNames OffUserFolder, OffUserRun, OffCommonFolder, OffMachineRun, OffMachineRun32;
+
+    // The saved copies of the machine's values, both views, as ReadSavedCopies lists them, and
+    // which are the 32-bit view's: a delayed or stopped value belongs to its copy's view.
+    std::vector<std::string> SavedMachineCopies;
+    std::vector<bool> SavedMachineCopyIs32;
 };
+
+// The mark (TreeNode::Data) of an item of the machine's 32-bit Run key, whatever its state.
+inline constexpr int kWow32Item = 32;
 
 // The tag of the items that offer the popup's moves.
 inline constexpr std::string_view kPopupTag = "#POP#";
@@ -52,10 +66,22 @@ void MarkKnown(TreeModel& tree, const std::vector<SafeEntry>& safeList);
 // The safe list's description of the first name found in the text; "" when none.
 std::string SafeListDescription(std::string_view text, const std::vector<SafeEntry>& safeList);
 
-// Where an item of the tree is: its location code and its state, read from its container's key.
+// The tip of an item: the safe list's description, then a line for each thing Task Manager or
+// the registry view says of it. `lines` holds the texts of a switched-off item and of one of the
+// 32-bit Run key.
+struct ItemTipLines {
+    std::string SwitchedOff;
+    std::string Wow32;
+};
+std::string ItemToolTip(const TreeNode& node, const std::vector<SafeEntry>& safeList,
+                        const ItemTipLines& lines);
+
+// Where an item of the tree is: its location code and its state, read from its container's key,
+// and for a machine value its registry view.
 struct ItemPlace {
     int Location = kUserStartup;
     ItemState State = ItemState::Active;
+    bool Wow32 = false;
     bool Registry() const { return Location == kUserRun || Location == kMachineRun; }
 };
 // Nothing for a container or a node outside the item containers.

@@ -19,6 +19,8 @@ struct TreeNode {
     bool Checked = false;
     bool Expanded = false;
     bool Bold = false;
+    bool Cut = false; // shown dimmed, as the shell shows a cut item
+    int Data = 0;     // the owner's own mark for the node
     int Parent = -1;
     std::vector<int> Children;
 };

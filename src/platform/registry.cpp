@@ -16,9 +16,15 @@ HKEY RootKey(RegistryRoot root) {
     case RegistryRoot::CurrentUser:
         return HKEY_CURRENT_USER;
     case RegistryRoot::LocalMachine:
+    case RegistryRoot::LocalMachine32:
         return HKEY_LOCAL_MACHINE;
     }
     return HKEY_CURRENT_USER;
+}
+
+// The view a root asks for: the 32-bit one for LocalMachine32, the process's own otherwise.
+REGSAM ViewOf(RegistryRoot root) {
+    return root == RegistryRoot::LocalMachine32 ? KEY_WOW64_32KEY : 0;
 }
 
 // With or without a trailing "\" the path names the same key.
@@ -31,7 +37,8 @@ std::string KeyPath(std::string_view path) {
 UniqueHKey OpenKey(RegistryRoot root, std::string_view path, REGSAM access,
                    LONG* status = nullptr) {
     UniqueHKey key;
-    LONG rc = RegOpenKeyExA(RootKey(root), KeyPath(path).c_str(), 0, access, key.put());
+    LONG rc =
+        RegOpenKeyExA(RootKey(root), KeyPath(path).c_str(), 0, access | ViewOf(root), key.put());
     if (status)
         *status = rc;
     if (rc != ERROR_SUCCESS)
@@ -41,8 +48,8 @@ UniqueHKey OpenKey(RegistryRoot root, std::string_view path, REGSAM access,
 
 UniqueHKey CreateOpenKey(RegistryRoot root, std::string_view path, REGSAM access) {
     UniqueHKey key;
-    LONG rc = RegCreateKeyExA(RootKey(root), KeyPath(path).c_str(), 0, nullptr, 0, access, nullptr,
-                              key.put(), nullptr);
+    LONG rc = RegCreateKeyExA(RootKey(root), KeyPath(path).c_str(), 0, nullptr, 0,
+                              access | ViewOf(root), nullptr, key.put(), nullptr);
     if (rc != ERROR_SUCCESS)
         key.release();
     return key;
@@ -197,6 +204,42 @@ std::optional<RegistryValue> CRegistry::GetValue(RegistryRoot root, std::string_
         return value;
     }
     return std::nullopt;
+}
+
+std::vector<std::pair<std::string, RegistryValue>> CRegistry::EnumValues(RegistryRoot root,
+                                                                         std::string_view path) {
+    std::vector<std::pair<std::string, RegistryValue>> values;
+    UniqueHKey key = OpenKey(root, path, KEY_QUERY_VALUE);
+    if (!key)
+        return values;
+    DWORD count = 0, maxName = 0, maxData = 0;
+    if (RegQueryInfoKeyA(key.get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &count,
+                         &maxName, &maxData, nullptr, nullptr) != ERROR_SUCCESS)
+        return values;
+    std::vector<char> name(maxName + 2);
+    std::vector<BYTE> data(maxData + 2);
+    values.reserve(count);
+    for (DWORD index = 0;; ++index) {
+        DWORD nameLength = static_cast<DWORD>(name.size());
+        DWORD dataLength = static_cast<DWORD>(data.size());
+        DWORD type = 0;
+        LONG rc = RegEnumValueA(key.get(), index, name.data(), &nameLength, nullptr, &type,
+                                data.data(), &dataLength);
+        if (rc == ERROR_MORE_DATA && name.size() < (1u << 20) && data.size() < (64u << 20)) {
+            // The key grew meanwhile: the same value again with bigger buffers.
+            name.resize(name.size() * 2);
+            data.resize(data.size() * 2);
+            --index;
+            continue;
+        }
+        if (rc != ERROR_SUCCESS)
+            return values;
+        RegistryValue value;
+        value.Type = type;
+        value.Data.assign(data.begin(), data.begin() + std::min<size_t>(dataLength, data.size()));
+        values.emplace_back(std::string(name.data(), std::min<size_t>(nameLength, name.size())),
+                            std::move(value));
+    }
 }
 
 bool CRegistry::SetValue(RegistryRoot root, std::string_view path, std::string_view name,

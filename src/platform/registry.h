@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace tolvane {
@@ -14,6 +15,10 @@ enum class RegistryRoot : uint32_t {
     ClassesRoot = 0x80000000u,
     CurrentUser = 0x80000001u,
     LocalMachine = 0x80000002u,
+    // The machine's keys as 32-bit programs see them (KEY_WOW64_32KEY): on 64-bit Windows
+    // their machine-wide Run values and the program's saved copies of them live there
+    // (Software\WOW6432Node\...). Not a handle of its own: the same root, another view.
+    LocalMachine32 = 0x80000002u | 0x0200u,
 };
 
 inline constexpr const char* kRunKey = "Software\\Microsoft\\Windows\\CurrentVersion\\Run";
@@ -25,6 +30,7 @@ using ByteArray = std::vector<uint8_t>;
 struct RegistryValue {
     uint32_t Type = 0;
     ByteArray Data;
+    bool operator==(const RegistryValue&) const = default;
 };
 
 // Key paths are given with "\" separators and no leading one; a trailing "\" names the same
@@ -50,6 +56,10 @@ public:
     // The value with its type, for moves that must put back exactly what they took.
     std::optional<RegistryValue> GetValue(RegistryRoot root, std::string_view path,
                                           std::string_view name);
+    // Every value of the key with its name, type and bytes; empty when there are none or the
+    // key is missing.
+    std::vector<std::pair<std::string, RegistryValue>> EnumValues(RegistryRoot root,
+                                                                  std::string_view path);
     bool SetValue(RegistryRoot root, std::string_view path, std::string_view name,
                   const RegistryValue& value);
 };

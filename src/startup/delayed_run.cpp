@@ -99,9 +99,7 @@ std::optional<ProgramStart> ResolveDelayedProgram(const AppState& app,
     ProgramStart start{ItemsFolderLookup(app, program.Path, program.Command), program.Parameters};
     if (start.Path.empty())
         return std::nullopt;
-    const bool machine = program.Command == kExecuteRegAU;
-    if ((machine || program.Command == kExecuteReg) &&
-        SavedCopyIsExpandable(machine, program.RegistryKeyName)) {
+    if (SavedCopyIsExpandable(program)) {
         start.Path = ExpandEnvironment(start.Path);
         start.Parameters = ExpandEnvironment(start.Parameters);
     }

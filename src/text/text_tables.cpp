@@ -75,6 +75,8 @@ TextTables::TextTables() : Languages(1) {
         "Tolvane could not undo everything after \"%1\" could not be moved:\r\n%2\r\nNothing was "
         "deleted. The details are in log.txt in Tolvane's program folder.",
         "The settings could not be saved:\r\n",
+        "Switched off in Task Manager",
+        "From the Run key of 32-bit programs",
     };
     Toolbar = {
         "Save Changes",

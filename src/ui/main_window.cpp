@@ -34,6 +34,9 @@ namespace tolvane {
 namespace {
 
 constexpr int kTreeId = 100;
+// The lines of an item's tip: switched off in Task Manager, listed from the 32-bit Run key.
+constexpr size_t kSwitchedOffLine = 20;
+constexpr size_t kWow32Line = 21;
 // The first showing builds the tree once the window is on screen.
 constexpr UINT kFirstShown = WM_APP + 2;
 
@@ -147,9 +150,13 @@ void MainWindow::AddCommands() {
     commands_.Add(
         ID_CMD_STOP, [this] { MoveSelected(ID_CMD_STOP); },
         state([](ItemState s) { return s != ItemState::Stopped; }));
+    // An active item that Task Manager switched off can be run too: that switches it on.
     commands_.Add(
         ID_CMD_RUN, [this] { MoveSelected(ID_CMD_RUN); },
-        state([](ItemState s) { return s != ItemState::Active; }));
+        [this] {
+            auto place = SelectedItem();
+            return place && (place->State != ItemState::Active || tree_.Node(tree_.Selected()).Cut);
+        });
     commands_.Add(
         ID_CMD_PROPERTIES,
         [this] {
@@ -220,7 +227,9 @@ void MainWindow::EnsureContent() {
     treeView_ = std::make_unique<TreeViewControl>(Hwnd(), kTreeId, instance_);
     treeView_->ToolTip = [this](int node) {
         return node == TreeModel::kNone ? std::string()
-                                        : SafeListDescription(tree_.Node(node).Text, app_.SafeList);
+                                        : ItemToolTip(tree_.Node(node), app_.SafeList,
+                                                      {app_.text.Message(kSwitchedOffLine),
+                                                       app_.text.Message(kWow32Line)});
     };
     CheckForOptions();
     Layout();
@@ -344,15 +353,12 @@ void MainWindow::MoveSelected(UINT command) {
     if (!place)
         return;
     const std::string text = tree_.Node(node).Text;
-    const bool stopped = place->State == ItemState::Stopped;
     ItemMoves moves(app_, tree_, Hwnd());
     if (command == ID_CMD_RUN) {
-        if (place->Registry())
-            moves.RestoreRegistryItem(text, place->Location, stopped);
-        else
-            moves.RestoreStartupItem(text, place->Location, stopped);
+        moves.RunItem(text, *place);
     } else if (place->Registry()) {
-        (void)moves.DelayRegistryItem(text, place->Location, command == ID_CMD_STOP, place->State);
+        (void)moves.DelayRegistryItem(text, place->Location, command == ID_CMD_STOP, place->State,
+                                      place->Wow32);
     } else {
         (void)moves.DelayStartupItem(text, place->Location, command == ID_CMD_STOP, place->State);
     }

@@ -34,6 +34,9 @@ TreeViewControl::TreeViewControl(HWND parent, int id, HMODULE iconModule, bool c
     // the states set before the first paint.
     if (checkBoxes)
         SetWindowLongPtrA(tree_, GWL_STYLE, GetWindowLongPtrA(tree_, GWL_STYLE) | TVS_CHECKBOXES);
+    // A tip of several lines shows them as lines.
+    if (HWND tips = reinterpret_cast<HWND>(SendMessageA(tree_, TVM_GETTOOLTIPS, 0, 0)))
+        SendMessageA(tips, TTM_SETMAXTIPWIDTH, 0, 480);
 
     LoadPictures();
 }
@@ -76,8 +79,8 @@ HTREEITEM TreeViewControl::Insert(const TreeModel& model, int index) {
     // No picture is I_IMAGENONE: -1 would be I_IMAGECALLBACK, and the control would show
     // the first picture of the list.
     item.iImage = item.iSelectedImage = image == imageIndex_.end() ? I_IMAGENONE : image->second;
-    item.stateMask = TVIS_BOLD | TVIS_STATEIMAGEMASK;
-    item.state = (node.Bold ? TVIS_BOLD : 0) | StateImage(node.Checked);
+    item.stateMask = TVIS_BOLD | TVIS_CUT | TVIS_STATEIMAGEMASK;
+    item.state = (node.Bold ? TVIS_BOLD : 0) | (node.Cut ? TVIS_CUT : 0) | StateImage(node.Checked);
     item.lParam = static_cast<LPARAM>(index);
     item.cChildren = node.Children.empty() ? 0 : 1; // a closed node shows its button
     HTREEITEM handle = reinterpret_cast<HTREEITEM>(

@@ -43,7 +43,7 @@ TEST(RunData, NameAndDataSplitAtTheFirstEquals) {
     EXPECT_EQ(SplitNameData("NoEquals").Name + "|" + SplitNameData("NoEquals").Data, "NoEquals|");
 }
 
-TEST(RunData, EachStoppedValueFindsItsOwnSavedCopy) {
+TEST(RunData, EachDelayedAndStoppedValueFindsItsOwnSavedCopy) {
     // The entry names its value, without the quotes the file cannot keep.
     EXPECT_EQ(StoppedRunEntry("Q \"1\"", " \"C:\\q q\\q.exe\" -m "), "Q 1=C:\\q q\\q.exe -m");
     EXPECT_EQ(NamedStoppedValue("Q 1=C:\\q.exe /x=1")->Data, "C:\\q.exe /x=1");
@@ -51,25 +51,37 @@ TEST(RunData, EachStoppedValueFindsItsOwnSavedCopy) {
     const std::vector<std::string> saved = {
         "A=C:\\x.exe /a", "B=C:\\x.exe /b", "",
         "C=C:\\x.exe",    "D=C:\\x.exe",    "R=\"C:\\q\\r.exe\" -m"};
+    ProgramModel model;
+    model.ProgramGroups = {{"Startup",
+                            {{"C:\\x.exe", "", "ExecuteRegAU", 0, "C"},
+                             {"C:\\x.exe", "", "ExecuteReg", 0, "A"},
+                             {"", "", "ExecuteRegAU", 0, "D"}}}};
+    model.StartupGroupIndex = 0;
     // By name first, whatever the commands; then older entries that hold a path alone, each
     // taking a copy no other entry has: exact path, then trimmed, then contained. The copy of a
-    // delayed value (C) is never taken.
-    EXPECT_EQ(MatchStoppedRunValues(saved,
-                                    {"C:\\x.exe ", "B=C:\\x.exe /b", "C:\\x.exe", "C:\\x.exe",
-                                     "C:\\q\\r", "C:\\none.exe", "Gone=C:\\x.exe /a", ""},
-                                    {"C"}),
-              (std::vector<int>{0, 1, 4, -1, 5, -1, -1, -1}));
-    // Through the model: the stopped entries of one key, the delayed values of that key.
-    ProgramModel model;
-    model.ProgramGroups = {
-        {"Startup",
-         {{"C:\\x.exe", "", "ExecuteReg", 0, "A"}, {"C:\\x.exe", "", "ExecuteRegAU", 0, "C"}}}};
-    model.StartupGroupIndex = 0;
-    model.StoppedPrograms = {"_REGAU_C:\\x.exe", "_STPCU_C:\\x.exe", "_REGCU_C:\\x.exe"};
-    EXPECT_EQ(SavedCopyOfStopped(model, 2, saved), 3);
-    EXPECT_EQ(SavedCopyOfStopped(model, 0, saved), 4); // C is delayed from this key
-    EXPECT_EQ(SavedCopyOfStopped(model, 1, saved), -1);
-    EXPECT_EQ(SavedCopyOfStopped(model, 3, saved), -1);
+    // delayed value (C) is never taken; a program without a path claims nothing (D).
+    model.StoppedPrograms = {"_REGAU_C:\\x.exe ",        "_REGAU_B=C:\\x.exe /b",
+                             "_REGAU_C:\\x.exe",         "_REGAU_C:\\x.exe",
+                             "_REGAU_C:\\q\\r",          "_REGAU_C:\\none.exe",
+                             "_REGAU_Gone=C:\\x.exe /a", "",
+                             "_STPCU_C:\\x.exe"};
+    SavedCopyMatch m = MatchSavedCopies(model, kMachineRun, saved);
+    EXPECT_EQ(m.Stopped, (std::vector<int>{0, 1, 4, -1, 5, -1, -1, -1, -1}));
+    EXPECT_EQ(m.Delayed, (std::vector<int>{3, -1, -1}));
+    EXPECT_EQ(SavedCopyOfStopped(model, 2, saved), 4);
+    EXPECT_EQ(SavedCopyOfStopped(model, 8, saved), -1); // a shortcut has no copy
+
+    // The machine's two views listed one after the other: the same name in both is two
+    // values, and the command tells whose copy is whose, whatever the order of the model.
+    const std::vector<std::string> views = {"T=C:\\64.exe", "U=C:\\u.exe", "T=C:\\32.exe",
+                                            "U=C:\\u.exe"};
+    model.ProgramGroups[0].Programs = {{"C:\\32.exe", "", "ExecuteRegAU", 0, "T"},
+                                       {"C:\\64.exe", "", "ExecuteRegAU", 0, "T"}};
+    model.StoppedPrograms = {"_REGAU_U=C:\\u.exe", "_REGAU_U=C:\\u.exe", "_REGAU_U=C:\\u.exe"};
+    m = MatchSavedCopies(model, kMachineRun, views);
+    EXPECT_EQ(m.Delayed, (std::vector<int>{2, 0}));
+    EXPECT_EQ(m.Stopped, (std::vector<int>{1, 3, -1}));
+    EXPECT_EQ(MatchSavedCopies(model, kUserRun, views).Delayed, (std::vector<int>{-1, -1}));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <stdexcept>
 
 #include "items/checked_items.h"
 #include "items/startup_tree.h"
@@ -107,6 +108,83 @@ TEST_F(StartupTree, EmptyLocationsAndTheSameItemInTwoPlaces) {
               "All Users (0)[Startup Folder (0), Registry Run (0)]], "
               "Stopped Items (0)[Current User (0)[Startup Folder (0), Registry (0)], "
               "All Users (0)[Startup Folder (0), Registry (0)]]");
+}
+
+TEST(TaskManagerFlag, TheFirstBytesLowestBitSwitchesAnItemOff) {
+    auto flag = [](uint8_t first) {
+        return std::vector<uint8_t>{first, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8};
+    };
+    EXPECT_FALSE(SwitchedOff(kBinaryType, flag(0x02)));
+    EXPECT_TRUE(SwitchedOff(kBinaryType, flag(0x03)));
+    EXPECT_FALSE(SwitchedOff(kBinaryType, flag(0x06)));
+    EXPECT_TRUE(SwitchedOff(kBinaryType, flag(0x07)));
+    // Short values still carry the switch in their first byte; nothing, or another type, is
+    // no switch at all.
+    EXPECT_TRUE(SwitchedOff(kBinaryType, {0x03}));
+    EXPECT_FALSE(SwitchedOff(kBinaryType, {0x02, 0x00}));
+    EXPECT_FALSE(SwitchedOff(kBinaryType, {}));
+    EXPECT_FALSE(SwitchedOff(4, flag(0x03)));
+    // Switched on: 02 and the new time; what else the value holds stays.
+    std::vector<uint8_t> off = flag(0x07);
+    off[1] = 0x11;
+    off.push_back(0xAA);
+    EXPECT_EQ(SwitchedOnFlag(off, 0x0102030405060708ull),
+              (std::vector<uint8_t>{0x02, 0x11, 0, 0, 8, 7, 6, 5, 4, 3, 2, 1, 0xAA}));
+    EXPECT_EQ(SwitchedOnFlag({0x03}, 0x10),
+              (std::vector<uint8_t>{2, 0, 0, 0, 0x10, 0, 0, 0, 0, 0, 0, 0}));
+    // A key's switched-off names, found whatever their letter case; a missing name is on.
+    const SwitchedOffNames names({{"Tool", {kBinaryType, flag(0x03)}},
+                                  {"Notes.lnk", {kBinaryType, flag(0x06)}},
+                                  {"Short", {kBinaryType, {0x07}}}});
+    EXPECT_TRUE(names.Contains("TOOL"));
+    EXPECT_TRUE(names.Contains("short"));
+    EXPECT_FALSE(names.Contains("Notes.lnk"));
+    EXPECT_FALSE(names.Contains("Missing"));
+}
+
+TEST_F(StartupTree, ThirtyTwoBitValuesJoinTheMachinesAndSwitchedOffItemsAreGhosted) {
+    Fill();
+    listing.MachineRun32Values = {"M=C:\\m32.exe", "W=C:\\w.exe"};
+    listing.OffUserFolder.Add("NOTES.LNK");
+    listing.OffMachineRun32.Add("m");
+    listing.OffMachineRun.Add("W"); // the 64-bit key's switch: not the 32-bit value's
+    // Copies of the machine's own view, then of the 32-bit one.
+    listing.SavedMachineCopies = {"Y=C:\\y.exe", "X=C:\\x.exe -m", "I=C:\\i.exe"};
+    listing.SavedMachineCopyIs32 = {false, true, true};
+    Build();
+    auto leaf = [&](const char* container, const std::string& text) -> TreeNode& {
+        for (int child : N(container).Children)
+            if (tree.Node(child).Text == text)
+                return tree.Node(child);
+        throw std::runtime_error(text + " is not shown");
+    };
+    // Counted and shown with the machine's values, each marked with its view.
+    EXPECT_EQ(N("AllUsersRegistry").Text, "Registry Run (4)");
+    EXPECT_EQ(N("AllUsersRoot").Text, "All Users (5)");
+    EXPECT_EQ(N("AllUsersRegistry").Children.size(), 3u);
+    EXPECT_EQ(leaf("AllUsersRegistry", "M=C:\\m32.exe").Data, kWow32Item);
+    EXPECT_EQ(leaf("AllUsersRegistry", "M=C:\\m.exe").Data, 0);
+    EXPECT_EQ(leaf("DelayedItemsRegistryAllUsers", "X=C:\\x.exe  -m").Data, kWow32Item);
+    EXPECT_EQ(leaf("StoppedItemsAllReg", "C:\\i.exe").Data, kWow32Item);
+    EXPECT_EQ(leaf("StoppedItemsAllReg", "C:\\h.exe").Data, 0);       // no copy: the own view
+    const std::vector<int>& machine = N("AllUsersRegistry").Children; // 64-bit first
+    EXPECT_TRUE(PlaceOf(tree, machine[1])->Wow32);
+    EXPECT_FALSE(PlaceOf(tree, machine[0])->Wow32);
+
+    // Ghosted: by the switch of the item's own key, and only there.
+    EXPECT_TRUE(leaf("CurrentUserStartup", "Notes.lnk").Cut);
+    EXPECT_TRUE(leaf("AllUsersRegistry", "M=C:\\m32.exe").Cut);
+    EXPECT_FALSE(leaf("AllUsersRegistry", "M=C:\\m.exe").Cut);
+    EXPECT_FALSE(leaf("AllUsersRegistry", "W=C:\\w.exe").Cut);
+    EXPECT_FALSE(leaf("CurrentUserStartup", "Tool.lnk").Cut);
+
+    const std::vector<SafeEntry> safe = {{"Notes", "Note taker"}};
+    const ItemTipLines lines{"Switched off", "32-bit"};
+    EXPECT_EQ(ItemToolTip(leaf("CurrentUserStartup", "Notes.lnk"), safe, lines),
+              "Note taker\r\nSwitched off");
+    EXPECT_EQ(ItemToolTip(leaf("AllUsersRegistry", "M=C:\\m32.exe"), safe, lines),
+              "Switched off\r\n32-bit");
+    EXPECT_EQ(ItemToolTip(leaf("CurrentUserStartup", "Tool.lnk"), safe, lines), "");
 }
 
 TEST_F(StartupTree, ARefreshKeepsWhatTheUserOpened) {

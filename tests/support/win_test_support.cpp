@@ -225,7 +225,16 @@ void StartupLocations::Clear() const {
         RegCreateKeyExA(RootHKey(root), run, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.put(),
                         nullptr);
         DeleteRegistryTree(root, "Software\\Hexmoor");
+        DeleteRegistryTree(
+            root, "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\StartupApproved");
     }
+    // The machine's 32-bit view, by the path a 64-bit program sees it under.
+    DeleteRegistryTree(RegistryRoot::LocalMachine, "Software\\WOW6432Node\\Hexmoor");
+    const std::string run32 = "Software\\WOW6432Node\\Microsoft\\Windows\\CurrentVersion\\Run";
+    DeleteRegistryTree(RegistryRoot::LocalMachine, run32);
+    UniqueHKey key32;
+    RegCreateKeyExA(HKEY_LOCAL_MACHINE, run32.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                    key32.put(), nullptr);
 }
 
 HWND WindowOf(unsigned long process, const char* className, bool visibleOnly,

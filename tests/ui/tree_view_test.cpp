@@ -53,9 +53,9 @@ struct Host {
 };
 
 // One node as the user sees it: indented by depth, with its marks and its image's index.
-std::string Shown(int depth, const std::string& text, bool bold, bool checked, bool open,
+std::string Shown(int depth, const std::string& text, bool bold, bool cut, bool checked, bool open,
                   int image) {
-    return std::string(2 * depth, ' ') + text + (bold ? " bold" : "") +
+    return std::string(2 * depth, ' ') + text + (bold ? " bold" : "") + (cut ? " cut" : "") +
            (checked ? " checked" : "") + (open ? " open" : "") + " image " + std::to_string(image);
 }
 
@@ -67,9 +67,9 @@ std::vector<std::string> FromControl(HWND tree) {
             TVITEMA data{TVIF_TEXT | TVIF_STATE | TVIF_IMAGE, item};
             data.pszText = text;
             data.cchTextMax = sizeof text;
-            data.stateMask = TVIS_BOLD | TVIS_EXPANDED | TVIS_STATEIMAGEMASK;
+            data.stateMask = TVIS_BOLD | TVIS_CUT | TVIS_EXPANDED | TVIS_STATEIMAGEMASK;
             SendMessageA(tree, TVM_GETITEMA, 0, reinterpret_cast<LPARAM>(&data));
-            out.push_back(Shown(depth, text, data.state & TVIS_BOLD,
+            out.push_back(Shown(depth, text, data.state & TVIS_BOLD, data.state & TVIS_CUT,
                                 (data.state & TVIS_STATEIMAGEMASK) == INDEXTOSTATEIMAGEMASK(2),
                                 data.state & TVIS_EXPANDED, data.iImage));
             walk(TreeView_GetChild(tree, item), depth + 1);
@@ -88,7 +88,8 @@ std::vector<std::string> FromModel(const TreeModel& model) {
         const TreeNode& n = model.Node(node);
         auto image = images.find(n.Image);
         // A node without children shows as closed, whatever the model says.
-        out.push_back(Shown(depth, n.Text, n.Bold, n.Checked, n.Expanded && !n.Children.empty(),
+        out.push_back(Shown(depth, n.Text, n.Bold, n.Cut, n.Checked,
+                            n.Expanded && !n.Children.empty(),
                             image == images.end() ? I_IMAGENONE : image->second));
         for (int child : n.Children)
             walk(child, depth + 1);
@@ -116,9 +117,11 @@ TEST(TreeViewControl, ShowsTheModelWithTheProgramsIconsAndHandsTheUsersChangesBa
     }
     Host host(program.get());
 
-    // The containers of every place, with all six pictures, and two items.
+    // The containers of every place, with all six pictures, and two items, one of them
+    // switched off in Task Manager.
     StartupListing listing;
     listing.UserStartupFiles = {"Tool.lnk", "Known.lnk"};
+    listing.OffUserFolder.Add("tool.lnk");
     BuildStartupTree(host.model, listing, ProgramModel(), "Tolvane=x", {[] { return 1LL; }, {}});
     MarkKnown(host.model, {{"Known", "a known one"}});
     host.model.Node(host.model.Find("CurrentUserRoot")).Expanded = true;
@@ -128,6 +131,7 @@ TEST(TreeViewControl, ShowsTheModelWithTheProgramsIconsAndHandsTheUsersChangesBa
     host.Pump();
 
     EXPECT_EQ(FromControl(host.tree->Hwnd()), FromModel(host.model));
+    EXPECT_EQ(FromControl(host.tree->Hwnd())[2], "    Tool.lnk cut image -2");
 
     // The user opens a container with the keyboard and ticks an item with the space bar.
     HWND tree = host.tree->Hwnd();

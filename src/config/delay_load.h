@@ -58,7 +58,10 @@ private:
 
 // The saved copies of one location's Run values ("name=data"), as MatchSavedCopies takes them,
 // with the root each was read from. The machine's are read from both registry views: a copy
-// stays in the view its value came from, so that it goes back there.
+// stays in the view its value came from, so that it goes back there. The file does not record
+// a view: two values of the same name and command, one in each view, one delayed and one
+// stopped, may show their states the other way round. Each still goes back to its own view,
+// and both start the same command.
 struct SavedCopies {
     std::vector<std::string> Copies;
     std::vector<RegistryRoot> Roots;

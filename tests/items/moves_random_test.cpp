@@ -1,11 +1,11 @@
 // Random moves, as a user would make them from the tree's popup and the toolbar, over items of
-// all four locations with awkward names and commands; the all users' active items are moved
-// too, which the popup does not offer but the moves take. After every step each item is in
-// exactly one place: active, or held by the program and recorded once; the items the step
-// moved are where it asked, every other is where it was. Items share names across locations
-// and commands across names, so a move that finds an item by anything but its location and
-// its own name shows. After everything is put back, the Startup folders and the Run keys hold
-// exactly what they held at the start.
+// all five locations (the machine's 32-bit Run key too) with awkward names and commands; the all
+// users' active items are moved too, which the popup does not offer but the moves take. After every
+// step each item is in exactly one place: active, or held by the program and recorded once; the
+// items the step moved are where it asked, every other is where it was. Items share names across
+// locations (and across the machine's two registry views) and commands across names, so a move that
+// finds an item by anything but its location and its own name shows. After everything is put back,
+// the Startup folders and the Run keys hold exactly what they held at the start.
 //
 // TOLVANE_RANDOM_STEPS sets the number of steps (the benchmark runs 10,000); the figures are
 // printed at the end.
@@ -29,6 +29,9 @@ struct ShortcutItem {
     std::string name;
     std::string bytes;
 };
+constexpr RegistryRoot kRoots[] = {RegistryRoot::CurrentUser, RegistryRoot::LocalMachine,
+                                   RegistryRoot::LocalMachine32};
+
 struct ValueItem {
     RegistryRoot root;
     std::string name;
@@ -65,6 +68,13 @@ protected:
         RunValue(machine, "MParam", "C:\\mp.exe -p");
         RunValue(machine, "MSame", "C:\\mp.exe -q");
         RunValue(machine, "A", "C:\\x.exe /a");
+        // The 32-bit view: names of the other view, with commands of their own. (Twins of the
+        // same name and command are told apart by nothing the file holds: see ReadSavedCopies.)
+        const RegistryRoot machine32 = RegistryRoot::LocalMachine32;
+        RunValue(machine32, "A", "C:\\x.exe /a /32");
+        RunValue(machine32, "MSame", "C:\\mp.exe -q32");
+        ASSERT_TRUE(reg.SetValue(machine32, kRunKey, "W32",
+                                 WideValue(REG_EXPAND_SZ, "%ProgramFiles%\\w.exe")));
         start = Snapshot();
     }
 
@@ -80,7 +90,7 @@ protected:
                 s.shortcuts.push_back(
                     {user, path.substr(dir.size() + 1), test::ReadFileBytes(path)});
         }
-        for (RegistryRoot root : {RegistryRoot::CurrentUser, RegistryRoot::LocalMachine}) {
+        for (RegistryRoot root : kRoots) {
             std::vector<std::string> values;
             (void)reg.EnumKey(root, kRunKey, values);
             for (const std::string& v : values)
@@ -145,19 +155,25 @@ protected:
             expectState(i++, active, delays, item.name);
         }
         for (const ValueItem& item : start.values) {
-            const bool machine = item.root == RegistryRoot::LocalMachine;
-            const std::string savedKey = machine ? kSavedMachineRunKey : kSavedUserRunKey;
-            std::vector<std::string> copies;
-            (void)reg.EnumKey(item.root, savedKey, copies);
-            const int delays =
-                delayed(machine ? kExecuteRegAU : kExecuteReg,
-                        [&](const GroupProgram& p) { return p.RegistryKeyName == item.name; });
-            const int records =
-                delays + stopped(machine ? kMachineRun : kUserRun, [&](int s) {
-                    const int copy = SavedCopyOfStopped(model, s, copies);
-                    return copy >= 0 &&
-                           SplitNameData(copies[static_cast<size_t>(copy)]).Name == item.name;
-                });
+            const bool machine = item.root != RegistryRoot::CurrentUser;
+            const int location = machine ? kMachineRun : kUserRun;
+            const std::string savedKey = SavedKeyOf(location);
+            // A delayed or stopped value is the one whose saved copy has its name, in its view.
+            const SavedCopies copies = ReadSavedCopies(location);
+            const SavedCopyMatch match = MatchSavedCopies(model, location, copies.Copies);
+            auto ours = [&](int copy) {
+                return copy >= 0 && copies.Roots[static_cast<size_t>(copy)] == item.root &&
+                       SplitNameData(copies.Copies[static_cast<size_t>(copy)]).Name == item.name;
+            };
+            int delays = 0;
+            if (startup)
+                for (size_t p = 0; p < startup->Programs.size(); ++p)
+                    delays +=
+                        startup->Programs[p].Command == (machine ? kExecuteRegAU : kExecuteReg) &&
+                        ours(match.Delayed[p]);
+            const int records = delays + stopped(location, [&](int s) {
+                                    return ours(match.Stopped[static_cast<size_t>(s)]);
+                                });
             auto active = reg.GetValue(item.root, kRunKey, item.name);
             auto saved = reg.GetValue(item.root, savedKey, item.name);
             ASSERT_NE(bool(active), bool(saved)) << step << ": the Run value " << item.name;
@@ -169,16 +185,16 @@ protected:
     }
 
     // The item of the start that a leaf of the tree shows: a shortcut by its location and file
-    // name, a value by its key and the name its text starts with in every state.
+    // name, a value by its key (and view) and the name its text starts with in every state.
     size_t ItemOf(const ItemPlace& place, const std::string& text) const {
-        const bool machine = place.Location == kMachineRun;
+        const RegistryRoot root = RunRoot(place.Location, place.Wow32);
         for (size_t i = 0; i < start.shortcuts.size(); ++i)
             if (!place.Registry() && start.shortcuts[i].name == text &&
                 start.shortcuts[i].user == (place.Location == kUserStartup))
                 return i;
         for (size_t i = 0; i < start.values.size(); ++i)
             if (place.Registry() && start.values[i].name == SplitNameData(text).Name &&
-                (start.values[i].root == RegistryRoot::LocalMachine) == machine)
+                start.values[i].root == root)
                 return start.shortcuts.size() + i;
         ADD_FAILURE() << text << " is no item of the start";
         return 0;
@@ -231,7 +247,7 @@ protected:
         if (place.State != ItemState::Active && coin()) {
             const bool fromStopped = place.State == ItemState::Stopped;
             if (place.Registry())
-                moves.RestoreRegistryItem(text, place.Location, fromStopped);
+                moves.RestoreRegistryItem(text, place.Location, fromStopped, place.Wow32);
             else
                 moves.RestoreStartupItem(text, place.Location, fromStopped);
             wanted = ItemState::Active;
@@ -239,9 +255,10 @@ protected:
         }
         // Also asked to go where it is: it stays, once.
         const bool stop = coin();
-        EXPECT_TRUE(place.Registry()
-                        ? moves.DelayRegistryItem(text, place.Location, stop, place.State)
-                        : moves.DelayStartupItem(text, place.Location, stop, place.State))
+        EXPECT_TRUE(
+            place.Registry()
+                ? moves.DelayRegistryItem(text, place.Location, stop, place.State, place.Wow32)
+                : moves.DelayStartupItem(text, place.Location, stop, place.State))
             << text;
         wanted = stop ? ItemState::Stopped : ItemState::Delayed;
     }
@@ -289,7 +306,7 @@ TEST_F(RandomMoves, EachItemStaysInOnePlaceAndEverythingComesBackExactly) {
         const std::string text = tree.Node(static_cast<int>(i)).Text;
         const bool fromStopped = place->State == ItemState::Stopped;
         if (place->Registry())
-            Moves().RestoreRegistryItem(text, place->Location, fromStopped);
+            Moves().RestoreRegistryItem(text, place->Location, fromStopped, place->Wow32);
         else
             Moves().RestoreStartupItem(text, place->Location, fromStopped);
     }
@@ -311,7 +328,7 @@ TEST_F(RandomMoves, EachItemStaysInOnePlaceAndEverythingComesBackExactly) {
         EXPECT_EQ(std::tie(b.root, b.name, b.value.Type, b.value.Data),
                   std::tie(a.root, a.name, a.value.Type, a.value.Data));
     }
-    for (RegistryRoot root : {RegistryRoot::CurrentUser, RegistryRoot::LocalMachine}) {
+    for (RegistryRoot root : kRoots) {
         std::vector<std::string> saved;
         (void)reg.EnumKey(
             root, root == RegistryRoot::CurrentUser ? kSavedUserRunKey : kSavedMachineRunKey,

@@ -66,9 +66,7 @@ bool CDelayLoad::StoppedInfoOf(int index, std::string& path, std::string& parame
         if (i >= 0) {
             const NameData copy = SplitNameData(saved.Copies[static_cast<size_t>(i)]);
             data = copy.Data;
-            auto value = CRegistry().GetValue(saved.Roots[static_cast<size_t>(i)],
-                                              SavedKeyOf(location), copy.Name);
-            expand = value && value->Type == REG_EXPAND_SZ;
+            expand = saved.Expandable(i);
         } else if (auto named = NamedStoppedValue(name)) {
             data = named->Data;
         } else {
@@ -92,8 +90,21 @@ std::string SavedKeyOf(int location) {
     return location == kUserRun ? kSavedUserRunKey : kSavedMachineRunKey;
 }
 
+RegistryRoot SavedCopies::RootOf(int copy) const {
+    return copy >= 0 ? Roots.at(static_cast<size_t>(copy)) : RunRoot(Location);
+}
+
+bool SavedCopies::Expandable(int copy) const {
+    if (copy < 0)
+        return false;
+    auto value = CRegistry().GetValue(RootOf(copy), SavedKeyOf(Location),
+                                      SplitNameData(Copies.at(static_cast<size_t>(copy))).Name);
+    return value && value->Type == REG_EXPAND_SZ;
+}
+
 SavedCopies ReadSavedCopies(int location) {
     SavedCopies saved;
+    saved.Location = location;
     auto read = [&](RegistryRoot root) {
         std::vector<std::string> listed;
         (void)CRegistry().EnumKey(root, SavedKeyOf(location), listed);
@@ -118,12 +129,7 @@ bool SavedCopyIsExpandable(const GroupProgram& program) {
     one.ProgramGroups = {{std::string(kStartupGroup), {program}}};
     one.StartupGroupIndex = 0;
     const SavedCopies saved = ReadSavedCopies(location);
-    const int i = MatchSavedCopies(one, location, saved.Copies).Delayed[0];
-    if (i < 0)
-        return false;
-    auto value = CRegistry().GetValue(saved.Roots[static_cast<size_t>(i)], SavedKeyOf(location),
-                                      SplitNameData(saved.Copies[static_cast<size_t>(i)]).Name);
-    return value && value->Type == REG_EXPAND_SZ;
+    return saved.Expandable(MatchSavedCopies(one, location, saved.Copies).Delayed[0]);
 }
 
 void CDelayLoad::WriteItems() {

@@ -63,8 +63,14 @@ private:
 // stopped, may show their states the other way round. Each still goes back to its own view,
 // and both start the same command.
 struct SavedCopies {
+    int Location = 0;
     std::vector<std::string> Copies;
     std::vector<RegistryRoot> Roots;
+    // The root (and view) of a matched copy; the location's own for none (-1): a value without
+    // a copy counts as the machine's own view's.
+    RegistryRoot RootOf(int copy) const;
+    // The copy is an expandable value (REG_EXPAND_SZ).
+    bool Expandable(int copy) const;
 };
 SavedCopies ReadSavedCopies(int location);
 

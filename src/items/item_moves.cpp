@@ -126,8 +126,7 @@ public:
                 p.RegistryKeyName != value.Name)
                 continue;
             const int copy = match.Delayed[i];
-            if ((copy >= 0 ? saved.Roots[static_cast<size_t>(copy)] : RunRoot(at.Location)) !=
-                at.Root())
+            if (saved.RootOf(copy) != at.Root())
                 continue; // the value of that name in the other view
             if (!value.Name.empty() || Trim(value.Data) == Trim(p.Path + " " + p.Parameters) ||
                 Trim(value.Data) == Trim(p.Path))
@@ -421,8 +420,7 @@ StoppedValue FindStoppedValue(const ProgramModel& model, const ValueKey& at,
         if (entry.empty() || Trim(entry) != sought)
             continue;
         const int copy = match.Stopped[i];
-        if ((copy >= 0 ? saved.Roots[static_cast<size_t>(copy)] : RunRoot(at.Location)) !=
-            at.Root())
+        if (saved.RootOf(copy) != at.Root())
             continue;
         StoppedValue found;
         found.Entry = static_cast<int>(i);

@@ -139,6 +139,16 @@ std::string TextOf(const RegistryValue& value) {
     return text;
 }
 
+namespace {
+// Writes the value and reads it back: true when the key now holds exactly it.
+bool WriteExactly(RegistryRoot root, const std::string& key, const std::string& name,
+                  const RegistryValue& value) {
+    CRegistry reg;
+    auto back = reg.SetValue(root, key, name, value) ? reg.GetValue(root, key, name) : std::nullopt;
+    return back && SameValue(*back, value);
+}
+} // namespace
+
 std::string ShownKey(RegistryRoot root, std::string_view key) {
     std::string shown(key);
     if (root == RegistryRoot::LocalMachine32 && StartsWith(ToLower(key), "software\\"))
@@ -156,8 +166,7 @@ void PutValue(RegistryRoot root, const std::string& key, const std::string& name
         throw MoveFailure("another value named \"" + name + "\" is already in \"" + shown + "\"",
                           conflict, name + "=" + TextOf(*existing));
     }
-    auto back = reg.SetValue(root, key, name, value) ? reg.GetValue(root, key, name) : std::nullopt;
-    if (!back || !SameValue(*back, value)) {
+    if (!WriteExactly(root, key, name, value)) {
         (void)reg.DeleteValue(root, key, name);
         throw MoveFailure("the value \"" + name + "\" could not be written to \"" + shown + "\"");
     }
@@ -178,9 +187,7 @@ void RemoveValue(RegistryRoot root, const std::string& key, const std::string& n
     if (!reg.DeleteValue(root, key, name) || reg.GetValue(root, key, name))
         throw MoveFailure("the value \"" + name + "\" could not be removed from \"" + shown + "\"");
     undo.Add([root, key, name, shown, value = *existing] {
-        CRegistry r;
-        auto back = r.SetValue(root, key, name, value) ? r.GetValue(root, key, name) : std::nullopt;
-        if (!back || !SameValue(*back, value))
+        if (!WriteExactly(root, key, name, value))
             throw MoveFailure("the value \"" + name + "\" could not be written back to \"" + shown +
                               "\"; its copy is in the latest backup");
     });
@@ -197,14 +204,13 @@ void SwitchOnInTaskManager(RegistryRoot root, const char* key, const std::string
     const RegistryValue on{
         flag->Type,
         SwitchedOnFlag(flag->Data, (uint64_t{now.dwHighDateTime} << 32) | now.dwLowDateTime)};
-    auto back = reg.SetValue(root, key, name, on) ? reg.GetValue(root, key, name) : std::nullopt;
-    if (!back || !SameValue(*back, on)) {
+    if (!WriteExactly(root, key, name, on)) {
         (void)reg.SetValue(root, key, name, *flag);
         throw MoveFailure("Task Manager's switch of \"" + name + "\" (" + ShownKey(root, key) +
                           ") could not be turned on, so Windows would not start it");
     }
     undo.Add([root, key = std::string(key), name, was = *flag] {
-        if (!CRegistry().SetValue(root, key, name, was))
+        if (!WriteExactly(root, key, name, was))
             throw MoveFailure("Task Manager's switch of \"" + name + "\" could not be set back");
     });
 }

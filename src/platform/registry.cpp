@@ -98,6 +98,41 @@ std::wstring WideFromAnsi(std::string_view text) {
     return wide;
 }
 
+// Hands every value of the key to `visit` (name, type, bytes), in the registry's order; false
+// when the listing broke off. The classic 255-character buffers serve almost every value; a
+// longer name or data is asked for again with buffers as big as the key's largest value.
+template <class Visit> bool ForEachValue(HKEY key, Visit visit) {
+    std::vector<char> name(256);
+    std::vector<BYTE> data(256);
+    for (DWORD index = 0;; ++index) {
+        DWORD nameLength = static_cast<DWORD>(name.size());
+        DWORD dataLength = static_cast<DWORD>(data.size());
+        DWORD type = 0;
+        LONG rc = RegEnumValueA(key, index, name.data(), &nameLength, nullptr, &type, data.data(),
+                                &dataLength);
+        if (rc == ERROR_NO_MORE_ITEMS)
+            return true;
+        if (rc == ERROR_MORE_DATA) {
+            DWORD maxName = 0, maxData = 0;
+            if (RegQueryInfoKeyA(key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                 &maxName, &maxData, nullptr, nullptr) != ERROR_SUCCESS)
+                return false;
+            size_t wantName = std::max<size_t>(name.size() * 2, maxName + 1);
+            size_t wantData = std::max<size_t>(data.size() * 2, maxData + 1);
+            if (wantName > (1u << 20) || wantData > (64u << 20))
+                return false;
+            name.resize(wantName);
+            data.resize(wantData);
+            --index; // the same value again
+            continue;
+        }
+        if (rc != ERROR_SUCCESS)
+            return false;
+        visit(std::string_view(name.data(), std::min<size_t>(nameLength, name.size())), type,
+              data.data(), std::min<size_t>(dataLength, data.size()));
+    }
+}
+
 } // namespace
 
 bool CRegistry::DeleteValue(RegistryRoot root, std::string_view path, std::string_view name) {
@@ -134,47 +169,21 @@ bool CRegistry::EnumKey(RegistryRoot root, std::string_view path, std::vector<st
     UniqueHKey key = OpenKey(root, path, KEY_QUERY_VALUE);
     if (!key)
         return true;
-    // The classic 255-character buffers serve almost every value; a longer name or data is
-    // asked for again with buffers as big as the key's largest value.
-    std::vector<char> name(256);
-    std::vector<BYTE> data(256);
-    for (DWORD index = 0;; ++index) {
-        DWORD nameLength = static_cast<DWORD>(name.size());
-        DWORD dataLength = static_cast<DWORD>(data.size());
-        LONG rc = RegEnumValueA(key.get(), index, name.data(), &nameLength, nullptr, nullptr,
-                                data.data(), &dataLength);
-        if (rc == ERROR_NO_MORE_ITEMS)
-            return true;
-        if (rc == ERROR_MORE_DATA) {
-            DWORD maxName = 0, maxData = 0;
-            if (RegQueryInfoKeyA(key.get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                 nullptr, &maxName, &maxData, nullptr, nullptr) != ERROR_SUCCESS)
-                return false;
-            size_t wantName = std::max<size_t>(name.size() * 2, maxName + 1);
-            size_t wantData = std::max<size_t>(data.size() * 2, maxData + 1);
-            if (wantName > (1u << 20) || wantData > (64u << 20))
-                return false;
-            name.resize(wantName);
-            data.resize(wantData);
-            --index; // the same value again
-            continue;
-        }
-        if (rc != ERROR_SUCCESS)
-            return false;
-        if (dataLength == 0)
-            continue;
-        size_t textLength = std::min<size_t>(dataLength, data.size());
-        // The terminating NUL is dropped only when it is there: a string stored without one
-        // keeps its last character.
-        if (data[textLength - 1] == 0)
-            --textLength;
-        if (!out.back().empty())
-            out.emplace_back();
-        std::string& entry = out.back();
-        entry.assign(name.data(), std::min<size_t>(nameLength, name.size()));
-        entry += '=';
-        entry.append(reinterpret_cast<const char*>(data.data()), textLength);
-    }
+    return ForEachValue(key.get(),
+                        [&](std::string_view name, DWORD, const BYTE* data, size_t size) {
+                            if (size == 0)
+                                return;
+                            // The terminating NUL is dropped only when it is there: a string stored
+                            // without one keeps its last character.
+                            if (data[size - 1] == 0)
+                                --size;
+                            if (!out.back().empty())
+                                out.emplace_back();
+                            std::string& entry = out.back();
+                            entry.assign(name);
+                            entry += '=';
+                            entry.append(reinterpret_cast<const char*>(data), size);
+                        });
 }
 
 // Typed values go through the wide entry points: they hand over the stored bytes untouched,
@@ -209,37 +218,13 @@ std::optional<RegistryValue> CRegistry::GetValue(RegistryRoot root, std::string_
 std::vector<std::pair<std::string, RegistryValue>> CRegistry::EnumValues(RegistryRoot root,
                                                                          std::string_view path) {
     std::vector<std::pair<std::string, RegistryValue>> values;
-    UniqueHKey key = OpenKey(root, path, KEY_QUERY_VALUE);
-    if (!key)
-        return values;
-    DWORD count = 0, maxName = 0, maxData = 0;
-    if (RegQueryInfoKeyA(key.get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &count,
-                         &maxName, &maxData, nullptr, nullptr) != ERROR_SUCCESS)
-        return values;
-    std::vector<char> name(maxName + 2);
-    std::vector<BYTE> data(maxData + 2);
-    values.reserve(count);
-    for (DWORD index = 0;; ++index) {
-        DWORD nameLength = static_cast<DWORD>(name.size());
-        DWORD dataLength = static_cast<DWORD>(data.size());
-        DWORD type = 0;
-        LONG rc = RegEnumValueA(key.get(), index, name.data(), &nameLength, nullptr, &type,
-                                data.data(), &dataLength);
-        if (rc == ERROR_MORE_DATA && name.size() < (1u << 20) && data.size() < (64u << 20)) {
-            // The key grew meanwhile: the same value again with bigger buffers.
-            name.resize(name.size() * 2);
-            data.resize(data.size() * 2);
-            --index;
-            continue;
-        }
-        if (rc != ERROR_SUCCESS)
-            return values;
-        RegistryValue value;
-        value.Type = type;
-        value.Data.assign(data.begin(), data.begin() + std::min<size_t>(dataLength, data.size()));
-        values.emplace_back(std::string(name.data(), std::min<size_t>(nameLength, name.size())),
-                            std::move(value));
-    }
+    if (UniqueHKey key = OpenKey(root, path, KEY_QUERY_VALUE))
+        (void)ForEachValue(
+            key.get(), [&](std::string_view name, DWORD type, const BYTE* data, size_t size) {
+                values.emplace_back(std::string(name),
+                                    RegistryValue{type, ByteArray(data, data + size)});
+            });
+    return values;
 }
 
 bool CRegistry::SetValue(RegistryRoot root, std::string_view path, std::string_view name,

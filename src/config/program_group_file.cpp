@@ -182,6 +182,14 @@ void WriteProgramGroupFile(const ProgramModel& model, const std::vector<Language
     w.Line("const ShowTipsAtStartup = ", std::to_string(model.ShowTipsAtStartup), ";");
     w.Line("");
 
+    // Written only when on: a file with the default stays as older versions wrote it, and
+    // their readers pass over a line they do not know.
+    if (model.WaitForIdle != 0) {
+        w.Line("// Start delayed programs when the machine is idle (1), not on the clock (0)");
+        w.Line("const WaitForIdle = ", std::to_string(model.WaitForIdle), ";");
+        w.Line("");
+    }
+
     bool groupWritten = false;
     for (const ProgramGroup& group : model.ProgramGroups) {
         if (group.Name.empty())
@@ -468,6 +476,13 @@ public:
                     else if (auto v = ParseInteger16(*value))
                         model_.ShowTipsAtStartup = *v;
                 });
+            else if (StartsWith(line, "const WaitForIdle"))
+                Setting(line, [&](const std::string* value) {
+                    model_.WaitForIdle = 0;
+                    if (value)
+                        if (auto v = ParseInteger16(*value))
+                            model_.WaitForIdle = *v;
+                });
             else if (StartsWith(Trim(line), "void"))
                 GroupHeader(Trim(line));
         }
@@ -727,6 +742,7 @@ private:
 
 ProgramGroupReadResult ReadProgramGroupFile(std::string_view bytes, ProgramModel& model,
                                             const ProgramGroupReadContext& context) {
+    model.WaitForIdle = 0; // only a file that turns it on says so
     Reader reader(bytes, model, context);
     try {
         reader.Run();

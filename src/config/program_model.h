@@ -69,6 +69,9 @@ public:
     int CloseType = 0;
     std::string Language;
     int ShowTipsAtStartup = 0;
+    // Not 0: the log-on run starts each program once the machine is idle, at the latest its
+    // delay plus two minutes after the one before. A file without the line means 0.
+    int WaitForIdle = 0;
 
     // Empties the path of every "Startup" program that holds a disallowed word (letter case
     // ignored) and returns those trimmed paths, once per matching word; one "" when none.

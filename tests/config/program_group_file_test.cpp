@@ -106,6 +106,7 @@ TEST(ProgramGroupFile, WhatIsWrittenReadsBackAndWritesTheSameBytes) {
     m.StoppedPrograms = {"_STPCU_Tool {2}.lnk", "_REGCU_C:\\stopped.exe", "_REGAU_C:\\q.exe"};
     m.MainStartupDelay = 12.25f;
     m.Language = "de";
+    m.WaitForIdle = 1;
     m.ProgramGroups[0].Programs = {
         {"Tool.lnk", "", "Execute", 0, ""}, // shortcuts as a load leaves them
         {"Word.lnk", "", "ExecuteAU", 1.5f, ""},
@@ -129,6 +130,7 @@ TEST(ProgramGroupFile, WhatIsWrittenReadsBackAndWritesTheSameBytes) {
     // The same bytes again: every setting, list entry and field was read as written.
     EXPECT_EQ(FormatProgramGroupFile(back, kLanguages), first);
     EXPECT_EQ(chosen, "de");
+    EXPECT_NE(first.find("\r\nconst WaitForIdle = 1;\r\n"), std::string::npos);
     EXPECT_EQ(GroupNames(back), (Lines{"Startup", "My Tools"})); // "_" reads back as a blank
     EXPECT_EQ(back.StartupGroupIndex, 0);
     EXPECT_EQ(ProgramLines(back.ProgramGroups[0]), ProgramLines(m.ProgramGroups[0]));
@@ -145,7 +147,11 @@ TEST(ProgramGroupFile, WhatIsWrittenReadsBackAndWritesTheSameBytes) {
     m.ProgramGroups[0].Programs[0].Path = kUserItems + "\\Tool.lnk";
     m.ProgramGroups[0].Programs[1].Path = kAllItems + "Word.lnk";
     m.StoppedPrograms[2] = "_REGAU_\"C:\\q.exe\"";
-    ASSERT_TRUE(ReadProgramGroupFile(FormatProgramGroupFile(m, kLanguages), back, Context()).Ok);
+    m.WaitForIdle = 0; // off: no line, and a file without it reads as off
+    const std::string off = FormatProgramGroupFile(m, kLanguages);
+    EXPECT_EQ(off.find("WaitForIdle"), std::string::npos);
+    ASSERT_TRUE(ReadProgramGroupFile(off, back, Context()).Ok);
+    EXPECT_EQ(back.WaitForIdle, 0);
     EXPECT_EQ(back.ProgramGroups[0].Programs[0].Path, "Tool.lnk");
     EXPECT_EQ(back.ProgramGroups[0].Programs[1].Path, "Word.lnk");
     EXPECT_EQ(back.StoppedPrograms[2], "_REGAU_C:\\q.exe");

@@ -91,7 +91,9 @@ TEST_F(OptionsTest, OkWritesOnlyWhatChangedInThePartsOrder) {
     OptionsModel none = Open();
     none.RunAtLogin = -1;
     none.ShowTips = false;
+    none.WaitForIdle = true;
     EXPECT_TRUE(none.Ok());
+    EXPECT_TRUE(host.Holds("const WaitForIdle = 1;"));
     EXPECT_EQ(host.calls.front(), "UpdateRunEntry -1 while StartupType 3");
     EXPECT_EQ(model.StartupType, -1);
     EXPECT_TRUE(host.Holds("const ShowTipsAtStartup = 0;"));
@@ -124,11 +126,13 @@ TEST_F(OptionsTest, ADelayThatIsNoNumberOrAFailedWriteKeepsTheDialogOpenAndChang
     host.failWrite = true;
     OptionsModel options = Open();
     options.CloseMethod = 0;
+    options.WaitForIdle = true;
     EXPECT_FALSE(options.Ok());
     EXPECT_EQ(host.calls,
               std::vector<std::string>{"Log 1 Set Startup Delay error: the disk is full"});
     EXPECT_EQ(messages.shown.back().Text, "The settings could not be saved:\r\nthe disk is full");
     EXPECT_EQ(model.CloseType, 1);
+    EXPECT_EQ(model.WaitForIdle, 0);
     host.failWrite = false;
     EXPECT_TRUE(options.Ok());
     EXPECT_TRUE(host.Holds("const CloseType = 0;"));

@@ -60,6 +60,9 @@ TEST_F(DialogsTest, OptionsFromTheToolsMenuStoreWhatOkFinds) {
     EXPECT_EQ(Item(options, IDC_OPT_RUN), "Don't run at startup");
     EXPECT_EQ(Item(options, IDC_OPT_SHOW_TIPS), "Show tips at startup");
     EXPECT_EQ(Item(options, IDC_OPT_DELAY), "30");
+    EXPECT_EQ(Item(options, IDC_OPT_WAIT_IDLE), "Start delayed programs when the computer is idle");
+    EXPECT_EQ(File().find("WaitForIdle"), std::string::npos);
+    ClickOn(options, IDC_OPT_WAIT_IDLE);
 
     // A letter, a minus and Backspace do nothing; Delete and typing over edit.
     TypeInto(options, IDC_OPT_DELAY,
@@ -72,6 +75,7 @@ TEST_F(DialogsTest, OptionsFromTheToolsMenuStoreWhatOkFinds) {
     EXPECT_FALSE(window->Options());
     EXPECT_NE(File().find("const MainStartupDelay = 2.5;"), std::string::npos);
     EXPECT_NE(File().find("const CloseType = 0;"), std::string::npos);
+    EXPECT_NE(File().find("\r\nconst WaitForIdle = 1;\r\n"), std::string::npos);
     EXPECT_EQ(OwnRunValues(), "(none) | as it was"); // the start-up type did not change
 
     // A delay that is no number keeps the dialog open and changes nothing; once it is a
@@ -82,6 +86,7 @@ TEST_F(DialogsTest, OptionsFromTheToolsMenuStoreWhatOkFinds) {
     ASSERT_TRUE(window->Options());
     options = window->Options()->Hwnd();
     EXPECT_EQ(Item(options, IDC_OPT_DELAY), "2.5");
+    EXPECT_EQ(IsDlgButtonChecked(options, IDC_OPT_WAIT_IDLE), BST_CHECKED);
     TypeInto(options, IDC_OPT_DELAY, {'1', VK_OEM_PERIOD, '2', VK_OEM_PERIOD, '3'});
     SetFocus(GetDlgItem(options, IDC_OPT_RUN));
     test::Type({VK_DOWN, VK_DOWN});

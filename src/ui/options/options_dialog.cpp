@@ -63,6 +63,7 @@ void OptionsDialog::Init() {
     fill(IDC_OPT_RUN, kOptionsRunAtLoginFirst, kStartupTypeCount, model_.RunAtLogin);
     fill(IDC_OPT_CLOSE, kOptionsCloseMethodFirst, kCloseTypeCount, model_.CloseMethod);
     SetChecked(IDC_OPT_SHOW_TIPS, model_.ShowTips);
+    SetChecked(IDC_OPT_WAIT_IDLE, model_.WaitForIdle);
 
     const std::pair<int, size_t> captions[] = {{IDC_OPT_FRAME, kOptionsPageName},
                                                {IDC_OPT_TITLE, kOptionsTitle},
@@ -71,7 +72,8 @@ void OptionsDialog::Init() {
                                                {IDC_OPT_SECONDS, kOptionsSeconds},
                                                {IDC_OPT_RUN_LABEL, kOptionsRunAtStartup},
                                                {IDC_OPT_CLOSE_LABEL, kOptionsProgramClosing},
-                                               {IDC_OPT_SHOW_TIPS, kOptionsShowTips}};
+                                               {IDC_OPT_SHOW_TIPS, kOptionsShowTips},
+                                               {IDC_OPT_WAIT_IDLE, kOptionsWaitForIdle}};
     for (const auto& [control, entry] : captions)
         SetText(control, text(entry));
     SetText(IDOK, TextTables::Entry(app_.text.Buttons, 0));
@@ -89,6 +91,7 @@ void OptionsDialog::ReadFields() {
     model_.CloseMethod =
         static_cast<int>(SendDlgItemMessageA(Hwnd(), IDC_OPT_CLOSE, CB_GETCURSEL, 0, 0));
     model_.ShowTips = Checked(IDC_OPT_SHOW_TIPS);
+    model_.WaitForIdle = Checked(IDC_OPT_WAIT_IDLE);
 }
 
 bool OptionsDialog::OnMessage(UINT message, WPARAM wParam, LPARAM, INT_PTR&) {

@@ -38,6 +38,7 @@ std::vector<std::string> BuiltInOptionsTexts() {
         "Run Program at Login",
         "Main form's X",
         "Show Tips At Startup",
+        "Start delayed programs when the computer is idle",
     };
 }
 
@@ -73,12 +74,14 @@ OptionsModel::OptionsModel(ProgramModel& model, OptionsHost& host, UserMessages&
       RunAtLogin(model.StartupType >= 0 && model.StartupType < kStartupTypeCount ? model.StartupType
                                                                                  : -1),
       CloseMethod(model.CloseType >= 0 && model.CloseType < kCloseTypeCount ? model.CloseType : -1),
-      ShowTips(model.ShowTipsAtStartup != 0), model_(model), host_(host), messages_(messages),
+      ShowTips(model.ShowTipsAtStartup != 0),
+      WaitForIdle(model.WaitForIdle != 0), model_(model), host_(host), messages_(messages),
       messageTable_(std::move(messageTable)), localeDecimal_(std::move(localeDecimal)) {}
 
 bool OptionsModel::Changed() const {
     return DelayText != FormatSingle(model_.MainStartupDelay) ||
-           ShowTips != (model_.ShowTipsAtStartup != 0) || CloseMethod != model_.CloseType ||
+           ShowTips != (model_.ShowTipsAtStartup != 0) ||
+           WaitForIdle != (model_.WaitForIdle != 0) || CloseMethod != model_.CloseType ||
            RunAtLogin != model_.StartupType;
 }
 
@@ -99,9 +102,9 @@ bool OptionsModel::Ok() {
     }
     struct Settings {
         float delay;
-        int startupType, closeType, showTips;
+        int startupType, closeType, showTips, waitForIdle;
     } const before{model_.MainStartupDelay, model_.StartupType, model_.CloseType,
-                   model_.ShowTipsAtStartup};
+                   model_.ShowTipsAtStartup, model_.WaitForIdle};
     try {
         if (RunAtLogin != model_.StartupType)
             host_.UpdateRunEntry(RunAtLogin);
@@ -109,6 +112,8 @@ bool OptionsModel::Ok() {
         model_.StartupType = RunAtLogin;
         model_.CloseType = CloseMethod;
         model_.ShowTipsAtStartup = ShowTips ? -1 : 0;
+        if (WaitForIdle != (model_.WaitForIdle != 0))
+            model_.WaitForIdle = WaitForIdle ? 1 : 0;
         host_.WriteItems();
     } catch (const std::exception& e) {
         // The settings go back to what the file holds, so that OK once more tries again
@@ -117,6 +122,7 @@ bool OptionsModel::Ok() {
         model_.StartupType = before.startupType;
         model_.CloseType = before.closeType;
         model_.ShowTipsAtStartup = before.showTips;
+        model_.WaitForIdle = before.waitForIdle;
         Fail(e.what(), kSettingsNotSaved, e.what());
         return false;
     }

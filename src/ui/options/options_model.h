@@ -1,4 +1,4 @@
-// The options dialog's rules, without a window: the four settings as the dialog shows them,
+// The options dialog's rules, without a window: the five settings as the dialog shows them,
 // whether OK changed any, and what OK stores, in which order. The dialog renders this model and
 // hands the user's typing and choices back.
 #pragma once
@@ -36,6 +36,7 @@ enum OptionsText : size_t {
     kOptionsRunAtStartup = 11,
     kOptionsProgramClosing = 12,
     kOptionsShowTips = 13,
+    kOptionsWaitForIdle = 14,
 };
 inline constexpr int kStartupTypeCount = 4, kCloseTypeCount = 2;
 std::vector<std::string> BuiltInOptionsTexts();
@@ -56,6 +57,7 @@ public:
     int RunAtLogin = -1;  // index of the start-up type's entry; -1: none chosen
     int CloseMethod = -1; // index of the close type's entry; -1: none chosen
     bool ShowTips = false;
+    bool WaitForIdle = false;
 
     // The fields differ from the settings.
     bool Changed() const;

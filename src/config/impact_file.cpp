@@ -1,0 +1,211 @@
+#include "config/impact_file.h"
+
+#include <charconv>
+
+#include "text/strings.h"
+
+namespace tolvane {
+
+namespace {
+
+constexpr std::string_view kHeader =
+    "Location,Name,Measured,Rating,ReadyMs,CpuMs,ReadBytes,WriteBytes,WatchedMs";
+constexpr size_t kFields = 9;
+
+struct LocationWord {
+    int Code;
+    std::string_view Word;
+};
+constexpr LocationWord kLocationWords[] = {{kMachineRun, "HKLM Run"},
+                                           {kUserRun, "HKCU Run"},
+                                           {kCommonStartup, "All Users Startup"},
+                                           {kUserStartup, "User Startup"}};
+constexpr std::string_view kRatingWords[] = {"Low", "Medium", "High"};
+
+std::string_view LocationWordOf(int code) {
+    for (const LocationWord& w : kLocationWords)
+        if (w.Code == code)
+            return w.Word;
+    return {};
+}
+
+std::string FileNameOf(std::string_view path) {
+    const size_t slash = path.find_last_of("\\/");
+    return Trim(slash == std::string_view::npos ? path : path.substr(slash + 1));
+}
+
+std::string Quoted(std::string_view field) {
+    const bool plain = field.find_first_of(",\"\r\n") == std::string_view::npos &&
+                       (field.empty() || (field.front() != ' ' && field.back() != ' '));
+    if (plain)
+        return std::string(field);
+    std::string out = "\"";
+    for (char c : field)
+        out += c == '"' ? std::string("\"\"") : std::string(1, c);
+    return out + "\"";
+}
+
+// One line's fields; nothing when a quote is left open.
+std::optional<std::vector<std::string>> SplitFields(std::string_view line) {
+    std::vector<std::string> fields(1);
+    bool quoted = false;
+    for (size_t i = 0; i < line.size(); ++i) {
+        const char c = line[i];
+        if (quoted) {
+            if (c != '"')
+                fields.back() += c;
+            else if (i + 1 < line.size() && line[i + 1] == '"')
+                fields.back() += line[++i];
+            else
+                quoted = false;
+        } else if (c == '"') {
+            quoted = true;
+        } else if (c == ',') {
+            fields.emplace_back();
+        } else {
+            fields.back() += c;
+        }
+    }
+    if (quoted)
+        return std::nullopt;
+    return fields;
+}
+
+std::optional<uint64_t> Number(std::string_view text) {
+    uint64_t value = 0;
+    const char* end = text.data() + text.size();
+    auto [at, error] = std::from_chars(text.data(), end, value);
+    if (text.empty() || error != std::errc() || at != end)
+        return std::nullopt;
+    return value;
+}
+
+std::optional<ImpactRecord> RecordOf(const std::vector<std::string>& f) {
+    if (f.size() != kFields || f[1].empty())
+        return std::nullopt;
+    ImpactRecord r;
+    bool known = false;
+    for (const LocationWord& w : kLocationWords)
+        if (f[0] == w.Word) {
+            r.Key.Location = w.Code;
+            known = true;
+        }
+    const auto cpu = Number(f[5]), read = Number(f[6]), write = Number(f[7]),
+               watched = Number(f[8]);
+    if (!known || !cpu || !read || !write || !watched)
+        return std::nullopt;
+    r.Key.Name = f[1];
+    r.Measured = f[2];
+    // The rating column is for people who read the file; the figures decide.
+    if (!f[4].empty()) {
+        r.ReadyMs = Number(f[4]);
+        if (!r.ReadyMs)
+            return std::nullopt;
+    }
+    r.CpuMs = *cpu;
+    r.ReadBytes = *read;
+    r.WriteBytes = *write;
+    r.WatchedMs = *watched;
+    return r;
+}
+
+} // namespace
+
+ImpactRating RateImpact(uint64_t cpuMs, uint64_t ioBytes) {
+    if (cpuMs > kHighCpuMs || ioBytes > kHighIoBytes)
+        return ImpactRating::High;
+    if (cpuMs > kMediumCpuMs || ioBytes > kMediumIoBytes)
+        return ImpactRating::Medium;
+    return ImpactRating::Low;
+}
+
+bool SameItem(const ImpactKey& a, const ImpactKey& b) {
+    // Windows compares value names and file names without regard to letter case.
+    return a.Location == b.Location && ToLower(a.Name) == ToLower(b.Name);
+}
+
+std::optional<ImpactKey> ImpactKeyOf(const GroupProgram& program) {
+    if (Trim(program.Path).empty())
+        return std::nullopt;
+    if (program.Command == kExecuteReg || program.Command == kExecuteRegAU) {
+        const int location = program.Command == kExecuteReg ? kUserRun : kMachineRun;
+        // A program line added by hand may lack the value's name: its file stands for it.
+        const std::string name = program.RegistryKeyName.empty() ? FileNameOf(program.Path)
+                                                                 : program.RegistryKeyName;
+        return ImpactKey{location, name};
+    }
+    if (program.Command == kExecute)
+        return ImpactKey{kUserStartup, FileNameOf(program.Path)};
+    if (program.Command == kExecuteAU)
+        return ImpactKey{kCommonStartup, FileNameOf(program.Path)};
+    return std::nullopt;
+}
+
+std::optional<ImpactKey> ImpactKeyOfStopped(std::string_view entry) {
+    if (entry.size() <= kPrefixLength)
+        return std::nullopt;
+    const std::string_view prefix = entry.substr(0, kPrefixLength);
+    const std::string_view name = entry.substr(kPrefixLength);
+    for (int code : {kMachineRun, kUserRun, kCommonStartup, kUserStartup}) {
+        if (prefix != LocationPrefix(code))
+            continue;
+        if (code == kMachineRun || code == kUserRun)
+            return ImpactKey{code, std::string(name.substr(0, name.find('=')))};
+        return ImpactKey{code, FileNameOf(name)};
+    }
+    return std::nullopt;
+}
+
+std::string FormatImpactFile(const std::vector<ImpactRecord>& records) {
+    std::string out = std::string(kHeader) + "\r\n";
+    for (const ImpactRecord& r : records) {
+        out += Quoted(LocationWordOf(r.Key.Location)) + "," + Quoted(r.Key.Name) + "," +
+               Quoted(r.Measured) + "," +
+               std::string(kRatingWords[static_cast<int>(r.Rating())]) + "," +
+               (r.ReadyMs ? std::to_string(*r.ReadyMs) : std::string()) + "," +
+               std::to_string(r.CpuMs) + "," + std::to_string(r.ReadBytes) + "," +
+               std::to_string(r.WriteBytes) + "," + std::to_string(r.WatchedMs) + "\r\n";
+    }
+    return out;
+}
+
+ImpactFileContent ParseImpactFile(std::string_view bytes) {
+    ImpactFileContent content;
+    size_t start = 0;
+    while (start < bytes.size()) {
+        size_t end = bytes.find('\n', start);
+        if (end == std::string_view::npos)
+            end = bytes.size();
+        std::string_view line = bytes.substr(start, end - start);
+        start = end + 1;
+        if (!line.empty() && line.back() == '\r')
+            line.remove_suffix(1);
+        if (line.empty() || line == kHeader)
+            continue;
+        const auto fields = SplitFields(line);
+        const auto record = fields ? RecordOf(*fields) : std::nullopt;
+        if (record)
+            PutImpact(content.Records, *record);
+        else
+            ++content.SkippedLines;
+    }
+    return content;
+}
+
+void PutImpact(std::vector<ImpactRecord>& records, ImpactRecord record) {
+    for (ImpactRecord& r : records)
+        if (SameItem(r.Key, record.Key)) {
+            r = std::move(record);
+            return;
+        }
+    records.push_back(std::move(record));
+}
+
+const ImpactRecord* FindImpact(const std::vector<ImpactRecord>& records, const ImpactKey& key) {
+    for (const ImpactRecord& r : records)
+        if (SameItem(r.Key, key))
+            return &r;
+    return nullptr;
+}
+
+} // namespace tolvane

@@ -1,0 +1,63 @@
+// What each program the log-on run or the tray started cost the machine in its first half
+// minute, rated as Task Manager rates start-up impact, and the file that keeps the last
+// measurement of every item ("impact.csv" beside the program-group file).
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "config/program_model.h"
+
+namespace tolvane {
+
+enum class ImpactRating { Low, Medium, High };
+
+// High above 1 s of CPU or 3 MB of disk I/O, Medium above 300 ms or 300 KB, Low below both.
+inline constexpr uint64_t kHighCpuMs = 1000, kMediumCpuMs = 300;
+inline constexpr uint64_t kHighIoBytes = 3 * 1024 * 1024, kMediumIoBytes = 300 * 1024;
+ImpactRating RateImpact(uint64_t cpuMs, uint64_t ioBytes);
+
+// How long a started program is watched, at most.
+inline constexpr uint64_t kImpactWatchMs = 30000;
+
+// An item is its location and its own name (the Run value's name, the shortcut's file name):
+// a program moved between delayed and stopped keeps its measurement, and two items that start
+// the same program keep their own.
+struct ImpactKey {
+    int Location = kUserStartup;
+    std::string Name;
+};
+bool SameItem(const ImpactKey& a, const ImpactKey& b);
+// A delayed program's item; nothing for a free slot or an unknown command.
+std::optional<ImpactKey> ImpactKeyOf(const GroupProgram& program);
+// A stopped entry's item ("_REGCU_name=command", "_STPAU_file.lnk").
+std::optional<ImpactKey> ImpactKeyOfStopped(std::string_view entry);
+
+struct ImpactRecord {
+    ImpactKey Key;
+    std::string Measured;            // local time of the start, "2026-11-23 08:15:02"
+    std::optional<uint64_t> ReadyMs; // none: never waiting for input while watched
+    uint64_t CpuMs = 0;
+    uint64_t ReadBytes = 0;
+    uint64_t WriteBytes = 0;
+    uint64_t WatchedMs = 0; // the whole watch, or less when the program ended sooner
+    ImpactRating Rating() const { return RateImpact(CpuMs, ReadBytes + WriteBytes); }
+};
+
+// The file: a header line, then one line per item, comma-separated, CR LF. A name with a comma,
+// a quote or blanks at its ends stands in quotes, its quotes doubled.
+std::string FormatImpactFile(const std::vector<ImpactRecord>& records);
+struct ImpactFileContent {
+    std::vector<ImpactRecord> Records;
+    size_t SkippedLines = 0; // lines that are no measurement (edited, cut short)
+};
+ImpactFileContent ParseImpactFile(std::string_view bytes);
+
+// Replaces the item's measurement, or adds it.
+void PutImpact(std::vector<ImpactRecord>& records, ImpactRecord record);
+const ImpactRecord* FindImpact(const std::vector<ImpactRecord>& records, const ImpactKey& key);
+
+} // namespace tolvane

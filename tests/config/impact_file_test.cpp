@@ -1,0 +1,81 @@
+// The start-up impact rating and the file that keeps each item's last measurement.
+#include <gtest/gtest.h>
+
+#include "config/impact_file.h"
+
+namespace tolvane {
+namespace {
+
+TEST(ImpactRating, TaskManagersThresholdsWithEitherFigureDeciding) {
+    constexpr uint64_t KB = 1024, MB = 1024 * KB;
+    struct Case {
+        uint64_t cpuMs, ioBytes;
+        ImpactRating rating;
+    } const cases[] = {
+        {0, 0, ImpactRating::Low},           {300, 300 * KB, ImpactRating::Low},
+        {301, 0, ImpactRating::Medium},      {0, 300 * KB + 1, ImpactRating::Medium},
+        {1000, 3 * MB, ImpactRating::Medium}, {1001, 0, ImpactRating::High},
+        {0, 3 * MB + 1, ImpactRating::High}, {10, 45 * MB, ImpactRating::High},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(RateImpact(c.cpuMs, c.ioBytes), c.rating) << c.cpuMs << " ms " << c.ioBytes;
+    ImpactRecord split; // read and written count together
+    split.ReadBytes = 2 * MB;
+    split.WriteBytes = 2 * MB;
+    EXPECT_EQ(split.Rating(), ImpactRating::High);
+}
+
+TEST(ImpactKeys, AnItemIsItsLocationAndItsOwnNameWhateverItsState) {
+    auto key = [](std::optional<ImpactKey> k) {
+        return k ? std::to_string(k->Location) + "|" + k->Name : std::string("none");
+    };
+    EXPECT_EQ(key(ImpactKeyOf({"C:\\a\\tool.exe", "-x", "ExecuteReg", 1, "Tool"})), "1|Tool");
+    EXPECT_EQ(key(ImpactKeyOf({"C:\\a\\tool.exe", "", "ExecuteRegAU", 1, ""})), "0|tool.exe");
+    EXPECT_EQ(key(ImpactKeyOf({"Word.lnk", "", "Execute", 0, ""})), "3|Word.lnk");
+    EXPECT_EQ(key(ImpactKeyOf({"C:\\Items\\Word.lnk", "", "ExecuteAU", 0, ""})), "2|Word.lnk");
+    EXPECT_EQ(key(ImpactKeyOf({"", "", "Execute", 0, ""})), "none");
+    EXPECT_EQ(key(ImpactKeyOf({"x.exe", "", "Close", 0, ""})), "none");
+    // Stopped, the same items keep their keys.
+    EXPECT_EQ(key(ImpactKeyOfStopped("_REGCU_Tool=\"C:\\a\\tool.exe\" -x")), "1|Tool");
+    EXPECT_EQ(key(ImpactKeyOfStopped("_STPAU_Word.lnk")), "2|Word.lnk");
+    EXPECT_EQ(key(ImpactKeyOfStopped("_XXXXX_Word.lnk")), "none");
+    EXPECT_EQ(key(ImpactKeyOfStopped("_REGCU_")), "none");
+    EXPECT_TRUE(SameItem({kUserRun, "TOOL"}, {kUserRun, "tool"}));
+    EXPECT_FALSE(SameItem({kUserRun, "Tool"}, {kMachineRun, "Tool"}));
+}
+
+TEST(ImpactFile, WritesCsvLinesThatReadBackAndPassesOverBrokenOnes) {
+    std::vector<ImpactRecord> records;
+    PutImpact(records, {{kUserRun, "Tool"}, "2026-11-23 08:15:02", 4100, 2300, 45 << 20, 0, 30000});
+    PutImpact(records, {{kCommonStartup, " Odd, \"quoted\".lnk"}, "2026-11-23 08:15:40",
+                        std::nullopt, 12, 0, 4096, 850});
+    const std::string bytes = FormatImpactFile(records);
+    EXPECT_EQ(bytes,
+              "Location,Name,Measured,Rating,ReadyMs,CpuMs,ReadBytes,WriteBytes,WatchedMs\r\n"
+              "HKCU Run,Tool,2026-11-23 08:15:02,High,4100,2300,47185920,0,30000\r\n"
+              "All Users Startup,\" Odd, \"\"quoted\"\".lnk\",2026-11-23 08:15:40,Low,,12,0,4096,"
+              "850\r\n");
+
+    // An edited file: LF line ends, a cut-off last line, a word and a number that are not.
+    const std::string edited = bytes + "HKCU Run,Cut,2026,Low,1,2\n" + "Nowhere,X,t,Low,,1,1,1,1\n" +
+                               "User Startup,Y,t,Low,soon,1,1,1,1\n" + "HKLM Run,\"Open,1\n" +
+                               "HKLM Run,Later,t,High,,5,0,0,900";
+    const ImpactFileContent read = ParseImpactFile(edited);
+    EXPECT_EQ(read.SkippedLines, 4u);
+    ASSERT_EQ(read.Records.size(), 3u);
+    EXPECT_EQ(FormatImpactFile({read.Records[0], read.Records[1]}), bytes);
+    EXPECT_EQ(read.Records[2].Key.Name, "Later");
+    EXPECT_EQ(read.Records[2].Rating(), ImpactRating::Low); // the figures decide, not the word
+
+    // A new measurement of an item replaces its last one, by name in any letter case.
+    records = read.Records;
+    PutImpact(records, {{kUserRun, "TOOL"}, "2026-11-24 08:00:00", 900, 200, 0, 0, 30000});
+    ASSERT_EQ(records.size(), 3u);
+    const ImpactRecord* tool = FindImpact(records, {kUserRun, "tool"});
+    ASSERT_TRUE(tool);
+    EXPECT_EQ(tool->CpuMs, 200u);
+    EXPECT_FALSE(FindImpact(records, {kMachineRun, "Tool"}));
+}
+
+} // namespace
+} // namespace tolvane

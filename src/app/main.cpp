@@ -12,6 +12,7 @@
 #include "config/app_state.h"
 #include "startup/data_lists.h"
 #include "startup/delayed_run.h"
+#include "startup/impact_meter.h"
 #include "text/code_page.h"
 #include "config/language_files.h"
 #include "items/startup_folders.h"
@@ -68,6 +69,7 @@ std::string InstanceMutexName() {
 
 int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& messages) {
     std::unique_ptr<AppState> app;
+    std::unique_ptr<ImpactMeter> meter; // outlives the window, whose tray starts programs
     std::unique_ptr<MainWindow> window;
     UniqueHandle instanceMutex;
     SetActiveCodePage(GetACP()); // before the first path or file is read
@@ -96,6 +98,8 @@ int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& mes
         if (!app->ShowGui && app->model.StartupType <= 0)
             return 0; // a log-on start with start-up turned off does nothing
 
+        meter = std::make_unique<ImpactMeter>(CDelayLoad(*app).ImpactFilePath(), &app->log);
+        app->watcher = meter.get();
         window = std::make_unique<MainWindow>(*app, instance);
         if (!window->Load())
             throw std::runtime_error("the main window could not be made");
@@ -117,6 +121,8 @@ int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& mes
     // A window that is still there keeps the process alive until it is closed for good.
     int code = window && window->Handle() ? RunMessageLoop() : 0;
     window.reset();
+    if (app)
+        app->watcher = nullptr;
     return code;
 }
 

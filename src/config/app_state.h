@@ -3,9 +3,11 @@
 // AppState in its entry and hands it down; tests make their own, with their own program folder.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
+#include "config/impact_file.h"
 #include "config/program_model.h"
 #include "platform/event_log.h"
 #include "text/text_tables.h"
@@ -32,6 +34,20 @@ struct SafeEntry {
     std::string Description;
 };
 
+// Watches the programs that the log-on run and the tray start, and keeps what each cost the
+// machine in its first half minute.
+class StartWatcher {
+public:
+    virtual ~StartWatcher() = default;
+    // process: the started program's handle, owned from here on; null when the shell handed
+    // none over (a shortcut), and then `launched`, the path started, tells what to look for.
+    // startedMs: the steady clock when the start began.
+    virtual void Watch(const ImpactKey& item, void* process, const std::string& launched,
+                       uint64_t startedMs) = 0;
+    // A measurement is still being taken.
+    virtual bool Busy() const = 0;
+};
+
 class AppState {
 public:
     AppState(std::string programFolder, UserMessages& messages);
@@ -47,6 +63,7 @@ public:
     std::string OnlineSearchTemplate;
     EventLog log; // "log.txt" in the program folder
     UserMessages& messages;
+    StartWatcher* watcher = nullptr; // none: nothing is measured
 };
 
 // The folders that follow from the program folder alone. They are known before the model is

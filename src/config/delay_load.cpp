@@ -27,6 +27,10 @@ CDelayLoad::CDelayLoad(AppState& app) : app_(app) {
     filePath_ = app_.folders.ProgramFolder + "\\" + user + "\\proggroup.c";
 }
 
+std::string CDelayLoad::ImpactFilePath() const {
+    return filePath_.substr(0, filePath_.find_last_of('\\') + 1) + "impact.csv";
+}
+
 bool CDelayLoad::GetStoppedInfo(std::string_view entry, std::string& path,
                                 std::string& parameters) {
     const auto& stopped = app_.model.StoppedPrograms;

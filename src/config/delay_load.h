@@ -45,6 +45,9 @@ public:
     // Writes the whole model; throws FileError when it cannot, leaving the old file intact.
     void WriteItems();
 
+    // The measurements of the programs started, beside the file.
+    std::string ImpactFilePath() const;
+
     // The copy of a file that a load could not read.
     std::string UnreadableCopyPath() const { return filePath_ + ".unreadable"; }
 

@@ -4,12 +4,14 @@
 
 #include <algorithm>
 #include <exception>
+#include <memory>
 
 #include "config/delay_load.h"
 #include "platform/dir_struct.h"
 #include "platform/environment.h"
 #include "platform/message_pump.h"
 #include "config/app_state.h"
+#include "startup/idle_detector.h"
 #include "startup/launcher.h"
 #include "text/strings.h"
 
@@ -22,6 +24,12 @@ constexpr uint64_t kSliceMs = 2000;
 class LoopClock : public RunClock {
 public:
     uint64_t NowMs() override { return tolvane::NowMs(); }
+    bool CanSampleLoad() override { return true; } // the processors' times always are there
+    std::optional<LoadSample> SampleLoad() override {
+        if (!load_)
+            load_ = std::make_unique<SystemLoad>(); // only a run that waits for idle asks
+        return load_->Sample();
+    }
     void WaitUntil(uint64_t deadline, const std::function<bool()>& stop) override {
         while (!stop()) {
             const uint64_t now = NowMs();
@@ -30,18 +38,51 @@ public:
             WaitServingMessages(std::min(deadline, now + kSliceMs), stop);
         }
     }
+
+private:
+    std::unique_ptr<SystemLoad> load_;
 };
 
-// Waits until the deadline, with the wait flags as the tray and the window read them.
-void WaitUntil(AppState& app, RunClock& clock, uint64_t deadline) {
+// Waits until the deadline, or until `done` turns true, with the wait flags as the tray and the
+// window read them.
+void WaitUntil(AppState& app, RunClock& clock, uint64_t deadline,
+               const std::function<bool()>& done = nullptr) {
     const bool outer = app.wait.WaitActive;
     app.wait.WaitActive = true;
     try {
-        clock.WaitUntil(deadline, [&] { return app.wait.QuitRequested; });
+        clock.WaitUntil(deadline, [&] { return app.wait.QuitRequested || (done && done()); });
     } catch (const std::exception& e) {
         app.log.WriteLog(std::string("Error in wait: ") + e.what(), kLogWarning);
     }
     app.wait.WaitActive = outer;
+}
+
+// Waits, from now, until the machine has been idle long enough or the delay and the longest
+// extra time have passed. Where the load cannot be read, the delay alone is waited.
+void WaitForIdleMachine(AppState& app, RunClock& clock, uint64_t delayMs) {
+    const uint64_t begun = clock.NowMs();
+    const uint64_t latest = begun + delayMs + kIdleLongestExtraMs;
+    if (!clock.CanSampleLoad()) {
+        WaitUntil(app, clock, begun + delayMs);
+        return;
+    }
+    IdleDetector detector;
+    (void)clock.SampleLoad(); // starts the count: what came before this wait is not asked
+    while (!app.wait.QuitRequested) {
+        const uint64_t now = clock.NowMs();
+        if (now >= latest)
+            return;
+        WaitUntil(app, clock, std::min(latest, now + kIdleWindowMs));
+        if (app.wait.QuitRequested)
+            return;
+        const std::optional<LoadSample> load = clock.SampleLoad();
+        if (!load) {
+            WaitUntil(app, clock, begun + delayMs);
+            return;
+        }
+        if (detector.Add(*load))
+            return;
+    }
 }
 
 void LogInfo(AppState& app, const std::string& text) {
@@ -108,8 +149,8 @@ std::optional<ProgramStart> ResolveDelayedProgram(const AppState& app,
 
 void DelayedRun(AppState& app, MainWindowControl& window) {
     DelayedRun(app, window, MessageLoopClock(),
-               [&](const std::string& path, const std::string& parameters) {
-                   LaunchProgram(app, path, parameters);
+               [&](const std::string& path, const std::string& parameters, const ImpactKey* item) {
+                   LaunchMeasured(app, path, parameters, item);
                });
 }
 
@@ -125,6 +166,7 @@ void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
     const ProgramGroup* startup = model.StartupGroup();
     const std::vector<GroupProgram> programs =
         startup ? startup->Programs : std::vector<GroupProgram>();
+    const bool waitForIdle = model.WaitForIdle != 0;
 
     if (!startup) {
         LogInfo(app, "Start Delay was called, but there weren't delayed items!");
@@ -135,7 +177,10 @@ void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
         // Each program's delay counts from the planned start of the one before: the time a
         // launch itself takes does not push the later programs back.
         uint64_t planned = runStart + DelayMilliseconds(model.MainStartupDelay);
-        WaitUntil(app, clock, planned);
+        if (waitForIdle)
+            WaitForIdleMachine(app, clock, DelayMilliseconds(model.MainStartupDelay));
+        else
+            WaitUntil(app, clock, planned);
         LogInfo(app, TimeOfDayText() + "  Wait over.");
 
         for (const GroupProgram& program : programs) {
@@ -147,18 +192,28 @@ void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
             LogInfo(app,
                     TimeOfDayText() + " Waiting for " + FormatSingle(program.Delay) + " seconds.");
             planned += DelayMilliseconds(program.Delay);
-            WaitUntil(app, clock, planned);
+            if (waitForIdle)
+                WaitForIdleMachine(app, clock, DelayMilliseconds(program.Delay));
+            else
+                WaitUntil(app, clock, planned);
             if (app.wait.QuitRequested)
                 continue;
             // All four commands start: an all-users item is delayed for every user who logs
             // on, which is why the program enters itself in the machine's Run key for them.
             LogInfo(app, TimeOfDayText() + "  " + program.Path + " " + program.Parameters);
-            launch(start->Path, start->Parameters);
+            const std::optional<ImpactKey> item = ImpactKeyOf(program);
+            launch(start->Path, start->Parameters, item ? &*item : nullptr);
         }
     }
 
+    // The program ends after the run: first the measurements of what it started are kept,
+    // with the tray still there. Opening the window meanwhile keeps the program.
+    auto ends = [&] { return !window.IsVisible() && model.StartupType == 1; };
+    if (!app.wait.QuitRequested && ends() && app.watcher)
+        WaitUntil(app, clock, clock.NowMs() + kImpactWatchMs + kSliceMs,
+                  [&] { return !app.watcher->Busy() || !ends(); });
     if (!app.wait.QuitRequested) {
-        if (!window.IsVisible() && model.StartupType == 1)
+        if (ends())
             window.Unload();
         else
             app.ShowGui = true; // stays in the tray, as if started by the user

@@ -8,10 +8,13 @@
 #include <string>
 #include <string_view>
 
+#include "platform/system_load.h"
+
 namespace tolvane {
 
 class AppState;
 struct GroupProgram;
+struct ImpactKey;
 
 // What the run needs of the main window.
 class MainWindowControl {
@@ -26,19 +29,26 @@ public:
     virtual void Open() = 0;
 };
 
-// The time the run goes by, and how it waits. The program's own clock serves the message loop
-// in slices of at most 2 seconds while it waits; a test moves its own clock on instead.
+// The time the run goes by, how it waits, and how busy the machine is meanwhile. The program's
+// own clock serves the message loop in slices of at most 2 seconds while it waits and asks the
+// system for its load; a test moves its own clock on and says what the load was.
 class RunClock {
 public:
     virtual ~RunClock() = default;
     virtual uint64_t NowMs() = 0;
     // Returns at the deadline, or earlier once stop() turns true.
     virtual void WaitUntil(uint64_t deadlineMs, const std::function<bool()>& stop) = 0;
+    // The machine's load since the call before; nothing when it cannot be known. The first call
+    // of a wait only starts the count.
+    virtual bool CanSampleLoad() { return false; }
+    virtual std::optional<LoadSample> SampleLoad() { return std::nullopt; }
 };
 RunClock& MessageLoopClock();
 
-// Starts a program; the program's own is LaunchProgram.
-using ProgramLauncher = std::function<void(const std::string& path, const std::string& parameters)>;
+// Starts a program of this item (none: a start that is not an item's); the program's own is
+// LaunchMeasured.
+using ProgramLauncher = std::function<void(const std::string& path, const std::string& parameters,
+                                           const ImpactKey* item)>;
 
 // A delay of the model in whole milliseconds, rounded half to even; none below 0.
 uint64_t DelayMilliseconds(float seconds);
@@ -65,6 +75,9 @@ struct ProgramStart {
 };
 std::optional<ProgramStart> ResolveDelayedProgram(const AppState& app, const GroupProgram& program);
 
+// With WaitForIdle on, the main delay and each program wait until the machine is idle, at the
+// latest their delay and two minutes after the wait began; where the load cannot be read they
+// wait their delay. The run ends only once the measurements of what it started are kept.
 void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
                 const ProgramLauncher& launch);
 // With the program's own clock and launcher.

@@ -13,7 +13,7 @@ namespace tolvane {
 
 namespace {
 
-bool ShellOpen(const std::string& path, const std::string& parameters) {
+bool ShellOpen(const std::string& path, const std::string& parameters, UniqueHandle& process) {
     // An empty item would be the desktop folder: the shell would open a window at log-on.
     if (path.empty())
         return false;
@@ -36,23 +36,33 @@ bool ShellOpen(const std::string& path, const std::string& parameters) {
     info.lpDirectory = "";
     info.nShow = SW_SHOWNORMAL;
     const bool started = ShellExecuteExA(&info) != FALSE;
-    UniqueHandle process(info.hProcess); // not watched: closed at once
+    process.reset(info.hProcess);
     return started;
 }
 
 } // namespace
 
-void LaunchProgram(AppState& app, std::string_view path, std::string_view parameters) {
+UniqueHandle LaunchProgram(AppState& app, std::string_view path, std::string_view parameters) {
     YieldToMessageLoop();
     const std::string file(path);
-    if (!ShellOpen(file, std::string(parameters))) {
+    UniqueHandle process;
+    if (!ShellOpen(file, std::string(parameters), process)) {
         if (Contains(file, "\"")) {
-            LaunchProgram(app, RemoveAll(file, '"'), parameters);
+            process = LaunchProgram(app, RemoveAll(file, '"'), parameters);
         } else {
             app.log.WriteLog("Program: " + file + " failed to start.", kLogError);
         }
     }
     YieldToMessageLoop();
+    return process;
+}
+
+void LaunchMeasured(AppState& app, const std::string& path, const std::string& parameters,
+                    const ImpactKey* item) {
+    const uint64_t started = NowMs();
+    UniqueHandle process = LaunchProgram(app, path, parameters);
+    if (item && app.watcher)
+        app.watcher->Watch(*item, process.release(), RemoveAll(path, '"'), started);
 }
 
 } // namespace tolvane

@@ -17,10 +17,11 @@ constexpr size_t kRunAllText = 22, kStoppedText = 23, kOpenText = 24, kQuitText 
 // that is nowhere goes to the launcher by its name, which fails there and is logged so.
 void Start(AppState& app, const GroupProgram& program, const ProgramLauncher& launch) {
     const std::optional<ProgramStart> start = ResolveDelayedProgram(app, program);
+    const std::optional<ImpactKey> item = ImpactKeyOf(program);
     if (start)
-        launch(start->Path, start->Parameters);
+        launch(start->Path, start->Parameters, item ? &*item : nullptr);
     else
-        launch(program.Path, program.Parameters);
+        launch(program.Path, program.Parameters, nullptr);
 }
 
 void StartStopped(AppState& app, int index, const ProgramLauncher& launch) {
@@ -32,7 +33,8 @@ void StartStopped(AppState& app, int index, const ProgramLauncher& launch) {
     // Nothing found to start it from: the launcher names the item in the log.
     if (path.empty())
         path = stopped[index].substr(std::min(kPrefixLength, stopped[index].size()));
-    launch(path, parameters);
+    const std::optional<ImpactKey> item = ImpactKeyOfStopped(stopped[index]);
+    launch(path, parameters, item ? &*item : nullptr);
 }
 
 } // namespace
@@ -119,9 +121,8 @@ void TrayMenuCommand(AppState& app, MainWindowControl& window, const TrayMenu& m
 
 void TrayMenuCommand(AppState& app, MainWindowControl& window, const TrayMenu& menu, int number) {
     TrayMenuCommand(app, window, menu, number, MessageLoopClock(),
-                    [&](const std::string& path, const std::string& parameters) {
-                        LaunchProgram(app, path, parameters);
-                    });
+                    [&](const std::string& path, const std::string& parameters,
+                        const ImpactKey* item) { LaunchMeasured(app, path, parameters, item); });
 }
 
 } // namespace tolvane

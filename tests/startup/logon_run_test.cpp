@@ -10,6 +10,7 @@
 #include <shellapi.h>
 
 #include "config/delay_load.h"
+#include "config/impact_file.h"
 #include "config/program_group_file.h"
 #include "platform/registry.h"
 #include "records.h"
@@ -115,6 +116,50 @@ TEST_F(LogOnRun, StartsTheStartupGroupInTurnLogsItAndEnds) {
     EXPECT_EQ(reg.GetSettingString(RegistryRoot::LocalMachine, kRunKey, kOwnRunValue),
               Exe() + " -nogui");
     EXPECT_EQ(reg.GetSettingString(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue), "");
+}
+
+// What the run starts is measured, a shortcut as the program it points to: a line per item in
+// the impact file, rated by its CPU time, and the log and the program-group file as they were.
+TEST_F(LogOnRun, EachProgramItStartsIsMeasuredIntoTheImpactFile) {
+    const std::string loader = test::HelperProgram("load_program.exe");
+    ASSERT_TRUE(test::CreateShortcut(userItems + "\\Burn.lnk", loader, record + " L 600"));
+    WriteProgramGroups(1, 0,
+                       {{loader, record + " R 1500", "ExecuteReg", 0, "Burner"},
+                        {"Burn.lnk", "", "Execute", 0, ""}});
+    const std::string user = folder / WindowsUserName();
+    const std::string groups = test::ReadFileBytes(user + "\\proggroup.c");
+    test::ChildProcess tolvane(Exe() + " -nogui");
+    ASSERT_TRUE(tolvane.Started());
+    ASSERT_TRUE(tolvane.WaitForExit(60000)) << "the run ends once both are measured";
+    std::vector<std::string> done = test::Names(test::WaitForStarts(record, 2));
+    std::sort(done.begin(), done.end());
+    EXPECT_EQ(done, (std::vector<std::string>{"L", "R"}));
+
+    const ImpactFileContent impact = ParseImpactFile(test::ReadFileBytes(user + "\\impact.csv"));
+    EXPECT_EQ(impact.SkippedLines, 0u);
+    EXPECT_EQ(impact.Records.size(), 2u);
+    const ImpactRecord* burner = FindImpact(impact.Records, {kUserRun, "Burner"});
+    const ImpactRecord* shortcut = FindImpact(impact.Records, {kUserStartup, "Burn.lnk"});
+    ASSERT_TRUE(burner && shortcut);
+    // It ended, so it was watched until then.
+    // Its own CPU time and the little a start costs, less what Wine forgets of its last moments.
+    EXPECT_GE(burner->CpuMs, 1300u);
+    EXPECT_LT(burner->CpuMs, 2500u);
+    EXPECT_EQ(burner->Rating(), ImpactRating::High);
+    EXPECT_TRUE(burner->ReadyMs.has_value());
+    EXPECT_LT(burner->WatchedMs, kImpactWatchMs);
+    EXPECT_GE(shortcut->CpuMs, 450u);
+    EXPECT_EQ(shortcut->Rating(), ImpactRating::Medium);
+
+    EXPECT_EQ(LogWithoutTimes(), (std::vector<std::string>{
+                                     "Info: <time>  Waiting for 0 seconds.",
+                                     "Info: <time>  Wait over.",
+                                     "Info: <time> Waiting for 0 seconds.",
+                                     "Info: <time>  " + loader + " " + record + " R 1500",
+                                     "Info: <time> Waiting for 0 seconds.",
+                                     "Info: <time>  Burn.lnk ",
+                                 }));
+    EXPECT_EQ(test::ReadFileBytes(user + "\\proggroup.c"), groups);
 }
 
 // The message box of another process, once it shows: its text, after which it is closed.
@@ -276,14 +321,21 @@ protected:
     void WaitUntil(uint64_t deadline, const std::function<bool()>& stop) override {
         if (whileWaiting)
             whileWaiting();
-        if (!stop())
-            now = std::max(now, deadline);
+        while (!stop() && now < deadline)
+            now = std::min(deadline, now + 100);
+    }
+    bool CanSampleLoad() override { return load != nullptr; }
+    std::optional<LoadSample> SampleLoad() override {
+        return load ? load(now) : std::nullopt;
     }
     void Run() {
-        DelayedRun(app, *this, *this, [&](const std::string& path, const std::string& params) {
-            starts.push_back(std::to_string(now) + " " + path + "|" + params);
-            now += launchMs; // a start takes its time; the plan does not move
-        });
+        DelayedRun(app, *this, *this,
+                   [&](const std::string& path, const std::string& params, const ImpactKey* item) {
+                       starts.push_back(std::to_string(now) + " " + path + "|" + params);
+                       items.push_back(item ? std::to_string(item->Location) + " " + item->Name
+                                            : "-");
+                       now += launchMs; // a start takes its time; the plan does not move
+                   });
     }
 
     test::TempFolder folder{"program"};
@@ -291,9 +343,10 @@ protected:
     AppState app{folder.Path(), messages};
     uint64_t now = 1000, launchMs = 0;
     std::function<void()> whileWaiting;
+    std::function<std::optional<LoadSample>(uint64_t)> load;
     bool visible = false;
     int unloads = 0, opens = 0;
-    std::vector<std::string> starts;
+    std::vector<std::string> starts, items;
 };
 
 TEST_F(DelayedRunTest, EachProgramStartsAtItsPlannedTimeFromWhereItIsKept) {
@@ -338,7 +391,65 @@ TEST_F(DelayedRunTest, EachProgramStartsAtItsPlannedTimeFromWhereItIsKept) {
                           "40600 %SystemRoot%\\l.exe|",
                           "41300 notepad.exe|-x",
                       }));
+    // Each start names its item, for the measurement of what it costs.
+    EXPECT_EQ(items, (std::vector<std::string>{"3 Go.bat", "3 Site.url", "3 Tool.LNK",
+                                               "2 Same.lnk", "1 Exp", "1 Lit", "3 notepad.exe"}));
     EXPECT_EQ(unloads, 1); // StartupType 1, never opened: the program ends
+}
+
+TEST_F(DelayedRunTest, WaitingForIdleStartsAfterFiveQuietSecondsOrAtTheLatest) {
+    app.model.WaitForIdle = 1;
+    app.model.MainStartupDelay = 30;
+    app.model.ProgramGroups[0].Programs = {{"a.exe", "", "Execute", 5, ""},
+                                           {"b.exe", "", "Execute", 0, ""},
+                                           {"c.exe", "", "Execute", 1, ""}};
+    // Busy processors for the first 20 s; then quiet, the disks just under a fifth; then
+    // the disks at a fifth, which counts as busy, for good.
+    load = [](uint64_t t) {
+        return t <= 21000 ? LoadSample{0.9, 0} : t <= 36000 ? LoadSample{0.1, 0.19}
+                                                            : LoadSample{0.05, 0.20};
+    };
+    Run();
+    // The main wait ends after ten quiet half seconds (21.5 to 26 s), not at 30 s; "a" waits
+    // five quiet seconds, not its 5 s from the plan; "c" never sees a quiet machine and starts
+    // at its delay plus two minutes.
+    EXPECT_EQ(starts, (std::vector<std::string>{"31000 a.exe|", "36000 b.exe|", "157000 c.exe|"}));
+
+    // Where the load cannot be read, each waits its own delay from the start before.
+    load = nullptr;
+    now = 1000;
+    starts.clear();
+    Run();
+    EXPECT_EQ(starts, (std::vector<std::string>{"36000 a.exe|", "36000 b.exe|", "37000 c.exe|"}));
+}
+
+// The measurements of what the run started are kept before the program ends, with the tray
+// still there; opening the window meanwhile keeps the program.
+TEST_F(DelayedRunTest, TheRunEndsOnlyOnceTheMeasurementsAreKept) {
+    struct Watcher : StartWatcher {
+        const uint64_t& now;
+        uint64_t busyUntil = 0;
+        explicit Watcher(const uint64_t& clock) : now(clock) {}
+        void Watch(const ImpactKey&, void*, const std::string&, uint64_t) override {}
+        bool Busy() const override { return now < busyUntil; }
+    } watcher(now);
+    app.watcher = &watcher;
+    app.model.MainStartupDelay = 0;
+    app.model.ProgramGroups[0].Programs = {{"a.exe", "", "Execute", 0, ""}};
+    watcher.busyUntil = 13450;
+    whileWaiting = [&] { EXPECT_FALSE(unloads); };
+    Run();
+    EXPECT_EQ(now, 13500);
+    EXPECT_EQ(unloads, 1);
+
+    watcher.busyUntil = now + 30000;
+    int waits = 0;
+    whileWaiting = [&] { visible = ++waits == 3; }; // the main wait, a's, then the measurements'
+    Run();
+    EXPECT_EQ(waits, 3);
+    EXPECT_EQ(unloads, 1);
+    EXPECT_TRUE(app.ShowGui);
+    app.watcher = nullptr;
 }
 
 TEST_F(DelayedRunTest, QuittingEndsTheWaitAndOpeningKeepsTheProgram) {
@@ -378,9 +489,12 @@ TEST_F(DelayedRunTest, TrayMenuEntriesStartWhatTheyShow) {
     GetEnvironmentVariableA("OS", os, sizeof os);
     auto choose = [&](int number) {
         starts.clear();
+        items.clear();
         TrayMenuCommand(app, *this, menu, number, *this,
-                        [&](const std::string& path, const std::string& params) {
+                        [&](const std::string& path, const std::string& params,
+                            const ImpactKey* item) {
                             starts.push_back(std::to_string(now) + " " + path + "|" + params);
+                            items.push_back(item ? item->Name : "-");
                         });
         return starts;
     };
@@ -393,6 +507,7 @@ TEST_F(DelayedRunTest, TrayMenuEntriesStartWhatTheyShow) {
     EXPECT_EQ(choose(3001),
               (std::vector<std::string>{"4000 " + std::string(os) + ".exe |-s",
                                         "4000 " + app.folders.AllUsersItemsFolder + "Word.lnk|"}));
+    EXPECT_EQ(items, (std::vector<std::string>{"Exp", "Word.lnk"})); // stopped items keep theirs
     EXPECT_EQ(choose(3005),
               std::vector<std::string>{"4000 " + app.folders.AllUsersItemsFolder + "Word.lnk|"});
     choose(5000);
@@ -407,7 +522,7 @@ TEST_F(DelayedRunTest, TrayMenuEntriesStartWhatTheyShow) {
     int waits = 0;
     whileWaiting = [&] {
         if (++waits == 1) {
-            TrayMenuCommand(app, *this, menu, 1003, *this, [&](auto&, auto&) {});
+            TrayMenuCommand(app, *this, menu, 1003, *this, [&](auto&, auto&, auto*) {});
             EXPECT_TRUE(app.wait.WaitActive);
             app.wait.QuitRequested = true;
         }

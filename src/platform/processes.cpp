@@ -1,0 +1,132 @@
+#include "platform/processes.h"
+
+#include <objbase.h>
+#include <shlobj.h>
+#include <tlhelp32.h>
+
+#include <algorithm>
+
+#include "platform/runtime_libraries.h"
+#include "text/strings.h"
+
+namespace tolvane {
+
+namespace {
+
+uint64_t Ticks(const FILETIME& t) {
+    return (static_cast<uint64_t>(t.dwHighDateTime) << 32) | t.dwLowDateTime;
+}
+
+UniqueHandle OpenToWatch(DWORD id) {
+    // Waiting for input needs the full query right; the figures alone would do with less.
+    for (DWORD rights : {DWORD(PROCESS_QUERY_INFORMATION), DWORD(PROCESS_QUERY_LIMITED_INFORMATION)})
+        if (HANDLE h = OpenProcess(rights | SYNCHRONIZE, FALSE, id))
+            return UniqueHandle(h);
+    return UniqueHandle();
+}
+
+// The CPU time of the process's running threads together, in 100 ns.
+uint64_t ThreadTimes(DWORD processId) {
+    UniqueFile snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
+    if (!snapshot)
+        return 0;
+    uint64_t sum = 0;
+    THREADENTRY32 entry{};
+    entry.dwSize = sizeof entry;
+    for (BOOL more = Thread32First(snapshot.get(), &entry); more;
+         more = Thread32Next(snapshot.get(), &entry)) {
+        if (entry.th32OwnerProcessID != processId)
+            continue;
+        UniqueHandle thread(OpenThread(THREAD_QUERY_LIMITED_INFORMATION, FALSE, entry.th32ThreadID));
+        FILETIME created{}, exited{}, kernel{}, user{};
+        if (thread && GetThreadTimes(thread.get(), &created, &exited, &kernel, &user))
+            sum += Ticks(kernel) + Ticks(user);
+    }
+    return sum;
+}
+
+} // namespace
+
+std::optional<ProcessFigures> ReadProcessFigures(HANDLE process) {
+    FILETIME created{}, exited{}, kernel{}, user{};
+    if (!GetProcessTimes(process, &created, &exited, &kernel, &user))
+        return std::nullopt;
+    ProcessFigures figures;
+    // Windows counts every thread, ended ones too, in the process's times; Wine gives another
+    // process's times without its threads' work, which only its running threads tell. The
+    // larger of the two is the process's CPU time on both.
+    uint64_t cpu = Ticks(kernel) + Ticks(user);
+    if (WaitForSingleObject(process, 0) == WAIT_TIMEOUT)
+        cpu = std::max(cpu, ThreadTimes(GetProcessId(process)));
+    figures.CpuMs = cpu / 10000;
+    IO_COUNTERS io{};
+    if (GetProcessIoCounters(process, &io)) {
+        figures.ReadBytes = io.ReadTransferCount;
+        figures.WriteBytes = io.WriteTransferCount;
+    }
+    return figures;
+}
+
+uint64_t SystemTimeNow() {
+    FILETIME now{};
+    GetSystemTimeAsFileTime(&now);
+    return Ticks(now);
+}
+
+FoundProcess FindNewProcess(const std::string& exeName, uint64_t since,
+                            const std::vector<DWORD>& claimed) {
+    UniqueFile snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    if (!snapshot)
+        return {};
+    const DWORD self = GetCurrentProcessId();
+    const std::string wanted = ToLower(exeName);
+    PROCESSENTRY32 entry{};
+    entry.dwSize = sizeof entry;
+    for (BOOL more = Process32First(snapshot.get(), &entry); more;
+         more = Process32Next(snapshot.get(), &entry)) {
+        if (entry.th32ProcessID == self ||
+            std::find(claimed.begin(), claimed.end(), entry.th32ProcessID) != claimed.end())
+            continue;
+        const bool named = wanted.empty() ? entry.th32ParentProcessID == self
+                                          : ToLower(entry.szExeFile) == wanted;
+        if (!named)
+            continue;
+        UniqueHandle process = OpenToWatch(entry.th32ProcessID);
+        FILETIME created{}, exited{}, kernel{}, user{};
+        if (process && GetProcessTimes(process.get(), &created, &exited, &kernel, &user) &&
+            Ticks(created) >= since)
+            return {std::move(process), entry.th32ProcessID};
+    }
+    return {};
+}
+
+std::string ShortcutTarget(const std::string& link) {
+    if (!EnsureCom())
+        return {};
+    // ole32 is loaded when first needed, as everywhere in the program.
+    using Create = HRESULT(WINAPI*)(REFCLSID, LPUNKNOWN, DWORD, REFIID, LPVOID*);
+    static const auto create = reinterpret_cast<Create>(reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleA("ole32.dll"), "CoCreateInstance")));
+    if (!create)
+        return {};
+    IShellLinkA* shortcut = nullptr;
+    IPersistFile* file = nullptr;
+    char target[MAX_PATH] = {};
+    std::wstring wide(link.size() + 1, L'\0');
+    wide.resize(static_cast<size_t>(
+        std::max(0, MultiByteToWideChar(CP_ACP, 0, link.c_str(), -1, wide.data(),
+                                        static_cast<int>(wide.size())) - 1)));
+    const bool ok =
+        SUCCEEDED(create(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkA,
+                         reinterpret_cast<void**>(&shortcut))) &&
+        SUCCEEDED(shortcut->QueryInterface(IID_IPersistFile, reinterpret_cast<void**>(&file))) &&
+        SUCCEEDED(file->Load(wide.c_str(), STGM_READ)) &&
+        SUCCEEDED(shortcut->GetPath(target, MAX_PATH, nullptr, 0));
+    if (file)
+        file->Release();
+    if (shortcut)
+        shortcut->Release();
+    return ok ? std::string(target) : std::string();
+}
+
+} // namespace tolvane

@@ -1,0 +1,177 @@
+#include "startup/impact_meter.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+
+#include "platform/file_io.h"
+#include "platform/message_pump.h"
+#include "platform/processes.h"
+#include "text/strings.h"
+
+namespace tolvane {
+
+namespace {
+
+constexpr DWORD kPollMs = 50;
+constexpr int kFindAttempts = 100; // 5 s for a shortcut's program to show
+constexpr uint64_t kSystemTicksPerMs = 10000;
+
+std::string LocalTimeText() {
+    SYSTEMTIME t{};
+    GetLocalTime(&t);
+    char text[32];
+    snprintf(text, sizeof text, "%04u-%02u-%02u %02u:%02u:%02u", t.wYear, t.wMonth, t.wDay,
+             t.wHour, t.wMinute, t.wSecond);
+    return text;
+}
+
+std::string FileNameOf(const std::string& path) {
+    const size_t slash = path.find_last_of("\\/");
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+} // namespace
+
+ImpactMeter::ImpactMeter(std::string file, const EventLog* log, uint64_t watchMs)
+    : file_(std::move(file)), log_(log), watchMs_(watchMs),
+      stop_(CreateEventA(nullptr, TRUE, FALSE, nullptr)) {}
+
+ImpactMeter::~ImpactMeter() {
+    SetEvent(stop_.get());
+    std::vector<Worker> workers;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        workers.swap(workers_);
+    }
+    for (Worker& w : workers)
+        w.Thread.join();
+}
+
+bool ImpactMeter::Stopping(DWORD waitMs) const {
+    return WaitForSingleObject(stop_.get(), waitMs) == WAIT_OBJECT_0;
+}
+
+void ImpactMeter::Watch(const ImpactKey& item, void* process, const std::string& launched,
+                        uint64_t startedMs) {
+    UniqueHandle owned(static_cast<HANDLE>(process));
+    // The system time of the start, for telling a shortcut's new process from older ones.
+    const uint64_t elapsed = NowMs() - std::min(startedMs, NowMs());
+    const uint64_t since = SystemTimeNow() - (elapsed + 1000) * kSystemTicksPerMs;
+    auto done = std::make_shared<std::atomic<bool>>(false);
+    std::lock_guard<std::mutex> lock(mutex_);
+    // Finished workers go, so that a long stay in the tray does not gather threads.
+    for (auto w = workers_.begin(); w != workers_.end();) {
+        if (*w->Done) {
+            w->Thread.join();
+            w = workers_.erase(w);
+        } else {
+            ++w;
+        }
+    }
+    if (owned)
+        claimed_.push_back(GetProcessId(owned.get()));
+    ++pending_;
+    try {
+        workers_.push_back(
+            {std::thread([this, item, p = owned.release(), launched, startedMs, since, done] {
+                 Measure(item, UniqueHandle(p), launched, startedMs, since, LocalTimeText());
+                 --pending_;
+                 *done = true;
+             }),
+             done});
+    } catch (const std::exception& e) {
+        --pending_;
+        if (log_)
+            log_->WriteLog(std::string("Impact of ") + item.Name + " not measured: " + e.what(),
+                           kLogWarning);
+    }
+}
+
+UniqueHandle ImpactMeter::FindStarted(const std::string& launched, uint64_t since) {
+    // A shortcut is looked for as the program it points to; anything else the shell opened
+    // without a process of its own (a script, a document) as a new child of this program.
+    std::string exe = FileNameOf(EndsWith(ToLower(launched), ".lnk") ? ShortcutTarget(launched)
+                                                                      : launched);
+    if (!EndsWith(ToLower(exe), ".exe"))
+        exe.clear();
+    for (int attempt = 0; attempt < kFindAttempts && !Stopping(attempt ? kPollMs : 0);
+         ++attempt) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        FoundProcess found = FindNewProcess(exe, since, claimed_);
+        if (found.Handle) {
+            claimed_.push_back(found.Id);
+            return std::move(found.Handle);
+        }
+    }
+    return UniqueHandle();
+}
+
+void ImpactMeter::Measure(ImpactKey item, UniqueHandle process, std::string launched,
+                          uint64_t startedMs, uint64_t since, std::string measuredAt) {
+    if (!process)
+        process = FindStarted(launched, since);
+    if (!process)
+        return; // nothing of its own to measure: the item keeps its last measurement
+    const DWORD id = GetProcessId(process.get());
+    const uint64_t deadline = startedMs + watchMs_;
+    auto left = [&] {
+        const uint64_t now = NowMs();
+        return static_cast<DWORD>(now >= deadline ? 0 : deadline - now);
+    };
+    ImpactRecord record{item, measuredAt};
+    // The figures are read while it runs too: Wine forgets the times of a process's threads
+    // once they end, Windows keeps them. The largest reading counts.
+    bool read = false;
+    auto readFigures = [&] {
+        if (const std::optional<ProcessFigures> f = ReadProcessFigures(process.get())) {
+            record.CpuMs = std::max(record.CpuMs, f->CpuMs);
+            record.ReadBytes = std::max(record.ReadBytes, f->ReadBytes);
+            record.WriteBytes = std::max(record.WriteBytes, f->WriteBytes);
+            read = true;
+        }
+    };
+    // Short waits, so that quitting never waits for a slow program.
+    bool askReady = true;
+    const HANDLE waits[] = {process.get(), stop_.get()};
+    for (;;) {
+        // Wine answers "ready" for a program that has ended: only a running one is asked.
+        if (askReady && WaitForSingleObject(process.get(), 0) == WAIT_TIMEOUT) {
+            const DWORD r = WaitForInputIdle(process.get(), 0);
+            if (r == 0)
+                record.ReadyMs = NowMs() - startedMs;
+            // Ready, or no input of its own (a console program): nothing more to ask.
+            askReady = r == WAIT_TIMEOUT;
+        }
+        const DWORD r = WaitForMultipleObjects(2, waits, FALSE, std::min<DWORD>(left(), kPollMs));
+        if (r == WAIT_OBJECT_0 + 1)
+            return;
+        readFigures();
+        if (r != WAIT_TIMEOUT || left() == 0)
+            break;
+    }
+    record.WatchedMs = std::min<uint64_t>(NowMs() - startedMs, watchMs_);
+    if (read)
+        Keep(record);
+    std::lock_guard<std::mutex> lock(mutex_);
+    claimed_.erase(std::remove(claimed_.begin(), claimed_.end(), id), claimed_.end());
+}
+
+void ImpactMeter::Keep(const ImpactRecord& record) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    try {
+        std::vector<ImpactRecord> records;
+        if (const std::optional<std::string> bytes = ReadFileBytes(file_))
+            records = ParseImpactFile(*bytes).Records;
+        PutImpact(records, record);
+        AtomicFileWriter writer(file_);
+        writer.Write(FormatImpactFile(records));
+        writer.Commit();
+    } catch (const std::exception& e) {
+        if (log_)
+            log_->WriteLog("Impact of " + record.Key.Name + " not kept: " + e.what(),
+                           kLogWarning);
+    }
+}
+
+} // namespace tolvane

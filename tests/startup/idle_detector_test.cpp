@@ -1,0 +1,29 @@
+// When the machine counts as idle, fed one half-second window at a time.
+#include <gtest/gtest.h>
+
+#include "startup/idle_detector.h"
+
+namespace tolvane {
+namespace {
+
+TEST(IdleDetector, TenQuietWindowsInARowWithProcessorsAndDisksEachBelowAFifth) {
+    IdleDetector idle;
+    const LoadSample quiet{0.19, 0.19}, cpuBusy{0.20, 0}, diskBusy{0, 0.20};
+    for (int i = 0; i < 9; ++i)
+        EXPECT_FALSE(idle.Add(quiet)) << i;
+    // A busy window, of either kind, starts the count again.
+    EXPECT_FALSE(idle.Add(diskBusy));
+    for (int i = 0; i < 9; ++i)
+        EXPECT_FALSE(idle.Add(quiet)) << i;
+    EXPECT_FALSE(idle.Add(cpuBusy));
+    for (int i = 0; i < 9; ++i)
+        EXPECT_FALSE(idle.Add(quiet)) << i;
+    EXPECT_TRUE(idle.Add(quiet));
+    EXPECT_TRUE(idle.Add(quiet)); // stays idle while quiet
+    EXPECT_FALSE(idle.Add({1.0, 1.0}));
+    idle.Reset();
+    EXPECT_FALSE(idle.Idle());
+}
+
+} // namespace
+} // namespace tolvane

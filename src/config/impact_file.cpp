@@ -130,8 +130,8 @@ std::optional<ImpactKey> ImpactKeyOf(const GroupProgram& program) {
     if (program.Command == kExecuteReg || program.Command == kExecuteRegAU) {
         const int location = program.Command == kExecuteReg ? kUserRun : kMachineRun;
         // A program line added by hand may lack the value's name: its file stands for it.
-        const std::string name = program.RegistryKeyName.empty() ? FileNameOf(program.Path)
-                                                                 : program.RegistryKeyName;
+        const std::string name =
+            program.RegistryKeyName.empty() ? FileNameOf(program.Path) : program.RegistryKeyName;
         return ImpactKey{location, name};
     }
     if (program.Command == kExecute)
@@ -160,9 +160,8 @@ std::string FormatImpactFile(const std::vector<ImpactRecord>& records) {
     std::string out = std::string(kHeader) + "\r\n";
     for (const ImpactRecord& r : records) {
         out += Quoted(LocationWordOf(r.Key.Location)) + "," + Quoted(r.Key.Name) + "," +
-               Quoted(r.Measured) + "," +
-               std::string(kRatingWords[static_cast<int>(r.Rating())]) + "," +
-               (r.ReadyMs ? std::to_string(*r.ReadyMs) : std::string()) + "," +
+               Quoted(r.Measured) + "," + std::string(kRatingWords[static_cast<int>(r.Rating())]) +
+               "," + (r.ReadyMs ? std::to_string(*r.ReadyMs) : std::string()) + "," +
                std::to_string(r.CpuMs) + "," + std::to_string(r.ReadBytes) + "," +
                std::to_string(r.WriteBytes) + "," + std::to_string(r.WatchedMs) + "\r\n";
     }

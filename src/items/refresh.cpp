@@ -6,6 +6,7 @@
 
 #include "config/delay_load.h"
 #include "platform/dir_struct.h"
+#include "platform/file_io.h"
 #include "platform/registry.h"
 #include "items/run_entry.h"
 #include "text/strings.h"
@@ -55,6 +56,9 @@ bool RefreshData(AppState& app, TreeModel& tree, StartupListing& listing,
         listing.SavedMachineCopyIs32.clear();
         for (RegistryRoot root : machineCopies.Roots)
             listing.SavedMachineCopyIs32.push_back(root == RegistryRoot::LocalMachine32);
+        // Measurements are shown, never needed: a missing or unreadable file shows none.
+        const std::optional<std::string> impact = ReadFileBytes(CDelayLoad(app).ImpactFilePath());
+        listing.Impacts = impact ? ParseImpactFile(*impact).Records : std::vector<ImpactRecord>();
         StartupTreeHooks hooks;
         hooks.Timer = SecondsSinceMidnight;
         hooks.Progress = progress;

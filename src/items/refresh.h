@@ -8,8 +8,9 @@
 
 namespace tolvane {
 
-// Brings the program's own Run value up to date, reloads the model, lists the four locations
-// and rebuilds the tree, then marks the known items. A failure is logged ("RefreshData Error:
+// Brings the program's own Run value up to date, reloads the model, lists the five locations,
+// Task Manager's switches and the measurements of started programs, and rebuilds the tree,
+// then marks the known items. A failure is logged ("RefreshData Error:
 // ...") and ends the refresh; the tree keeps what was built. False then.
 bool RefreshData(AppState& app, TreeModel& tree, StartupListing& listing,
                  const std::function<void(double)>& progress = {});

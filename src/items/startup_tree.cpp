@@ -1,6 +1,7 @@
 #include "items/startup_tree.h"
 
 #include "config/run_data.h"
+#include "text/placeholders.h"
 #include "text/strings.h"
 
 namespace tolvane {
@@ -290,7 +291,7 @@ std::string SafeListDescription(std::string_view text, const std::vector<SafeEnt
 }
 
 std::string ItemToolTip(const TreeNode& node, const std::vector<SafeEntry>& safeList,
-                        const ItemTipLines& lines) {
+                        const ItemTipLines& lines, std::string_view impact) {
     std::string tip = SafeListDescription(node.Text, safeList);
     auto line = [&](const std::string& text) {
         if (!text.empty())
@@ -300,7 +301,35 @@ std::string ItemToolTip(const TreeNode& node, const std::vector<SafeEntry>& safe
         line(lines.SwitchedOff);
     if (node.Data == kWow32Item)
         line(lines.Wow32);
+    line(std::string(impact));
     return tip;
+}
+
+std::optional<ImpactKey> DelayedItemKey(const TreeModel& tree, int node) {
+    const std::optional<ItemPlace> place = PlaceOf(tree, node);
+    if (!place || place->State != ItemState::Delayed)
+        return std::nullopt;
+    const std::string& text = tree.Node(node).Text;
+    if (place->Registry())
+        return ImpactKey{place->Location, text.substr(0, text.find('='))};
+    const size_t slash = text.find_last_of("\\/");
+    return ImpactKey{place->Location, slash == std::string::npos ? text : text.substr(slash + 1)};
+}
+
+std::string ImpactTipLine(const ImpactRecord& record, const ImpactTexts& texts) {
+    // Tenths, in the user's own decimal separator; whole megabytes once there are ten.
+    auto tenths = [&](uint64_t value) {
+        return std::to_string(value / 10) + texts.Decimal + std::to_string(value % 10);
+    };
+    auto seconds = [&](uint64_t ms) { return tenths((ms + 50) / 100); };
+    const uint64_t mbTenths = (record.ReadBytes * 10 + (1 << 19)) >> 20;
+    const std::string megabytes =
+        mbTenths >= 100 ? std::to_string((mbTenths + 5) / 10) : tenths(mbTenths);
+    const std::string& rating = texts.Ratings[static_cast<int>(record.Rating())];
+    if (record.ReadyMs)
+        return FillIn(texts.FiguresReady,
+                      {rating, seconds(record.CpuMs), megabytes, seconds(*record.ReadyMs)});
+    return FillIn(texts.Figures, {rating, seconds(record.CpuMs), megabytes});
 }
 
 std::optional<ItemPlace> PlaceOf(const TreeModel& tree, int node) {

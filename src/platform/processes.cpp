@@ -19,7 +19,8 @@ uint64_t Ticks(const FILETIME& t) {
 
 UniqueHandle OpenToWatch(DWORD id) {
     // Waiting for input needs the full query right; the figures alone would do with less.
-    for (DWORD rights : {DWORD(PROCESS_QUERY_INFORMATION), DWORD(PROCESS_QUERY_LIMITED_INFORMATION)})
+    for (DWORD rights :
+         {DWORD(PROCESS_QUERY_INFORMATION), DWORD(PROCESS_QUERY_LIMITED_INFORMATION)})
         if (HANDLE h = OpenProcess(rights | SYNCHRONIZE, FALSE, id))
             return UniqueHandle(h);
     return UniqueHandle();
@@ -37,7 +38,8 @@ uint64_t ThreadTimes(DWORD processId) {
          more = Thread32Next(snapshot.get(), &entry)) {
         if (entry.th32OwnerProcessID != processId)
             continue;
-        UniqueHandle thread(OpenThread(THREAD_QUERY_LIMITED_INFORMATION, FALSE, entry.th32ThreadID));
+        UniqueHandle thread(
+            OpenThread(THREAD_QUERY_LIMITED_INFORMATION, FALSE, entry.th32ThreadID));
         FILETIME created{}, exited{}, kernel{}, user{};
         if (thread && GetThreadTimes(thread.get(), &created, &exited, &kernel, &user))
             sum += Ticks(kernel) + Ticks(user);
@@ -87,8 +89,8 @@ FoundProcess FindNewProcess(const std::string& exeName, uint64_t since,
         if (entry.th32ProcessID == self ||
             std::find(claimed.begin(), claimed.end(), entry.th32ProcessID) != claimed.end())
             continue;
-        const bool named = wanted.empty() ? entry.th32ParentProcessID == self
-                                          : ToLower(entry.szExeFile) == wanted;
+        const bool named =
+            wanted.empty() ? entry.th32ParentProcessID == self : ToLower(entry.szExeFile) == wanted;
         if (!named)
             continue;
         UniqueHandle process = OpenToWatch(entry.th32ProcessID);
@@ -105,8 +107,8 @@ std::string ShortcutTarget(const std::string& link) {
         return {};
     // ole32 is loaded when first needed, as everywhere in the program.
     using Create = HRESULT(WINAPI*)(REFCLSID, LPUNKNOWN, DWORD, REFIID, LPVOID*);
-    static const auto create = reinterpret_cast<Create>(reinterpret_cast<void*>(
-        GetProcAddress(GetModuleHandleA("ole32.dll"), "CoCreateInstance")));
+    static const auto create = reinterpret_cast<Create>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("ole32.dll"), "CoCreateInstance")));
     if (!create)
         return {};
     IShellLinkA* shortcut = nullptr;
@@ -115,7 +117,8 @@ std::string ShortcutTarget(const std::string& link) {
     std::wstring wide(link.size() + 1, L'\0');
     wide.resize(static_cast<size_t>(
         std::max(0, MultiByteToWideChar(CP_ACP, 0, link.c_str(), -1, wide.data(),
-                                        static_cast<int>(wide.size())) - 1)));
+                                        static_cast<int>(wide.size())) -
+                        1)));
     const bool ok =
         SUCCEEDED(create(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkA,
                          reinterpret_cast<void**>(&shortcut))) &&

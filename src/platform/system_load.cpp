@@ -80,15 +80,13 @@ std::optional<LoadSample> SystemLoad::Sample() {
     total_ = totalNow;
     primed_ = true;
     const Pdh& pdh = PdhFunctions();
-    const bool diskRead =
-        query_ && pdh.Collect(static_cast<PDH_HQUERY>(query_)) == ERROR_SUCCESS;
+    const bool diskRead = query_ && pdh.Collect(static_cast<PDH_HQUERY>(query_)) == ERROR_SUCCESS;
     if (!primed)
         return std::nullopt;
     LoadSample sample;
     if (totalSpan > 0)
-        sample.CpuBusy =
-            std::clamp(1.0 - static_cast<double>(idleSpan) / static_cast<double>(totalSpan), 0.0,
-                       1.0);
+        sample.CpuBusy = std::clamp(
+            1.0 - static_cast<double>(idleSpan) / static_cast<double>(totalSpan), 0.0, 1.0);
     PDH_FMT_COUNTERVALUE value{};
     if (diskRead && pdh.Value(static_cast<PDH_HCOUNTER>(counter_), PDH_FMT_DOUBLE, nullptr,
                               &value) == ERROR_SUCCESS)

@@ -28,7 +28,7 @@ public:
 private:
     uint64_t idle_ = 0, total_ = 0;
     bool primed_ = false;
-    void* query_ = nullptr;   // the disks' "% Idle Time" performance counter, when there is one
+    void* query_ = nullptr; // the disks' "% Idle Time" performance counter, when there is one
     void* counter_ = nullptr;
 };
 #endif

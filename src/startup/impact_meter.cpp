@@ -21,8 +21,8 @@ std::string LocalTimeText() {
     SYSTEMTIME t{};
     GetLocalTime(&t);
     char text[32];
-    snprintf(text, sizeof text, "%04u-%02u-%02u %02u:%02u:%02u", t.wYear, t.wMonth, t.wDay,
-             t.wHour, t.wMinute, t.wSecond);
+    snprintf(text, sizeof text, "%04u-%02u-%02u %02u:%02u:%02u", t.wYear, t.wMonth, t.wDay, t.wHour,
+             t.wMinute, t.wSecond);
     return text;
 }
 
@@ -91,12 +91,11 @@ void ImpactMeter::Watch(const ImpactKey& item, void* process, const std::string&
 UniqueHandle ImpactMeter::FindStarted(const std::string& launched, uint64_t since) {
     // A shortcut is looked for as the program it points to; anything else the shell opened
     // without a process of its own (a script, a document) as a new child of this program.
-    std::string exe = FileNameOf(EndsWith(ToLower(launched), ".lnk") ? ShortcutTarget(launched)
-                                                                      : launched);
+    std::string exe =
+        FileNameOf(EndsWith(ToLower(launched), ".lnk") ? ShortcutTarget(launched) : launched);
     if (!EndsWith(ToLower(exe), ".exe"))
         exe.clear();
-    for (int attempt = 0; attempt < kFindAttempts && !Stopping(attempt ? kPollMs : 0);
-         ++attempt) {
+    for (int attempt = 0; attempt < kFindAttempts && !Stopping(attempt ? kPollMs : 0); ++attempt) {
         std::lock_guard<std::mutex> lock(mutex_);
         FoundProcess found = FindNewProcess(exe, since, claimed_);
         if (found.Handle) {
@@ -169,8 +168,7 @@ void ImpactMeter::Keep(const ImpactRecord& record) {
         writer.Commit();
     } catch (const std::exception& e) {
         if (log_)
-            log_->WriteLog("Impact of " + record.Key.Name + " not kept: " + e.what(),
-                           kLogWarning);
+            log_->WriteLog("Impact of " + record.Key.Name + " not kept: " + e.what(), kLogWarning);
     }
 }
 

@@ -77,6 +77,11 @@ TextTables::TextTables() : Languages(1) {
         "The settings could not be saved:\r\n",
         "Switched off in Task Manager",
         "From the Run key of 32-bit programs",
+        "Low",
+        "Medium",
+        "High",
+        "%1: %2 s CPU, %3 MB read, ready after %4 s",
+        "%1: %2 s CPU, %3 MB read",
     };
     Toolbar = {
         "Save Changes",

@@ -37,6 +37,8 @@ constexpr int kTreeId = 100;
 // The lines of an item's tip: switched off in Task Manager, listed from the 32-bit Run key.
 constexpr size_t kSwitchedOffLine = 20;
 constexpr size_t kWow32Line = 21;
+// Messages 22 to 24: the ratings; 25 and 26: a measurement with and without its ready time.
+constexpr size_t kImpactRatingFirst = 22, kImpactFiguresReady = 25, kImpactFigures = 26;
 // The first showing builds the tree once the window is on screen.
 constexpr UINT kFirstShown = WM_APP + 2;
 
@@ -226,10 +228,22 @@ void MainWindow::EnsureContent() {
     progress_->SetStatusBarPanelIndex(1);
     treeView_ = std::make_unique<TreeViewControl>(Hwnd(), kTreeId, instance_);
     treeView_->ToolTip = [this](int node) {
-        return node == TreeModel::kNone ? std::string()
-                                        : ItemToolTip(tree_.Node(node), app_.SafeList,
-                                                      {app_.text.Message(kSwitchedOffLine),
-                                                       app_.text.Message(kWow32Line)});
+        if (node == TreeModel::kNone)
+            return std::string();
+        std::string impact;
+        if (const std::optional<ImpactKey> item = DelayedItemKey(tree_, node))
+            if (const ImpactRecord* record = FindImpact(listing_.Impacts, *item)) {
+                ImpactTexts texts;
+                for (size_t i = 0; i < 3; ++i)
+                    texts.Ratings[i] = app_.text.Message(kImpactRatingFirst + i);
+                texts.FiguresReady = app_.text.Message(kImpactFiguresReady);
+                texts.Figures = app_.text.Message(kImpactFigures);
+                texts.Decimal = LocaleDecimalSeparator();
+                impact = ImpactTipLine(*record, texts);
+            }
+        return ItemToolTip(tree_.Node(node), app_.SafeList,
+                           {app_.text.Message(kSwitchedOffLine), app_.text.Message(kWow32Line)},
+                           impact);
     };
     CheckForOptions();
     Layout();

@@ -12,10 +12,14 @@ TEST(ImpactRating, TaskManagersThresholdsWithEitherFigureDeciding) {
         uint64_t cpuMs, ioBytes;
         ImpactRating rating;
     } const cases[] = {
-        {0, 0, ImpactRating::Low},           {300, 300 * KB, ImpactRating::Low},
-        {301, 0, ImpactRating::Medium},      {0, 300 * KB + 1, ImpactRating::Medium},
-        {1000, 3 * MB, ImpactRating::Medium}, {1001, 0, ImpactRating::High},
-        {0, 3 * MB + 1, ImpactRating::High}, {10, 45 * MB, ImpactRating::High},
+        {0, 0, ImpactRating::Low},
+        {300, 300 * KB, ImpactRating::Low},
+        {301, 0, ImpactRating::Medium},
+        {0, 300 * KB + 1, ImpactRating::Medium},
+        {1000, 3 * MB, ImpactRating::Medium},
+        {1001, 0, ImpactRating::High},
+        {0, 3 * MB + 1, ImpactRating::High},
+        {10, 45 * MB, ImpactRating::High},
     };
     for (const Case& c : cases)
         EXPECT_EQ(RateImpact(c.cpuMs, c.ioBytes), c.rating) << c.cpuMs << " ms " << c.ioBytes;
@@ -47,8 +51,13 @@ TEST(ImpactKeys, AnItemIsItsLocationAndItsOwnNameWhateverItsState) {
 TEST(ImpactFile, WritesCsvLinesThatReadBackAndPassesOverBrokenOnes) {
     std::vector<ImpactRecord> records;
     PutImpact(records, {{kUserRun, "Tool"}, "2026-11-23 08:15:02", 4100, 2300, 45 << 20, 0, 30000});
-    PutImpact(records, {{kCommonStartup, " Odd, \"quoted\".lnk"}, "2026-11-23 08:15:40",
-                        std::nullopt, 12, 0, 4096, 850});
+    PutImpact(records, {{kCommonStartup, " Odd, \"quoted\".lnk"},
+                        "2026-11-23 08:15:40",
+                        std::nullopt,
+                        12,
+                        0,
+                        4096,
+                        850});
     const std::string bytes = FormatImpactFile(records);
     EXPECT_EQ(bytes,
               "Location,Name,Measured,Rating,ReadyMs,CpuMs,ReadBytes,WriteBytes,WatchedMs\r\n"
@@ -57,7 +66,8 @@ TEST(ImpactFile, WritesCsvLinesThatReadBackAndPassesOverBrokenOnes) {
               "850\r\n");
 
     // An edited file: LF line ends, a cut-off last line, a word and a number that are not.
-    const std::string edited = bytes + "HKCU Run,Cut,2026,Low,1,2\n" + "Nowhere,X,t,Low,,1,1,1,1\n" +
+    const std::string edited = bytes + "HKCU Run,Cut,2026,Low,1,2\n" +
+                               "Nowhere,X,t,Low,,1,1,1,1\n" +
                                "User Startup,Y,t,Low,soon,1,1,1,1\n" + "HKLM Run,\"Open,1\n" +
                                "HKLM Run,Later,t,High,,5,0,0,900";
     const ImpactFileContent read = ParseImpactFile(edited);

@@ -185,6 +185,36 @@ TEST_F(StartupTree, ThirtyTwoBitValuesJoinTheMachinesAndSwitchedOffItemsAreGhost
     EXPECT_EQ(ItemToolTip(leaf("AllUsersRegistry", "M=C:\\m32.exe"), safe, lines),
               "Switched off\r\n32-bit");
     EXPECT_EQ(ItemToolTip(leaf("CurrentUserStartup", "Tool.lnk"), safe, lines), "");
+
+    // A delayed item's last measurement is found by its location and its own name, and shown
+    // last in the user's decimal separator; an active item's start was Windows' own.
+    auto index = [&](const char* container, const std::string& text) {
+        for (int child : N(container).Children)
+            if (tree.Node(child).Text == text)
+                return child;
+        return -1;
+    };
+    const std::optional<ImpactKey> delayed =
+        DelayedItemKey(tree, index("DelayedItemsRegistryAllUsers", "X=C:\\x.exe  -m"));
+    ASSERT_TRUE(delayed);
+    EXPECT_TRUE(SameItem(*delayed, {kMachineRun, "X"}));
+    EXPECT_FALSE(DelayedItemKey(tree, index("AllUsersRegistry", "M=C:\\m.exe")));
+    EXPECT_FALSE(DelayedItemKey(tree, tree.Find("DelayedItemsRegistryAllUsers")));
+    const ImpactTexts texts{{"Low", "Medium", "High"},
+                            "%1: %2 s CPU, %3 MB read, ready after %4 s",
+                            "%1: %2 s CPU, %3 MB read",
+                            ","};
+    ImpactRecord x{*delayed, "", 4140, 2260, 45 << 20, 1 << 20, 30000};
+    const std::string line = ImpactTipLine(x, texts);
+    EXPECT_EQ(line, "High: 2,3 s CPU, 45 MB read, ready after 4,1 s");
+    EXPECT_EQ(
+        ItemToolTip(leaf("DelayedItemsRegistryAllUsers", "X=C:\\x.exe  -m"), safe, lines, line),
+        "32-bit\r\n" + line);
+    x.ReadyMs.reset();
+    x.CpuMs = 250;
+    x.ReadBytes = 200 * 1024;
+    x.WriteBytes = 0;
+    EXPECT_EQ(ImpactTipLine(x, texts), "Low: 0,3 s CPU, 0,2 MB read");
 }
 
 TEST_F(StartupTree, ARefreshKeepsWhatTheUserOpened) {

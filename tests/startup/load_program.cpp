@@ -51,8 +51,8 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
         }
         CloseHandle(file);
     }
-    return AppendRecordLine(__argv[1], std::string(__argv[2]) + " " +
-                                           std::to_string(GetTickCount64()))
+    return AppendRecordLine(__argv[1],
+                            std::string(__argv[2]) + " " + std::to_string(GetTickCount64()))
                ? 0
                : 1;
 }

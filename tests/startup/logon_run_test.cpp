@@ -325,9 +325,7 @@ protected:
             now = std::min(deadline, now + 100);
     }
     bool CanSampleLoad() override { return load != nullptr; }
-    std::optional<LoadSample> SampleLoad() override {
-        return load ? load(now) : std::nullopt;
-    }
+    std::optional<LoadSample> SampleLoad() override { return load ? load(now) : std::nullopt; }
     void Run() {
         DelayedRun(app, *this, *this,
                    [&](const std::string& path, const std::string& params, const ImpactKey* item) {
@@ -392,8 +390,8 @@ TEST_F(DelayedRunTest, EachProgramStartsAtItsPlannedTimeFromWhereItIsKept) {
                           "41300 notepad.exe|-x",
                       }));
     // Each start names its item, for the measurement of what it costs.
-    EXPECT_EQ(items, (std::vector<std::string>{"3 Go.bat", "3 Site.url", "3 Tool.LNK",
-                                               "2 Same.lnk", "1 Exp", "1 Lit", "3 notepad.exe"}));
+    EXPECT_EQ(items, (std::vector<std::string>{"3 Go.bat", "3 Site.url", "3 Tool.LNK", "2 Same.lnk",
+                                               "1 Exp", "1 Lit", "3 notepad.exe"}));
     EXPECT_EQ(unloads, 1); // StartupType 1, never opened: the program ends
 }
 
@@ -406,8 +404,9 @@ TEST_F(DelayedRunTest, WaitingForIdleStartsAfterFiveQuietSecondsOrAtTheLatest) {
     // Busy processors for the first 20 s; then quiet, the disks just under a fifth; then
     // the disks at a fifth, which counts as busy, for good.
     load = [](uint64_t t) {
-        return t <= 21000 ? LoadSample{0.9, 0} : t <= 36000 ? LoadSample{0.1, 0.19}
-                                                            : LoadSample{0.05, 0.20};
+        return t <= 21000   ? LoadSample{0.9, 0}
+               : t <= 36000 ? LoadSample{0.1, 0.19}
+                            : LoadSample{0.05, 0.20};
     };
     Run();
     // The main wait ends after ten quiet half seconds (21.5 to 26 s), not at 30 s; "a" waits
@@ -490,12 +489,12 @@ TEST_F(DelayedRunTest, TrayMenuEntriesStartWhatTheyShow) {
     auto choose = [&](int number) {
         starts.clear();
         items.clear();
-        TrayMenuCommand(app, *this, menu, number, *this,
-                        [&](const std::string& path, const std::string& params,
-                            const ImpactKey* item) {
-                            starts.push_back(std::to_string(now) + " " + path + "|" + params);
-                            items.push_back(item ? item->Name : "-");
-                        });
+        TrayMenuCommand(
+            app, *this, menu, number, *this,
+            [&](const std::string& path, const std::string& params, const ImpactKey* item) {
+                starts.push_back(std::to_string(now) + " " + path + "|" + params);
+                items.push_back(item ? item->Name : "-");
+            });
         return starts;
     };
     // "Run All": one after another, each after its own delay; a disallowed word never starts.

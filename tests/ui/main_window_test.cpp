@@ -6,6 +6,8 @@
 
 #include <functional>
 
+#include "config/delay_load.h"
+#include "config/program_group_file.h"
 #include "items/run_entry.h"
 #include "models/menu_model.h"
 #include "platform/min_size.h"
@@ -140,6 +142,36 @@ TEST_F(MainWindowTest, SaveHelpLinksSearchAndLanguage) {
     PostMessageA(hwnd, WM_COMMAND, LanguageCommand(1), 0);
     Pump();
     EXPECT_FALSE(test::PathExists(file));
+}
+
+// A delayed item's tip ends with its last measurement, read from the impact file at the
+// refresh; an active item that the program never started shows none.
+TEST_F(MainWindowTest, ADelayedItemsTipShowsItsLastMeasurement) {
+    Shortcut(places.UserFolder, "Other.lnk");
+    SetDefaultModel(app.model);
+    app.model.ProgramGroups[0].Programs = {{"Tool.lnk", "", "Execute", 0, ""}};
+    CDelayLoad(app).WriteItems();
+    test::WriteFileBytes(
+        CDelayLoad(app).ImpactFilePath(),
+        FormatImpactFile({{{kUserStartup, "TOOL.LNK"}, "", 4140, 2260, 45 << 20, 0, 9000},
+                          {{kUserStartup, "Other.lnk"}, "", 100, 100, 0, 0, 9000}}));
+    Open();
+    tree = window->Tree();
+    auto tip = [&](const std::string& container, const std::string& text) {
+        char buffer[512] = {};
+        NMTVGETINFOTIPA request{{TreeHwnd(), 0, TVN_GETINFOTIPA},
+                                buffer,
+                                sizeof buffer,
+                                window->TreeView()->ItemOf(Node(container, text))};
+        SendMessageA(hwnd, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&request));
+        return std::string(buffer);
+    };
+    char decimal[8] = {};
+    GetLocaleInfoA(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, decimal, sizeof decimal);
+    EXPECT_EQ(tip("DelayedItemsStartupCurrentUser", "Tool.lnk"),
+              "High: 2" + std::string(decimal) + "3 s CPU, 45 MB read, ready after 4" + decimal +
+                  "1 s");
+    EXPECT_EQ(tip("CurrentUserStartup", "Other.lnk"), "");
 }
 
 TEST_F(MainWindowTest, MinimumSizeAndCloseRules) {

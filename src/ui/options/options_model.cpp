@@ -74,9 +74,9 @@ OptionsModel::OptionsModel(ProgramModel& model, OptionsHost& host, UserMessages&
       RunAtLogin(model.StartupType >= 0 && model.StartupType < kStartupTypeCount ? model.StartupType
                                                                                  : -1),
       CloseMethod(model.CloseType >= 0 && model.CloseType < kCloseTypeCount ? model.CloseType : -1),
-      ShowTips(model.ShowTipsAtStartup != 0),
-      WaitForIdle(model.WaitForIdle != 0), model_(model), host_(host), messages_(messages),
-      messageTable_(std::move(messageTable)), localeDecimal_(std::move(localeDecimal)) {}
+      ShowTips(model.ShowTipsAtStartup != 0), WaitForIdle(model.WaitForIdle != 0), model_(model),
+      host_(host), messages_(messages), messageTable_(std::move(messageTable)),
+      localeDecimal_(std::move(localeDecimal)) {}
 
 bool OptionsModel::Changed() const {
     return DelayText != FormatSingle(model_.MainStartupDelay) ||

@@ -47,6 +47,12 @@ uint64_t ThreadTimes(DWORD processId) {
     return sum;
 }
 
+// Wine answers another process's times with the caller's own; its threads' times are right.
+bool OthersTimesKnown() {
+    static const bool known = !GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version");
+    return known;
+}
+
 } // namespace
 
 std::optional<ProcessFigures> ReadProcessFigures(HANDLE process) {
@@ -54,12 +60,13 @@ std::optional<ProcessFigures> ReadProcessFigures(HANDLE process) {
     if (!GetProcessTimes(process, &created, &exited, &kernel, &user))
         return std::nullopt;
     ProcessFigures figures;
-    // Windows counts every thread, ended ones too, in the process's times; Wine gives another
-    // process's times without its threads' work, which only its running threads tell. The
-    // larger of the two is the process's CPU time on both.
-    uint64_t cpu = Ticks(kernel) + Ticks(user);
-    if (WaitForSingleObject(process, 0) == WAIT_TIMEOUT)
-        cpu = std::max(cpu, ThreadTimes(GetProcessId(process)));
+    // Windows counts every thread in the process's times, ended ones too. Where those times
+    // cannot be had, the running threads' times stand for them: read while the program runs,
+    // they miss only what its ended threads used.
+    const bool running = WaitForSingleObject(process, 0) == WAIT_TIMEOUT;
+    const uint64_t cpu = OthersTimesKnown() ? Ticks(kernel) + Ticks(user)
+                         : running          ? ThreadTimes(GetProcessId(process))
+                                            : 0;
     figures.CpuMs = cpu / 10000;
     IO_COUNTERS io{};
     if (GetProcessIoCounters(process, &io)) {

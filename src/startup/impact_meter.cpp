@@ -14,7 +14,7 @@ namespace tolvane {
 namespace {
 
 constexpr DWORD kPollMs = 50;
-constexpr int kFindAttempts = 100; // 5 s for a shortcut's program to show
+constexpr int kFindAttempts = 40; // 2 s for a shortcut's program to show
 constexpr uint64_t kSystemTicksPerMs = 10000;
 
 std::string LocalTimeText() {
@@ -119,8 +119,9 @@ void ImpactMeter::Measure(ImpactKey item, UniqueHandle process, std::string laun
         return static_cast<DWORD>(now >= deadline ? 0 : deadline - now);
     };
     ImpactRecord record{item, measuredAt};
-    // The figures are read while it runs too: Wine forgets the times of a process's threads
-    // once they end, Windows keeps them. The largest reading counts.
+    // The figures are read while it runs too: where the system tells another process's CPU
+    // time only by its running threads (Wine), the last reading before it ends is the nearest.
+    // The largest reading counts.
     bool read = false;
     auto readFigures = [&] {
         if (const std::optional<ProcessFigures> f = ReadProcessFigures(process.get())) {

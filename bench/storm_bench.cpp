@@ -13,6 +13,7 @@
 #include <atomic>
 #include <cstdio>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -37,19 +38,6 @@ std::string Read(const std::string& path) {
     std::ostringstream s;
     s << in.rdbuf();
     return s.str();
-}
-
-HANDLE Start(const std::string& command) {
-    STARTUPINFOA si{sizeof si};
-    PROCESS_INFORMATION pi{};
-    std::string line = command;
-    if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si,
-                        &pi)) {
-        std::fprintf(stderr, "cannot start %s\n", command.c_str());
-        std::exit(1);
-    }
-    CloseHandle(pi.hThread);
-    return pi.hProcess;
 }
 
 // Waits until the record holds this many lines; the last one's time, or 0 after the timeout.
@@ -183,7 +171,7 @@ int main(int argc, char** argv) {
     Outcome idle;
     {
         Probe probe(frame);
-        Sleep(3000);
+        Sleep(10000);
         idle.probe = probe.Stop();
     }
 
@@ -193,14 +181,13 @@ int main(int argc, char** argv) {
         DeleteFileA(record.c_str());
         Probe probe(frame);
         const unsigned long long t0 = GetTickCount64();
-        std::vector<HANDLE> processes;
+        std::vector<std::unique_ptr<test::ChildProcess>> processes;
         for (int i = 0; i < kPrograms; ++i)
-            processes.push_back(Start("\"" + loader + "\" " + command(i)));
+            processes.push_back(
+                std::make_unique<test::ChildProcess>("\"" + loader + "\" " + command(i)));
         const unsigned long long done = DoneAt(record, kPrograms, 120000);
         storm.probe = probe.Stop();
         storm.doneMs = done ? static_cast<double>(done - t0) : -1;
-        for (HANDLE p : processes)
-            CloseHandle(p);
     }
 
     // 2 and 3: Tolvane's log-on run, main delay 0, 3 s for each program.
@@ -220,12 +207,11 @@ int main(int argc, char** argv) {
         Outcome outcome;
         Probe probe(frame);
         const unsigned long long t0 = GetTickCount64();
-        HANDLE run = Start("\"" + folder + "\\Tolvane.exe\" -nogui");
+        test::ChildProcess run("\"" + folder + "\\Tolvane.exe\" -nogui");
         const unsigned long long done = DoneAt(record, kPrograms, 600000);
         outcome.probe = probe.Stop();
         outcome.doneMs = done ? static_cast<double>(done - t0) : -1;
-        WaitForSingleObject(run, 60000); // the measurements are kept before it ends
-        CloseHandle(run);
+        run.WaitForExit(60000); // the measurements are kept before it ends
         return outcome;
     };
     const Outcome fixed = tolvane(0);

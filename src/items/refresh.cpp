@@ -38,10 +38,11 @@ void ReadSwitchedOff(CRegistry& registry, StartupListing& listing) {
 } // namespace
 
 bool RefreshData(AppState& app, TreeModel& tree, StartupListing& listing,
-                 const std::function<void(double)>& progress) {
+                 const std::function<void(double)>& progress, bool ownRunEntry) {
     try {
         const std::string own = OwnRunEntry(app.folders);
-        UpdateRunEntry(app, app.model.StartupType);
+        if (ownRunEntry)
+            UpdateRunEntry(app, app.model.StartupType);
         CDelayLoad(app).LoadItems();
         CDirStruct folders;
         folders.ReturnFiles(app.folders.UserStartupFolder, listing.UserStartupFiles);

@@ -12,8 +12,9 @@ namespace tolvane {
 // Task Manager's switches and the measurements of started programs, and rebuilds the tree,
 // then marks the known items. A failure is logged ("RefreshData Error:
 // ...") and ends the refresh; the tree keeps what was built. False then.
+// ownRunEntry false: a look that changes nothing, not even the program's own Run value.
 bool RefreshData(AppState& app, TreeModel& tree, StartupListing& listing,
-                 const std::function<void(double)>& progress = {});
+                 const std::function<void(double)>& progress = {}, bool ownRunEntry = true);
 
 // Seconds since midnight, rounded (a half to the even second).
 long long SecondsSinceMidnight();

@@ -1,0 +1,44 @@
+// The command line of tolvanec, the console program for scripts: what it is asked to do, read
+// from its arguments without the platform.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tolvane {
+
+// Exit codes a script can rely on.
+enum CliExit : int { kCliDone = 0, kCliNoItem = 1, kCliRefused = 2, kCliUsage = 3 };
+
+enum class CliVerb { Help, List, Delay, Stop, Restore, RunStartup };
+enum class ListFormat { Table, Json, Csv };
+
+// Where an item lives, as the command line names it: a location code and, for the machine's
+// Run key, its view.
+struct CliLocation {
+    int Code = 0;
+    bool Wow32 = false;
+};
+// "user-folder", "user-run", "common-folder", "machine-run", "machine-run-32"; nothing else.
+std::optional<CliLocation> ParseCliLocation(const std::string& word);
+const char* CliLocationWord(int code, bool wow32);
+
+struct CliRequest {
+    CliVerb Verb = CliVerb::Help;
+    ListFormat Format = ListFormat::Table;
+    std::string Name;
+    std::optional<CliLocation> Location;
+    std::optional<float> Delay; // seconds, for delay
+};
+
+// The request, or the reason the arguments are not one (a usage error).
+struct CliParse {
+    std::optional<CliRequest> Request;
+    std::string Error;
+};
+CliParse ParseCliArguments(const std::vector<std::string>& arguments);
+
+std::string CliUsage();
+
+} // namespace tolvane

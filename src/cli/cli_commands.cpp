@@ -1,0 +1,171 @@
+#include "cli/cli_commands.h"
+
+#include <windows.h>
+
+#include "cli/item_records.h"
+#include "config/app_state.h"
+#include "config/delay_load.h"
+#include "config/impact_file.h"
+#include "items/item_moves.h"
+#include "items/refresh.h"
+#include "items/startup_folders.h"
+#include "platform/processes.h"
+#include "startup/delayed_run.h"
+#include "startup/launcher.h"
+#include "startup/tray_commands.h"
+#include "text/strings.h"
+
+namespace tolvane {
+
+namespace {
+
+// Scripts read UTF-8; the program's own texts are in the system's code page.
+std::string Utf8(const std::string& text) {
+    if (text.empty())
+        return text;
+    const int wide =
+        MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
+    std::wstring w(static_cast<size_t>(wide), L'\0');
+    MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), w.data(), wide);
+    const int bytes = WideCharToMultiByte(CP_UTF8, 0, w.data(), wide, nullptr, 0, nullptr, nullptr);
+    std::string out(static_cast<size_t>(bytes), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, w.data(), wide, out.data(), bytes, nullptr, nullptr);
+    return out;
+}
+
+RecordLookups Lookups(AppState& app) {
+    RecordLookups l;
+    l.ShortcutTarget = [](const std::string& link) {
+        const std::string target = ShortcutTarget(link);
+        return target.empty() ? link : target;
+    };
+    l.StoppedCommand = [&app](const std::string& entry, std::string& path,
+                              std::string& parameters) {
+        (void)CDelayLoad(app).GetStoppedInfo(entry, path, parameters);
+    };
+    l.UserStartupFolder = app.folders.UserStartupFolder;
+    l.CommonStartupFolder = app.folders.CommonStartupFolder;
+    l.UserItemsFolder = app.folders.UserItemsFolder;
+    l.AllUsersItemsFolder = app.folders.AllUsersItemsFolder;
+    return l;
+}
+
+std::string Joined(const std::vector<std::string>& lines, size_t from) {
+    std::string text;
+    for (size_t i = from; i < lines.size(); ++i)
+        text += lines[i] + "\n";
+    return text;
+}
+
+// A delayed item's own delay, set after its move.
+void SetDelay(AppState& app, const ImpactKey& item, float delay) {
+    ProgramGroup* startup = app.model.StartupGroup();
+    if (!startup)
+        return;
+    for (size_t i = 0; i < startup->Programs.size(); ++i) {
+        const GroupProgram& p = startup->Programs[i];
+        const std::optional<ImpactKey> key = ImpactKeyOf(p);
+        if (key && SameItem(*key, item)) {
+            (void)app.model.UpdateProgramInGroup(app.model.StartupGroupIndex, static_cast<int>(i),
+                                                 p.Path, p.Parameters, delay);
+            CDelayLoad(app).WriteItems();
+            return;
+        }
+    }
+}
+
+} // namespace
+
+int ConsoleMessages::ShowMessage(std::string_view text, std::string_view, unsigned style) {
+    Shown.emplace_back(text);
+    return (style & kMbYesNo) ? kIdNo : kIdOk;
+}
+
+int RunCliRequest(AppState& app, ConsoleMessages& messages, const CliRequest& request,
+                  std::string& out, std::string& err) {
+    EnsureStartupFolders(app);
+    TreeModel tree;
+    StartupListing listing;
+    // A list changes nothing; a move brings the program's own Run value up to date, as the
+    // window does around each move.
+    if (!RefreshData(app, tree, listing, {}, request.Verb != CliVerb::List)) {
+        err = "The startup items could not be read; log.txt says why.\n";
+        return kCliRefused;
+    }
+    if (request.Verb == CliVerb::RunStartup) {
+        RunGroupNow(app, app.model.StartupGroupIndex, MessageLoopClock(),
+                    [&](const std::string& path, const std::string& parameters,
+                        const ImpactKey* item) { LaunchMeasured(app, path, parameters, item); });
+        return kCliDone;
+    }
+    std::vector<ItemRecord> records = ItemRecords(tree, app.model, app.SafeList, Lookups(app));
+    if (request.Verb == CliVerb::List) {
+        for (ItemRecord& r : records) {
+            r.Name = Utf8(r.Name);
+            r.Path = Utf8(r.Path);
+            r.Parameters = Utf8(r.Parameters);
+            r.Description = Utf8(r.Description);
+        }
+        out = request.Format == ListFormat::Json  ? FormatRecordsJson(records)
+              : request.Format == ListFormat::Csv ? FormatRecordsCsv(records)
+                                                  : FormatRecordsTable(records);
+        return kCliDone;
+    }
+
+    // The item: its text in the list, or a Run value's name, in any letter case.
+    std::vector<const ItemRecord*> found;
+    const std::string wanted = ToLower(request.Name);
+    for (const ItemRecord& r : records) {
+        if (request.Location &&
+            (request.Location->Code != r.Location || request.Location->Wow32 != r.Wow32))
+            continue;
+        if (ToLower(r.Name) == wanted || ToLower(OwnName(r)) == wanted)
+            found.push_back(&r);
+    }
+    if (found.empty()) {
+        err = "No startup item is named \"" + request.Name + "\".\n";
+        return kCliNoItem;
+    }
+    if (found.size() > 1) {
+        err = "\"" + request.Name + "\" names " + std::to_string(found.size()) + " items:";
+        for (const ItemRecord* r : found)
+            err += std::string(" ") + CliLocationWord(r->Location, r->Wow32) + " (" +
+                   (r->State == ItemState::Active    ? "active"
+                    : r->State == ItemState::Delayed ? "delayed"
+                                                     : "stopped") +
+                   ")";
+        err += ". Choose one with --location.\n";
+        return kCliNoItem;
+    }
+    const ItemRecord& item = *found.front();
+    if (!item.Movable) {
+        err = "\"" + item.Name + "\" starts for every user; the list offers no moves for it.\n";
+        return kCliRefused;
+    }
+    const ItemPlace place{item.Location, item.State, item.Wow32};
+    const size_t shownBefore = messages.Shown.size();
+    ItemMoves moves(app, tree, nullptr);
+    bool ok = true;
+    // Asked for where it already is, an item stays: a script may run the same command twice.
+    const bool stop = request.Verb == CliVerb::Stop;
+    if (request.Verb == CliVerb::Restore) {
+        if (item.State != ItemState::Active || item.SwitchedOff)
+            moves.RunItem(item.Name, place);
+    } else if (item.State != (stop ? ItemState::Stopped : ItemState::Delayed)) {
+        ok = place.Registry()
+                 ? moves.DelayRegistryItem(item.Name, item.Location, stop, item.State, item.Wow32)
+                 : moves.DelayStartupItem(item.Name, item.Location, stop, item.State);
+    }
+    if (!ok || messages.Shown.size() > shownBefore) {
+        err = Joined(messages.Shown, shownBefore);
+        if (err.empty())
+            err = "\"" + item.Name + "\" could not be moved; log.txt says why.\n";
+        return kCliRefused;
+    }
+    if (request.Verb == CliVerb::Delay && request.Delay)
+        SetDelay(app, {item.Location, OwnName(item)}, *request.Delay);
+    (void)RefreshData(app, tree, listing);
+    return kCliDone;
+}
+
+} // namespace tolvane

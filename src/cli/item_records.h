@@ -1,0 +1,52 @@
+// Every item of the startup tree as one record, and the three ways the console program prints
+// them: a table for people, JSON and CSV for scripts (both UTF-8, with stable field names).
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "config/app_state.h"
+#include "config/program_model.h"
+#include "models/tree_model.h"
+
+namespace tolvane {
+
+struct ItemRecord {
+    int Node = -1; // the tree's node
+    ItemState State = ItemState::Active;
+    int Location = kUserStartup;
+    bool Wow32 = false;
+    std::string Name; // the tree's text
+    std::string Path;
+    std::string Parameters;
+    std::optional<float> Delay; // a delayed item's own delay
+    bool Known = false;         // on the safe list
+    std::string Description;
+    bool SwitchedOff = false; // Task Manager keeps it from starting
+    bool Movable = false;     // the list offers its moves
+};
+
+// What only the platform can tell: a shortcut's target, a stopped item's command.
+struct RecordLookups {
+    std::function<std::string(const std::string& shortcut)> ShortcutTarget;
+    std::function<void(const std::string& entry, std::string& path, std::string& parameters)>
+        StoppedCommand;
+    std::string UserStartupFolder, CommonStartupFolder; // no trailing backslash
+    std::string UserItemsFolder, AllUsersItemsFolder;   // with a trailing backslash
+};
+
+std::vector<ItemRecord> ItemRecords(const TreeModel& tree, const ProgramModel& model,
+                                    const std::vector<SafeEntry>& safeList,
+                                    const RecordLookups& lookups);
+
+// The item's Run value name ("Tool" of "Tool=C:\tool.exe"), or its text for a shortcut.
+std::string OwnName(const ItemRecord& record);
+
+// The fields are passed through as they are: the caller gives them in UTF-8.
+std::string FormatRecordsTable(const std::vector<ItemRecord>& records);
+std::string FormatRecordsJson(const std::vector<ItemRecord>& records);
+std::string FormatRecordsCsv(const std::vector<ItemRecord>& records);
+
+} // namespace tolvane

@@ -1,0 +1,97 @@
+// The console program's arguments and its record formats, without the platform.
+#include <gtest/gtest.h>
+
+#include "cli/cli_args.h"
+#include "cli/item_records.h"
+#include "items/startup_tree.h"
+
+namespace tolvane {
+namespace {
+
+std::string Parsed(std::vector<std::string> arguments) {
+    const CliParse p = ParseCliArguments(arguments);
+    if (!p.Request)
+        return "error: " + p.Error;
+    const CliRequest& r = *p.Request;
+    std::string text = std::to_string(static_cast<int>(r.Verb)) + " " +
+                       std::to_string(static_cast<int>(r.Format)) + " [" + r.Name + "]";
+    if (r.Location)
+        text += std::string(" ") + CliLocationWord(r.Location->Code, r.Location->Wow32);
+    if (r.Delay)
+        text += " " + std::to_string(*r.Delay).substr(0, 4);
+    return text;
+}
+
+TEST(CliArguments, VerbsOptionsAndUsageErrors) {
+    EXPECT_EQ(Parsed({"list"}), "1 0 []");
+    EXPECT_EQ(Parsed({"list", "--csv"}), "1 2 []");
+    EXPECT_EQ(Parsed({"delay", "Clock", "--delay", "2.5", "--location", "machine-run-32"}),
+              "2 0 [Clock] machine-run-32 2.50");
+    EXPECT_EQ(Parsed({"stop", "--location", "user-folder", "Tool.lnk"}),
+              "3 0 [Tool.lnk] user-folder");
+    EXPECT_EQ(Parsed({"restore", "Name=C:\\a b.exe"}), "4 0 [Name=C:\\a b.exe]");
+    EXPECT_EQ(Parsed({"run-startup"}), "5 0 []");
+    EXPECT_EQ(Parsed({"stop", "x", "--help"}), "0 0 []");
+    for (const std::vector<std::string>& bad : std::vector<std::vector<std::string>>{
+             {},
+             {"start"},
+             {"delay"},
+             {"list", "--json", "--csv"},
+             {"list", "Clock"},
+             {"stop", "x", "--delay", "3"},
+             {"delay", "x", "--delay", "-1"},
+             {"delay", "x", "--delay"},
+             {"delay", "x", "y"},
+             {"restore", "x", "--location", "user"},
+             {"run-startup", "--location", "user-run"},
+         })
+        EXPECT_EQ(Parsed(bad).rfind("error: ", 0), 0u) << Parsed(bad);
+}
+
+TEST(CliRecords, TheTreesItemsWithTheirCommandsInThreeFormats) {
+    StartupListing listing;
+    listing.UserRunValues = {"Caf\xc3\xa9 \"q\"=\"C:\\P F\\c.exe\" /a,b", "Tool=C:\\t.exe"};
+    listing.UserStartupFiles = {"Word.lnk"};
+    listing.OffUserRun = SwitchedOffNames({{"Tool", RegistryValue{kBinaryType, {3}}}});
+    ProgramModel model;
+    model.ProgramGroups = {{"Startup", {{"Later.lnk", "-x", "Execute", 7.5f, ""}}}};
+    model.StartupGroupIndex = 0;
+    model.StoppedPrograms = {"_REGCU_Old=C:\\old.exe"};
+    TreeModel tree;
+    BuildStartupTree(tree, listing, model, "", {});
+    RecordLookups lookups;
+    lookups.ShortcutTarget = [](const std::string& link) { return "target of " + link; };
+    lookups.StoppedCommand = [](const std::string& entry, std::string& path, std::string& params) {
+        path = "from " + entry;
+        params = "-s";
+    };
+    lookups.UserStartupFolder = "C:\\Start";
+    lookups.UserItemsFolder = "C:\\Items\\";
+    const std::vector<ItemRecord> records =
+        ItemRecords(tree, model, {{"Tool", "A clock"}}, lookups);
+
+    EXPECT_EQ(FormatRecordsCsv(records),
+              "state,location,name,path,parameters,delay,known,description,switchedOff\r\n"
+              "active,user-folder,Word.lnk,target of C:\\Start\\Word.lnk,,,false,,false\r\n"
+              "active,user-run,\"Caf\xc3\xa9 \"\"q\"\"=\"\"C:\\P F\\c.exe\"\" /a,b\",\"\"\"C:\\P "
+              "F\\c.exe\"\"\",\"/a,b\",,false,,false\r\n"
+              "active,user-run,Tool=C:\\t.exe,C:\\t.exe,,,true,A clock,true\r\n"
+              "delayed,user-folder,Later.lnk,target of C:\\Items\\Later.lnk,-x,7.5,false,,false\r\n"
+              "stopped,user-run,Old=C:\\old.exe,from _REGCU_Old=C:\\old.exe,-s,,false,,false\r\n");
+    // Known: on the safe list, with its description.
+    EXPECT_EQ(FormatRecordsJson({records[2]}),
+              "[\n  {\"state\": \"active\", \"location\": \"user-run\", \"name\": "
+              "\"Tool=C:\\\\t.exe\", \"path\": \"C:\\\\t.exe\", \"parameters\": \"\", \"delay\": "
+              "null, \"known\": true, \"description\": \"A clock\", \"switchedOff\": true}\n]\n");
+    ItemRecord control = records[0];
+    control.Name = "a\tb\x01";
+    EXPECT_NE(FormatRecordsJson({control}).find("\"a\\u0009b\\u0001\""), std::string::npos);
+    EXPECT_EQ(FormatRecordsJson({}), "[]\n");
+    EXPECT_EQ(OwnName(records[1]), "Caf\xc3\xa9 \"q\"");
+    EXPECT_EQ(OwnName(records[0]), "Word.lnk");
+    EXPECT_NE(FormatRecordsTable(records).find("delayed  user-folder     7.5    Later.lnk"),
+              std::string::npos);
+}
+
+} // namespace
+} // namespace tolvane

@@ -1,0 +1,195 @@
+// tolvanec from end to end, as a script runs it: its own process beside a copy of the program's
+// data, against the prefix's real Startup folders and Run keys.
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include "cli/cli_args.h"
+#include "config/language_files.h"
+#include "items/startup_fixture.h"
+
+namespace tolvane {
+namespace {
+
+class Console : public test::StartupFixture {
+protected:
+    void SetUp() override {
+        StartupFixture::SetUp();
+        const std::string built = test::BuiltProgramFolder();
+        ASSERT_TRUE(CopyFileA((built + "\\tolvanec.exe").c_str(), (folder / "tolvanec.exe").c_str(),
+                              FALSE));
+        test::CopyTree(built + "\\lang", folder / "lang");
+        test::CopyTree(built + "\\data", folder / "data");
+        // The file as the console program writes it, with the language the list names.
+        LoadLanguageList(app);
+        CDelayLoad(app).WriteItems();
+    }
+    void TearDown() override {
+        reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, "Dup");
+        StartupFixture::TearDown();
+    }
+    struct Ran {
+        unsigned long code = 99;
+        std::string out, err;
+    };
+    // Runs tolvanec with the arguments; its standard output and error go through files.
+    Ran Cli(const std::string& arguments) {
+        SECURITY_ATTRIBUTES inherit{sizeof inherit, nullptr, TRUE};
+        // Files of their own for each run: the handles of a process that has just ended may
+        // still be open for a moment.
+        const std::string run = std::to_string(++runs_);
+        const std::string outPath = folder / ("out" + run + ".txt"),
+                          errPath = folder / ("err" + run + ".txt");
+        HANDLE out = CreateFileA(outPath.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherit,
+                                 CREATE_ALWAYS, 0, nullptr);
+        HANDLE err = CreateFileA(errPath.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherit,
+                                 CREATE_ALWAYS, 0, nullptr);
+        STARTUPINFOA si{sizeof si};
+        si.dwFlags = STARTF_USESTDHANDLES;
+        si.hStdOutput = out;
+        si.hStdError = err;
+        PROCESS_INFORMATION pi{};
+        std::string line = "\"" + folder / "tolvanec.exe" + "\" " + arguments;
+        Ran ran;
+        if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr,
+                           nullptr, &si, &pi)) {
+            WaitForSingleObject(pi.hProcess, 60000);
+            GetExitCodeProcess(pi.hProcess, &ran.code);
+            CloseHandle(pi.hProcess);
+            CloseHandle(pi.hThread);
+        }
+        CloseHandle(out);
+        CloseHandle(err);
+        ran.out = test::ReadFileBytes(outPath);
+        ran.err = test::ReadFileBytes(errPath);
+        return ran;
+    }
+    // Everything a move may touch.
+    std::string State() {
+        std::string state = File() + "|" + Run(RegistryRoot::CurrentUser, "Clock") + "|" +
+                            Saved(RegistryRoot::CurrentUser, "Clock") + "|" +
+                            Run(RegistryRoot::CurrentUser, "Dup") + "|" +
+                            Run(RegistryRoot::LocalMachine, "Dup");
+        for (const std::string& f : test::FilesBelow(places.UserFolder))
+            state += "|" + f;
+        for (const std::string& f : test::FilesBelow(folder / "Tolvane Items"))
+            state += "|" + f;
+        return state;
+    }
+    std::string File() { return test::ReadFileBytes(CDelayLoad(app).FilePath()); }
+
+private:
+    int runs_ = 0;
+};
+
+TEST_F(Console, ListsEveryItemInUtf8ForScripts) {
+    Shortcut(places.UserFolder, "Tool.lnk");
+    Shortcut(places.UserFolder, "Gone.lnk");
+    Shortcut(places.CommonFolder, "Word.lnk");
+    RunValue(RegistryRoot::CurrentUser, "Clock", "C:\\clock.exe -min");
+    RunValue(RegistryRoot::CurrentUser, "Caf\xe9 \"q\"", "\"C:\\Program Files\\c.exe\" /a,b");
+    RunValue(RegistryRoot::CurrentUser, "Later", "C:\\later.exe");
+    Refresh();
+    ASSERT_TRUE(
+        Moves().DelayRegistryItem("Later=C:\\later.exe", kUserRun, false, ItemState::Active));
+    ASSERT_TRUE(Moves().DelayStartupItem("Gone.lnk", kUserStartup, true, ItemState::Active));
+
+    const Ran json = Cli("list --json");
+    EXPECT_EQ(json.code, 0u) << json.err;
+    const std::string notepad = "C:\\\\windows\\\\notepad.exe";
+    for (const std::string& record : std::vector<std::string>{
+             "{\"state\": \"active\", \"location\": \"user-folder\", \"name\": \"Tool.lnk\", "
+             "\"path\": \"" +
+                 notepad +
+                 "\", \"parameters\": \"\", \"delay\": null, \"known\": "
+                 "false, \"description\": \"\", \"switchedOff\": false}",
+             "{\"state\": \"active\", \"location\": \"user-run\", \"name\": \"Caf\xc3\xa9 "
+             "\\\"q\\\"=\\\"C:\\\\Program Files\\\\c.exe\\\" /a,b\", \"path\": \"\\\"C:\\\\Program "
+             "Files\\\\c.exe\\\"\", \"parameters\": \"/a,b\", \"delay\": null",
+             "{\"state\": \"active\", \"location\": \"common-folder\", \"name\": \"Word.lnk\"",
+             "{\"state\": \"delayed\", \"location\": \"user-run\", \"name\": "
+             "\"Later=C:\\\\later.exe \", \"path\": \"C:\\\\later.exe\", \"parameters\": \"\", "
+             "\"delay\": 0,",
+             "{\"state\": \"stopped\", \"location\": \"user-folder\", \"name\": \"Gone.lnk\", "
+             "\"path\": \"" +
+                 notepad + "\", \"parameters\": \"\", \"delay\": null",
+         })
+        EXPECT_NE(json.out.find(record), std::string::npos) << record << "\n" << json.out;
+    EXPECT_EQ(json.out.front(), '[');
+    EXPECT_EQ(std::count(json.out.begin(), json.out.end(), '{'), 6);
+
+    const Ran csv = Cli("list --csv");
+    EXPECT_EQ(csv.code, 0u);
+    EXPECT_EQ(csv.out.rfind(
+                  "state,location,name,path,parameters,delay,known,description,switchedOff\r\n", 0),
+              0u);
+    EXPECT_NE(csv.out.find("active,user-run,\"Caf\xc3\xa9 \"\"q\"\"=\"\"C:\\Program "
+                           "Files\\c.exe\"\" /a,b\",\"\"\"C:\\Program Files\\c.exe\"\"\",\"/a,b\","
+                           ",false,,false\r\n"),
+              std::string::npos)
+        << csv.out;
+    // A look changes nothing.
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Later"), "(none)");
+}
+
+TEST_F(Console, MovesAnItemByNameAsTheListDoes) {
+    Shortcut(places.UserFolder, "Tool.lnk");
+    Shortcut(places.CommonFolder, "Word.lnk");
+    RunValue(RegistryRoot::CurrentUser, "Clock", "C:\\clock.exe -min");
+    RunValue(RegistryRoot::CurrentUser, "Dup", "C:\\dup.exe");
+    RunValue(RegistryRoot::LocalMachine, "Dup", "C:\\dup64.exe");
+    const std::string start = State();
+
+    // By its value name, in another letter case: the same outcome as the popup's Delay.
+    Ran ran = Cli("delay clock");
+    EXPECT_EQ(ran.code, 0u) << ran.err;
+    const std::string delayedByConsole = State();
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Clock"), "(none)");
+    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Clock"), "C:\\clock.exe -min");
+    ran = Cli("restore Clock");
+    EXPECT_EQ(ran.code, 0u) << ran.err;
+    EXPECT_EQ(State(), start);
+    Refresh();
+    ASSERT_TRUE(
+        Moves().DelayRegistryItem("Clock=C:\\clock.exe -min", kUserRun, false, ItemState::Active));
+    EXPECT_EQ(State(), delayedByConsole);
+
+    // Stopped from delayed, by the list's text; again is no change; then back.
+    ran = Cli("stop \"Clock=C:\\clock.exe -min\"");
+    EXPECT_EQ(ran.code, 0u) << ran.err;
+    EXPECT_NE(File().find("\"_REGCU_Clock=C:\\clock.exe -min\""), std::string::npos);
+    const std::string stopped = State();
+    EXPECT_EQ(Cli("stop Clock").code, 0u);
+    EXPECT_EQ(State(), stopped);
+    EXPECT_EQ(Cli("restore Clock").code, 0u);
+    EXPECT_EQ(State(), start);
+
+    // A shortcut with its own delay.
+    ran = Cli("delay Tool.lnk --delay 7.5");
+    EXPECT_EQ(ran.code, 0u) << ran.err;
+    EXPECT_TRUE(test::PathExists(UserItems("Tool.lnk")));
+    EXPECT_NE(File().find("\\Tool.lnk\", \"\", 7.5, \"\");"), std::string::npos);
+    EXPECT_EQ(Cli("restore tool.lnk").code, 0u);
+    EXPECT_EQ(State(), start);
+
+    // Two items of one name, none of another, an item without moves, bad usage: each its own
+    // exit code, and nothing changed.
+    ran = Cli("stop Dup");
+    EXPECT_EQ(ran.code, 1u);
+    EXPECT_NE(ran.err.find("user-run (active) machine-run (active)"), std::string::npos) << ran.err;
+    EXPECT_EQ(Cli("delay Nowhere").code, 1u);
+    ran = Cli("delay Word.lnk");
+    EXPECT_EQ(ran.code, 2u);
+    EXPECT_NE(ran.err.find("Word.lnk"), std::string::npos) << ran.err;
+    EXPECT_EQ(Cli("delay").code, 3u);
+    EXPECT_EQ(Cli("stop Dup --location nowhere").code, 3u);
+    EXPECT_EQ(Cli("frobnicate").code, 3u);
+    EXPECT_EQ(State(), start);
+    EXPECT_EQ(Cli("stop Dup --location user-run").code, 0u);
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Dup"), "(none)");
+    EXPECT_EQ(Run(RegistryRoot::LocalMachine, "Dup"), "C:\\dup64.exe");
+    EXPECT_EQ(Cli("--help").code, 0u);
+}
+
+} // namespace
+} // namespace tolvane

@@ -130,10 +130,7 @@ int RunCliRequest(AppState& app, ConsoleMessages& messages, const CliRequest& re
         err = "\"" + request.Name + "\" names " + std::to_string(found.size()) + " items:";
         for (const ItemRecord* r : found)
             err += std::string(" ") + CliLocationWord(r->Location, r->Wow32) + " (" +
-                   (r->State == ItemState::Active    ? "active"
-                    : r->State == ItemState::Delayed ? "delayed"
-                                                     : "stopped") +
-                   ")";
+                   StateWord(r->State) + ")";
         err += ". Choose one with --location.\n";
         return kCliNoItem;
     }

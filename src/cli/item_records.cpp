@@ -11,38 +11,13 @@ namespace tolvane {
 
 namespace {
 
-const char* StateWord(ItemState state) {
-    switch (state) {
-    case ItemState::Active:
-        return "active";
-    case ItemState::Delayed:
-        return "delayed";
-    case ItemState::Stopped:
-        return "stopped";
-    }
-    return "";
-}
-
-std::string_view CommandOf(int location) {
-    switch (location) {
-    case kUserStartup:
-        return kExecute;
-    case kUserRun:
-        return kExecuteReg;
-    case kCommonStartup:
-        return kExecuteAU;
-    default:
-        return kExecuteRegAU;
-    }
-}
-
 const GroupProgram* DelayedProgram(const ProgramModel& model, const ItemRecord& r) {
     const ProgramGroup* startup = model.StartupGroup();
     if (!startup)
         return nullptr;
     const bool registry = r.Location == kUserRun || r.Location == kMachineRun;
     for (const GroupProgram& p : startup->Programs)
-        if (p.Command == CommandOf(r.Location) &&
+        if (p.Command == CommandOfLocation(r.Location) &&
             (registry ? DelayedRunItemText(p) : p.Path) == r.Name)
             return &p;
     return nullptr;
@@ -76,6 +51,18 @@ std::string DelayText(const ItemRecord& r) {
 }
 
 } // namespace
+
+const char* StateWord(ItemState state) {
+    switch (state) {
+    case ItemState::Active:
+        return "active";
+    case ItemState::Delayed:
+        return "delayed";
+    case ItemState::Stopped:
+        return "stopped";
+    }
+    return "";
+}
 
 std::vector<ItemRecord> ItemRecords(const TreeModel& tree, const ProgramModel& model,
                                     const std::vector<SafeEntry>& safeList,

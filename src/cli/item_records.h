@@ -41,6 +41,9 @@ std::vector<ItemRecord> ItemRecords(const TreeModel& tree, const ProgramModel& m
                                     const std::vector<SafeEntry>& safeList,
                                     const RecordLookups& lookups);
 
+// "active", "delayed" or "stopped".
+const char* StateWord(ItemState state);
+
 // The item's Run value name ("Tool" of "Tool=C:\tool.exe"), or its text for a shortcut.
 std::string OwnName(const ItemRecord& record);
 

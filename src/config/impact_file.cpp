@@ -2,6 +2,7 @@
 
 #include <charconv>
 
+#include "platform/path_rules.h"
 #include "text/strings.h"
 
 namespace tolvane {
@@ -30,8 +31,7 @@ std::string_view LocationWordOf(int code) {
 }
 
 std::string FileNameOf(std::string_view path) {
-    const size_t slash = path.find_last_of("\\/");
-    return Trim(slash == std::string_view::npos ? path : path.substr(slash + 1));
+    return Trim(PathLastPart(path));
 }
 
 std::string Quoted(std::string_view field) {
@@ -125,20 +125,13 @@ bool SameItem(const ImpactKey& a, const ImpactKey& b) {
 }
 
 std::optional<ImpactKey> ImpactKeyOf(const GroupProgram& program) {
-    if (Trim(program.Path).empty())
+    const int location = LocationOfCommand(program.Command);
+    if (Trim(program.Path).empty() || location < 0)
         return std::nullopt;
-    if (program.Command == kExecuteReg || program.Command == kExecuteRegAU) {
-        const int location = program.Command == kExecuteReg ? kUserRun : kMachineRun;
-        // A program line added by hand may lack the value's name: its file stands for it.
-        const std::string name =
-            program.RegistryKeyName.empty() ? FileNameOf(program.Path) : program.RegistryKeyName;
-        return ImpactKey{location, name};
-    }
-    if (program.Command == kExecute)
-        return ImpactKey{kUserStartup, FileNameOf(program.Path)};
-    if (program.Command == kExecuteAU)
-        return ImpactKey{kCommonStartup, FileNameOf(program.Path)};
-    return std::nullopt;
+    // A program line added by hand may lack the value's name: its file stands for it.
+    if ((location == kUserRun || location == kMachineRun) && !program.RegistryKeyName.empty())
+        return ImpactKey{location, program.RegistryKeyName};
+    return ImpactKey{location, FileNameOf(program.Path)};
 }
 
 std::optional<ImpactKey> ImpactKeyOfStopped(std::string_view entry) {

@@ -7,6 +7,28 @@
 
 namespace tolvane {
 
+std::string_view CommandOfLocation(int code) {
+    switch (code) {
+    case kMachineRun:
+        return kExecuteRegAU;
+    case kUserRun:
+        return kExecuteReg;
+    case kCommonStartup:
+        return kExecuteAU;
+    case kUserStartup:
+        return kExecute;
+    default:
+        return "";
+    }
+}
+
+int LocationOfCommand(std::string_view command) {
+    for (int code : {kMachineRun, kUserRun, kCommonStartup, kUserStartup})
+        if (command == CommandOfLocation(code))
+            return code;
+    return -1;
+}
+
 std::string_view LocationPrefix(int code) {
     switch (code) {
     case kMachineRun:

@@ -32,6 +32,10 @@ inline constexpr size_t kPrefixLength = 7;
 enum class ItemState { Active, Delayed, Stopped };
 // The prefix of a location code; "" for any other code.
 std::string_view LocationPrefix(int code);
+// The command word of a delayed program from that location, and the location of a command
+// word; "" and -1 for anything else.
+std::string_view CommandOfLocation(int code);
+int LocationOfCommand(std::string_view command);
 
 // The built-in disallowed words, each followed by one blank.
 inline constexpr std::string_view kBuiltInDisallowed = "format fdisk del rmdir mkdir delete ";

@@ -35,10 +35,6 @@ struct ValueKey {
     std::string Saved() const { return SavedKeyOf(Location); }
 };
 
-std::string_view RunCommandWord(int location) {
-    return location == kMachineRun ? kExecuteRegAU : kExecuteReg;
-}
-
 // Task Manager's switch of a value: the machine's 32-bit values have a key of their own.
 void SwitchOnValue(const ValueKey& at, const std::string& name, UndoSteps& undo) {
     SwitchOnInTaskManager(at.Location == kUserRun ? RegistryRoot::CurrentUser
@@ -122,7 +118,7 @@ public:
         const SavedCopyMatch match = MatchSavedCopies(app_.model, at.Location, saved.Copies);
         for (size_t i = 0; i < group->Programs.size(); ++i) {
             const GroupProgram& p = group->Programs[i];
-            if (p.Path.empty() || p.Command != RunCommandWord(at.Location) ||
+            if (p.Path.empty() || p.Command != CommandOfLocation(at.Location) ||
                 p.RegistryKeyName != value.Name)
                 continue;
             const int copy = match.Delayed[i];
@@ -484,7 +480,7 @@ void DelayActiveValue(Mover& m, const ValueKey& at, std::string_view text, bool 
     if (stop)
         model.AddStoppedProgram(StoppedRunEntry(value.Name, value.Data), at.Location);
     else
-        model.AddProgramToGroup(model.StartupGroupIndex, RunCommandWord(at.Location), parts.Path,
+        model.AddProgramToGroup(model.StartupGroupIndex, CommandOfLocation(at.Location), parts.Path,
                                 parts.Parameters, 0, value.Name);
 }
 
@@ -523,8 +519,8 @@ bool DelayStoppedValue(Mover& m, const ValueKey& at, const StoppedValue& stopped
         if (auto saved = CRegistry().GetValue(at.Root(), at.Saved(), name))
             backup->Value(at.Root(), ToBackupValue(name, *saved));
     const RunCommandParts parts = SplitRunData(Trim(stopped.Value.Data));
-    model.AddProgramToGroup(model.StartupGroupIndex, RunCommandWord(at.Location), Trim(parts.Path),
-                            parts.Parameters, 0, name);
+    model.AddProgramToGroup(model.StartupGroupIndex, CommandOfLocation(at.Location),
+                            Trim(parts.Path), parts.Parameters, 0, name);
     model.StoppedPrograms[static_cast<size_t>(stopped.Entry)].clear();
     return true;
 }

@@ -1,6 +1,7 @@
 #include "items/startup_tree.h"
 
 #include "config/run_data.h"
+#include "platform/path_rules.h"
 #include "text/placeholders.h"
 #include "text/strings.h"
 
@@ -312,8 +313,7 @@ std::optional<ImpactKey> DelayedItemKey(const TreeModel& tree, int node) {
     const std::string& text = tree.Node(node).Text;
     if (place->Registry())
         return ImpactKey{place->Location, text.substr(0, text.find('='))};
-    const size_t slash = text.find_last_of("\\/");
-    return ImpactKey{place->Location, slash == std::string::npos ? text : text.substr(slash + 1)};
+    return ImpactKey{place->Location, std::string(PathLastPart(text))};
 }
 
 std::string ImpactTipLine(const ImpactRecord& record, const ImpactTexts& texts) {

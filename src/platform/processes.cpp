@@ -13,10 +13,6 @@ namespace tolvane {
 
 namespace {
 
-uint64_t Ticks(const FILETIME& t) {
-    return (static_cast<uint64_t>(t.dwHighDateTime) << 32) | t.dwLowDateTime;
-}
-
 UniqueHandle OpenToWatch(DWORD id) {
     // Waiting for input needs the full query right; the figures alone would do with less.
     for (DWORD rights :
@@ -42,7 +38,7 @@ uint64_t ThreadTimes(DWORD processId) {
             OpenThread(THREAD_QUERY_LIMITED_INFORMATION, FALSE, entry.th32ThreadID));
         FILETIME created{}, exited{}, kernel{}, user{};
         if (thread && GetThreadTimes(thread.get(), &created, &exited, &kernel, &user))
-            sum += Ticks(kernel) + Ticks(user);
+            sum += FileTimeTicks(kernel) + FileTimeTicks(user);
     }
     return sum;
 }
@@ -64,7 +60,7 @@ std::optional<ProcessFigures> ReadProcessFigures(HANDLE process) {
     // cannot be had, the running threads' times stand for them: read while the program runs,
     // they miss only what its ended threads used.
     const bool running = WaitForSingleObject(process, 0) == WAIT_TIMEOUT;
-    const uint64_t cpu = OthersTimesKnown() ? Ticks(kernel) + Ticks(user)
+    const uint64_t cpu = OthersTimesKnown() ? FileTimeTicks(kernel) + FileTimeTicks(user)
                          : running          ? ThreadTimes(GetProcessId(process))
                                             : 0;
     figures.CpuMs = cpu / 10000;
@@ -79,7 +75,7 @@ std::optional<ProcessFigures> ReadProcessFigures(HANDLE process) {
 uint64_t SystemTimeNow() {
     FILETIME now{};
     GetSystemTimeAsFileTime(&now);
-    return Ticks(now);
+    return FileTimeTicks(now);
 }
 
 FoundProcess FindNewProcess(const std::string& exeName, uint64_t since,
@@ -103,7 +99,7 @@ FoundProcess FindNewProcess(const std::string& exeName, uint64_t since,
         UniqueHandle process = OpenToWatch(entry.th32ProcessID);
         FILETIME created{}, exited{}, kernel{}, user{};
         if (process && GetProcessTimes(process.get(), &created, &exited, &kernel, &user) &&
-            Ticks(created) >= since)
+            FileTimeTicks(created) >= since)
             return {std::move(process), entry.th32ProcessID};
     }
     return {};

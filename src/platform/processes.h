@@ -14,6 +14,11 @@
 
 namespace tolvane {
 
+// A FILETIME as one number of 100 ns steps.
+inline uint64_t FileTimeTicks(const FILETIME& t) {
+    return (static_cast<uint64_t>(t.dwHighDateTime) << 32) | t.dwLowDateTime;
+}
+
 struct ProcessFigures {
     uint64_t CpuMs = 0; // user and kernel time
     uint64_t ReadBytes = 0;

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <type_traits>
 
+#include "platform/processes.h"
+
 namespace tolvane {
 
 namespace {
@@ -41,10 +43,6 @@ const Pdh& PdhFunctions() {
     return pdh;
 }
 
-uint64_t Ticks(const FILETIME& t) {
-    return (static_cast<uint64_t>(t.dwHighDateTime) << 32) | t.dwLowDateTime;
-}
-
 } // namespace
 
 SystemLoad::SystemLoad() {
@@ -73,7 +71,8 @@ std::optional<LoadSample> SystemLoad::Sample() {
     if (!GetSystemTimes(&idle, &kernel, &user))
         return std::nullopt;
     // Kernel time includes the idle time.
-    const uint64_t idleNow = Ticks(idle), totalNow = Ticks(kernel) + Ticks(user);
+    const uint64_t idleNow = FileTimeTicks(idle),
+                   totalNow = FileTimeTicks(kernel) + FileTimeTicks(user);
     const bool primed = primed_;
     const uint64_t idleSpan = idleNow - idle_, totalSpan = totalNow - total_;
     idle_ = idleNow;

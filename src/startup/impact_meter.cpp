@@ -6,6 +6,7 @@
 
 #include "platform/file_io.h"
 #include "platform/message_pump.h"
+#include "platform/path_rules.h"
 #include "platform/processes.h"
 #include "text/strings.h"
 
@@ -24,11 +25,6 @@ std::string LocalTimeText() {
     snprintf(text, sizeof text, "%04u-%02u-%02u %02u:%02u:%02u", t.wYear, t.wMonth, t.wDay, t.wHour,
              t.wMinute, t.wSecond);
     return text;
-}
-
-std::string FileNameOf(const std::string& path) {
-    const size_t slash = path.find_last_of("\\/");
-    return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
 } // namespace
@@ -91,8 +87,8 @@ void ImpactMeter::Watch(const ImpactKey& item, void* process, const std::string&
 UniqueHandle ImpactMeter::FindStarted(const std::string& launched, uint64_t since) {
     // A shortcut is looked for as the program it points to; anything else the shell opened
     // without a process of its own (a script, a document) as a new child of this program.
-    std::string exe =
-        FileNameOf(EndsWith(ToLower(launched), ".lnk") ? ShortcutTarget(launched) : launched);
+    std::string exe(
+        PathLastPart(EndsWith(ToLower(launched), ".lnk") ? ShortcutTarget(launched) : launched));
     if (!EndsWith(ToLower(exe), ".exe"))
         exe.clear();
     for (int attempt = 0; attempt < kFindAttempts && !Stopping(attempt ? kPollMs : 0); ++attempt) {

@@ -1,6 +1,6 @@
 // Resource identifiers shared by the .rc file and the code.
 #pragma once
-#define IDI_TOLVANE 1
+// The program's icon is the resource named "clock".
 
 // The startup tree's pictures, in the order of the tree's image list.
 #define IDI_TREE_USER 101
@@ -18,7 +18,5 @@
 // The toolbar's pictures.
 #define IDI_BAR_SAVE 111
 #define IDI_BAR_REFRESH 112
-#define IDI_BAR_STOP 113
-#define IDI_BAR_DELAY 114
 #define IDI_BAR_RUN 115
 #define IDI_BAR_PROPERTIES 116

@@ -1,6 +1,7 @@
 #!/bin/sh
-# Draws the program's icons with ImageMagick and stores each as an .ico of 48, 32, 24 and 16
-# pixels. The .ico files are committed; run this only to change them.
+# Draws the program's icons with ImageMagick. The clock, the program's own, is stored at 48,
+# 32, 24 and 16 pixels; the tree's and toolbar's pictures, small icons, at 32, 24 and 16 (at
+# three times the normal size the 32-pixel picture is scaled up). The .ico files are committed; run this only to change them.
 set -eu
 cd "$(dirname "$0")"
 tmp=$(mktemp --suffix=.png)
@@ -14,18 +15,17 @@ convert -size 48x48 xc:none \
     -stroke '#c0392b' -strokewidth 3 -draw 'line 24,24 34,29' \
     -fill '#2b4c7e' -stroke none -draw 'circle 24,24 24,21' "$tmp"
 ico clock
-cp clock.ico tolvane.ico
 
 # The startup tree's pictures. Each is drawn once on a grid of 16 units at 256 pixels and
-# averaged down to each size: edges on whole units fall on pixel edges at 16, 32 and 48
+# averaged down to each size: edges on whole units fall on pixel edges at 16 and 32
 # pixels, and a 1-unit outline is one crisp pixel at 16, where the tree shows them.
 # Outlines run on half units so that they cover whole pixels.
 tree_ico() { # name mvg
     convert -size 256x256 xc:none -draw "scale 16,16 stroke-linejoin round $2" "$tmp"
-    for size in 48 32 24 16; do
+    for size in 32 24 16; do
         convert "$tmp" -scale "${size}x${size}" "$tmp-$size.png"
     done
-    convert "$tmp-48.png" "$tmp-32.png" "$tmp-24.png" "$tmp-16.png" "$1.ico"
+    convert "$tmp-32.png" "$tmp-24.png" "$tmp-16.png" "$1.ico"
     rm -f "$tmp"-*.png
 }
 

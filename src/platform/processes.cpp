@@ -114,6 +114,10 @@ std::string ShortcutTarget(const std::string& link) {
         reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("ole32.dll"), "CoCreateInstance")));
     if (!create)
         return {};
+    // The three ids spelled here: taken from uuid.lib they would bring every id it holds.
+    static constexpr CLSID kShellLink = {0x00021401, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+    static constexpr IID kShellLinkA = {0x000214EE, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+    static constexpr IID kPersistFile = {0x0000010B, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
     IShellLinkA* shortcut = nullptr;
     IPersistFile* file = nullptr;
     char target[MAX_PATH] = {};
@@ -123,9 +127,9 @@ std::string ShortcutTarget(const std::string& link) {
                                         static_cast<int>(wide.size())) -
                         1)));
     const bool ok =
-        SUCCEEDED(create(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkA,
+        SUCCEEDED(create(kShellLink, nullptr, CLSCTX_INPROC_SERVER, kShellLinkA,
                          reinterpret_cast<void**>(&shortcut))) &&
-        SUCCEEDED(shortcut->QueryInterface(IID_IPersistFile, reinterpret_cast<void**>(&file))) &&
+        SUCCEEDED(shortcut->QueryInterface(kPersistFile, reinterpret_cast<void**>(&file))) &&
         SUCCEEDED(file->Load(wide.c_str(), STGM_READ)) &&
         SUCCEEDED(shortcut->GetPath(target, MAX_PATH, nullptr, 0));
     if (file)

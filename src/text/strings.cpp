@@ -1,7 +1,8 @@
 #include "text/strings.h"
 
-#include <charconv>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 
 namespace tolvane {
 
@@ -102,10 +103,47 @@ std::vector<std::string> Split(std::string_view s, char separator) {
 std::string FormatSingle(float value) {
     if (value == 0)
         return "0"; // also for -0, which would otherwise read "-0"
-    char buf[64];
-    auto res = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::general, 7);
-    return std::string(buf, res.ptr);
+    // Seven significant digits always read back to the same single. printf rather than
+    // std::to_chars: the latter's tables for the shortest form are a fifth of the exe.
+    char buf[32];
+    const int n = std::snprintf(buf, sizeof buf, "%.7g", static_cast<double>(value));
+    return std::string(buf, n > 0 ? static_cast<size_t>(n) : 0);
 }
+
+namespace {
+
+// Digits with at most one full stop, at least one digit, then an optional exponent: what
+// a person types as a number. strtod alone would take "0x1p3", "inf" and leading blanks.
+bool IsPlainDecimal(std::string_view t) {
+    size_t i = 0;
+    if (i < t.size() && (t[i] == '-' || t[i] == '+'))
+        ++i;
+    size_t digits = 0;
+    bool point = false;
+    for (; i < t.size(); ++i) {
+        if (t[i] >= '0' && t[i] <= '9')
+            ++digits;
+        else if (t[i] == '.' && !point)
+            point = true;
+        else
+            break;
+    }
+    if (digits == 0)
+        return false;
+    if (i < t.size() && (t[i] == 'e' || t[i] == 'E')) {
+        ++i;
+        if (i < t.size() && (t[i] == '+' || t[i] == '-'))
+            ++i;
+        const size_t start = i;
+        while (i < t.size() && t[i] >= '0' && t[i] <= '9')
+            ++i;
+        if (i == start)
+            return false;
+    }
+    return i == t.size();
+}
+
+} // namespace
 
 std::optional<double> ParseNumber(std::string_view text) {
     std::string t = Trim(text);
@@ -121,15 +159,10 @@ std::optional<double> ParseNumber(std::string_view text) {
             c = '.';
         }
     }
-    const char* first = t.data();
-    const char* last = t.data() + t.size();
-    if (*first == '+')
-        ++first;
-    // from_chars takes no leading '+' and no bare "." or exponent without digits.
-    double v = 0;
-    auto res = std::from_chars(first, last, v, std::chars_format::general);
-    if (res.ec != std::errc() || res.ptr != last)
+    if (!IsPlainDecimal(t))
         return std::nullopt;
+    // The program never changes the C locale, so strtod reads "." as the separator.
+    const double v = std::strtod(t.c_str(), nullptr);
     if (!std::isfinite(v))
         return std::nullopt;
     return v;

@@ -47,10 +47,12 @@ constexpr int kEndingYields = 5001;
 
 // The toolbar's pictures by command.
 const std::map<int, int>& ToolbarIcons() {
-    static const std::map<int, int> icons = {
-        {ID_CMD_SAVE, IDI_BAR_SAVE},         {ID_CMD_REFRESH, IDI_BAR_REFRESH},
-        {ID_CMD_STOP_CHECKED, IDI_BAR_STOP}, {ID_CMD_DELAY_CHECKED, IDI_BAR_DELAY},
-        {ID_CMD_RUN_CHECKED, IDI_BAR_RUN},   {ID_CMD_GROUPS, IDI_BAR_PROPERTIES}};
+    static const std::map<int, int> icons = {{ID_CMD_SAVE, IDI_BAR_SAVE},
+                                             {ID_CMD_REFRESH, IDI_BAR_REFRESH},
+                                             {ID_CMD_STOP_CHECKED, IDI_TREE_STOPPED},
+                                             {ID_CMD_DELAY_CHECKED, IDI_TREE_DELAY},
+                                             {ID_CMD_RUN_CHECKED, IDI_BAR_RUN},
+                                             {ID_CMD_GROUPS, IDI_BAR_PROPERTIES}};
     return icons;
 }
 
@@ -103,7 +105,7 @@ MainWindow::~MainWindow() {
 }
 
 void MainWindow::ClassStyle(WNDCLASSEXA& wc) {
-    wc.hIcon = LoadIconA(wc.hInstance, MAKEINTRESOURCEA(IDI_TOLVANE));
+    wc.hIcon = LoadIconA(wc.hInstance, "clock");
     wc.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
 }
 

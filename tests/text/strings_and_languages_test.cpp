@@ -44,7 +44,10 @@ TEST(Strings, NumbersAcceptBothDecimalSeparatorsAndNothingElse) {
     EXPECT_EQ(ParseNumber(" -7 "), -7);
     EXPECT_EQ(ParseNumber("+4"), 4);
     EXPECT_EQ(ParseNumber("1e2"), 100);
-    for (const char* bad : {"", " ", "1,5.0", "1;", "--1", "1 2", "nan", "inf"})
+    EXPECT_EQ(ParseNumber("-.5"), -0.5);
+    EXPECT_EQ(ParseNumber("2,"), 2);
+    for (const char* bad : {"", " ", "1,5.0", "1;", "--1", "1 2", "nan", "inf", ".", "1e", "0x10",
+                            "+-1", "1e+", "e5", "1e400"})
         EXPECT_FALSE(ParseNumber(bad)) << '"' << bad << '"';
     EXPECT_FALSE(ParseSingle("1e39")); // no single holds it
 

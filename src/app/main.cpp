@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "config/delay_load.h"
+#include "platform/dir_struct.h"
 #include "platform/handles.h"
 #include "platform/message_pump.h"
 #include "config/app_state.h"
@@ -15,7 +16,9 @@
 #include "startup/impact_meter.h"
 #include "text/code_page.h"
 #include "config/language_files.h"
+#include "items/run_entry.h"
 #include "items/startup_folders.h"
+#include "models/command_ids.h"
 #include "text/strings.h"
 #include "ui/main_window.h"
 #include "ui/tips/tip_dialog.h"
@@ -33,6 +36,14 @@ void InitGlobals(AppState& app) {
 
 bool ArgumentsAskForLogOnMode(std::string_view arguments) {
     return Contains(ToLower(arguments), "-nogui");
+}
+
+bool ArgumentsAskForUninstall(std::string_view arguments) {
+    return Contains(ToLower(arguments), "-uninstall");
+}
+
+bool ArgumentsTellInstalled(std::string_view arguments) {
+    return Contains(ToLower(arguments), "-installed");
 }
 
 std::string RunningProgramFolder() {
@@ -65,6 +76,70 @@ std::string InstanceMutexName() {
     return name;
 }
 
+std::string ProcessImage(HANDLE process) {
+    char path[MAX_PATH * 2] = {};
+    DWORD size = sizeof path;
+    return QueryFullProcessImageNameA(process, 0, path, &size) ? std::string(path, size) : "";
+}
+
+// A copy of this exe that runs (waiting in the tray, say) is asked to quit as File > Exit
+// asks, so that the installer can remove its files, and is given a while to end. It is ended
+// before the Run values go: on its way out it brings its own value up to date.
+void EndRunningCopies() {
+    constexpr DWORD kEndWaitMs = 15000;
+    char self[MAX_PATH * 2] = {};
+    GetModuleFileNameA(nullptr, self, sizeof self);
+    HWND window = nullptr;
+    while ((window = FindWindowExA(nullptr, window, nullptr, kMainWindowTitle)) != nullptr) {
+        DWORD id = 0;
+        GetWindowThreadProcessId(window, &id);
+        if (id == GetCurrentProcessId())
+            continue;
+        UniqueHandle process(
+            OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, id));
+        if (!process || ToLower(ProcessImage(process.get())) != ToLower(self))
+            continue; // another copy of the program, elsewhere: not this uninstall's business
+        PostMessageA(window, WM_COMMAND, ID_CMD_QUIT, 0);
+        WaitForSingleObject(process.get(), kEndWaitMs);
+    }
+}
+
+// The installer may run with nobody there to answer a message box, and a box would hold the
+// installation until somebody did: its messages go to the log.
+class LoggedMessages : public UserMessages {
+public:
+    int ShowMessage(std::string_view text, std::string_view title, unsigned style) override {
+        if (log)
+            log->WriteLog(std::string(title) + ": " + std::string(text), kLogWarning);
+        return (style & kMbYesNo) ? kIdNo : kIdOk;
+    }
+    const EventLog* log = nullptr;
+};
+
+// The installer's steps, without a window. Uninstalling ends this copy where it runs and
+// removes the Run values that start it; the user's data stays. After the files are in place
+// (a new install over kept data, or an upgrade, which removed the older version first), the
+// program's own Run value is brought in step with the kept settings, as every refresh does.
+int RunInstallerStep(std::string_view arguments) {
+    LoggedMessages messages;
+    AppState app(RunningProgramFolder(), messages);
+    messages.log = &app.log;
+    try {
+        if (ArgumentsAskForUninstall(arguments)) {
+            EndRunningCopies();
+            RemoveOwnRunEntries(app);
+        } else if (CDirStruct::OrdinaryFileExists(CDelayLoad(app).FilePath())) {
+            InitGlobals(app);
+            CDelayLoad(app).LoadItems();
+            UpdateRunEntry(app, app.model.StartupType);
+        } // else a first install: nothing kept, nothing to start at log-on
+    } catch (const std::exception& e) {
+        app.log.WriteLog(std::string("Installer step: ") + e.what(), kLogError);
+        return 1;
+    }
+    return 0;
+}
+
 } // namespace
 
 int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& messages) {
@@ -74,6 +149,8 @@ int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& mes
     UniqueHandle instanceMutex;
     SetActiveCodePage(GetACP()); // before the first path or file is read
     try {
+        if (ArgumentsAskForUninstall(arguments) || ArgumentsTellInstalled(arguments))
+            return RunInstallerStep(arguments);
         app = std::make_unique<AppState>(RunningProgramFolder(), messages);
         InitGlobals(*app);
         CDelayLoad(*app).LoadItems();

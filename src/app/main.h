@@ -18,6 +18,11 @@ void InitGlobals(AppState& app);
 // -nogui anywhere in the arguments, in any letter case, chooses the log-on mode.
 bool ArgumentsAskForLogOnMode(std::string_view arguments);
 
+// The installer's two steps: -uninstall before it removes the program's files (also when an
+// upgrade removes the older version), -installed after it has put them in place.
+bool ArgumentsAskForUninstall(std::string_view arguments);
+bool ArgumentsTellInstalled(std::string_view arguments);
+
 // The folder of the running exe, without a trailing backslash.
 std::string RunningProgramFolder();
 

@@ -48,4 +48,10 @@ bool UpdateRunEntry(AppState& app, int mode) {
     return false;
 }
 
+void RemoveOwnRunEntries(AppState& app) {
+    RegistryRunValues values;
+    for (const RunEntryProblem& problem : RemoveRunEntriesOf(values, app.folders.RunCommand))
+        app.log.WriteLog(problem.Text, problem.Level);
+}
+
 } // namespace tolvane

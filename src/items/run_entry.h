@@ -13,4 +13,7 @@ inline constexpr const char* kOwnRunValue = "Tolvane";
 // all users), 2 the user's key, 3 the machine's key. An existing value is never rewritten.
 bool UpdateRunEntry(AppState& app, int mode);
 
+// Removes the values that start this copy of the program, for its uninstall.
+void RemoveOwnRunEntries(AppState& app);
+
 } // namespace tolvane

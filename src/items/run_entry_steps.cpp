@@ -1,6 +1,7 @@
 #include "items/run_entry_steps.h"
 
 #include "platform/log_rules.h"
+#include "text/strings.h"
 
 namespace tolvane {
 
@@ -53,6 +54,17 @@ std::vector<RunEntryProblem> ApplyRunEntryMode(RunEntryValues& values, int mode,
     case 3:
         MoveTo(values, RunEntryKey::Machine, RunEntryKey::User, command, problems);
         break;
+    }
+    return problems;
+}
+
+std::vector<RunEntryProblem> RemoveRunEntriesOf(RunEntryValues& values,
+                                                const std::string& command) {
+    std::vector<RunEntryProblem> problems;
+    for (RunEntryKey key : {RunEntryKey::User, RunEntryKey::Machine}) {
+        const std::string value = values.Read(key);
+        if (!value.empty() && ToLower(value) == ToLower(command))
+            Delete(values, key, problems);
     }
     return problems;
 }

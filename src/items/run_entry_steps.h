@@ -36,4 +36,8 @@ std::vector<RunEntryProblem> ApplyRunEntryMode(RunEntryValues& values, int mode,
                                                const std::string& command, bool allUsersDelays,
                                                bool userDelays);
 
+// When the program is uninstalled: each value that starts this copy (its command, in any
+// letter case) goes. A value of another copy of Tolvane, elsewhere, is that copy's and stays.
+std::vector<RunEntryProblem> RemoveRunEntriesOf(RunEntryValues& values, const std::string& command);
+
 } // namespace tolvane

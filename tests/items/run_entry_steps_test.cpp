@@ -32,6 +32,13 @@ private:
     }
 };
 
+std::string ToUpperForTest(std::string s) {
+    for (char& ch : s)
+        if (ch >= 'a' && ch <= 'z')
+            ch = static_cast<char>(ch - 'a' + 'A');
+    return s;
+}
+
 TEST(RunEntrySteps, TheNewValueIsWrittenBeforeTheOldOneGoes) {
     const std::string c = "\"C:\\T\\Tolvane.exe\" -nogui";
     const std::string old = "\"D:\\Old\\Tolvane.exe\" -nogui"; // from a folder moved since
@@ -91,6 +98,24 @@ TEST(RunEntrySteps, TheNewValueIsWrittenBeforeTheOldOneGoes) {
         EXPECT_EQ(values.user + " | " + values.machine, t.after) << what;
         EXPECT_EQ(problems, t.problems) << what;
     }
+}
+
+TEST(RunEntrySteps, UninstallRemovesOnlyTheValuesThatStartThisCopy) {
+    const std::string c =
+        "\"C:\\Users\\Ann\\AppData\\Local\\Programs\\Tolvane\\Tolvane.exe\" -nogui";
+    const std::string other = "\"D:\\Portable\\Tolvane.exe\" -nogui";
+    FakeValues values;
+    values.user = ToUpperForTest(c); // the same path in other letters is this copy
+    values.machine = other;
+    EXPECT_TRUE(RemoveRunEntriesOf(values, c).empty());
+    EXPECT_EQ(values.user + " | " + values.machine, " | " + other);
+
+    values.user = c;
+    values.refused = "delete user";
+    const auto problems = RemoveRunEntriesOf(values, c);
+    ASSERT_EQ(problems.size(), 1u);
+    EXPECT_EQ(problems[0].Level, kLogWarning);
+    EXPECT_EQ(values.user, c);
 }
 
 } // namespace

@@ -1,0 +1,240 @@
+// The packages as a user gets them: the MSI installed, upgraded and removed by the real
+// Windows Installer (msiexec), and the portable zip unzipped and run.
+#include <gtest/gtest.h>
+
+#include <windows.h>
+#include <msi.h>
+#include <msiquery.h>
+#include <shlobj.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "models/command_ids.h"
+#include "platform/processes.h"
+#include "platform/registry.h"
+#include "support/win_test_support.h"
+#include "text/strings.h"
+
+namespace tolvane {
+namespace {
+
+constexpr const char* kRunKey = "Software\\Microsoft\\Windows\\CurrentVersion\\Run";
+constexpr const char* kSavedKey = "Software\\Hexmoor\\Tolvane\\HKCU";
+
+std::string MsiPath() {
+    return test::WinePathOfUnixPath(TOLVANE_MSI);
+}
+std::string UpgradeMsiPath() {
+    return test::WinePathOfUnixPath(TOLVANE_UPGRADE_MSI);
+}
+
+// A property of the package's own Property table.
+std::string MsiProperty(const std::string& msi, const std::string& name) {
+    MSIHANDLE db = 0, view = 0, record = 0;
+    std::string value;
+    const std::string query = "SELECT `Value` FROM `Property` WHERE `Property`='" + name + "'";
+    if (MsiOpenDatabaseA(msi.c_str(), MSIDBOPEN_READONLY, &db) == ERROR_SUCCESS &&
+        MsiDatabaseOpenViewA(db, query.c_str(), &view) == ERROR_SUCCESS &&
+        MsiViewExecute(view, 0) == ERROR_SUCCESS && MsiViewFetch(view, &record) == ERROR_SUCCESS) {
+        char buffer[256] = {};
+        DWORD size = sizeof buffer;
+        if (MsiRecordGetStringA(record, 1, buffer, &size) == ERROR_SUCCESS)
+            value = buffer;
+    }
+    for (MSIHANDLE h : {record, view, db})
+        if (h)
+            MsiCloseHandle(h);
+    return value;
+}
+
+// The installed products of the package's upgrade code, as "Installed apps" lists them.
+std::vector<std::string> InstalledProducts() {
+    const std::string upgradeCode = MsiProperty(MsiPath(), "UpgradeCode");
+    std::vector<std::string> products;
+    char code[39] = {};
+    for (DWORD i = 0; MsiEnumRelatedProductsA(upgradeCode.c_str(), 0, i, code) == ERROR_SUCCESS;
+         ++i)
+        products.push_back(code);
+    return products;
+}
+
+std::string ProductInfo(const std::string& product, const char* property) {
+    char value[512] = {};
+    DWORD size = sizeof value;
+    return MsiGetProductInfoA(product.c_str(), property, value, &size) == ERROR_SUCCESS ? value
+                                                                                        : "";
+}
+
+// The fixed file version of an exe as its resource states it: "major.minor.revision".
+std::string FileVersion(const std::string& exe) {
+    DWORD ignored = 0;
+    std::string data(GetFileVersionInfoSizeA(exe.c_str(), &ignored), '\0');
+    VS_FIXEDFILEINFO* info = nullptr;
+    UINT size = 0;
+    if (data.empty() ||
+        !GetFileVersionInfoA(exe.c_str(), 0, static_cast<DWORD>(data.size()), data.data()) ||
+        !VerQueryValueA(data.data(), "\\", reinterpret_cast<void**>(&info), &size) || !info)
+        return "";
+    return std::to_string(HIWORD(info->dwFileVersionMS)) + "." +
+           std::to_string(LOWORD(info->dwFileVersionMS)) + "." +
+           std::to_string(HIWORD(info->dwFileVersionLS));
+}
+
+unsigned long RunAndWait(const std::string& commandLine) {
+    test::ChildProcess child(commandLine);
+    unsigned long code = 999;
+    EXPECT_TRUE(child.Started()) << commandLine;
+    EXPECT_TRUE(child.WaitForExit(120000, &code)) << commandLine;
+    return code;
+}
+
+std::string UserName() {
+    char name[256] = {};
+    DWORD size = sizeof name;
+    GetUserNameA(name, &size);
+    return name;
+}
+
+// Waits, in short steps, until the file is there.
+bool FileAppears(const std::string& path, int tenthsOfSeconds = 300) {
+    for (int i = 0; i < tenthsOfSeconds && !test::PathExists(path); ++i)
+        Sleep(100);
+    return test::PathExists(path);
+}
+
+class Package : public ::testing::Test {
+protected:
+    void SetUp() override {
+        places.Clear();
+        Uninstall();
+        test::RemoveTree(installed);
+    }
+    void TearDown() override {
+        Uninstall();
+        test::RemoveTree(installed);
+        places.Clear();
+    }
+    void Uninstall() {
+        for (const std::string& product : InstalledProducts())
+            RunAndWait("msiexec /x " + product + " /qn");
+    }
+    std::string Run(const std::string& name) {
+        return reg.GetSettingString(RegistryRoot::CurrentUser, kRunKey, name);
+    }
+
+    test::StartupLocations places;
+    CRegistry reg;
+    const std::string installed = test::ShellFolder(CSIDL_LOCAL_APPDATA) + "\\Programs\\Tolvane";
+    const std::string exe = installed + "\\Tolvane.exe";
+    const std::string console = "\"" + installed + "\\tolvanec.exe\" ";
+    const std::string groupFile = installed + "\\" + UserName() + "\\proggroup.c";
+};
+
+TEST_F(Package, InstallsForOneUserRunsUpgradesAndUninstallsKeepingTheUsersData) {
+    ASSERT_EQ(RunAndWait("msiexec /i \"" + MsiPath() + "\" /qn"), 0u);
+
+    // The program's files in the user's own Programs folder, a Start-menu shortcut to it, and
+    // an entry in "Installed apps" with its publisher and version.
+    for (const char* file : {"Tolvane.exe", "tolvanec.exe", "Tolvane.chm", "lang\\languagefile.dat",
+                             "lang\\en\\messages.en", "data\\safelist.dat", "data\\online.txt"})
+        EXPECT_TRUE(test::PathExists(installed + "\\" + file)) << file;
+    const std::string shortcut = test::ShellFolder(CSIDL_PROGRAMS) + "\\Tolvane.lnk";
+    EXPECT_EQ(ToLower(ShortcutTarget(shortcut)), ToLower(exe));
+    std::vector<std::string> products = InstalledProducts();
+    ASSERT_EQ(products.size(), 1u);
+    EXPECT_EQ(ProductInfo(products[0], INSTALLPROPERTY_PUBLISHER), "Hexmoor");
+    EXPECT_EQ(ProductInfo(products[0], INSTALLPROPERTY_VERSIONSTRING), FileVersion(exe));
+    EXPECT_EQ(ProductInfo(products[0], INSTALLPROPERTY_INSTALLEDPRODUCTNAME), "Tolvane");
+
+    // The installed program starts and writes its first program-group file into its folder,
+    // which its user can write to; with nothing delayed its log-on run ends at once.
+    {
+        test::ChildProcess tolvane("\"" + exe + "\" -nogui");
+        unsigned long code = 99;
+        ASSERT_TRUE(tolvane.WaitForExit(30000, &code));
+        EXPECT_EQ(code, 0u);
+        EXPECT_NE(test::ReadFileBytes(groupFile).find("MainStartupDelay"), std::string::npos);
+    }
+
+    // A Run value delayed by the installed console program.
+    const std::string record = installed + "\\started.txt";
+    const std::string probe =
+        "\"" + test::WinePathOfUnixPath(TOLVANE_START_RECORDER) + "\" \"" + record + "\" probe";
+    ASSERT_TRUE(reg.SaveSettingString(RegistryRoot::CurrentUser, kRunKey, "PackageProbe", probe));
+    ASSERT_EQ(RunAndWait(console + "delay PackageProbe --location user-run"), 0u);
+    EXPECT_EQ(Run("PackageProbe"), "");
+    EXPECT_EQ(ToLower(Run("Tolvane")), ToLower("\"" + exe + "\" -nogui"));
+    const std::string delayedFile = test::ReadFileBytes(groupFile);
+    ASSERT_NE(delayedFile.find("PackageProbe"), std::string::npos);
+
+    // The next version replaces the program and leaves everything of the user's as it was:
+    // the delayed item still starts.
+    ASSERT_EQ(RunAndWait("msiexec /i \"" + UpgradeMsiPath() + "\" /qn"), 0u);
+    products = InstalledProducts();
+    ASSERT_EQ(products.size(), 1u);
+    EXPECT_EQ(ProductInfo(products[0], INSTALLPROPERTY_VERSIONSTRING),
+              MsiProperty(UpgradeMsiPath(), "ProductVersion"));
+    EXPECT_EQ(test::ReadFileBytes(groupFile), delayedFile);
+    EXPECT_EQ(ToLower(Run("Tolvane")), ToLower("\"" + exe + "\" -nogui"));
+    EXPECT_EQ(reg.GetSettingString(RegistryRoot::CurrentUser, kSavedKey, "PackageProbe"), probe);
+    ASSERT_EQ(RunAndWait(console + "run-startup"), 0u);
+    ASSERT_TRUE(FileAppears(record));
+    EXPECT_EQ(test::ReadFileBytes(record).rfind("probe ", 0), 0u);
+
+    // Uninstalling ends the copy that waits in the tray, removes the program's files and its
+    // own Run value, and keeps the user's data: the file, the saved value, the log-on items.
+    test::ChildProcess waiting("\"" + exe + "\" -nogui");
+    ASSERT_TRUE(test::WindowOf(waiting.Id(), "TolvaneStartupItems", false, 10000));
+    ASSERT_EQ(RunAndWait("msiexec /x \"" + UpgradeMsiPath() + "\" /qn"), 0u);
+    EXPECT_TRUE(waiting.WaitForExit(5000)) << "the waiting copy was not ended";
+    EXPECT_TRUE(InstalledProducts().empty());
+    for (const char* file : {"Tolvane.exe", "tolvanec.exe", "Tolvane.chm", "lang", "data"})
+        EXPECT_FALSE(test::PathExists(installed + "\\" + file)) << file;
+    EXPECT_FALSE(test::PathExists(shortcut));
+    EXPECT_EQ(Run("Tolvane"), "");
+    EXPECT_EQ(test::ReadFileBytes(groupFile), delayedFile);
+    EXPECT_EQ(reg.GetSettingString(RegistryRoot::CurrentUser, kSavedKey, "PackageProbe"), probe);
+}
+
+TEST_F(Package, OneVersionInTheExeTheMsiAndTheZipsName) {
+    const std::string version = FileVersion(test::BuiltProgramFolder() + "\\Tolvane.exe");
+    ASSERT_FALSE(version.empty());
+    EXPECT_EQ(MsiProperty(MsiPath(), "ProductVersion"), version);
+    EXPECT_NE(std::string(TOLVANE_MSI).find("/Tolvane-" + version + ".msi"), std::string::npos);
+    EXPECT_NE(std::string(TOLVANE_ZIP).find("/Tolvane-" + version + "-portable.zip"),
+              std::string::npos);
+    EXPECT_EQ(MsiProperty(MsiPath(), "Manufacturer"), "Hexmoor");
+}
+
+// Unzipped by the test's set-up into a folder of the build: the whole program, which runs there
+// and keeps its data beside itself.
+TEST_F(Package, ThePortableZipRunsWhereItIsUnzipped) {
+    const std::string folder = test::WinePathOfUnixPath(TOLVANE_PORTABLE_DIR) + "\\Tolvane";
+    std::vector<std::string> files;
+    for (const std::string& f : test::FilesBelow(folder))
+        files.push_back(f.substr(folder.size() + 1));
+    for (const char* file : {"Tolvane.exe", "tolvanec.exe", "Tolvane.chm", "README.txt",
+                             "lang\\languagefile.dat", "data\\safelist.dat"})
+        EXPECT_NE(std::find(files.begin(), files.end(), file), files.end()) << file;
+    const std::string readme = test::ReadFileBytes(folder + "\\README.txt");
+    EXPECT_NE(readme.find("\r\n"), std::string::npos);
+    EXPECT_EQ(readme.find("@VERSION@"), std::string::npos);
+
+    const std::string file = folder + "\\" + UserName() + "\\proggroup.c";
+    test::RemoveTree(folder + "\\" + UserName());
+    {
+        // Nothing is delayed yet: the log-on run has nothing to wait for and ends at once.
+        test::ChildProcess tolvane("\"" + folder + "\\Tolvane.exe\" -nogui");
+        unsigned long code = 99;
+        ASSERT_TRUE(tolvane.WaitForExit(30000, &code));
+        EXPECT_EQ(code, 0u);
+    }
+    EXPECT_NE(test::ReadFileBytes(file).find("MainStartupDelay"), std::string::npos);
+    EXPECT_EQ(RunAndWait("\"" + folder + "\\tolvanec.exe\" list --csv"), 0u);
+    test::RemoveTree(folder + "\\" + UserName());
+}
+
+} // namespace
+} // namespace tolvane

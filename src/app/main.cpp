@@ -46,16 +46,25 @@ bool ArgumentsTellInstalled(std::string_view arguments) {
     return Contains(ToLower(arguments), "-installed");
 }
 
-std::string RunningProgramFolder() {
+namespace {
+
+// The running exe's full path, however long.
+std::string RunningExePath() {
     std::string path(MAX_PATH, '\0');
     for (;;) {
         DWORD n = GetModuleFileNameA(nullptr, path.data(), static_cast<DWORD>(path.size()));
         if (n < path.size()) {
             path.resize(n);
-            break;
+            return path;
         }
         path.resize(path.size() * 2);
     }
+}
+
+} // namespace
+
+std::string RunningProgramFolder() {
+    const std::string path = RunningExePath();
     return path.substr(0, FindLastCharacterOf(path, "\\"));
 }
 
@@ -64,10 +73,8 @@ namespace {
 // One name per executable: a second start of the same exe, in either mode, finds it taken,
 // while a copy of the program elsewhere runs on its own.
 std::string InstanceMutexName() {
-    char path[MAX_PATH * 2] = {};
-    GetModuleFileNameA(nullptr, path, sizeof path);
     uint64_t hash = 1469598103934665603ull; // FNV-1a of the lower-case path
-    for (char c : ToLower(path)) {
+    for (char c : ToLower(RunningExePath())) {
         hash ^= static_cast<unsigned char>(c);
         hash *= 1099511628211ull;
     }
@@ -87,8 +94,7 @@ std::string ProcessImage(HANDLE process) {
 // before the Run values go: on its way out it brings its own value up to date.
 void EndRunningCopies() {
     constexpr DWORD kEndWaitMs = 15000;
-    char self[MAX_PATH * 2] = {};
-    GetModuleFileNameA(nullptr, self, sizeof self);
+    const std::string self = ToLower(RunningExePath());
     HWND window = nullptr;
     while ((window = FindWindowExA(nullptr, window, nullptr, kMainWindowTitle)) != nullptr) {
         DWORD id = 0;
@@ -97,7 +103,7 @@ void EndRunningCopies() {
             continue;
         UniqueHandle process(
             OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, id));
-        if (!process || ToLower(ProcessImage(process.get())) != ToLower(self))
+        if (!process || ToLower(ProcessImage(process.get())) != self)
             continue; // another copy of the program, elsewhere: not this uninstall's business
         PostMessageA(window, WM_COMMAND, ID_CMD_QUIT, 0);
         WaitForSingleObject(process.get(), kEndWaitMs);

@@ -32,13 +32,6 @@ private:
     }
 };
 
-std::string ToUpperForTest(std::string s) {
-    for (char& ch : s)
-        if (ch >= 'a' && ch <= 'z')
-            ch = static_cast<char>(ch - 'a' + 'A');
-    return s;
-}
-
 TEST(RunEntrySteps, TheNewValueIsWrittenBeforeTheOldOneGoes) {
     const std::string c = "\"C:\\T\\Tolvane.exe\" -nogui";
     const std::string old = "\"D:\\Old\\Tolvane.exe\" -nogui"; // from a folder moved since
@@ -105,7 +98,8 @@ TEST(RunEntrySteps, UninstallRemovesOnlyTheValuesThatStartThisCopy) {
         "\"C:\\Users\\Ann\\AppData\\Local\\Programs\\Tolvane\\Tolvane.exe\" -nogui";
     const std::string other = "\"D:\\Portable\\Tolvane.exe\" -nogui";
     FakeValues values;
-    values.user = ToUpperForTest(c); // the same path in other letters is this copy
+    // The same path in other letters is this copy.
+    values.user = "\"C:\\USERS\\ANN\\APPDATA\\LOCAL\\PROGRAMS\\TOLVANE\\TOLVANE.EXE\" -NOGUI";
     values.machine = other;
     EXPECT_TRUE(RemoveRunEntriesOf(values, c).empty());
     EXPECT_EQ(values.user + " | " + values.machine, " | " + other);

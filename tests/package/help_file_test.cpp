@@ -2,9 +2,10 @@
 // page, contents entry, index entry and link of the sources must be found there.
 #include <gtest/gtest.h>
 
+#include "support/test_support.h"
+
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <regex>
 #include <set>
@@ -17,10 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 
 std::string Read(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
+    return tolvane::test::ReadFileBytes(path.string());
 }
 
 // The ordinary files that the CHM holds, by their names inside it ("/start.html").

@@ -8,20 +8,21 @@
 #include <shlobj.h>
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "config/delay_load.h"
 #include "models/command_ids.h"
+#include "platform/handles.h"
 #include "platform/processes.h"
 #include "platform/registry.h"
+#include "platform/version_info.h"
 #include "support/win_test_support.h"
 #include "text/strings.h"
 
 namespace tolvane {
 namespace {
-
-constexpr const char* kRunKey = "Software\\Microsoft\\Windows\\CurrentVersion\\Run";
-constexpr const char* kSavedKey = "Software\\Hexmoor\\Tolvane\\HKCU";
 
 std::string MsiPath() {
     return test::WinePathOfUnixPath(TOLVANE_MSI);
@@ -69,17 +70,12 @@ std::string ProductInfo(const std::string& product, const char* property) {
 
 // The fixed file version of an exe as its resource states it: "major.minor.revision".
 std::string FileVersion(const std::string& exe) {
-    DWORD ignored = 0;
-    std::string data(GetFileVersionInfoSizeA(exe.c_str(), &ignored), '\0');
-    VS_FIXEDFILEINFO* info = nullptr;
-    UINT size = 0;
-    if (data.empty() ||
-        !GetFileVersionInfoA(exe.c_str(), 0, static_cast<DWORD>(data.size()), data.data()) ||
-        !VerQueryValueA(data.data(), "\\", reinterpret_cast<void**>(&info), &size) || !info)
-        return "";
-    return std::to_string(HIWORD(info->dwFileVersionMS)) + "." +
-           std::to_string(LOWORD(info->dwFileVersionMS)) + "." +
-           std::to_string(HIWORD(info->dwFileVersionLS));
+    UniqueModule module(LoadLibraryExA(exe.c_str(), nullptr,
+                                       LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
+    const std::optional<ModuleVersion> v = module ? ReadModuleVersion(module.get()) : std::nullopt;
+    return v ? std::to_string(v->Major) + "." + std::to_string(v->Minor) + "." +
+                   std::to_string(v->Revision)
+             : "";
 }
 
 unsigned long RunAndWait(const std::string& commandLine) {
@@ -88,13 +84,6 @@ unsigned long RunAndWait(const std::string& commandLine) {
     EXPECT_TRUE(child.Started()) << commandLine;
     EXPECT_TRUE(child.WaitForExit(120000, &code)) << commandLine;
     return code;
-}
-
-std::string UserName() {
-    char name[256] = {};
-    DWORD size = sizeof name;
-    GetUserNameA(name, &size);
-    return name;
 }
 
 // Waits, in short steps, until the file is there.
@@ -129,7 +118,7 @@ protected:
     const std::string installed = test::ShellFolder(CSIDL_LOCAL_APPDATA) + "\\Programs\\Tolvane";
     const std::string exe = installed + "\\Tolvane.exe";
     const std::string console = "\"" + installed + "\\tolvanec.exe\" ";
-    const std::string groupFile = installed + "\\" + UserName() + "\\proggroup.c";
+    const std::string groupFile = installed + "\\" + WindowsUserName() + "\\proggroup.c";
 };
 
 TEST_F(Package, InstallsForOneUserRunsUpgradesAndUninstallsKeepingTheUsersData) {
@@ -178,7 +167,8 @@ TEST_F(Package, InstallsForOneUserRunsUpgradesAndUninstallsKeepingTheUsersData) 
               MsiProperty(UpgradeMsiPath(), "ProductVersion"));
     EXPECT_EQ(test::ReadFileBytes(groupFile), delayedFile);
     EXPECT_EQ(ToLower(Run("Tolvane")), ToLower("\"" + exe + "\" -nogui"));
-    EXPECT_EQ(reg.GetSettingString(RegistryRoot::CurrentUser, kSavedKey, "PackageProbe"), probe);
+    EXPECT_EQ(reg.GetSettingString(RegistryRoot::CurrentUser, kSavedUserRunKey, "PackageProbe"),
+              probe);
     ASSERT_EQ(RunAndWait(console + "run-startup"), 0u);
     ASSERT_TRUE(FileAppears(record));
     EXPECT_EQ(test::ReadFileBytes(record).rfind("probe ", 0), 0u);
@@ -195,7 +185,8 @@ TEST_F(Package, InstallsForOneUserRunsUpgradesAndUninstallsKeepingTheUsersData) 
     EXPECT_FALSE(test::PathExists(shortcut));
     EXPECT_EQ(Run("Tolvane"), "");
     EXPECT_EQ(test::ReadFileBytes(groupFile), delayedFile);
-    EXPECT_EQ(reg.GetSettingString(RegistryRoot::CurrentUser, kSavedKey, "PackageProbe"), probe);
+    EXPECT_EQ(reg.GetSettingString(RegistryRoot::CurrentUser, kSavedUserRunKey, "PackageProbe"),
+              probe);
 }
 
 TEST_F(Package, OneVersionInTheExeTheMsiAndTheZipsName) {
@@ -222,8 +213,8 @@ TEST_F(Package, ThePortableZipRunsWhereItIsUnzipped) {
     EXPECT_NE(readme.find("\r\n"), std::string::npos);
     EXPECT_EQ(readme.find("@VERSION@"), std::string::npos);
 
-    const std::string file = folder + "\\" + UserName() + "\\proggroup.c";
-    test::RemoveTree(folder + "\\" + UserName());
+    const std::string file = folder + "\\" + WindowsUserName() + "\\proggroup.c";
+    test::RemoveTree(folder + "\\" + WindowsUserName());
     {
         // Nothing is delayed yet: the log-on run has nothing to wait for and ends at once.
         test::ChildProcess tolvane("\"" + folder + "\\Tolvane.exe\" -nogui");
@@ -233,7 +224,7 @@ TEST_F(Package, ThePortableZipRunsWhereItIsUnzipped) {
     }
     EXPECT_NE(test::ReadFileBytes(file).find("MainStartupDelay"), std::string::npos);
     EXPECT_EQ(RunAndWait("\"" + folder + "\\tolvanec.exe\" list --csv"), 0u);
-    test::RemoveTree(folder + "\\" + UserName());
+    test::RemoveTree(folder + "\\" + WindowsUserName());
 }
 
 } // namespace

@@ -6,6 +6,9 @@
 #include "config/app_state.h"
 #include "config/delay_load.h"
 #include "config/impact_file.h"
+#include "config/run_data.h"
+#include "config/system_command_line.h"
+#include "platform/registry.h"
 #include "items/item_moves.h"
 #include "items/refresh.h"
 #include "items/startup_folders.h"
@@ -39,10 +42,27 @@ RecordLookups Lookups(AppState& app) {
         const std::string target = ShortcutTarget(link);
         return target.empty() ? link : target;
     };
-    l.StoppedCommand = [&app](const std::string& entry, std::string& path,
-                              std::string& parameters) {
-        (void)CDelayLoad(app).GetStoppedInfo(entry, path, parameters);
+    l.StoppedCommand = [&app](const std::string& entry) {
+        StoppedCommand command;
+        (void)CDelayLoad(app).GetStoppedInfo(entry, command);
+        return ItemCommand{command.Program, command.Arguments, command.Expandable};
     };
+    l.ActiveRunCommand = [](int location, bool wow32, const std::string& name,
+                            const std::string& data) {
+        const auto value = CRegistry().GetValue(RunRoot(location, wow32), kRunKey, name);
+        const bool expandable = value && value->Type == REG_EXPAND_SZ;
+        const RunCommandParts parts = SplitRunData(data, expandable, SystemCommandLine());
+        return ItemCommand{parts.Path, parts.Parameters, expandable};
+    };
+    l.DelayedRunCommand = [](const GroupProgram& program) {
+        const bool expandable = SavedCopyIsExpandable(program);
+        const RunCommandParts parts = DelayedCommand(program, expandable, SystemCommandLine());
+        return ItemCommand{parts.Path, parts.Parameters, expandable};
+    };
+    l.ProgramThere = [](const ItemCommand& command) {
+        return ProgramFound(command.Program, command.Expandable, SystemCommandLine());
+    };
+    l.FileThere = [](const std::string& file) { return FileThere(file); };
     l.UserStartupFolder = app.folders.UserStartupFolder;
     l.CommonStartupFolder = app.folders.CommonStartupFolder;
     l.UserItemsFolder = app.folders.UserItemsFolder;

@@ -85,26 +85,39 @@ std::vector<ItemRecord> ItemRecords(const TreeModel& tree, const ProgramModel& m
         r.SwitchedOff = n.Cut;
         r.Movable = n.Tag == kPopupTag;
         const bool user = r.Location == kUserStartup || r.Location == kUserRun;
+        const std::string& items = user ? lookups.UserItemsFolder : lookups.AllUsersItemsFolder;
+        auto useCommand = [&](const ItemCommand& command) {
+            r.Path = command.Program;
+            r.Parameters = command.Arguments;
+            r.Missing = lookups.ProgramThere && !lookups.ProgramThere(command);
+        };
+        // A shortcut kept in the items folder: missing when the file is gone from there.
+        auto keptShortcut = [&](const std::string& name) {
+            const std::string file = items + name;
+            r.Missing = lookups.FileThere && !lookups.FileThere(file);
+            r.Path = lookups.ShortcutTarget && EndsWith(ToLower(name), ".lnk")
+                         ? lookups.ShortcutTarget(file)
+                         : file;
+        };
         if (r.State == ItemState::Stopped) {
-            if (lookups.StoppedCommand)
-                lookups.StoppedCommand(std::string(LocationPrefix(r.Location)) + r.Name, r.Path,
-                                       r.Parameters);
-            if (!place->Registry() && lookups.ShortcutTarget && EndsWith(ToLower(r.Path), ".lnk"))
-                r.Path = lookups.ShortcutTarget(r.Path);
+            if (!place->Registry())
+                keptShortcut(r.Name);
+            else if (lookups.StoppedCommand)
+                useCommand(
+                    lookups.StoppedCommand(std::string(LocationPrefix(r.Location)) + r.Name));
         } else if (r.State == ItemState::Delayed) {
             if (const GroupProgram* p = DelayedProgram(model, r)) {
                 r.Delay = p->Delay;
-                r.Path = p->Path;
-                r.Parameters = p->Parameters;
-                if (!place->Registry() && lookups.ShortcutTarget &&
-                    EndsWith(ToLower(p->Path), ".lnk"))
-                    r.Path = lookups.ShortcutTarget(
-                        (user ? lookups.UserItemsFolder : lookups.AllUsersItemsFolder) + p->Path);
+                if (!place->Registry()) {
+                    keptShortcut(p->Path);
+                    r.Parameters = p->Parameters;
+                } else if (lookups.DelayedRunCommand)
+                    useCommand(lookups.DelayedRunCommand(*p));
             }
         } else if (place->Registry()) {
-            const RunCommandParts parts = SplitRunData(SplitNameData(n.Text).Data);
-            r.Path = Trim(parts.Path);
-            r.Parameters = parts.Parameters;
+            if (lookups.ActiveRunCommand)
+                useCommand(lookups.ActiveRunCommand(r.Location, r.Wow32, OwnName(r),
+                                                    SplitNameData(n.Text).Data));
         } else {
             const std::string file =
                 (user ? lookups.UserStartupFolder : lookups.CommonStartupFolder) + "\\" + n.Text;
@@ -133,6 +146,8 @@ std::string FormatRecordsTable(const std::vector<ItemRecord>& records) {
         out += head + r.Name;
         if (r.SwitchedOff)
             out += "  (switched off in Task Manager)";
+        if (r.Missing)
+            out += "  (not found)";
         if (r.Known)
             out += "  [" + r.Description + "]";
         out += "\n";
@@ -151,18 +166,21 @@ std::string FormatRecordsJson(const std::vector<ItemRecord>& records) {
                ", \"delay\": " + (r.Delay ? DelayText(r) : std::string("null")) +
                ", \"known\": " + (r.Known ? "true" : "false") +
                ", \"description\": " + JsonText(r.Description) +
-               ", \"switchedOff\": " + (r.SwitchedOff ? "true" : "false") + "}";
+               ", \"switchedOff\": " + (r.SwitchedOff ? "true" : "false") +
+               ", \"missing\": " + (r.Missing ? "true" : "false") + "}";
     }
     return out + (records.empty() ? "]\n" : "\n]\n");
 }
 
 std::string FormatRecordsCsv(const std::vector<ItemRecord>& records) {
-    std::string out = "state,location,name,path,parameters,delay,known,description,switchedOff\r\n";
+    std::string out =
+        "state,location,name,path,parameters,delay,known,description,switchedOff,missing\r\n";
     for (const ItemRecord& r : records)
         out += std::string(StateWord(r.State)) + "," + CliLocationWord(r.Location, r.Wow32) + "," +
                CsvText(r.Name) + "," + CsvText(r.Path) + "," + CsvText(r.Parameters) + "," +
                DelayText(r) + "," + (r.Known ? "true" : "false") + "," + CsvText(r.Description) +
-               "," + (r.SwitchedOff ? "true" : "false") + "\r\n";
+               "," + (r.SwitchedOff ? "true" : "false") + "," + (r.Missing ? "true" : "false") +
+               "\r\n";
     return out;
 }
 

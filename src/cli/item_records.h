@@ -26,13 +26,29 @@ struct ItemRecord {
     std::string Description;
     bool SwitchedOff = false; // Task Manager keeps it from starting
     bool Movable = false;     // the list offers its moves
+    bool Missing = false;     // what it starts is not there: its shortcut or its program file
 };
 
-// What only the platform can tell: a shortcut's target, a stopped item's command.
+// A command as an item holds it: program and arguments as Windows reads the command, variables
+// kept, and whether Windows fills them in (an expandable Run value).
+struct ItemCommand {
+    std::string Program;
+    std::string Arguments;
+    bool Expandable = false;
+};
+
+// What only the platform can tell: a shortcut's target, the commands of Run values and of
+// stopped items, and which files are there. Each state reads its command the same way, so an
+// item lists the same program and arguments in every state.
 struct RecordLookups {
     std::function<std::string(const std::string& shortcut)> ShortcutTarget;
-    std::function<void(const std::string& entry, std::string& path, std::string& parameters)>
-        StoppedCommand;
+    std::function<ItemCommand(const std::string& entry)> StoppedCommand;
+    std::function<ItemCommand(int location, bool wow32, const std::string& name,
+                              const std::string& data)>
+        ActiveRunCommand;
+    std::function<ItemCommand(const GroupProgram& program)> DelayedRunCommand;
+    std::function<bool(const ItemCommand& command)> ProgramThere;
+    std::function<bool(const std::string& file)> FileThere;
     std::string UserStartupFolder, CommonStartupFolder; // no trailing backslash
     std::string UserItemsFolder, AllUsersItemsFolder;   // with a trailing backslash
 };

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,20 @@ struct WaitFlags {
     bool WaitActive = false;    // a timed wait is running
     bool QuitRequested = false; // the program is ending: stop waiting, start nothing more
 };
+
+// The delayed programs started by this process, by the log-on run or by hand from the tray, and
+// when the last start was: each program starts once, and no start comes sooner after the one
+// before than its own delay, however the run was held up.
+struct StartLog {
+    std::vector<std::string> Started; // DelayedProgramId of each
+    std::optional<uint64_t> LastMs;   // the run's clock at the last start
+    unsigned Changes = 0;             // counts the starts, so a wait sees one happen
+    bool Has(const std::string& id) const;
+    void Add(std::string id, uint64_t ms);
+};
+
+// What tells two delayed programs apart for the start log: where each came from and its command.
+std::string DelayedProgramId(const GroupProgram& program);
 
 struct SafeEntry {
     std::string Name;
@@ -57,6 +72,7 @@ public:
     AppFolders folders;
     bool ShowGui = true;
     WaitFlags wait;
+    StartLog starts;
     ProgramModel model;
     TextTables text;
     std::vector<SafeEntry> SafeList{1};

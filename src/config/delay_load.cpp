@@ -4,6 +4,7 @@
 
 #include "config/program_group_file.h"
 #include "config/run_data.h"
+#include "config/system_command_line.h"
 #include "platform/file_io.h"
 #include "config/language_files.h"
 #include "platform/dir_struct.h"
@@ -31,32 +32,37 @@ std::string CDelayLoad::ImpactFilePath() const {
     return filePath_.substr(0, filePath_.find_last_of('\\') + 1) + "impact.csv";
 }
 
-bool CDelayLoad::GetStoppedInfo(std::string_view entry, std::string& path,
-                                std::string& parameters) {
+StoppedCommand::Start StoppedCommand::ToStart() const {
+    if (!Expandable)
+        return {Program, Arguments};
+    return {ExpandEnvironment(Program), ExpandEnvironment(Arguments)};
+}
+
+bool CDelayLoad::GetStoppedInfo(std::string_view entry, StoppedCommand& command) {
     const auto& stopped = app_.model.StoppedPrograms;
     for (size_t i = 0; i < stopped.size(); ++i)
         if (stopped[i] == entry)
-            return StoppedInfoOf(static_cast<int>(i), path, parameters);
+            return StoppedInfoOf(static_cast<int>(i), command);
     return false;
 }
 
-bool CDelayLoad::GetStoppedInfo(int index, std::string& path, std::string& parameters) {
+bool CDelayLoad::GetStoppedInfo(int index, StoppedCommand& command) {
     const auto& stopped = app_.model.StoppedPrograms;
     if (index < 0 || static_cast<size_t>(index) >= stopped.size())
         return false;
-    return StoppedInfoOf(index, path, parameters);
+    return StoppedInfoOf(index, command);
 }
 
-bool CDelayLoad::StoppedInfoOf(int index, std::string& path, std::string& parameters) {
+bool CDelayLoad::StoppedInfoOf(int index, StoppedCommand& command) {
     const std::string& entry = app_.model.StoppedPrograms[static_cast<size_t>(index)];
     std::string_view prefix = std::string_view(entry).substr(0, kPrefixLength);
     std::string name = entry.size() > kPrefixLength ? entry.substr(kPrefixLength) : std::string();
     if (prefix == LocationPrefix(kUserStartup)) {
-        path = app_.folders.UserItemsFolder + name;
+        command.Program = app_.folders.UserItemsFolder + name;
         return true;
     }
     if (prefix == LocationPrefix(kCommonStartup)) {
-        path = app_.folders.AllUsersItemsFolder + name;
+        command.Program = app_.folders.AllUsersItemsFolder + name;
         return true;
     }
     if (prefix == LocationPrefix(kMachineRun) || prefix == LocationPrefix(kUserRun)) {
@@ -66,19 +72,17 @@ bool CDelayLoad::StoppedInfoOf(int index, std::string& path, std::string& parame
         // The saved copy holds the command exactly; an entry that names its value holds it too,
         // without its quotes, should the copy be gone.
         std::string data;
-        bool expand = false;
         if (i >= 0) {
-            const NameData copy = SplitNameData(saved.Copies[static_cast<size_t>(i)]);
-            data = copy.Data;
-            expand = saved.Expandable(i);
+            data = SplitNameData(saved.Copies[static_cast<size_t>(i)]).Data;
+            command.Expandable = saved.Expandable(i);
         } else if (auto named = NamedStoppedValue(name)) {
             data = named->Data;
         } else {
             return true;
         }
-        RunCommandParts parts = SplitRunData(Trim(data));
-        path = expand ? ExpandEnvironment(parts.Path) : parts.Path;
-        parameters = expand ? ExpandEnvironment(parts.Parameters) : parts.Parameters;
+        const RunCommandParts parts = SplitRunData(data, command.Expandable, SystemCommandLine());
+        command.Program = parts.Path;
+        command.Arguments = parts.Parameters;
         return true;
     }
     return true;

@@ -14,6 +14,19 @@ namespace tolvane {
 
 class TreeModel;
 
+// A stopped item's command as its value holds it (variables kept), and whether Windows fills
+// in its variables before it starts it (an expandable value).
+struct StoppedCommand {
+    std::string Program;
+    std::string Arguments;
+    bool Expandable = false;
+    // Program and arguments as they start: the variables filled in where Windows would.
+    struct Start {
+        std::string Path, Parameters;
+    };
+    Start ToStart() const;
+};
+
 // Where Tolvane keeps the copies of the Run values it took out.
 inline constexpr const char* kSavedUserRunKey = "Software\\Hexmoor\\Tolvane\\HKCU";
 inline constexpr const char* kSavedMachineRunKey = "Software\\Hexmoor\\Tolvane\\HKLM";
@@ -30,12 +43,11 @@ public:
     void SetBoundTreeView(TreeModel* tree) { tree_ = tree; }
     TreeModel* BoundTreeView() const { return tree_; }
 
-    // The path and parameters that start a stopped item, given its whole entry (prefix and
-    // name) or its index. Shortcuts lie in the items folders; Run values are found among the
-    // saved copies, an expandable one with its variables filled in. False when the entry is
-    // unknown.
-    bool GetStoppedInfo(std::string_view entry, std::string& path, std::string& parameters);
-    bool GetStoppedInfo(int index, std::string& path, std::string& parameters);
+    // The command that starts a stopped item, given its whole entry (prefix and name) or its
+    // index. Shortcuts lie in the items folders; Run values are found among the saved copies
+    // and read as Windows reads them. False when the entry is unknown.
+    bool GetStoppedInfo(std::string_view entry, StoppedCommand& command);
+    bool GetStoppedInfo(int index, StoppedCommand& command);
 
     // Rebuilds the model from the file (and fills the bound tree). A missing file gives the
     // model of a first start, which is written at once. A file that cannot be read whole is
@@ -52,7 +64,7 @@ public:
     std::string UnreadableCopyPath() const { return filePath_ + ".unreadable"; }
 
 private:
-    bool StoppedInfoOf(int index, std::string& path, std::string& parameters);
+    bool StoppedInfoOf(int index, StoppedCommand& command);
 
     AppState& app_;
     std::string filePath_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/path_rules.h"
 #include "text/strings.h"
 
 namespace tolvane {
@@ -57,16 +58,76 @@ ProgramGroup* ProgramModel::StartupGroup() {
     return const_cast<ProgramGroup*>(std::as_const(*this).StartupGroup());
 }
 
-// An empty word would match every path and silently stop the whole log-on run: a blank line in
-// the list means no word.
-static bool HoldsWord(std::string_view path, const std::string& word) {
-    return !word.empty() && ContainsNoCase(path, word);
+namespace {
+
+// Blanks part the words of a command; quotes, the shell's operators and the comma of
+// "rundll32 x.dll,Entry" part them too. They are looked for as whole characters: the second
+// byte of a double-byte character may be a "|".
+bool IsWordBreak(std::string_view text, size_t at) {
+    return CharacterLength(text, at) == 1 &&
+           std::string_view(" \t\"&|<>();,").find(text[at]) != std::string_view::npos;
 }
 
-bool ProgramModel::IsDisallowed(std::string_view path) const {
-    const std::string trimmed = Trim(path);
-    return std::any_of(DisallowedPrograms.begin(), DisallowedPrograms.end(),
-                       [&](const std::string& word) { return HoldsWord(trimmed, word); });
+std::vector<std::string_view> Words(std::string_view text) {
+    std::vector<std::string_view> words;
+    size_t i = 0;
+    while (i < text.size()) {
+        while (i < text.size() && IsWordBreak(text, i))
+            ++i;
+        const size_t start = i;
+        while (i < text.size() && !IsWordBreak(text, i))
+            i += CharacterLength(text, i);
+        if (i > start)
+            words.push_back(text.substr(start, std::min(i, text.size()) - start));
+    }
+    return words;
+}
+
+bool EqualNoCase(std::string_view a, std::string_view b) {
+    return a.size() == b.size() && FindNoCase(a, b) == 0;
+}
+
+// A word of a command stands for `word` when it is that word, or names a program that Windows
+// runs by that name: "format.com", "C:\x\rmdir.exe", and for the command's own program a file
+// without an extension too. A document ("delete.txt"), a shortcut ("Format.lnk") or a folder
+// ("C:\backup\del") among the words is no command.
+bool Names(std::string_view commandWord, std::string_view word, bool isProgram) {
+    if (EqualNoCase(commandWord, word))
+        return true;
+    const std::string_view name = PathLastPart(commandWord);
+    const size_t dot = name.rfind('.');
+    if (dot == std::string_view::npos)
+        return isProgram && EqualNoCase(name, word);
+    const std::string extension = ToLower(name.substr(dot));
+    const bool runs =
+        extension == ".exe" || extension == ".com" || extension == ".bat" || extension == ".cmd";
+    return runs && (EqualNoCase(name, word) || EqualNoCase(name.substr(0, dot), word));
+}
+
+} // namespace
+
+std::string ProgramModel::BlockingWord(std::string_view program, std::string_view arguments) const {
+    std::string unquoted = Trim(RemoveAll(program, '"'));
+    std::vector<std::string_view> command;
+    if (!unquoted.empty())
+        command.push_back(unquoted);
+    const std::vector<std::string_view> rest = Words(arguments);
+    command.insert(command.end(), rest.begin(), rest.end());
+    for (const std::string& entry : DisallowedPrograms) {
+        const std::vector<std::string_view> word = Words(entry);
+        // An empty word would match every command and silently stop the whole log-on run.
+        if (word.empty())
+            continue;
+        for (size_t at = 0; at + word.size() <= command.size(); ++at) {
+            size_t k = 0;
+            while (k < word.size() &&
+                   Names(command[at + k], word[k], at + k == 0 && !unquoted.empty()))
+                ++k;
+            if (k == word.size())
+                return Trim(entry);
+        }
+    }
+    return std::string();
 }
 
 std::vector<std::string> ProgramModel::RemoveDisallowed() {
@@ -78,8 +139,11 @@ std::vector<std::string> ProgramModel::RemoveDisallowed() {
         std::string path = Trim(program.Path);
         if (path.empty())
             continue;
+        // Once per blocking word, as the log names each.
+        ProgramModel one;
         for (const std::string& word : DisallowedPrograms) {
-            if (!HoldsWord(path, word))
+            one.DisallowedPrograms = {word};
+            if (one.BlockingWord(path, program.Parameters).empty())
                 continue;
             if (!removed.back().empty())
                 removed.emplace_back();

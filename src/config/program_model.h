@@ -77,11 +77,17 @@ public:
     // delay plus two minutes after the one before. A file without the line means 0.
     int WaitForIdle = 0;
 
-    // Empties the path of every "Startup" program that holds a disallowed word (letter case
-    // ignored) and returns those trimmed paths, once per matching word; one "" when none.
+    // Empties the path of every "Startup" program that a disallowed word blocks and returns
+    // those trimmed paths, once per blocking word; one "" when none.
     std::vector<std::string> RemoveDisallowed();
-    // The trimmed path holds a disallowed word, letter case ignored.
-    bool IsDisallowed(std::string_view path) const;
+    // The disallowed word that keeps this command from starting, or "" when none does. A word
+    // blocks a command, never a name: it matches the program's own name ("del", "format.com",
+    // "rmdir.exe") or a whole word of the arguments, also as a program there ("cmd /c del
+    // C:\x", "/c C:\x\format.com d:"), in any letter case. A word of several words matches
+    // them in a row. Folder and file names that merely hold the letters ("C:\Program
+    // Files\Dell", "ModelViewer", "Delete.txt") never match: blocking them would silently take
+    // a user's program out of the log-on.
+    std::string BlockingWord(std::string_view program, std::string_view arguments) const;
 
     int GetGroupID(std::string_view name) const;
     // The program whose "path parameters" or path alone equals the trimmed text; -1 when none,

@@ -3,63 +3,162 @@
 #include <algorithm>
 
 #include "config/program_model.h"
+#include "platform/path_rules.h"
 #include "text/strings.h"
 
 namespace tolvane {
 
 namespace {
 
-// A command without ".exe" (a batch file, "rundll32 shell32.dll,Control"): a quoted path runs to
-// its closing quote, an unquoted one to the first blank. Cutting such a command four characters
-// in, as the ".exe" rule would, leaves a path like "rund" that can never start: the delayed
-// item would quietly never run again.
-RunCommandParts SplitWithoutExe(std::string_view data) {
-    size_t end = std::string_view::npos;
-    if (StartsWith(data, "\"")) {
-        size_t close = data.find('"', 1);
-        if (close != std::string_view::npos)
-            end = close + 1;
-    } else {
-        end = data.find(' ');
+bool IsBlank(char c) {
+    return c == ' ' || c == '\t';
+}
+
+std::string_view TrimBlanks(std::string_view s) {
+    while (!s.empty() && IsBlank(s.front()))
+        s.remove_prefix(1);
+    while (!s.empty() && IsBlank(s.back()))
+        s.remove_suffix(1);
+    return s;
+}
+
+// The end of the word that begins at or after `from`, or npos when only blanks are left.
+size_t WordEnd(std::string_view s, size_t from) {
+    while (from < s.size() && IsBlank(s[from]))
+        ++from;
+    if (from >= s.size())
+        return std::string_view::npos;
+    while (from < s.size() && !IsBlank(s[from]))
+        ++from;
+    return from;
+}
+
+// As CreateProcess sees a file name: one whose last part has a "." has an extension (a
+// trailing "." too); ".exe" is added to any other.
+bool HasExtension(std::string_view path) {
+    return PathLastPart(path).find('.') != std::string_view::npos;
+}
+
+std::string AsProgram(std::string_view word) {
+    return HasExtension(word) ? std::string(word) : std::string(word) + ".exe";
+}
+
+RunCommandParts Parts(std::string_view program, std::string_view rest) {
+    return RunCommandParts{std::string(program), std::string(TrimBlanks(rest))};
+}
+
+// The program of an unquoted command: the end of the shortest run of words that names a file
+// (and whether ".exe" was added to find it), or none.
+struct FoundProgram {
+    size_t End = 0;
+    bool Exe = false;
+};
+std::optional<FoundProgram> FindProgram(std::string_view text, const CommandLineSystem& system) {
+    for (size_t end = WordEnd(text, 0); end != std::string_view::npos; end = WordEnd(text, end)) {
+        const std::string_view words = text.substr(0, end);
+        // A file name holds no quote: from here on the words are arguments.
+        if (words.find('"') != std::string_view::npos)
+            return std::nullopt;
+        if (system.FileExists(AsProgram(words)))
+            return FoundProgram{end, !HasExtension(words)};
     }
-    if (end == std::string_view::npos || Trim(data.substr(end)).empty())
-        return RunCommandParts{std::string(data), ""};
-    std::string_view tail = data.substr(end);
-    std::string parameters = Trim(tail);
-    size_t at = tail.find(parameters);
-    // The path keeps the blanks before the parameters, as with the ".exe" rule, so that path,
-    // blanks and parameters put together give the command back.
-    std::string path = std::string(data.substr(0, end)) + std::string(tail.substr(0, at));
-    path += tail.substr(at + parameters.size());
-    return RunCommandParts{path, parameters};
+    return std::nullopt;
+}
+
+// The path part of a Run value's data as versions before this one split it, by the first
+// ".exe" in it: what their stopped entries hold. Used only to find an entry's saved copy.
+std::string PathAsOlderVersionsSplitIt(std::string_view data) {
+    if (data.size() >= 4 && ToLower(data.substr(data.size() - 4)) == ".exe")
+        return std::string(data);
+    const size_t hit = FindNoCase(data, ".exe");
+    if (hit == std::string_view::npos) {
+        const size_t end = StartsWith(data, "\"") ? data.find('"', 1) : data.find(' ');
+        return std::string(end == std::string_view::npos ? data : data.substr(0, end + 1));
+    }
+    const size_t tailStart = std::min(hit + 5, data.size());
+    std::string_view tail = data.substr(tailStart);
+    const std::string parameters = Trim(tail);
+    std::string path(data.substr(0, tailStart));
+    if (parameters.empty())
+        return path + std::string(tail);
+    const size_t inTail = tail.rfind(parameters);
+    return path + std::string(tail.substr(0, inTail)) +
+           std::string(tail.substr(inTail + parameters.size()));
+}
+
+// Two commands are the same command when they differ only in quotes and in the blanks between
+// their words: a delayed program is its command split in two, without the program's quotes.
+std::string CommandWords(std::string_view command) {
+    std::string out;
+    for (char c : command) {
+        if (c == '"')
+            continue;
+        if (IsBlank(c)) {
+            if (!out.empty() && out.back() != ' ')
+                out += ' ';
+            continue;
+        }
+        out += c;
+    }
+    while (!out.empty() && out.back() == ' ')
+        out.pop_back();
+    return out;
 }
 
 } // namespace
 
-RunCommandParts SplitRunData(std::string_view data) {
-    if (data.size() >= 4 && ToLower(data.substr(data.size() - 4)) == ".exe")
-        return RunCommandParts{std::string(data), ""};
-    size_t hit = FindNoCase(data, ".exe");
-    if (hit == std::string_view::npos)
-        return SplitWithoutExe(data);
-    // Everything after the character that follows ".exe" (the closing quote or the blank) is
-    // the parameters, trimmed.
-    size_t tailStart = std::min(hit + 5, data.size());
-    std::string_view tail = data.substr(tailStart);
-    RunCommandParts parts;
-    parts.Parameters = Trim(tail);
-    // The parameters are taken out of the tail only. Removing every occurrence of them would
-    // also cut into the path wherever the same letters stand there ("C:\x\x.exe x"), and the
-    // program could then neither start nor be written back as it was.
-    size_t inTail = tail.rfind(parts.Parameters);
-    parts.Path = std::string(data.substr(0, tailStart));
-    if (parts.Parameters.empty()) {
-        parts.Path += tail;
-    } else {
-        parts.Path += tail.substr(0, inTail);
-        parts.Path += tail.substr(inTail + parts.Parameters.size());
+RunCommandParts SplitRunData(std::string_view data, bool expandable,
+                             const CommandLineSystem& system) {
+    const std::string_view raw = TrimBlanks(data);
+    if (StartsWith(raw, "\"")) {
+        const size_t close = raw.find('"', 1);
+        // An opening quote that is never closed quotes the whole rest.
+        if (close == std::string_view::npos)
+            return Parts(TrimBlanks(raw.substr(1)), "");
+        return Parts(raw.substr(1, close - 1), raw.substr(close + 1));
     }
-    return parts;
+    const bool expand = expandable && raw.find('%') != std::string_view::npos;
+    const std::string expanded = expand ? system.Expand(std::string(raw)) : std::string(raw);
+    const std::string_view text = TrimBlanks(expanded);
+    const std::optional<FoundProgram> found = FindProgram(text, system);
+    if (!found) {
+        // Nothing names a file: Windows would try the first word, and so the program is that.
+        const size_t end = WordEnd(raw, 0);
+        return end == std::string_view::npos ? RunCommandParts{}
+                                             : Parts(raw.substr(0, end), raw.substr(end));
+    }
+    const std::string_view program = text.substr(0, found->End);
+    const std::string exe = found->Exe ? ".exe" : "";
+    if (expand) {
+        // The same words of the value as written, when they stand for that program.
+        for (size_t end = WordEnd(raw, 0); end != std::string_view::npos; end = WordEnd(raw, end))
+            if (system.Expand(std::string(raw.substr(0, end))) == program)
+                return Parts(std::string(raw.substr(0, end)) + exe, raw.substr(end));
+    }
+    return Parts(std::string(program) + exe, text.substr(found->End));
+}
+
+bool ProgramFound(std::string_view program, bool expandable, const CommandLineSystem& system) {
+    const std::string path =
+        expandable ? system.Expand(std::string(program)) : std::string(program);
+    if (path.empty())
+        return false;
+    return system.FileExists(path) || (!HasExtension(path) && system.FileExists(path + ".exe"));
+}
+
+RunCommandParts DelayedCommand(const GroupProgram& program, bool expandable,
+                               const CommandLineSystem& system) {
+    std::string path = Trim(program.Path);
+    if (path.size() >= 2 && path.front() == '"' && path.back() == '"')
+        path = Trim(std::string_view(path).substr(1, path.size() - 2));
+    RunCommandParts stored{path, Trim(program.Parameters)};
+    if (path.empty() || ProgramFound(path, expandable, system))
+        return stored;
+    const std::string whole = stored.Parameters.empty()
+                                  ? RemoveAll(path, '"')
+                                  : RemoveAll(path, '"') + " " + stored.Parameters;
+    RunCommandParts again = SplitRunData(whole, expandable, system);
+    return ProgramFound(again.Path, expandable, system) ? again : stored;
 }
 
 NameData SplitNameData(std::string_view text) {
@@ -136,9 +235,8 @@ SavedCopyMatch MatchSavedCopies(const ProgramModel& model, int location,
             const GroupProgram& p = group->Programs[i];
             if (ours(p))
                 claim(match.Delayed[i], [&](const NameData& c) {
-                    const RunCommandParts parts = SplitRunData(Trim(c.Data));
-                    return named(p.RegistryKeyName)(c) && Trim(parts.Path) == Trim(p.Path) &&
-                           parts.Parameters == p.Parameters;
+                    return named(p.RegistryKeyName)(c) &&
+                           CommandWords(c.Data) == CommandWords(p.Path + " " + p.Parameters);
                 });
         }
         for (size_t i = 0; i < group->Programs.size(); ++i) {
@@ -171,7 +269,7 @@ SavedCopyMatch MatchSavedCopies(const ProgramModel& model, int location,
     }
     // Then entries that hold a path alone, as older versions stored them; they are compared
     // with the copies' commands, never with their names: exact path, trimmed, then contained.
-    auto pathOf = [](const NameData& copy) { return SplitRunData(Trim(copy.Data)).Path; };
+    auto pathOf = [](const NameData& copy) { return PathAsOlderVersionsSplitIt(Trim(copy.Data)); };
     for (size_t e = 0; e < match.Stopped.size(); ++e) {
         const auto entry = entryOf(e);
         if (!entry || NamedStoppedValue(*entry) || match.Stopped[e] >= 0)

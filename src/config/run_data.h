@@ -8,16 +8,40 @@
 
 namespace tolvane {
 
+// A command as Windows reads it: the program, without quotes, and its arguments, exactly as the
+// command holds them after the blanks that part them from the program.
 struct RunCommandParts {
-    std::string Path;       // not trimmed: ends in a blank when there are parameters
-    std::string Parameters; // trimmed
+    std::string Path;       // the program
+    std::string Parameters; // the arguments
 };
 
-// Data that ends in ".exe" (letter case ignored) has no parameters; otherwise they are what
-// follows the first ".exe" and the character after it. A command without ".exe" splits after
-// its quoted path or at its first blank. The path keeps the blanks in front of the
-// parameters, so the path followed by the parameters reads as the command did.
-RunCommandParts SplitRunData(std::string_view data);
+// What Windows consults when it reads a command line. The program's own answers come from the
+// system; a test gives its own files and variables.
+class CommandLineSystem {
+public:
+    virtual ~CommandLineSystem() = default;
+    // A file (never a folder) of that path exists; a name without a folder is looked for where
+    // Windows looks for a program started by its bare name.
+    virtual bool FileExists(const std::string& path) const = 0;
+    // The text with its %VARIABLES% filled in.
+    virtual std::string Expand(const std::string& text) const = 0;
+};
+
+// The one reading of a Run value's data, which every part of the program uses. Windows
+// starts the data as CreateProcess reads a command line, so that is how it is read here:
+// - a quoted first part is the program: "C:\Program Files\x\y.exe" /a;
+// - otherwise the program is the shortest run of blank-separated words that names an existing
+//   file, ".exe" added to a word without an extension; the rest are the arguments, whatever
+//   they hold (--processStart "Teams.exe"). When no run of words names a file, the first word
+//   is the program.
+// Expandable data (REG_EXPAND_SZ) is read with its variables filled in, and both parts are
+// given back as the value writes them (%ProgramFiles% kept) wherever the parts allow it.
+RunCommandParts SplitRunData(std::string_view data, bool expandable,
+                             const CommandLineSystem& system);
+
+// The program is there: its variables filled in when the command is expandable, and ".exe"
+// added to a name without an extension, as the command line's own reading does.
+bool ProgramFound(std::string_view program, bool expandable, const CommandLineSystem& system);
 
 // "name=data" split at the first "=": the name before it, the data (which may hold further
 // "=") after it. Without "=" the whole text is the name.
@@ -32,6 +56,15 @@ NameData SplitNameData(std::string_view text);
 namespace tolvane {
 
 class ProgramModel;
+struct GroupProgram;
+
+// The command a delayed Run value starts: its program, without the quotes an older version
+// kept around it, and its arguments. Older versions cut some commands in the wrong place and
+// kept the whole of "Update.exe --processStart Discord.exe" as the program; where the stored
+// program is not there, the command is read again as Windows reads it, and a program found
+// that way is the one that starts.
+RunCommandParts DelayedCommand(const GroupProgram& program, bool expandable,
+                               const CommandLineSystem& system);
 
 // A stopped Run value as its stopped entry holds it, after the location's prefix: the value's
 // name, "=" and its command. The name makes the entry the value's own, since two values of one

@@ -7,6 +7,7 @@
 
 #include "config/delay_load.h"
 #include "config/run_data.h"
+#include "config/system_command_line.h"
 #include "items/startup_approved.h"
 #include "platform/dir_struct.h"
 #include "platform/file_functions.h"
@@ -25,6 +26,7 @@ constexpr int kValueChangedMessage = 15;
 constexpr int kGoneMessage = 16;
 constexpr int kFailedMessage = 17;
 constexpr int kNotTakenBackMessage = 18;
+constexpr int kBlockedMessage = 28;
 
 // A Run value's key: its location and, for the machine's, the registry view it is in. The
 // saved copy of a value is kept in the same view, and a value goes back to its copy's view.
@@ -63,6 +65,15 @@ std::string Joined(const std::vector<std::string>& lines) {
     for (const std::string& line : lines)
         out += (out.empty() ? "" : "\r\n") + line;
     return out;
+}
+
+// A delayed item that the log-on run would never start would be gone from the log-on: such a
+// delay is refused, and the item stays where Windows starts it (or stopped).
+void RefuseBlocked(const ProgramModel& model, const RunCommandParts& command) {
+    const std::string word = model.BlockingWord(command.Path, command.Parameters);
+    if (!word.empty())
+        throw MoveFailure("its command holds the disallowed word \"" + word + "\"",
+                          Refusal::Blocked, word);
 }
 
 // Ends a pass at the item that failed; that item's failure is already recorded.
@@ -160,6 +171,8 @@ public:
             return FillIn(Message(kValueChangedMessage), {item, failure->Detail()});
         case Refusal::Gone:
             return FillIn(Message(kGoneMessage), {item});
+        case Refusal::Blocked:
+            return FillIn(Message(kBlockedMessage), {item, failure->Detail()});
         case Refusal::Failed:
             break;
         }
@@ -273,6 +286,8 @@ bool ItemMoves::DelayStartupItem(std::string_view name, int code, bool stop, Ite
     const int location = user ? kUserStartup : kCommonStartup;
     return m.Single("DelayStartupItem", name, [&](UndoSteps& undo) {
         ProgramModel& model = m.Model();
+        if (!stop)
+            RefuseBlocked(model, {std::string(name), ""});
         const std::string items = m.ItemsPath(user, name);
         if (from == ItemState::Active) {
             m.MoveFile(m.StartupPath(user, name), items, kQuietFileOperationMakeFolder, undo);
@@ -326,6 +341,8 @@ bool ItemMoves::DelayCheckedStartupItems(bool stop, bool stoppedToDelayed) {
     return m.Pass("DelayCheckedStartupItems", kStartupFolderMessage, [&](const auto& item) {
         for (const std::string& name : CheckedItems(tree_, "CurrentUserStartup")) {
             item(name, [&](UndoSteps& undo) {
+                if (!stop)
+                    RefuseBlocked(model, {name, ""});
                 const std::string items = m.ItemsPath(true, name);
                 m.MoveFile(m.StartupPath(true, name), items, kQuietFileOperationMakeFolder, undo);
                 if (stop)
@@ -349,6 +366,7 @@ bool ItemMoves::DelayCheckedStartupItems(bool stop, bool stoppedToDelayed) {
         for (const std::string& name : CheckedItems(tree_, "StoppedItemsCurrentStartup")) {
             item(name, [&](UndoSteps& undo) {
                 if (stoppedToDelayed) {
+                    RefuseBlocked(model, {name, ""});
                     model.AddProgramToGroup(model.StartupGroupIndex, kExecute,
                                             m.ItemsPath(true, name), "", 0, "");
                     model.RemoveStoppedProgram(name, kUserStartup);
@@ -468,6 +486,12 @@ void PutBackValue(const ValueKey& at, const std::string& name, const std::string
         RemoveValue(at.Root(), at.Saved(), name, undo);
 }
 
+// A value's data read as Windows reads it; an expandable value (REG_EXPAND_SZ) with its
+// variables filled in for the reading.
+RunCommandParts CommandOf(const std::string& data, const std::optional<RegistryValue>& value) {
+    return SplitRunData(data, value && value->Type == REG_EXPAND_SZ, SystemCommandLine());
+}
+
 // Delays or stops an active value (stop). The value must still read as the list showed it.
 void DelayActiveValue(Mover& m, const ValueKey& at, std::string_view text, bool stop,
                       RegBackup& backup, UndoSteps& undo) {
@@ -475,8 +499,11 @@ void DelayActiveValue(Mover& m, const ValueKey& at, std::string_view text, bool 
     const NameData value = SplitNameData(text);
     if (value.Name.empty())
         throw MoveFailure("the item has no Run value name");
+    const RunCommandParts parts =
+        CommandOf(value.Data, CRegistry().GetValue(at.Root(), kRunKey, value.Name));
+    if (!stop)
+        RefuseBlocked(model, parts);
     TakeOutValue(at, value, backup, undo);
-    const RunCommandParts parts = SplitRunData(value.Data);
     if (stop)
         model.AddStoppedProgram(StoppedRunEntry(value.Name, value.Data), at.Location);
     else
@@ -510,6 +537,9 @@ bool DelayStoppedValue(Mover& m, const ValueKey& at, const StoppedValue& stopped
     const std::string& name = stopped.Value.Name;
     if (name.empty())
         return false;
+    const RunCommandParts parts =
+        CommandOf(stopped.Value.Data, CRegistry().GetValue(at.Root(), at.Saved(), name));
+    RefuseBlocked(model, parts);
     if (!stopped.Saved) {
         // The copy is gone, but the entry names the value and its command: that becomes the
         // copy again, so the value can be put back later.
@@ -518,9 +548,8 @@ bool DelayStoppedValue(Mover& m, const ValueKey& at, const StoppedValue& stopped
     if (backup)
         if (auto saved = CRegistry().GetValue(at.Root(), at.Saved(), name))
             backup->Value(at.Root(), ToBackupValue(name, *saved));
-    const RunCommandParts parts = SplitRunData(Trim(stopped.Value.Data));
-    model.AddProgramToGroup(model.StartupGroupIndex, CommandOfLocation(at.Location),
-                            Trim(parts.Path), parts.Parameters, 0, name);
+    model.AddProgramToGroup(model.StartupGroupIndex, CommandOfLocation(at.Location), parts.Path,
+                            parts.Parameters, 0, name);
     model.StoppedPrograms[static_cast<size_t>(stopped.Entry)].clear();
     return true;
 }

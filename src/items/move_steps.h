@@ -27,6 +27,7 @@ enum class Refusal {
     InTheWay,     // something else of that name is where the item would go
     ValueChanged, // the Run value is not the one the list showed, or the one taken out
     Gone,         // the item is no longer where the list shows it
+    Blocked,      // the log-on run would never start it: a disallowed word blocks its command
 };
 
 // A move that could not be done; the text names the item and the reason for the log, the

@@ -5,6 +5,7 @@
 #include <exception>
 
 #include "config/delay_load.h"
+#include "config/delayed_program.h"
 #include "platform/dir_struct.h"
 #include "platform/file_io.h"
 #include "platform/registry.h"
@@ -41,9 +42,11 @@ bool RefreshData(AppState& app, TreeModel& tree, StartupListing& listing,
                  const std::function<void(double)>& progress, bool ownRunEntry) {
     try {
         const std::string own = OwnRunEntry(app.folders);
+        // The file first: the program's own Run value follows the settings and the delayed
+        // items the file holds, not whatever this process held before it read them.
+        CDelayLoad(app).LoadItems();
         if (ownRunEntry)
             UpdateRunEntry(app, app.model.StartupType);
-        CDelayLoad(app).LoadItems();
         CDirStruct folders;
         folders.ReturnFiles(app.folders.UserStartupFolder, listing.UserStartupFiles);
         folders.ReturnFiles(app.folders.CommonStartupFolder, listing.CommonStartupFiles);
@@ -60,6 +63,10 @@ bool RefreshData(AppState& app, TreeModel& tree, StartupListing& listing,
         // Measurements are shown, never needed: a missing or unreadable file shows none.
         const std::optional<std::string> impact = ReadFileBytes(CDelayLoad(app).ImpactFilePath());
         listing.Impacts = impact ? ParseImpactFile(*impact).Records : std::vector<ImpactRecord>();
+        listing.DelayedNotices.clear();
+        if (const ProgramGroup* startup = app.model.StartupGroup())
+            for (const GroupProgram& program : startup->Programs)
+                listing.DelayedNotices.push_back(WhyNotStarted(app, program));
         StartupTreeHooks hooks;
         hooks.Timer = SecondsSinceMidnight;
         hooks.Progress = progress;

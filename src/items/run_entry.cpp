@@ -1,5 +1,7 @@
 #include "items/run_entry.h"
 
+#include <windows.h>
+
 #include "platform/registry.h"
 #include "config/app_state.h"
 #include "items/run_entry_steps.h"
@@ -19,6 +21,9 @@ public:
     }
     bool Delete(RunEntryKey key) override {
         return reg_.DeleteValue(Root(key), kRunKey, kOwnRunValue);
+    }
+    bool FileExists(const std::string& path) override {
+        return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
     }
 
 private:

@@ -19,6 +19,8 @@ public:
     virtual bool Write(RunEntryKey key, const std::string& command) = 0;
     // True when the value is gone afterwards.
     virtual bool Delete(RunEntryKey key) = 0;
+    // A file is at the path.
+    virtual bool FileExists(const std::string& path) = 0;
 };
 
 // Something that could not be done, for the log.
@@ -29,9 +31,12 @@ struct RunEntryProblem {
 
 // Modes 0 to 3 of UpdateRunEntry: 0 none, 1 the machine's key while an all-users item is
 // delayed, else the user's while any item is, else none; 2 the user's key; 3 the machine's.
-// A value already there is never rewritten. The new value is written before the old one goes,
-// and the old one goes only when the new one is there: a refused write (the machine's key
-// without rights) leaves the entry where it was instead of nowhere.
+// The value "Tolvane" is this program's when it starts this copy (its command in any letter
+// case) or a copy of Tolvane.exe that is gone (the portable folder was moved): that one is
+// rewritten to start this copy. A value that starts anything else, another program or another
+// copy of Tolvane that is there, is never touched. The new value is written before the old
+// one goes, and the old one goes only when the new one is there: a refused write (the
+// machine's key without rights) leaves the entry where it was instead of nowhere.
 std::vector<RunEntryProblem> ApplyRunEntryMode(RunEntryValues& values, int mode,
                                                const std::string& command, bool allUsersDelays,
                                                bool userDelays);

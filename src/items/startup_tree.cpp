@@ -225,18 +225,21 @@ void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramMod
             if (p.Path.empty())
                 continue;
             const std::string origin = "#DELAYED" + p.Path;
+            TreeNode* leaf = nullptr;
             if (p.Command == kExecute)
-                build.Leaf("DelayedItemsStartupCurrentUser", i, origin, p.Path, kPopupTag);
+                leaf = &build.Leaf("DelayedItemsStartupCurrentUser", i, origin, p.Path, kPopupTag);
             else if (p.Command == kExecuteAU)
-                build.Leaf("DelayedItemsStartupAllUsers", i, origin, p.Path, kPopupTag);
+                leaf = &build.Leaf("DelayedItemsStartupAllUsers", i, origin, p.Path, kPopupTag);
             else if (p.Command == kExecuteReg)
-                build.Leaf("DelayedItemsRegistryCurrentUser", i, origin, DelayedRunItemText(p),
-                           kPopupTag);
-            else if (p.Command == kExecuteRegAU)
-                build
-                    .Leaf("DelayedItemsRegistryAllUsers", i, origin, DelayedRunItemText(p),
-                          kPopupTag)
-                    .Data = viewMark(machineCopies.Delayed[i]);
+                leaf = &build.Leaf("DelayedItemsRegistryCurrentUser", i, origin,
+                                   DelayedRunItemText(p), kPopupTag);
+            else if (p.Command == kExecuteRegAU) {
+                leaf = &build.Leaf("DelayedItemsRegistryAllUsers", i, origin, DelayedRunItemText(p),
+                                   kPopupTag);
+                leaf->Data = viewMark(machineCopies.Delayed[i]);
+            }
+            if (leaf && i < listing.DelayedNotices.size())
+                leaf->Notice = listing.DelayedNotices[i];
         }
     }
     build.Progress(95);
@@ -298,6 +301,7 @@ std::string ItemToolTip(const TreeNode& node, const std::vector<SafeEntry>& safe
         if (!text.empty())
             tip += (tip.empty() ? "" : "\r\n") + text;
     };
+    line(node.Notice);
     if (node.Cut)
         line(lines.SwitchedOff);
     if (node.Data == kWow32Item)

@@ -37,6 +37,10 @@ struct StartupListing {
 
     // The last measurement of every item the program started.
     std::vector<ImpactRecord> Impacts;
+
+    // Why each program of the Startup group will not start at log-on, in its order; "" for one
+    // that will. Shown in the item's tip.
+    std::vector<std::string> DelayedNotices;
 };
 
 // The mark (TreeNode::Data) of an item of the machine's 32-bit Run key, whatever its state.
@@ -70,9 +74,9 @@ void MarkKnown(TreeModel& tree, const std::vector<SafeEntry>& safeList);
 // The safe list's description of the first name found in the text; "" when none.
 std::string SafeListDescription(std::string_view text, const std::vector<SafeEntry>& safeList);
 
-// The tip of an item: the safe list's description, then a line for each thing Task Manager or
-// the registry view says of it. `lines` holds the texts of a switched-off item and of one of the
-// 32-bit Run key.
+// The tip of an item: the safe list's description, why it will not start, then a line for each
+// thing Task Manager or the registry view says of it. `lines` holds the texts of a switched-off
+// item and of one of the 32-bit Run key.
 struct ItemTipLines {
     std::string SwitchedOff;
     std::string Wow32;

@@ -19,8 +19,9 @@ struct TreeNode {
     bool Checked = false;
     bool Expanded = false;
     bool Bold = false;
-    bool Cut = false; // shown dimmed, as the shell shows a cut item
-    int Data = 0;     // the owner's own mark for the node
+    bool Cut = false;   // shown dimmed, as the shell shows a cut item
+    int Data = 0;       // the owner's own mark for the node
+    std::string Notice; // a line the node's tip adds: why its item will not start
     int Parent = -1;
     std::vector<int> Children;
 };

@@ -1,8 +1,11 @@
 #include "platform/environment.h"
 
 #include <windows.h>
+#include <userenv.h>
 
 #include <string>
+
+#include "text/strings.h"
 
 namespace tolvane {
 
@@ -20,6 +23,26 @@ std::string ExpandEnvironment(const std::string& text) {
         return text;
     out.resize(std::char_traits<char>::length(out.c_str()));
     return out;
+}
+
+namespace {
+
+bool Below(const std::string& folder, std::string parent) {
+    while (!parent.empty() && parent.back() == '\\')
+        parent.pop_back();
+    if (parent.empty() || folder.size() <= parent.size() || folder[parent.size()] != '\\')
+        return false;
+    return ToLower(folder.substr(0, parent.size())) == ToLower(parent);
+}
+
+} // namespace
+
+bool FolderInUserProfile(const std::string& folder) {
+    char profiles[MAX_PATH] = {};
+    DWORD size = MAX_PATH;
+    if (GetProfilesDirectoryA(profiles, &size) && Below(folder, profiles))
+        return true;
+    return Below(folder, ExpandEnvironment("%USERPROFILE%"));
 }
 
 } // namespace tolvane

@@ -9,4 +9,8 @@ namespace tolvane {
 // it is, as the system leaves it.
 std::string ExpandEnvironment(const std::string& text);
 
+// The folder lies inside a user profile (below the profiles folder, or the user's own profile
+// wherever it is), where other users cannot read it.
+bool FolderInUserProfile(const std::string& folder);
+
 } // namespace tolvane

@@ -7,6 +7,8 @@
 #include <memory>
 
 #include "config/delay_load.h"
+#include "config/run_data.h"
+#include "config/system_command_line.h"
 #include "platform/dir_struct.h"
 #include "platform/environment.h"
 #include "platform/message_pump.h"
@@ -89,10 +91,6 @@ void LogInfo(AppState& app, const std::string& text) {
     app.log.WriteLog(text, kLogInfo);
 }
 
-bool IsBareName(std::string_view path) {
-    return !path.empty() && path.find_first_of("\\/:\"") == std::string_view::npos;
-}
-
 } // namespace
 
 uint64_t DelayMilliseconds(float seconds) {
@@ -115,36 +113,11 @@ void WaitMilliseconds(AppState& app, RunClock& clock, long long milliseconds) {
     WaitUntil(app, clock, clock.NowMs() + static_cast<uint64_t>(milliseconds));
 }
 
-std::string ItemsFolderLookup(const AppState& app, const std::string& path,
-                              std::string_view command) {
-    // A file taken out of a Startup folder is kept by its bare name: whatever its kind, it
-    // must be found again, or a delayed item would never start and nobody would be told.
-    if (!IsBareName(path))
-        return path;
-    const std::string* own = &app.folders.UserItemsFolder;
-    const std::string* other = &app.folders.AllUsersItemsFolder;
-    if (command == kExecuteAU || command == kExecuteRegAU)
-        std::swap(own, other);
-    for (const std::string* folder : {own, other}) {
-        const std::string joined = *folder + path;
-        if (CDirStruct::ExactFileExists(joined))
-            return joined;
-    }
-    if (CDirStruct::ExactFileExists(path))
-        return path;
-    return EndsWith(ToLower(path), ".lnk") ? std::string() : path;
-}
-
-std::optional<ProgramStart> ResolveDelayedProgram(const AppState& app,
-                                                  const GroupProgram& program) {
-    ProgramStart start{ItemsFolderLookup(app, program.Path, program.Command), program.Parameters};
-    if (start.Path.empty())
-        return std::nullopt;
-    if (SavedCopyIsExpandable(program)) {
-        start.Path = ExpandEnvironment(start.Path);
-        start.Parameters = ExpandEnvironment(start.Parameters);
-    }
-    return start;
+void StartDelayedProgram(AppState& app, RunClock& clock, const GroupProgram& program,
+                         const ProgramStart& start, const ProgramLauncher& launch) {
+    app.starts.Add(DelayedProgramId(program), clock.NowMs());
+    const std::optional<ImpactKey> item = ImpactKeyOf(program);
+    launch(start.Path, start.Parameters, item ? &*item : nullptr);
 }
 
 void DelayedRun(AppState& app, MainWindowControl& window) {
@@ -153,6 +126,24 @@ void DelayedRun(AppState& app, MainWindowControl& window) {
                    LaunchMeasured(app, path, parameters, item);
                });
 }
+
+namespace {
+
+// Waits until the delay has passed since the later of `notBefore` and the last start, by the
+// run or by hand: a start made meanwhile from the tray moves the turn on, and one of this very
+// program ends the wait.
+void WaitForTurn(AppState& app, RunClock& clock, uint64_t notBefore, uint64_t delayMs,
+                 const std::string& id) {
+    while (!app.wait.QuitRequested && !app.starts.Has(id)) {
+        const uint64_t deadline = std::max(notBefore, app.starts.LastMs.value_or(0)) + delayMs;
+        if (clock.NowMs() >= deadline)
+            return;
+        const unsigned seen = app.starts.Changes;
+        WaitUntil(app, clock, deadline, [&] { return app.starts.Changes != seen; });
+    }
+}
+
+} // namespace
 
 void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
                 const ProgramLauncher& launch) {
@@ -174,35 +165,37 @@ void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
                            [](const GroupProgram& p) { return !p.Path.empty(); })) {
         LogInfo(app, TimeOfDayText() + "  Waiting for " + FormatSingle(model.MainStartupDelay) +
                          " seconds.");
-        // Each program's delay counts from the planned start of the one before: the time a
-        // launch itself takes does not push the later programs back.
-        uint64_t planned = runStart + DelayMilliseconds(model.MainStartupDelay);
         if (waitForIdle)
             WaitForIdleMachine(app, clock, DelayMilliseconds(model.MainStartupDelay));
         else
-            WaitUntil(app, clock, planned);
+            WaitUntil(app, clock, runStart + DelayMilliseconds(model.MainStartupDelay));
+        const uint64_t mainWaitOver = clock.NowMs();
         LogInfo(app, TimeOfDayText() + "  Wait over.");
 
         for (const GroupProgram& program : programs) {
-            if (program.Path.empty())
+            if (program.Path.empty() || app.wait.QuitRequested)
                 continue;
+            const std::string id = DelayedProgramId(program);
+            if (app.starts.Has(id))
+                continue; // started by hand from the tray meanwhile
             const std::optional<ProgramStart> start = ResolveDelayedProgram(app, program);
-            if (!start || app.wait.QuitRequested)
+            if (!start) {
+                // Not there: said in the log, and the others still start.
+                app.log.WriteLog("Startup Item Not Found: " + Trim(program.Path), kLogWarning);
                 continue;
+            }
             LogInfo(app,
                     TimeOfDayText() + " Waiting for " + FormatSingle(program.Delay) + " seconds.");
-            planned += DelayMilliseconds(program.Delay);
             if (waitForIdle)
                 WaitForIdleMachine(app, clock, DelayMilliseconds(program.Delay));
             else
-                WaitUntil(app, clock, planned);
-            if (app.wait.QuitRequested)
+                WaitForTurn(app, clock, mainWaitOver, DelayMilliseconds(program.Delay), id);
+            if (app.wait.QuitRequested || app.starts.Has(id))
                 continue;
             // All four commands start: an all-users item is delayed for every user who logs
             // on, which is why the program enters itself in the machine's Run key for them.
             LogInfo(app, TimeOfDayText() + "  " + program.Path + " " + program.Parameters);
-            const std::optional<ImpactKey> item = ImpactKeyOf(program);
-            launch(start->Path, start->Parameters, item ? &*item : nullptr);
+            StartDelayedProgram(app, clock, program, *start, launch);
         }
     }
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "config/delayed_program.h"
 #include "platform/system_load.h"
 
 namespace tolvane {
@@ -59,25 +60,19 @@ uint64_t DelayMilliseconds(float seconds);
 void WaitMilliseconds(AppState& app, long long milliseconds);
 void WaitMilliseconds(AppState& app, RunClock& clock, long long milliseconds);
 
-// A bare file name ("Word.lnk", "Notes.url", "go.bat") is looked for in the items folders,
-// those of the command's own location first, whatever the kind of file and the letter case of
-// its name; then where it stands. A shortcut found nowhere gives "": it cannot start. Anything
-// else comes back unchanged, and the shell finds it as it would any command.
-std::string ItemsFolderLookup(const AppState& app, const std::string& path,
-                              std::string_view command);
+// Starts a delayed program now, by hand or by the run, and notes the start, so that the run
+// starts it no second time and spaces its next start from this one.
+void StartDelayedProgram(AppState& app, RunClock& clock, const GroupProgram& program,
+                         const ProgramStart& start, const ProgramLauncher& launch);
 
-// How a delayed program starts: its file found in the items folders, and for a Run value that
-// Windows would expand (REG_EXPAND_SZ) its environment variables filled in. Nothing when the
-// program cannot start (a shortcut that is nowhere).
-struct ProgramStart {
-    std::string Path;
-    std::string Parameters;
-};
-std::optional<ProgramStart> ResolveDelayedProgram(const AppState& app, const GroupProgram& program);
-
-// With WaitForIdle on, the main delay and each program wait until the machine is idle, at the
-// latest their delay and two minutes after the wait began; where the load cannot be read they
-// wait their delay. The run ends only once the measurements of what it started are kept.
+// Each program waits its own delay after the actual start of the one before, by the run or by
+// hand from the tray (the first after the main delay): a run held up (a busy machine, the tray
+// menu held open, the process suspended) never starts several programs at once to catch up.
+// A program started by hand meanwhile is not started again. A program whose shortcut or file
+// is missing is logged as a warning, and the run goes on with the next one. With WaitForIdle
+// on, the main delay and each program wait until the machine is idle, at the latest their
+// delay and two minutes after the wait began; where the load cannot be read they wait their
+// delay. The run ends only once the measurements of what it started are kept.
 void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
                 const ProgramLauncher& launch);
 // With the program's own clock and launcher.

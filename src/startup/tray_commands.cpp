@@ -13,28 +13,42 @@ namespace {
 // The Menus entries of the tray menu's own texts.
 constexpr size_t kRunAllText = 22, kStoppedText = 23, kOpenText = 24, kQuitText = 25;
 
-// One delayed program: from where it is kept, and with its variables filled in. A shortcut
-// that is nowhere goes to the launcher by its name, which fails there and is logged so.
-void Start(AppState& app, const GroupProgram& program, const ProgramLauncher& launch) {
-    const std::optional<ProgramStart> start = ResolveDelayedProgram(app, program);
-    const std::optional<ImpactKey> item = ImpactKeyOf(program);
-    if (start)
-        launch(start->Path, start->Parameters, item ? &*item : nullptr);
+// A disallowed word keeps a program from starting, from the tray as in the log-on run.
+bool Refused(AppState& app, std::string_view program, std::string_view arguments) {
+    const std::string word = app.model.BlockingWord(program, arguments);
+    if (word.empty())
+        return false;
+    app.log.WriteLog("Startup Item Not Allowed: " + Trim(program) + " (\"" + word + "\")",
+                     kLogWarning);
+    return true;
+}
+
+// One delayed program, from where it is kept and with its variables filled in, noted in the
+// start log. One that is not there is said so in the log.
+void Start(AppState& app, RunClock& clock, const GroupProgram& program,
+           const ProgramLauncher& launch) {
+    if (program.Path.empty() || Refused(app, program.Path, program.Parameters))
+        return;
+    if (const std::optional<ProgramStart> start = ResolveDelayedProgram(app, program))
+        StartDelayedProgram(app, clock, program, *start, launch);
     else
-        launch(program.Path, program.Parameters, nullptr);
+        app.log.WriteLog("Startup Item Not Found: " + Trim(program.Path), kLogWarning);
 }
 
 void StartStopped(AppState& app, int index, const ProgramLauncher& launch) {
     const auto& stopped = app.model.StoppedPrograms;
     if (index < 0 || static_cast<size_t>(index) >= stopped.size() || stopped[index].empty())
         return;
-    std::string path, parameters;
-    (void)CDelayLoad(app).GetStoppedInfo(index, path, parameters);
+    StoppedCommand command;
+    (void)CDelayLoad(app).GetStoppedInfo(index, command);
     // Nothing found to start it from: the launcher names the item in the log.
-    if (path.empty())
-        path = stopped[index].substr(std::min(kPrefixLength, stopped[index].size()));
+    if (command.Program.empty())
+        command.Program = stopped[index].substr(std::min(kPrefixLength, stopped[index].size()));
+    if (Refused(app, command.Program, command.Arguments))
+        return;
     const std::optional<ImpactKey> item = ImpactKeyOfStopped(stopped[index]);
-    launch(path, parameters, item ? &*item : nullptr);
+    const StoppedCommand::Start start = command.ToStart();
+    launch(start.Path, start.Parameters, item ? &*item : nullptr);
 }
 
 } // namespace
@@ -67,17 +81,18 @@ TrayMenu BuildTrayMenuModel(AppState& app) {
 void RunGroupNow(AppState& app, int groupIndex, RunClock& clock, const ProgramLauncher& launch) {
     if (groupIndex < 0 || static_cast<size_t>(groupIndex) >= app.model.ProgramGroups.size())
         return;
-    // The programs as they are now: a refresh during a wait reloads the model.
+    // The programs as they are now: a refresh during a wait reloads the model. During the
+    // log-on run a program that was started already (by the run, by hand) is not started twice.
     const std::vector<GroupProgram> programs = app.model.ProgramGroups[groupIndex].Programs;
     for (const GroupProgram& program : programs) {
-        if (program.Path.empty() || app.model.IsDisallowed(program.Path))
+        if (program.Path.empty() || (!app.ShowGui && app.starts.Has(DelayedProgramId(program))))
             continue;
         if (app.wait.QuitRequested)
             return;
         WaitMilliseconds(app, clock, static_cast<long long>(DelayMilliseconds(program.Delay)));
         if (app.wait.QuitRequested)
             return;
-        Start(app, program, launch);
+        Start(app, clock, program, launch);
     }
 }
 
@@ -96,11 +111,11 @@ void TrayMenuCommand(AppState& app, MainWindowControl& window, const TrayMenu& m
         if (!group || static_cast<size_t>(choice.Index) >= group->Programs.size())
             return;
         const GroupProgram program = group->Programs[static_cast<size_t>(choice.Index)];
-        if (program.Path.empty() || app.model.IsDisallowed(program.Path))
+        if (program.Path.empty())
             return;
         WaitMilliseconds(app, clock, static_cast<long long>(DelayMilliseconds(program.Delay)));
         if (!app.wait.QuitRequested)
-            Start(app, program, launch);
+            Start(app, clock, program, launch);
         return;
     }
     case Action::RunAllStopped:

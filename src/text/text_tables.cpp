@@ -82,6 +82,16 @@ TextTables::TextTables() : Languages(1) {
         "High",
         "%1: %2 s CPU, %3 MB read, ready after %4 s",
         "%1: %2 s CPU, %3 MB read",
+        "Not started at log-on: its command holds \"%1\", a word of the DisallowedPrograms list in "
+        "proggroup.c",
+        "\"%1\" was not delayed: Tolvane's log-on run never starts a command that holds \"%2\", a "
+        "word of the DisallowedPrograms list in proggroup.c. The item stays where it was.\r\nTo "
+        "delay it, take the word out of that list first.",
+        "Not found: \"%1\" is not there, so Tolvane cannot start it at log-on",
+        "Tolvane cannot start for all users from its program folder:\r\n%1\r\nbecause that folder "
+        "is inside a user profile, which other users cannot read. Keep \"for me only\", or put "
+        "Tolvane into a folder that every user can read (such as Program Files) and choose this "
+        "again.",
     };
     Toolbar = {
         "Save Changes",

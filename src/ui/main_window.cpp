@@ -186,7 +186,9 @@ bool MainWindow::Load() {
     }
     if (tray_.Create(instance_)) {
         tray_.SetPicture(icon_.get());
-        tray_.FormToPopup = Hwnd();
+        // Two clicks open the window as "&Open" does: during the log-on run that keeps the
+        // program once the run is over, as the user who opened it expects.
+        tray_.Opened = [this] { Open(); };
         tray_.BuildMenu = [this] { return TrayMenuChoice(); };
         tray_.ItemClicked = [this](int number) { TrayMenuCommand(app_, *this, trayMenu_, number); };
         tray_.LoadTrayIcon("Tolvane");

@@ -68,21 +68,15 @@ bool TrayIcon::ToolTip(std::string_view text) {
     return !loaded_ || Notify(NIM_MODIFY);
 }
 
-void TrayIcon::Popup() {
-    if (!FormToPopup)
-        return;
-    ShowWindow(FormToPopup, IsIconic(FormToPopup) ? SW_RESTORE : SW_SHOW);
-    SetForegroundWindow(FormToPopup);
-}
-
 LRESULT TrayIcon::HandleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == kCallbackMessage) {
         switch (static_cast<UINT>(lParam)) {
         case WM_LBUTTONUP:
-            // Every click counts, a double click too: the second shows the window.
+            // Every click counts, a double click too: the second opens the window.
             if (++clicks_ >= 2) {
                 clicks_ = 0;
-                Popup();
+                if (Opened)
+                    Opened();
             }
             break;
         case WM_RBUTTONUP: {

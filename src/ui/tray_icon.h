@@ -31,8 +31,8 @@ public:
 
     // The icon; not owned.
     void SetPicture(HICON icon) { picture_ = icon; }
-    // The window that two left clicks show (restored when minimised).
-    HWND FormToPopup = nullptr;
+    // What two left clicks do: open the owner's window, as the menu's "&Open" does.
+    std::function<void()> Opened;
     // A right click shows the menu; the chosen number (0: none) goes to ItemClicked.
     std::function<int()> BuildMenu;
     std::function<void(int number)> ItemClicked;
@@ -51,7 +51,6 @@ public:
 
 private:
     bool Notify(DWORD action);
-    void Popup();
 
     HICON picture_ = nullptr;
     std::string tip_;

@@ -3,6 +3,7 @@
 
 #include "cli/cli_args.h"
 #include "cli/item_records.h"
+#include "config/run_data.h"
 #include "items/startup_tree.h"
 
 namespace tolvane {
@@ -61,36 +62,51 @@ TEST(CliRecords, TheTreesItemsWithTheirCommandsInThreeFormats) {
     BuildStartupTree(tree, listing, model, "", {});
     RecordLookups lookups;
     lookups.ShortcutTarget = [](const std::string& link) { return "target of " + link; };
-    lookups.StoppedCommand = [](const std::string& entry, std::string& path, std::string& params) {
-        path = "from " + entry;
-        params = "-s";
+    lookups.StoppedCommand = [](const std::string& entry) {
+        return ItemCommand{"from " + entry, "-s", false};
     };
+    // Nothing on this machine: each command is read by its quotes and first word.
+    struct NoFiles : CommandLineSystem {
+        bool FileExists(const std::string&) const override { return false; }
+        std::string Expand(const std::string& text) const override { return text; }
+    };
+    lookups.ActiveRunCommand = [](int, bool, const std::string&, const std::string& data) {
+        const RunCommandParts parts = SplitRunData(data, false, NoFiles());
+        return ItemCommand{parts.Path, parts.Parameters, false};
+    };
+    lookups.ProgramThere = [](const ItemCommand& c) { return c.Program != "C:\\t.exe"; };
+    lookups.FileThere = [](const std::string&) { return false; };
     lookups.UserStartupFolder = "C:\\Start";
     lookups.UserItemsFolder = "C:\\Items\\";
     const std::vector<ItemRecord> records =
         ItemRecords(tree, model, {{"Tool", "A clock"}}, lookups);
 
+    // Every state's command read the same way; what is not there is marked missing.
     EXPECT_EQ(FormatRecordsCsv(records),
-              "state,location,name,path,parameters,delay,known,description,switchedOff\r\n"
-              "active,user-folder,Word.lnk,target of C:\\Start\\Word.lnk,,,false,,false\r\n"
-              "active,user-run,\"Caf\xc3\xa9 \"\"q\"\"=\"\"C:\\P F\\c.exe\"\" /a,b\",\"\"\"C:\\P "
-              "F\\c.exe\"\"\",\"/a,b\",,false,,false\r\n"
-              "active,user-run,Tool=C:\\t.exe,C:\\t.exe,,,true,A clock,true\r\n"
-              "delayed,user-folder,Later.lnk,target of C:\\Items\\Later.lnk,-x,7.5,false,,false\r\n"
-              "stopped,user-run,Old=C:\\old.exe,from _REGCU_Old=C:\\old.exe,-s,,false,,false\r\n");
+              "state,location,name,path,parameters,delay,known,description,switchedOff,missing\r\n"
+              "active,user-folder,Word.lnk,target of C:\\Start\\Word.lnk,,,false,,false,false\r\n"
+              "active,user-run,\"Caf\xc3\xa9 \"\"q\"\"=\"\"C:\\P F\\c.exe\"\" /a,b\",C:\\P "
+              "F\\c.exe,\"/a,b\",,false,,false,false\r\n"
+              "active,user-run,Tool=C:\\t.exe,C:\\t.exe,,,true,A clock,true,true\r\n"
+              "delayed,user-folder,Later.lnk,target of C:\\Items\\Later.lnk,-x,7.5,false,,false,"
+              "true\r\n"
+              "stopped,user-run,Old=C:\\old.exe,from _REGCU_Old=C:\\old.exe,-s,,false,,false,"
+              "false\r\n");
     // Known: on the safe list, with its description.
     EXPECT_EQ(FormatRecordsJson({records[2]}),
               "[\n  {\"state\": \"active\", \"location\": \"user-run\", \"name\": "
               "\"Tool=C:\\\\t.exe\", \"path\": \"C:\\\\t.exe\", \"parameters\": \"\", \"delay\": "
-              "null, \"known\": true, \"description\": \"A clock\", \"switchedOff\": true}\n]\n");
+              "null, \"known\": true, \"description\": \"A clock\", \"switchedOff\": true, "
+              "\"missing\": true}\n]\n");
     ItemRecord control = records[0];
     control.Name = "a\tb\x01";
     EXPECT_NE(FormatRecordsJson({control}).find("\"a\\u0009b\\u0001\""), std::string::npos);
     EXPECT_EQ(FormatRecordsJson({}), "[]\n");
     EXPECT_EQ(OwnName(records[1]), "Caf\xc3\xa9 \"q\"");
     EXPECT_EQ(OwnName(records[0]), "Word.lnk");
-    EXPECT_NE(FormatRecordsTable(records).find("delayed  user-folder     7.5    Later.lnk"),
-              std::string::npos);
+    EXPECT_NE(
+        FormatRecordsTable(records).find("delayed  user-folder     7.5    Later.lnk  (not found)"),
+        std::string::npos);
 }
 
 } // namespace

@@ -102,14 +102,15 @@ TEST_F(Console, ListsEveryItemInUtf8ForScripts) {
              "\"path\": \"" +
                  notepad +
                  "\", \"parameters\": \"\", \"delay\": null, \"known\": "
-                 "false, \"description\": \"\", \"switchedOff\": false}",
+                 "false, \"description\": \"\", \"switchedOff\": false, \"missing\": false}",
              "{\"state\": \"active\", \"location\": \"user-run\", \"name\": \"Caf\xc3\xa9 "
-             "\\\"q\\\"=\\\"C:\\\\Program Files\\\\c.exe\\\" /a,b\", \"path\": \"\\\"C:\\\\Program "
-             "Files\\\\c.exe\\\"\", \"parameters\": \"/a,b\", \"delay\": null",
+             "\\\"q\\\"=\\\"C:\\\\Program Files\\\\c.exe\\\" /a,b\", \"path\": \"C:\\\\Program "
+             "Files\\\\c.exe\", \"parameters\": \"/a,b\", \"delay\": null",
              "{\"state\": \"active\", \"location\": \"common-folder\", \"name\": \"Word.lnk\"",
              "{\"state\": \"delayed\", \"location\": \"user-run\", \"name\": "
              "\"Later=C:\\\\later.exe \", \"path\": \"C:\\\\later.exe\", \"parameters\": \"\", "
-             "\"delay\": 0,",
+             "\"delay\": 0, \"known\": false, \"description\": \"\", \"switchedOff\": false, "
+             "\"missing\": true}",
              "{\"state\": \"stopped\", \"location\": \"user-folder\", \"name\": \"Gone.lnk\", "
              "\"path\": \"" +
                  notepad + "\", \"parameters\": \"\", \"delay\": null",
@@ -120,16 +121,40 @@ TEST_F(Console, ListsEveryItemInUtf8ForScripts) {
 
     const Ran csv = Cli("list --csv");
     EXPECT_EQ(csv.code, 0u);
-    EXPECT_EQ(csv.out.rfind(
-                  "state,location,name,path,parameters,delay,known,description,switchedOff\r\n", 0),
+    EXPECT_EQ(csv.out.rfind("state,location,name,path,parameters,delay,known,description,"
+                            "switchedOff,missing\r\n",
+                            0),
               0u);
     EXPECT_NE(csv.out.find("active,user-run,\"Caf\xc3\xa9 \"\"q\"\"=\"\"C:\\Program "
-                           "Files\\c.exe\"\" /a,b\",\"\"\"C:\\Program Files\\c.exe\"\"\",\"/a,b\","
-                           ",false,,false\r\n"),
+                           "Files\\c.exe\"\" /a,b\",C:\\Program Files\\c.exe,\"/a,b\","
+                           ",false,,false,true\r\n"),
               std::string::npos)
         << csv.out;
     // A look changes nothing.
     EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Later"), "(none)");
+}
+
+// An expandable value with blanks in its path lists the same program and arguments, variables
+// kept, whether it is active, delayed or stopped.
+TEST_F(Console, ListsTheSameCommandInEveryState) {
+    SetEnvironmentVariableA("TOLVANE_CLI_TEST", folder.Path().c_str());
+    test::MakeFolder(folder / "Some App");
+    test::WriteFileBytes(folder / "Some App\\e.exe", "x");
+    const RegistryValue value =
+        WideValue(REG_EXPAND_SZ, "%TOLVANE_CLI_TEST%\\Some App\\e.exe --flag \"a b\"");
+    ASSERT_TRUE(reg.SetValue(RegistryRoot::CurrentUser, kRunKey, "Exp", value));
+    const std::string command = "\"path\": \"%TOLVANE_CLI_TEST%\\\\Some App\\\\e.exe\", "
+                                "\"parameters\": \"--flag \\\"a b\\\"\"";
+    for (const char* move : {"", "delay Exp", "stop Exp"}) {
+        if (*move)
+            EXPECT_EQ(Cli(move).code, 0u) << move;
+        const Ran json = Cli("list --json");
+        EXPECT_NE(json.out.find(command), std::string::npos) << move << "\n" << json.out;
+        EXPECT_EQ(json.out.find("\"missing\": true"), std::string::npos) << json.out;
+    }
+    EXPECT_EQ(Cli("restore Exp").code, 0u);
+    EXPECT_EQ(reg.GetValue(RegistryRoot::CurrentUser, kRunKey, "Exp"), value);
+    reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, "Exp");
 }
 
 TEST_F(Console, MovesAnItemByNameAsTheListDoes) {
@@ -138,6 +163,8 @@ TEST_F(Console, MovesAnItemByNameAsTheListDoes) {
     RunValue(RegistryRoot::CurrentUser, "Clock", "C:\\clock.exe -min");
     RunValue(RegistryRoot::CurrentUser, "Dup", "C:\\dup.exe");
     RunValue(RegistryRoot::LocalMachine, "Dup", "C:\\dup64.exe");
+    app.model.StartupType = 1; // Windows starts Tolvane while something is delayed
+    CDelayLoad(app).WriteItems();
     const std::string start = State();
 
     // By its value name, in another letter case: the same outcome as the popup's Delay.
@@ -146,6 +173,12 @@ TEST_F(Console, MovesAnItemByNameAsTheListDoes) {
     const std::string delayedByConsole = State();
     EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Clock"), "(none)");
     EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Clock"), "C:\\clock.exe -min");
+    // While something is delayed, the program's own Run value stays, also through a command
+    // that finds nothing.
+    const std::string own = "\"" + folder / "Tolvane.exe" + "\" -nogui";
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Tolvane"), own);
+    EXPECT_EQ(Cli("stop NoSuchItem").code, 1u);
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Tolvane"), own);
     ran = Cli("restore Clock");
     EXPECT_EQ(ran.code, 0u) << ran.err;
     EXPECT_EQ(State(), start);

@@ -31,28 +31,45 @@ TEST_F(DelayLoadTest, StoppedItemsAreFoundInTheItemsFoldersAndSavedCopies) {
     reg.SaveSettingString(RegistryRoot::CurrentUser, kSavedUserRunKey, "B", "C:\\a.exe");
     reg.SaveSettingString(RegistryRoot::CurrentUser, kSavedUserRunKey, "C", "\"C:\\c d.exe\" /x");
     reg.SaveSettingString(RegistryRoot::LocalMachine, kSavedMachineRunKey, "M", "C:\\m.exe");
+    // An expandable copy: its variables are kept, and filled in when it starts.
+    const std::string data = "%SystemRoot%\\notepad.exe %OS%";
+    RegistryValue expand{REG_EXPAND_SZ, {}};
+    for (char c : data)
+        expand.Data.insert(expand.Data.end(), {static_cast<uint8_t>(c), 0});
+    expand.Data.insert(expand.Data.end(), {0, 0});
+    reg.SetValue(RegistryRoot::CurrentUser, kSavedUserRunKey, "E", expand);
     app.model.StoppedPrograms = {
-        "_STPCU_Tool.lnk",          "_STPAU_Word.lnk",  "_REGCU_C:\\a.exe ",   "_REGCU_C:\\a.exe",
-        "_REGCU_\"C:\\c d.exe\" ",  "_REGAU_C:\\m.exe", "_REGCU_C:\\gone.exe", "plain",
-        "_REGCU_Named=C:\\n.exe -n"};
+        "_STPCU_Tool.lnk",           "_STPAU_Word.lnk",  "_REGCU_C:\\a.exe ",   "_REGCU_C:\\a.exe",
+        "_REGCU_\"C:\\c d.exe\" ",   "_REGAU_C:\\m.exe", "_REGCU_C:\\gone.exe", "plain",
+        "_REGCU_Named=C:\\n.exe -n", "_REGCU_E=" + data};
     CDelayLoad dl(app);
-    // Path and parameters, or "(none)"; what is not found is left as it was.
+    // Program, arguments and whether it expands, or "(none)"; what is not found is left empty.
     auto info = [&](auto entry) {
-        std::string path = "unchanged", params = "kept";
-        return dl.GetStoppedInfo(entry, path, params) ? path + " | " + params : "(none)";
+        StoppedCommand c;
+        if (!dl.GetStoppedInfo(entry, c))
+            return std::string("(none)");
+        return c.Program + " | " + c.Arguments + (c.Expandable ? " | expands" : "");
     };
-    EXPECT_EQ(info("_STPCU_Tool.lnk"), app.folders.UserItemsFolder + "Tool.lnk | kept");
-    EXPECT_EQ(info(1), app.folders.AllUsersItemsFolder + "Word.lnk | kept");
-    EXPECT_EQ(info(2), "C:\\a.exe  | -min"); // "C:\a.exe " is the -min value's path
+    EXPECT_EQ(info("_STPCU_Tool.lnk"), app.folders.UserItemsFolder + "Tool.lnk | ");
+    EXPECT_EQ(info(1), app.folders.AllUsersItemsFolder + "Word.lnk | ");
+    EXPECT_EQ(info(2), "C:\\a.exe | -min"); // "C:\a.exe " is the -min value's path
     EXPECT_EQ(info("_REGCU_C:\\a.exe"), "C:\\a.exe | ");
-    EXPECT_EQ(info(4), "\"C:\\c d.exe\"  | /x");
+    EXPECT_EQ(info(4), "C:\\c d.exe | /x");
     EXPECT_EQ(info(5), "C:\\m.exe | ");
-    EXPECT_EQ(info(6), "unchanged | kept"); // no saved copy
-    EXPECT_EQ(info("plain"), "unchanged | kept");
+    EXPECT_EQ(info(6), " | "); // no saved copy
+    EXPECT_EQ(info("plain"), " | ");
     EXPECT_EQ(info("_STPCU_unknown.lnk"), "(none)");
     // An entry that names its value starts its own command when the copy is gone.
-    EXPECT_EQ(info(8), "C:\\n.exe  | -n");
-    EXPECT_EQ(info(9), "(none)");
+    EXPECT_EQ(info(8), "C:\\n.exe | -n");
+    EXPECT_EQ(info(9), data.substr(0, 24) + " | %OS% | expands");
+    char windows[MAX_PATH] = {}, os[64] = {};
+    GetEnvironmentVariableA("SystemRoot", windows, sizeof windows);
+    GetEnvironmentVariableA("OS", os, sizeof os);
+    StoppedCommand e;
+    ASSERT_TRUE(dl.GetStoppedInfo(9, e));
+    EXPECT_EQ(e.ToStart().Path + " " + e.ToStart().Parameters,
+              std::string(windows) + "\\notepad.exe " + os);
+    EXPECT_EQ(info(10), "(none)");
     EXPECT_EQ(info(-1), "(none)");
 }
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "config/program_model.h"
+#include "text/code_page.h"
 #include "support/test_support.h"
 
 namespace tolvane {
@@ -109,22 +110,62 @@ TEST(ProgramModel, SortIsByDelayAndStable) {
     EXPECT_EQ(ProgramLines(m.ProgramGroups[0]), sorted);
 }
 
-TEST(ProgramModel, DisallowedWordsEmptyStartupProgramsInAnyLetterCase) {
-    ProgramModel m = WithStartup({{" C:\\Model\\run.exe "},
-                                  {"C:\\ok.exe"},
-                                  {""},
-                                  {"C:\\FORMAT\\del.exe"},
-                                  {"C:\\Delete.bat"}});
-    m.ProgramGroups.push_back({"Other", {{"C:\\del.exe"}}});
-    m.DisallowedPrograms = {"", "format", "fdisk", "del", "rmdir", "mkdir", "delete"};
-    // One line per matching word; an empty word matches nothing.
-    EXPECT_EQ(m.RemoveDisallowed(),
-              (Lines{"C:\\Model\\run.exe", "C:\\FORMAT\\del.exe", "C:\\FORMAT\\del.exe",
-                     "C:\\Delete.bat", "C:\\Delete.bat"}));
-    EXPECT_EQ(ProgramLines(m.ProgramGroups[0]),
-              (Lines{"|||0|", "|C:\\ok.exe||0|", "|||0|", "|||0|", "|||0|"}));
-    EXPECT_EQ(m.ProgramGroups[1].Programs[0].Path, "C:\\del.exe"); // other groups untouched
+// Disallowed words block commands, never the names of folders and files.
+TEST(ProgramModel, DisallowedWordsBlockCommandsNotNames) {
+    ProgramModel m;
+    m.DisallowedPrograms = {"", "format", "fdisk", "del", "rmdir", "mkdir", "delete", "rm -rf"};
+    struct Case {
+        const char* program;
+        const char* arguments;
+        const char* word; // "" when it starts
+    };
+    const Case cases[] = {
+        // The program's own name, with or without its extension, in any letter case.
+        {"del", "C:\\x.tmp", "del"},
+        {"C:\\Windows\\System32\\format.com", "D: /q", "format"},
+        {"\"C:\\Tools\\RMDIR.EXE\"", "", "rmdir"},
+        {"C:\\Scripts\\Delete.bat", "", "delete"},
+        // A whole word of the arguments, or a program named there.
+        {"cmd.exe", "/c del C:\\x.tmp", "del"},
+        {"cmd.exe", "/c \"DEL C:\\x.tmp\"", "del"},
+        {"cmd.exe", "/c echo x&del y", "del"},
+        {"cmd.exe", "/c C:\\Windows\\System32\\format.com d:", "format"},
+        {"C:\\Tools\\sh.exe", "-c \"rm -rf /tmp/x\"", "rm -rf"},
+        // Names that hold the letters: folders, files, documents, shortcuts.
+        {"C:\\Program Files\\Dell\\SupportAssist\\SupportAssist.exe", "/startup", ""},
+        {"C:\\Users\\Ann\\Model\\run.exe", "", ""},
+        {"C:\\Program Files\\Embarcadero\\Delphi\\bds.exe", "-pDelphi", ""},
+        {"C:\\Tools\\ModelViewer.exe", "C:\\Models\\del\\a.mdl", ""},
+        {"C:\\Tools\\editor.exe", "C:\\Notes\\delete.txt", ""},
+        {"Format Factory.lnk", "", ""},
+        {"Delete.lnk", "", ""},
+        {"C:\\Tools\\rm.exe", "-rf /", "rm -rf"},
+        {"C:\\Tools\\farm.exe", "-rf", ""},
+        {"C:\\Tools\\backup.exe", "--mode=delete", ""},
+        // Double-byte text: a "|" that is the second byte of a character parts nothing
+        // (Shift-JIS 0x95 0x7C, then "del").
+        {"C:\\Tools\\viewer.exe", "C:\\\x95|del\\a.txt", ""},
+        {"C:\\\x83\\\\del\\x.exe", "", ""},
+        {"", "", ""},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(m.BlockingWord(c.program, c.arguments), c.word)
+            << c.program << " " << c.arguments;
+
+    // The log-on run empties every blocked program of the Startup group and names it once per
+    // word that blocks it; other groups are not its business.
+    SetActiveCodePage(932);
+    ProgramModel run = WithStartup(
+        {{" C:\\Dell\\run.exe ", "/del"}, {"C:\\ok.exe"}, {""}, {"C:\\x\\del.exe", "/c format"}});
+    run.ProgramGroups.push_back({"Other", {{"C:\\del.exe"}}});
+    run.DisallowedPrograms = m.DisallowedPrograms;
+    EXPECT_EQ(run.RemoveDisallowed(), (Lines{"C:\\x\\del.exe", "C:\\x\\del.exe"}));
+    EXPECT_EQ(
+        ProgramLines(run.ProgramGroups[0]),
+        (Lines{"| C:\\Dell\\run.exe |/del|0|", "|C:\\ok.exe||0|", "|||0|", "||/c format|0|"}));
+    EXPECT_EQ(run.ProgramGroups[1].Programs[0].Path, "C:\\del.exe");
     EXPECT_EQ(ProgramModel().RemoveDisallowed(), Lines{""});
+    SetActiveCodePage(kDefaultCodePage);
 }
 
 TEST(ProgramModel, DelayQuestionsLookUpTheStartupGroup) {

@@ -2,38 +2,183 @@
 
 #include "config/program_model.h"
 #include "config/run_data.h"
+#include "text/strings.h"
+
+#include <algorithm>
 
 namespace tolvane {
 namespace {
 
-TEST(RunData, SplitsCommandsIntoPathAndParameters) {
+// A machine as the command line's reading sees it: its files (letter case ignored, as
+// Windows' file names are), the system folders that bare names are found in, and its variables.
+class FakeMachine : public CommandLineSystem {
+public:
+    std::vector<std::string> Files;
+    bool FileExists(const std::string& path) const override {
+        auto there = [&](const std::string& p) {
+            return std::any_of(Files.begin(), Files.end(),
+                               [&](const std::string& f) { return ToLower(f) == ToLower(p); });
+        };
+        if (path.find('\\') != std::string::npos)
+            return there(path);
+        return there("C:\\Windows\\System32\\" + path) || there("C:\\Windows\\" + path);
+    }
+    std::string Expand(const std::string& text) const override {
+        std::string out = text;
+        for (const auto& [name, value] :
+             {std::pair<const char*, const char*>{"%ProgramFiles%", "C:\\Program Files"},
+              {"%ProgramFiles(x86)%", "C:\\Program Files (x86)"},
+              {"%LOCALAPPDATA%", "C:\\Users\\Ann\\AppData\\Local"},
+              {"%windir%", "C:\\Windows"},
+              {"%SystemRoot%", "C:\\Windows"}})
+            out = ReplaceAll(out, name, value);
+        return out;
+    }
+};
+
+// Run values as the programs' installers write them, and what Windows starts of each.
+TEST(RunData, RunValuesReadAsWindowsReadsThem) {
+    FakeMachine machine;
+    machine.Files = {
+        "C:\\Users\\Ann\\AppData\\Local\\Microsoft\\OneDrive\\OneDrive.exe",
+        "C:\\Users\\Ann\\AppData\\Local\\Discord\\Update.exe",
+        "C:\\Users\\Ann\\AppData\\Local\\Microsoft\\Teams\\Update.exe",
+        "C:\\Users\\Ann\\AppData\\Local\\slack\\slack.exe",
+        "C:\\Users\\Ann\\AppData\\Roaming\\Spotify\\Spotify.exe",
+        "C:\\Program Files (x86)\\Steam\\steam.exe",
+        "C:\\Program Files\\Google\\Chrome\\Application\\chrome.exe",
+        "C:\\Program Files (x86)\\Microsoft\\Edge\\Application\\msedge.exe",
+        "C:\\Program Files (x86)\\Dropbox\\Client\\Dropbox.exe",
+        "C:\\Program Files\\Dell\\SupportAssistAgent\\bin\\SupportAssistAgent.exe",
+        "C:\\Program Files\\Lenovo\\HOTKEY\\TPHKLOAD.EXE",
+        "C:\\Program Files\\iTunes\\iTunesHelper.exe",
+        "C:\\Program Files (x86)\\Common Files\\Java\\Java Update\\jusched.exe",
+        "C:\\Program Files\\Windows Defender\\MSASCuiL.exe",
+        "C:\\Program Files\\Vendor App\\helper.exe",
+        "C:\\Program Files\\Vendor App\\main.exe",
+        "C:\\Users\\Ann\\AppData\\Local\\Programs\\Tool\\tool.exe",
+        "C:\\Users\\Ann\\Scripts\\mount drives.bat",
+        "C:\\Scripts\\startup.bat",
+        "C:\\DOS\\mouse.com",
+        "C:\\Tools\\agent.exe",
+        "C:\\Tools\\sync.exe",
+        "D:\\Apps.exe",
+        "D:\\Apps Store\\store.exe",
+        "C:\\Windows\\System32\\cmd.exe",
+        "C:\\Windows\\System32\\rundll32.exe",
+        "C:\\Windows\\System32\\ctfmon.exe",
+        "C:\\Windows\\System32\\SecurityHealthSystray.exe",
+        "C:\\Windows\\System32\\LogiLDA.dll",
+    };
     struct Case {
         const char* data;
-        const char* path;
-        const char* parameters;
+        bool expandable;
+        const char* program;
+        const char* arguments;
     };
     const Case cases[] = {
-        {"C:\\A\\x.exe", "C:\\A\\x.exe", ""},
-        {"C:\\A\\x.EXE", "C:\\A\\x.EXE", ""},
-        {"C:\\A\\x.exe /min", "C:\\A\\x.exe ", "/min"},
-        {"\"C:\\A\\x.exe\" /min", "\"C:\\A\\x.exe\" ", "/min"},
-        {"\"C:\\A\\x.exe\"", "\"C:\\A\\x.exe\"", ""}, // the quote after ".exe" is dropped
-        {"C:\\x.exe /opt=1 -a", "C:\\x.exe ", "/opt=1 -a"},
-        // The same letters in path and parameters: only the tail is taken out.
-        {"C:\\x\\x.exe x", "C:\\x\\x.exe ", "x"},
-        {"\"C:\\Program Files\\T\\t.exe\"   -a  ", "\"C:\\Program Files\\T\\t.exe\"     ", "-a"},
-        // Without ".exe": after the quoted path, or at the first blank.
-        {"rundll32 shell32.dll,Control", "rundll32 ", "shell32.dll,Control"},
-        {"\"C:\\My Tools\\go.bat\" now", "\"C:\\My Tools\\go.bat\" ", "now"},
-        {"C:\\go.bat", "C:\\go.bat", ""},
-        {"ab", "ab", ""},
-        {"", "", ""},
+        // Quoted programs, with and without arguments.
+        {"\"C:\\Users\\Ann\\AppData\\Local\\Microsoft\\OneDrive\\OneDrive.exe\" /background", false,
+         "C:\\Users\\Ann\\AppData\\Local\\Microsoft\\OneDrive\\OneDrive.exe", "/background"},
+        {"\"C:\\Users\\Ann\\AppData\\Roaming\\Spotify\\Spotify.exe\" --autostart --minimized",
+         false, "C:\\Users\\Ann\\AppData\\Roaming\\Spotify\\Spotify.exe",
+         "--autostart --minimized"},
+        {"\"C:\\Program Files (x86)\\Steam\\steam.exe\" -silent", false,
+         "C:\\Program Files (x86)\\Steam\\steam.exe", "-silent"},
+        {"\"C:\\Program Files (x86)\\Dropbox\\Client\\Dropbox.exe\" /systemstartup", false,
+         "C:\\Program Files (x86)\\Dropbox\\Client\\Dropbox.exe", "/systemstartup"},
+        {"\"C:\\Program Files\\iTunes\\iTunesHelper.exe\"", false,
+         "C:\\Program Files\\iTunes\\iTunesHelper.exe", ""},
+        {"\"C:\\Program Files (x86)\\Common Files\\Java\\Java Update\\jusched.exe\"", false,
+         "C:\\Program Files (x86)\\Common Files\\Java\\Java Update\\jusched.exe", ""},
+        // Browsers: arguments that start with "--" and one that holds a ":".
+        {"\"C:\\Program Files\\Google\\Chrome\\Application\\chrome.exe\" --no-startup-window "
+         "/prefetch:5",
+         false, "C:\\Program Files\\Google\\Chrome\\Application\\chrome.exe",
+         "--no-startup-window /prefetch:5"},
+        {"\"C:\\Program Files (x86)\\Microsoft\\Edge\\Application\\msedge.exe\" "
+         "--no-startup-window --win-session-start /prefetch:5",
+         false, "C:\\Program Files (x86)\\Microsoft\\Edge\\Application\\msedge.exe",
+         "--no-startup-window --win-session-start /prefetch:5"},
+        // Squirrel's Update.exe: the arguments end in ".exe" and hold quotes.
+        {"C:\\Users\\Ann\\AppData\\Local\\Discord\\Update.exe --processStart Discord.exe", false,
+         "C:\\Users\\Ann\\AppData\\Local\\Discord\\Update.exe", "--processStart Discord.exe"},
+        {"C:\\Users\\Ann\\AppData\\Local\\Microsoft\\Teams\\Update.exe --processStart "
+         "\"Teams.exe\" --process-start-args \"--system-initiated\"",
+         false, "C:\\Users\\Ann\\AppData\\Local\\Microsoft\\Teams\\Update.exe",
+         "--processStart \"Teams.exe\" --process-start-args \"--system-initiated\""},
+        {"C:\\Users\\Ann\\AppData\\Local\\slack\\slack.exe --process-start-args --startup", false,
+         "C:\\Users\\Ann\\AppData\\Local\\slack\\slack.exe", "--process-start-args --startup"},
+        // Unquoted with blanks: the shortest run of words that names a file, in any case.
+        {"C:\\Program Files\\Dell\\SupportAssistAgent\\bin\\SupportAssistAgent.exe /startup", false,
+         "C:\\Program Files\\Dell\\SupportAssistAgent\\bin\\SupportAssistAgent.exe", "/startup"},
+        {"C:\\Program Files\\Lenovo\\HOTKEY\\TPHKLOAD.EXE", false,
+         "C:\\Program Files\\Lenovo\\HOTKEY\\TPHKLOAD.EXE", ""},
+        {"C:\\Program Files\\Vendor App\\helper.exe --launch C:\\Program Files\\Vendor "
+         "App\\main.exe",
+         false, "C:\\Program Files\\Vendor App\\helper.exe",
+         "--launch C:\\Program Files\\Vendor App\\main.exe"},
+        // Windows stops at the first file: C:\Apps.exe wins over the folder "Apps Store".
+        {"D:\\Apps Store\\store.exe /tray", false, "D:\\Apps.exe", "Store\\store.exe /tray"},
+        // ".exe" added to a word without an extension, as Windows adds it.
+        {"C:\\Tools\\agent --daemon", false, "C:\\Tools\\agent.exe", "--daemon"},
+        // Programs found where Windows looks for bare names; other kinds of programs.
+        {"ctfmon.exe", false, "ctfmon.exe", ""},
+        {"C:\\Windows\\system32\\rundll32.exe C:\\Windows\\System32\\LogiLDA.dll,LogiFetch", false,
+         "C:\\Windows\\system32\\rundll32.exe", "C:\\Windows\\System32\\LogiLDA.dll,LogiFetch"},
+        {"rundll32.exe shell32.dll,Control_RunDLL mmsys.cpl", false, "rundll32.exe",
+         "shell32.dll,Control_RunDLL mmsys.cpl"},
+        {"cmd.exe /c start \"\" \"C:\\Tools\\sync.exe\" --tray", false, "cmd.exe",
+         "/c start \"\" \"C:\\Tools\\sync.exe\" --tray"},
+        {"cmd /c del C:\\x.tmp", false, "cmd.exe", "/c del C:\\x.tmp"},
+        {"\"C:\\Users\\Ann\\Scripts\\mount drives.bat\"", false,
+         "C:\\Users\\Ann\\Scripts\\mount drives.bat", ""},
+        {"C:\\Scripts\\startup.bat /quiet", false, "C:\\Scripts\\startup.bat", "/quiet"},
+        {"C:\\DOS\\mouse.com /q", false, "C:\\DOS\\mouse.com", "/q"},
+        // Expandable strings: read with the variables filled in, given back as written.
+        {"%windir%\\system32\\SecurityHealthSystray.exe", true,
+         "%windir%\\system32\\SecurityHealthSystray.exe", ""},
+        {"%ProgramFiles%\\Windows Defender\\MSASCuiL.exe -hide", true,
+         "%ProgramFiles%\\Windows Defender\\MSASCuiL.exe", "-hide"},
+        {"\"%ProgramFiles(x86)%\\Common Files\\Java\\Java Update\\jusched.exe\"", true,
+         "%ProgramFiles(x86)%\\Common Files\\Java\\Java Update\\jusched.exe", ""},
+        {"%LOCALAPPDATA%\\Programs\\Tool\\tool --hidden %TEMP%", true,
+         "%LOCALAPPDATA%\\Programs\\Tool\\tool.exe", "--hidden %TEMP%"},
+        // The same text in a plain string is no variable: nothing there, so the first word.
+        {"%ProgramFiles%\\Windows Defender\\MSASCuiL.exe", false, "%ProgramFiles%\\Windows",
+         "Defender\\MSASCuiL.exe"},
+        // Nothing there at all: the first word, as Windows would try it.
+        {"C:\\Program Files\\Gone App\\gone.exe /min", false, "C:\\Program",
+         "Files\\Gone App\\gone.exe /min"},
+        // Blanks around the parts; a quoted program that the arguments follow at once; a quote
+        // that is never closed.
+        {"  \"C:\\Tools\\sync.exe\"   --tray  ", false, "C:\\Tools\\sync.exe", "--tray"},
+        {"\"C:\\Tools\\sync.exe\"/min", false, "C:\\Tools\\sync.exe", "/min"},
+        {"\"C:\\Program Files\\x\\y.exe /a", false, "C:\\Program Files\\x\\y.exe /a", ""},
+        {"", false, "", ""},
     };
     for (const Case& c : cases) {
-        RunCommandParts parts = SplitRunData(c.data);
-        EXPECT_EQ(parts.Path, c.path) << c.data;
-        EXPECT_EQ(parts.Parameters, c.parameters) << c.data;
+        const RunCommandParts parts = SplitRunData(c.data, c.expandable, machine);
+        EXPECT_EQ(parts.Path + "|" + parts.Parameters, std::string(c.program) + "|" + c.arguments)
+            << c.data;
     }
+
+    // A delayed program as an older version stored it: quoted, or the whole command kept as
+    // its program; read again as Windows reads it where the stored program is not there.
+    auto delayed = [&](const char* path, const char* parameters) {
+        const RunCommandParts parts =
+            DelayedCommand({path, parameters, "ExecuteReg", 0, "X"}, false, machine);
+        return parts.Path + "|" + parts.Parameters;
+    };
+    EXPECT_EQ(delayed("\"C:\\Tools\\sync.exe\" ", "--tray"), "C:\\Tools\\sync.exe|--tray");
+    EXPECT_EQ(delayed("C:\\Users\\Ann\\AppData\\Local\\Discord\\Update.exe --processStart "
+                      "Discord.exe",
+                      ""),
+              "C:\\Users\\Ann\\AppData\\Local\\Discord\\Update.exe|--processStart Discord.exe");
+    EXPECT_EQ(delayed("C:\\Gone\\x.exe", "-a"), "C:\\Gone\\x.exe|-a");
+    EXPECT_TRUE(ProgramFound("%windir%\\system32\\SecurityHealthSystray.exe", true, machine));
+    EXPECT_FALSE(ProgramFound("%windir%\\system32\\SecurityHealthSystray.exe", false, machine));
+    EXPECT_TRUE(ProgramFound("C:\\Tools\\agent", false, machine));
 }
 
 TEST(RunData, NameAndDataSplitAtTheFirstEquals) {

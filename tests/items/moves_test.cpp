@@ -124,10 +124,24 @@ TEST_F(ItemMovesTest, ConflictsAreRefusedToldAndNothingIsOverwritten) {
     EXPECT_FALSE(Moves().DelayRegistryItem("Late=C:\\late.exe", 1, true, kActive));
     EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Late"), "C:\\later.exe");
     EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Late"), "(none)");
+    // A command that the log-on run would never start is not delayed: it stays where Windows
+    // starts it, and the user is told why. Stopping it is fine.
+    RunValue(RegistryRoot::CurrentUser, "Wipe", "cmd.exe /c DEL C:\\x");
+    Refresh();
+    EXPECT_FALSE(Moves().DelayRegistryItem("Wipe=cmd.exe /c DEL C:\\x", 1, false, kActive));
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Wipe"), "cmd.exe /c DEL C:\\x");
+    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Wipe"), "(none)");
+    EXPECT_TRUE(Moves().DelayRegistryItem("Wipe=cmd.exe /c DEL C:\\x", 1, true, kActive));
+    Refresh();
+    EXPECT_FALSE(Moves().DelayRegistryItem(Items("StoppedItemsCurrentReg").at(0), 1, false,
+                                           ItemState::Stopped));
+    EXPECT_EQ(Items("StoppedItemsCurrentReg").size(), 1u);
     EXPECT_EQ(messages.shown, (std::vector<Shown>{
                                   Told(15, delayed, "App=C:\\app.exe /new"),
                                   ToldInPass(1, 14, "App=C:\\app.exe /new", "App=C:\\app.exe /old"),
                                   Told(15, "Late=C:\\late.exe", "Late=C:\\later.exe"),
+                                  Told(28, "Wipe=cmd.exe /c DEL C:\\x", "del"),
+                                  Told(28, Items("StoppedItemsCurrentReg").at(0), "del"),
                               }));
 }
 
@@ -173,7 +187,7 @@ TEST_F(ItemMovesTest, RunValuesAreSavedBackedUpAndPutBackExactly) {
 
     ASSERT_TRUE(Moves().DelayRegistryItem("Opt=C:\\x.exe /opt=1", 1, false, kActive));
     EXPECT_EQ(test::ProgramLines(app.model.ProgramGroups[0]).back(),
-              "ExecuteReg|C:\\x.exe |/opt=1|0|Opt");
+              "ExecuteReg|C:\\x.exe|/opt=1|0|Opt");
 
     ASSERT_TRUE(Moves().DelayRegistryItem("Machine=C:\\m.exe", 0, true, kActive));
     EXPECT_NE(AllBackups().find(

@@ -17,6 +17,10 @@ public:
     bool Delete(RunEntryKey key) override {
         return Step("delete", key) && (Value(key).clear(), true);
     }
+    // The copies of the program that are there; the rest were moved or deleted.
+    bool FileExists(const std::string& path) override {
+        return path == "C:\\T\\Tolvane.exe" || path == "D:\\Portable\\Tolvane.exe";
+    }
     std::string& Value(RunEntryKey key) { return key == RunEntryKey::Machine ? machine : user; }
 
     std::string user, machine;
@@ -35,6 +39,8 @@ private:
 TEST(RunEntrySteps, TheNewValueIsWrittenBeforeTheOldOneGoes) {
     const std::string c = "\"C:\\T\\Tolvane.exe\" -nogui";
     const std::string old = "\"D:\\Old\\Tolvane.exe\" -nogui"; // from a folder moved since
+    const std::string live = "\"D:\\Portable\\Tolvane.exe\" -nogui";
+    const std::string other = "C:\\Tools\\tolvane-agent.exe /sync";
     const std::string user = "HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Run";
     const std::string machine =
         "HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\Run";
@@ -50,8 +56,17 @@ TEST(RunEntrySteps, TheNewValueIsWrittenBeforeTheOldOneGoes) {
         {c, "", "", 3, false, false, "write machine;delete user;", " | " + c, ""},
         {"", c, "", 2, false, false, "write user;delete machine;", c + " | ", ""},
         {"", "", "", 2, false, false, "write user;", c + " | ", ""}, // nothing to remove
-        // A value already there is kept as it is: only the other one goes.
-        {old, c, "", 2, false, false, "delete machine;", old + " | ", ""},
+        // A copy of Tolvane that is gone (the portable folder moved) gives way to this one.
+        {old, c, "", 2, false, false, "write user;delete machine;", c + " | ", ""},
+        {"", old, "", 2, false, false, "write user;delete machine;", c + " | ", ""},
+        {old, "", "", 0, false, false, "delete user;", " | ", ""},
+        // Another copy that is there, or another program of that name, is never touched.
+        {live, "", "", 2, false, false, "", live + " | ",
+         "error: Run entry: the value \"Tolvane\" in " + user + " starts another program (" + live +
+             "); it is left as it is, and Windows will not start this copy of Tolvane "
+             "from there."},
+        {other, c, "", 0, false, false, "delete machine;", other + " | ", ""},
+        {other, c, "", 3, false, false, "", other + " | " + c, ""},
         {c, c, "", 0, false, false, "delete user;delete machine;", " | ", ""},
         {"", "", "", 0, true, true, "", " | ", ""},
         {"", "", "", 7, true, true, "", " | ", ""},

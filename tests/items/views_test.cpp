@@ -149,7 +149,7 @@ TEST_F(ViewsAndSwitches, ThirtyTwoBitValuesAreListedMovedAndPutBackInTheirOwnVie
               std::string::npos)
         << backup;
     Refresh();
-    const std::string delayed32 = "Same=\"%ProgramFiles%\\same.exe\" /32";
+    const std::string delayed32 = "Same=%ProgramFiles%\\same.exe /32";
     EXPECT_EQ(Items("DelayedItemsRegistryAllUsers"), (Lines{delayed32, "Same=C:\\64\\same.exe "}));
     EXPECT_TRUE(PlaceOfLeaf("DelayedItemsRegistryAllUsers", delayed32)->Wow32);
 

@@ -74,14 +74,19 @@ protected:
 TEST_F(LogOnRun, StartsTheStartupGroupInTurnLogsItAndEnds) {
     ASSERT_TRUE(test::CreateShortcut(userItems + "\\Tool.lnk", recorder, record + " B"));
     ASSERT_TRUE(test::CreateShortcut(allItems + "\\Word.lnk", recorder, record + " W"));
-    const std::string model = folder / "Model\\tool.exe"; // holds the disallowed word "del"
+    // A program in a folder whose name holds the disallowed word "del" starts; a command that
+    // deletes does not.
+    const std::string dell = folder / "Dell\\Support Assist\\agent.exe";
+    test::MakeFolder(folder / "Dell\\Support Assist");
+    ASSERT_TRUE(CopyFileA(recorder.c_str(), dell.c_str(), FALSE));
     WriteProgramGroups(
         1, 1,
         {
             {recorder, record + " A", "Execute", 0.5f, ""},
             {"Tool.lnk", "", "Execute", 0, ""},
-            {"Gone.lnk", "", "Execute", 0, ""}, // in no items folder: skipped without a word
-            {model, "", "ExecuteReg", 0, "Model"},
+            {"Gone.lnk", "", "Execute", 0, ""}, // in no items folder: said in the log
+            {"cmd.exe", "/c del " + record, "ExecuteReg", 0, "Wipe"},
+            {dell, record + " D", "ExecuteReg", 0, "Dell"},
             {recorder, record + " C", "ExecuteReg", 0.5f, "Recorder"},
             {"Word.lnk", "", "ExecuteAU", 1, ""},
         });
@@ -98,18 +103,22 @@ TEST_F(LogOnRun, StartsTheStartupGroupInTurnLogsItAndEnds) {
                                      "Info: <time>  Wait over.",
                                      "Info: <time> Waiting for 0 seconds.",
                                      "Info: <time>  Tool.lnk ",
+                                     "Warning: Startup Item Not Found: Gone.lnk",
+                                     "Info: <time> Waiting for 0 seconds.",
+                                     "Info: <time>  " + dell + " " + record + " D",
                                      "Info: <time> Waiting for 0.5 seconds.",
                                      "Info: <time>  " + recorder + " " + record + " A",
                                      "Info: <time> Waiting for 0.5 seconds.",
                                      "Info: <time>  " + recorder + " " + record + " C",
                                      "Info: <time> Waiting for 1 seconds.",
                                      "Info: <time>  Word.lnk ",
-                                     "Warning: Startup Item Not Allowed: " + model,
+                                     "Warning: Startup Item Not Allowed: cmd.exe",
                                  }));
 
     // The order of the starts; their times are the in-process test's and the benchmark's.
-    EXPECT_EQ(test::Names(test::WaitForStarts(record, 4)),
-              (std::vector<std::string>{"B", "A", "C", "W"}));
+    EXPECT_EQ(test::Names(test::WaitForStarts(record, 5)),
+              (std::vector<std::string>{"B", "D", "A", "C", "W"}));
+    EXPECT_TRUE(test::PathExists(record)); // not deleted
 
     // Closing for good with StartupType 1 brought the program's own Run entry up to date: an
     // all-users item is delayed, so the machine's key starts it for every user.
@@ -326,14 +335,33 @@ protected:
     }
     bool CanSampleLoad() override { return load != nullptr; }
     std::optional<LoadSample> SampleLoad() override { return load ? load(now) : std::nullopt; }
-    void Run() {
-        DelayedRun(app, *this, *this,
-                   [&](const std::string& path, const std::string& params, const ImpactKey* item) {
-                       starts.push_back(std::to_string(now) + " " + path + "|" + params);
-                       items.push_back(item ? std::to_string(item->Location) + " " + item->Name
-                                            : "-");
-                       now += launchMs; // a start takes its time; the plan does not move
-                   });
+    ProgramLauncher Launcher() {
+        return [&](const std::string& path, const std::string& params, const ImpactKey* item) {
+            starts.push_back(std::to_string(now) + " " + path + "|" + params);
+            items.push_back(item ? std::to_string(item->Location) + " " + item->Name : "-");
+            now += launchMs; // a start takes its time
+        };
+    }
+    void Run() { DelayedRun(app, *this, *this, Launcher()); }
+    // The times of the starts.
+    std::vector<uint64_t> Times() const {
+        std::vector<uint64_t> times;
+        for (const std::string& s : starts)
+            times.push_back(std::stoull(s.substr(0, s.find(' '))));
+        return times;
+    }
+    // A program file in the test's folder: the run starts only what is there.
+    std::string Program(const std::string& name) {
+        test::WriteFileBytes(folder / name, "x");
+        return folder / name;
+    }
+    // An expandable string value (REG_EXPAND_SZ) of that text.
+    static RegistryValue Expandable(std::string_view text) {
+        RegistryValue value{REG_EXPAND_SZ, {}};
+        for (char c : text)
+            value.Data.insert(value.Data.end(), {static_cast<uint8_t>(c), 0});
+        value.Data.insert(value.Data.end(), {0, 0});
+        return value;
     }
 
     test::TempFolder folder{"program"};
@@ -347,60 +375,105 @@ protected:
     std::vector<std::string> starts, items;
 };
 
-TEST_F(DelayedRunTest, EachProgramStartsAtItsPlannedTimeFromWhereItIsKept) {
+TEST_F(DelayedRunTest, EachProgramStartsItsDelayAfterTheOneBeforeFromWhereItIsKept) {
     for (const std::string& file :
          {app.folders.UserItemsFolder + "Go.bat", app.folders.UserItemsFolder + "Site.url",
           app.folders.UserItemsFolder + "Tool.LNK", app.folders.AllUsersItemsFolder + "Same.lnk",
           app.folders.UserItemsFolder + "Same.lnk"})
         test::WriteFileBytes(file, "x");
+    // An expandable Run value: Windows fills in its variables, and so does the run.
+    SetEnvironmentVariableA("TOLVANE_RUN_TEST", folder.Path().c_str());
+    const std::string e = Program("e.exe");
     CRegistry reg;
-    const RegistryValue expand{REG_EXPAND_SZ,
-                               {'%', 0, 'S', 0, 'y', 0, 's', 0, 't',  0, 'e', 0, 'm', 0, 'R', 0,
-                                'o', 0, 'o', 0, 't', 0, '%', 0, '\\', 0, 'e', 0, '.', 0, 'e', 0,
-                                'x', 0, 'e', 0, ' ', 0, '%', 0, 'O',  0, 'S', 0, '%', 0, 0,   0}};
-    ASSERT_TRUE(reg.SetValue(RegistryRoot::CurrentUser, kSavedUserRunKey, "Exp", expand));
+    ASSERT_TRUE(reg.SetValue(RegistryRoot::CurrentUser, kSavedUserRunKey, "Exp",
+                             Expandable("%TOLVANE_RUN_TEST%\\e.exe %OS%")));
     ASSERT_TRUE(reg.SaveSettingString(RegistryRoot::CurrentUser, kSavedUserRunKey, "Lit",
-                                      "%SystemRoot%\\l.exe"));
+                                      "%TOLVANE_RUN_TEST%\\e.exe"));
     app.model.MainStartupDelay = 30;
     app.model.ProgramGroups[0].Programs = {
         {"Go.bat", "", "Execute", 5, ""},
         {"Site.url", "", "Execute", 0, ""},
-        {"Gone.lnk", "", "Execute", 0, ""}, // nowhere: skipped without a wait
+        {"Gone.lnk", "", "Execute", 0, ""}, // nowhere: said in the log, no wait
         {"Tool.LNK", "", "Execute", 2.5f, ""},
         {"Same.lnk", "", "ExecuteAU", 0, ""}, // its own location's folder first
-        {"%SystemRoot%\\e.exe ", "%OS%", "ExecuteReg", 0, "Exp"},
-        {"%SystemRoot%\\l.exe", "", "ExecuteReg", 1, "Lit"}, // plain text stays as it is
-        {"notepad.exe", "-x", "Execute", 0, ""},             // found by the shell
+        {"%TOLVANE_RUN_TEST%\\e.exe", "%OS%", "ExecuteReg", 0, "Exp"},
+        {"%TOLVANE_RUN_TEST%\\e.exe", "", "ExecuteReg", 1, "Lit"}, // plain text: not there
+        {"notepad.exe", "-x", "Execute", 0, ""},                   // found where Windows looks
     };
     launchMs = 700;
     Run();
-    char windows[MAX_PATH] = {}, os[64] = {};
-    GetEnvironmentVariableA("SystemRoot", windows, sizeof windows);
+    char os[64] = {};
     GetEnvironmentVariableA("OS", os, sizeof os);
     const std::string& user = app.folders.UserItemsFolder;
-    // Main delay 30 s, then 5, 0, 2.5, 0, 0, 1 and 0 s, each from the planned start before:
-    // a start that takes 0.7 s delays the next one only where the plan leaves no room.
+    // Main delay 30 s, then 5, 0, 2.5, 0, 0 and 0 s, each from the actual start before: a start
+    // that takes 0.7 s moves the next one on.
     EXPECT_EQ(starts, (std::vector<std::string>{
                           "36000 " + user + "Go.bat|",
                           "36700 " + user + "Site.url|",
-                          "38500 " + user + "Tool.LNK|",
-                          "39200 " + app.folders.AllUsersItemsFolder + "Same.lnk|",
-                          "39900 " + std::string(windows) + "\\e.exe |" + os,
-                          "40600 %SystemRoot%\\l.exe|",
+                          "39200 " + user + "Tool.LNK|",
+                          "39900 " + app.folders.AllUsersItemsFolder + "Same.lnk|",
+                          "40600 " + e + "|" + os,
                           "41300 notepad.exe|-x",
                       }));
     // Each start names its item, for the measurement of what it costs.
     EXPECT_EQ(items, (std::vector<std::string>{"3 Go.bat", "3 Site.url", "3 Tool.LNK", "2 Same.lnk",
-                                               "1 Exp", "1 Lit", "3 notepad.exe"}));
+                                               "1 Exp", "3 notepad.exe"}));
+    const std::string log = test::ReadFileBytes(folder / "log.txt");
+    EXPECT_NE(log.find("Warning: Startup Item Not Found: Gone.lnk\r\n"), std::string::npos);
+    EXPECT_NE(log.find("Warning: Startup Item Not Found: %TOLVANE_RUN_TEST%\\e.exe\r\n"),
+              std::string::npos);
     EXPECT_EQ(unloads, 1); // StartupType 1, never opened: the program ends
+}
+
+// A run held up (a busy machine, the tray menu held open, the process suspended) starts the
+// next program at once and each later one its own delay after the one before, never several
+// together to catch up.
+TEST_F(DelayedRunTest, AStallNeverBunchesTheStartsThatFollow) {
+    app.model.MainStartupDelay = 2;
+    app.model.ProgramGroups[0].Programs = {{Program("a.exe"), "", "Execute", 1, ""},
+                                           {Program("b.exe"), "", "Execute", 1, ""},
+                                           {Program("c.exe"), "", "Execute", 1.5f, ""},
+                                           {Program("d.exe"), "", "Execute", 0, ""}};
+    int waits = 0;
+    // The main wait comes back 10 s late, and so does b's.
+    whileWaiting = [&] {
+        if (++waits == 1 || waits == 3)
+            now += 10000;
+    };
+    Run();
+    EXPECT_EQ(Times(), (std::vector<uint64_t>{12000, 22000, 23500, 23500}));
+}
+
+// Programs started by hand from the tray while the run waits are not started again, and the
+// run's next start keeps its delay after them.
+TEST_F(DelayedRunTest, HandStartsFromTheTrayCountAndNothingStartsTwice) {
+    app.model.MainStartupDelay = 10;
+    app.model.ProgramGroups[0].Programs = {{Program("a.exe"), "", "Execute", 1, ""},
+                                           {Program("b.exe"), "", "Execute", 2, ""},
+                                           {Program("c.exe"), "", "Execute", 3, ""}};
+    const TrayMenu menu = BuildTrayMenuModel(app);
+    int waits = 0;
+    // During the main wait the user starts b (waiting its 2 s); during c's wait, all.
+    whileWaiting = [&] {
+        ++waits;
+        if (waits == 1 || waits == 4)
+            TrayMenuCommand(app, *this, menu, waits == 1 ? 1003 : 1000, *this, Launcher());
+    };
+    app.ShowGui = false; // the log-on mode
+    Run();
+    // b by hand at 3 s; a after the main wait (11 s); c by Run All 3 s after a: the run's own
+    // start of c would have been the same moment, and it starts only once.
+    EXPECT_EQ(starts, (std::vector<std::string>{"3000 " + folder / "b.exe" + "|",
+                                                "12000 " + folder / "a.exe" + "|",
+                                                "15000 " + folder / "c.exe" + "|"}));
 }
 
 TEST_F(DelayedRunTest, WaitingForIdleStartsAfterFiveQuietSecondsOrAtTheLatest) {
     app.model.WaitForIdle = 1;
     app.model.MainStartupDelay = 30;
-    app.model.ProgramGroups[0].Programs = {{"a.exe", "", "Execute", 5, ""},
-                                           {"b.exe", "", "Execute", 0, ""},
-                                           {"c.exe", "", "Execute", 1, ""}};
+    app.model.ProgramGroups[0].Programs = {{Program("a.exe"), "", "Execute", 5, ""},
+                                           {Program("b.exe"), "", "Execute", 0, ""},
+                                           {Program("c.exe"), "", "Execute", 1, ""}};
     // Busy processors for the first 20 s; then quiet, the disks just under a fifth; then
     // the disks at a fifth, which counts as busy, for good.
     load = [](uint64_t t) {
@@ -412,14 +485,15 @@ TEST_F(DelayedRunTest, WaitingForIdleStartsAfterFiveQuietSecondsOrAtTheLatest) {
     // The main wait ends after ten quiet half seconds (21.5 to 26 s), not at 30 s; "a" waits
     // five quiet seconds, not its 5 s from the plan; "c" never sees a quiet machine and starts
     // at its delay plus two minutes.
-    EXPECT_EQ(starts, (std::vector<std::string>{"31000 a.exe|", "36000 b.exe|", "157000 c.exe|"}));
+    EXPECT_EQ(Times(), (std::vector<uint64_t>{31000, 36000, 157000}));
 
     // Where the load cannot be read, each waits its own delay from the start before.
     load = nullptr;
     now = 1000;
     starts.clear();
+    app.starts = {};
     Run();
-    EXPECT_EQ(starts, (std::vector<std::string>{"36000 a.exe|", "36000 b.exe|", "37000 c.exe|"}));
+    EXPECT_EQ(Times(), (std::vector<uint64_t>{36000, 36000, 37000}));
 }
 
 // The measurements of what the run started are kept before the program ends, with the tray
@@ -434,7 +508,7 @@ TEST_F(DelayedRunTest, TheRunEndsOnlyOnceTheMeasurementsAreKept) {
     } watcher(now);
     app.watcher = &watcher;
     app.model.MainStartupDelay = 0;
-    app.model.ProgramGroups[0].Programs = {{"a.exe", "", "Execute", 0, ""}};
+    app.model.ProgramGroups[0].Programs = {{Program("a.exe"), "", "Execute", 0, ""}};
     watcher.busyUntil = 13450;
     whileWaiting = [&] { EXPECT_FALSE(unloads); };
     Run();
@@ -442,18 +516,19 @@ TEST_F(DelayedRunTest, TheRunEndsOnlyOnceTheMeasurementsAreKept) {
     EXPECT_EQ(unloads, 1);
 
     watcher.busyUntil = now + 30000;
+    app.starts = {};
     int waits = 0;
-    whileWaiting = [&] { visible = ++waits == 3; }; // the main wait, a's, then the measurements'
+    whileWaiting = [&] { visible = ++waits == 2; }; // the main wait, then the measurements'
     Run();
-    EXPECT_EQ(waits, 3);
+    EXPECT_EQ(waits, 2);
     EXPECT_EQ(unloads, 1);
     EXPECT_TRUE(app.ShowGui);
     app.watcher = nullptr;
 }
 
 TEST_F(DelayedRunTest, QuittingEndsTheWaitAndOpeningKeepsTheProgram) {
-    app.model.ProgramGroups[0].Programs = {{"a.exe", "", "Execute", 5, ""},
-                                           {"b.exe", "", "Execute", 5, ""}};
+    app.model.ProgramGroups[0].Programs = {{Program("a.exe"), "", "Execute", 5, ""},
+                                           {Program("b.exe"), "", "Execute", 5, ""}};
     // The user opens the window during the main wait: the program stays after the run.
     whileWaiting = [&] { visible = true; };
     Run();
@@ -463,6 +538,7 @@ TEST_F(DelayedRunTest, QuittingEndsTheWaitAndOpeningKeepsTheProgram) {
 
     // Quit during the first program's wait: nothing more starts, nothing is unloaded here.
     starts.clear();
+    app.starts = {};
     int waits = 0;
     whileWaiting = [&] { app.wait.QuitRequested = ++waits == 2; };
     Run();
@@ -474,14 +550,15 @@ TEST_F(DelayedRunTest, QuittingEndsTheWaitAndOpeningKeepsTheProgram) {
 // The tray menu's entries, chosen while nothing else runs: what each starts, and when.
 TEST_F(DelayedRunTest, TrayMenuEntriesStartWhatTheyShow) {
     CRegistry reg;
-    const RegistryValue expand{REG_EXPAND_SZ, {'%', 0, 'O', 0, 'S', 0, '%', 0, '.', 0, 'e', 0,
-                                               'x', 0, 'e', 0, ' ', 0, '-', 0, 's', 0, 0,   0}};
-    ASSERT_TRUE(reg.SetValue(RegistryRoot::CurrentUser, kSavedUserRunKey, "Exp", expand));
+    ASSERT_TRUE(reg.SetValue(RegistryRoot::CurrentUser, kSavedUserRunKey, "Exp",
+                             Expandable("%OS%.exe -s")));
     test::WriteFileBytes(app.folders.UserItemsFolder + "Tool.lnk", "x");
+    const std::string b = Program("b.exe");
     app.model.ProgramGroups[0].Programs = {{"Tool.lnk", "", "Execute", 2, ""},
-                                           {"C:\\b.exe", "-b", "ExecuteReg", 0.5f, "B"},
-                                           {"C:\\format.exe", "", "Execute", 0, ""}};
-    app.model.StoppedPrograms = {"_REGCU_Exp=%OS%.exe -s", "", "_STPAU_Word.lnk"};
+                                           {b, "-b", "ExecuteReg", 0.5f, "B"},
+                                           {Program("format.exe"), "", "Execute", 0, ""}};
+    app.model.StoppedPrograms = {"_REGCU_Exp=%OS%.exe -s", "", "_STPAU_Word.lnk",
+                                 "_REGCU_Wipe=cmd.exe /c del C:\\x"};
     const TrayMenu menu = BuildTrayMenuModel(app);
     EXPECT_EQ(app.model.ProgramGroups[0].Programs[1].MenuCommandId, 1003);
     char os[64] = {};
@@ -489,26 +566,29 @@ TEST_F(DelayedRunTest, TrayMenuEntriesStartWhatTheyShow) {
     auto choose = [&](int number) {
         starts.clear();
         items.clear();
-        TrayMenuCommand(
-            app, *this, menu, number, *this,
-            [&](const std::string& path, const std::string& params, const ImpactKey* item) {
-                starts.push_back(std::to_string(now) + " " + path + "|" + params);
-                items.push_back(item ? item->Name : "-");
-            });
+        TrayMenuCommand(app, *this, menu, number, *this, Launcher());
         return starts;
     };
     // "Run All": one after another, each after its own delay; a disallowed word never starts.
     EXPECT_EQ(choose(1000),
               (std::vector<std::string>{"3000 " + app.folders.UserItemsFolder + "Tool.lnk|",
-                                        "3500 C:\\b.exe|-b"}));
-    EXPECT_EQ(choose(1003), std::vector<std::string>{"4000 C:\\b.exe|-b"}); // its own delay
-    // The stopped ones at once, a Run value from its saved copy, expanded as Windows would.
+                                        "3500 " + b + "|-b"}));
+    EXPECT_EQ(choose(1003), std::vector<std::string>{"4000 " + b + "|-b"}); // its own delay
+    // The stopped ones at once, a Run value from its saved copy, expanded as Windows would;
+    // a disallowed command not even from here.
     EXPECT_EQ(choose(3001),
-              (std::vector<std::string>{"4000 " + std::string(os) + ".exe |-s",
+              (std::vector<std::string>{"4000 " + std::string(os) + ".exe|-s",
                                         "4000 " + app.folders.AllUsersItemsFolder + "Word.lnk|"}));
-    EXPECT_EQ(items, (std::vector<std::string>{"Exp", "Word.lnk"})); // stopped items keep theirs
+    EXPECT_EQ(items,
+              (std::vector<std::string>{"1 Exp", "2 Word.lnk"})); // stopped items keep theirs
     EXPECT_EQ(choose(3005),
               std::vector<std::string>{"4000 " + app.folders.AllUsersItemsFolder + "Word.lnk|"});
+    const std::string log = test::ReadFileBytes(folder / "log.txt");
+    EXPECT_NE(log.find("Warning: Startup Item Not Allowed: " + folder / "format.exe" +
+                       " (\"format\")\r\n"),
+              std::string::npos);
+    EXPECT_NE(log.find("Warning: Startup Item Not Allowed: cmd.exe (\"del\")\r\n"),
+              std::string::npos);
     choose(5000);
     choose(6000);
     choose(0);

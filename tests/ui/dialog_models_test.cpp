@@ -32,9 +32,11 @@ struct RecordingHost : OptionsHost {
     void Log(std::string_view text, int level) override {
         calls.push_back("Log " + std::to_string(level) + " " + std::string(text));
     }
+    std::string ProgramFolderOfOneUser() override { return profileFolder; }
     bool Holds(const std::string& line) const { return file.find(line) != std::string::npos; }
 
     ProgramModel& model;
+    std::string profileFolder; // the program folder, when it is inside a profile
     std::vector<std::string> calls;
     std::string file;
     bool failWrite = false;
@@ -101,6 +103,23 @@ TEST_F(OptionsTest, OkWritesOnlyWhatChangedInThePartsOrder) {
 }
 
 TEST_F(OptionsTest, ADelayThatIsNoNumberOrAFailedWriteKeepsTheDialogOpenAndChangesNothing) {
+    // All users cannot start the program from inside one user's profile: refused, with the
+    // folder named, and nothing changed.
+    host.profileFolder = "C:\\Users\\Ann\\AppData\\Local\\Programs\\Tolvane";
+    OptionsModel forAll = Open();
+    forAll.RunAtLogin = 3;
+    EXPECT_FALSE(forAll.Ok());
+    EXPECT_EQ(host.calls.size(), 1u);
+    EXPECT_NE(messages.shown.back().Text.find("\r\n" + host.profileFolder + "\r\n"),
+              std::string::npos);
+    EXPECT_EQ(model.StartupType, 1);
+    forAll.RunAtLogin = 2; // for this user only, it may
+    EXPECT_TRUE(forAll.Ok());
+    EXPECT_TRUE(host.Holds("const StartupType = 2;"));
+    model.StartupType = 1;
+    host.profileFolder.clear();
+    host.calls.clear();
+
     for (const char* bad : {"", "1.2.3", "-1", "1e3", "1,5", "5 s", "."}) {
         OptionsModel options = Open();
         options.DelayText = bad;

@@ -48,7 +48,9 @@ protected:
 
 TEST_F(DialogsTest, OptionsFromTheToolsMenuStoreWhatOkFinds) {
     Open();
-    RunValue(RegistryRoot::LocalMachine, kOwnRunValue, "as it was");
+    // The value a copy of the program left behind before its folder was moved.
+    const std::string moved = "\"C:\\Moved Away\\Tolvane.exe\" -nogui";
+    RunValue(RegistryRoot::LocalMachine, kOwnRunValue, moved);
     test::Chord({VK_MENU, 'T'});
     test::Type({'O'});
     Pump();
@@ -76,7 +78,7 @@ TEST_F(DialogsTest, OptionsFromTheToolsMenuStoreWhatOkFinds) {
     EXPECT_NE(File().find("const MainStartupDelay = 2.5;"), std::string::npos);
     EXPECT_NE(File().find("const CloseType = 0;"), std::string::npos);
     EXPECT_NE(File().find("\r\nconst WaitForIdle = 1;\r\n"), std::string::npos);
-    EXPECT_EQ(OwnRunValues(), "(none) | as it was"); // the start-up type did not change
+    EXPECT_EQ(OwnRunValues(), "(none) | " + moved); // the start-up type did not change
 
     // A delay that is no number keeps the dialog open and changes nothing; once it is a
     // number, the new start-up type writes the Run entry and the file.
@@ -94,7 +96,7 @@ TEST_F(DialogsTest, OptionsFromTheToolsMenuStoreWhatOkFinds) {
     ASSERT_TRUE(window->Options());
     ASSERT_FALSE(messages.shown.empty());
     EXPECT_EQ(messages.shown.back().Text, app.text.Message(7));
-    EXPECT_EQ(OwnRunValues(), "(none) | as it was");
+    EXPECT_EQ(OwnRunValues(), "(none) | " + moved);
     TypeInto(options, IDC_OPT_DELAY, {'5'});
     ClickOn(options, IDOK);
     EXPECT_FALSE(window->Options());

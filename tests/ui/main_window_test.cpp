@@ -12,6 +12,7 @@
 #include "models/menu_model.h"
 #include "platform/min_size.h"
 #include "resource_ids.h"
+#include "text/placeholders.h"
 #include "ui/main_window_fixture.h"
 
 namespace tolvane {
@@ -149,7 +150,11 @@ TEST_F(MainWindowTest, SaveHelpLinksSearchAndLanguage) {
 TEST_F(MainWindowTest, ADelayedItemsTipShowsItsLastMeasurement) {
     Shortcut(places.UserFolder, "Other.lnk");
     SetDefaultModel(app.model);
-    app.model.ProgramGroups[0].Programs = {{"Tool.lnk", "", "Execute", 0, ""}};
+    app.model.ProgramGroups[0].Programs = {{"Tool.lnk", "", "Execute", 0, ""},
+                                           {"Gone.lnk", "", "Execute", 0, ""},
+                                           {"cmd.exe", "/c del C:\\x", "ExecuteReg", 0, "Wipe"}};
+    test::MakeFolder(app.folders.UserItemsFolder);
+    test::WriteFileBytes(app.folders.UserItemsFolder + "Tool.lnk", "x");
     CDelayLoad(app).WriteItems();
     test::WriteFileBytes(
         CDelayLoad(app).ImpactFilePath(),
@@ -172,6 +177,11 @@ TEST_F(MainWindowTest, ADelayedItemsTipShowsItsLastMeasurement) {
               "High: 2" + std::string(decimal) + "3 s CPU, 45 MB read, ready after 4" + decimal +
                   "1 s");
     EXPECT_EQ(tip("CurrentUserStartup", "Other.lnk"), "");
+    // What will not start says why.
+    EXPECT_EQ(tip("DelayedItemsStartupCurrentUser", "Gone.lnk"),
+              FillIn(app.text.Message(29), {"Gone.lnk"}));
+    EXPECT_EQ(tip("DelayedItemsRegistryCurrentUser", "Wipe=cmd.exe /c del C:\\x"),
+              FillIn(app.text.Message(27), {"del"}));
 }
 
 TEST_F(MainWindowTest, MinimumSizeAndCloseRules) {

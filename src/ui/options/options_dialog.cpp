@@ -2,6 +2,7 @@
 
 #include "config/app_state.h"
 #include "config/delay_load.h"
+#include "platform/environment.h"
 #include "config/language_files.h"
 #include "items/run_entry.h"
 #include "models/menu_model.h"
@@ -38,6 +39,11 @@ void OptionsDialog::WriteItems() {
 
 void OptionsDialog::Log(std::string_view text, int level) {
     app_.log.WriteLog(text, level);
+}
+
+std::string OptionsDialog::ProgramFolderOfOneUser() {
+    return FolderInUserProfile(app_.folders.ProgramFolder) ? app_.folders.ProgramFolder
+                                                           : std::string();
 }
 
 void OptionsDialog::Init() {

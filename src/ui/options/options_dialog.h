@@ -30,6 +30,7 @@ private:
     void UpdateRunEntry(int startupType) override;
     void WriteItems() override;
     void Log(std::string_view text, int level) override;
+    std::string ProgramFolderOfOneUser() override;
 
     void Init();
     void ReadFields();

@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "platform/log_rules.h"
+#include "text/placeholders.h"
 #include "text/strings.h"
 #include "text/text_tables.h"
 
@@ -13,6 +14,8 @@ namespace {
 // Entries of the shared message table.
 constexpr size_t kBadDelay = 7;
 constexpr size_t kSettingsNotSaved = 19;
+constexpr size_t kNotForAllUsers = 30;
+constexpr int kForAllUsers = 3;
 
 bool IsDigit(char c) {
     return c >= '0' && c <= '9';
@@ -99,6 +102,21 @@ bool OptionsModel::Ok() {
     if (!delay) {
         Fail("\"" + DelayText + "\" is not a number of seconds", kBadDelay, "");
         return false;
+    }
+    // Started for all users from a folder that they cannot read, Windows would fail to start
+    // the program for each of them at log-on, and nothing delayed would start: refused, with
+    // everything left as it was.
+    if (RunAtLogin == kForAllUsers && RunAtLogin != model_.StartupType) {
+        const std::string folder = host_.ProgramFolderOfOneUser();
+        if (!folder.empty()) {
+            host_.Log("Options: start-up for all users refused, the program folder " + folder +
+                          " is inside a user profile",
+                      kLogWarning);
+            messages_.ShowMessage(
+                FillIn(TextTables::Entry(messageTable_, kNotForAllUsers), {folder}), "Tolvane",
+                kMbOk | kMbIconExclamation);
+            return false;
+        }
     }
     struct Settings {
         float delay;

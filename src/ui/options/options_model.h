@@ -21,6 +21,9 @@ public:
     // Writes the model; throws when the file cannot be written.
     virtual void WriteItems() = 0;
     virtual void Log(std::string_view text, int level) = 0;
+    // The program folder when it lies inside a user profile, where other users cannot read
+    // it; "" when every user can start the program from there.
+    virtual std::string ProgramFolderOfOneUser() = 0;
 };
 
 // The dialog's own texts, by the lines of its language file; the built-in English ones stand

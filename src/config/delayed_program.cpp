@@ -1,0 +1,76 @@
+#include "config/delayed_program.h"
+
+#include "config/delay_load.h"
+#include "config/run_data.h"
+#include "config/system_command_line.h"
+#include "platform/dir_struct.h"
+#include "platform/environment.h"
+#include "text/placeholders.h"
+#include "text/strings.h"
+
+namespace tolvane {
+
+namespace {
+
+// The Messages entries of the tip lines.
+constexpr size_t kNotStartedLine = 27, kNotFoundLine = 29;
+
+bool IsBareName(std::string_view path) {
+    return !path.empty() && path.find_first_of("\\/:\"") == std::string_view::npos;
+}
+
+} // namespace
+
+std::string ItemsFolderLookup(const AppState& app, const std::string& path,
+                              std::string_view command) {
+    // A file taken out of a Startup folder is kept by its bare name: whatever its kind, it
+    // must be found again, or a delayed item would never start and nobody would be told.
+    if (!IsBareName(path))
+        return path;
+    const std::string* own = &app.folders.UserItemsFolder;
+    const std::string* other = &app.folders.AllUsersItemsFolder;
+    if (command == kExecuteAU || command == kExecuteRegAU)
+        std::swap(own, other);
+    for (const std::string* folder : {own, other}) {
+        const std::string joined = *folder + path;
+        if (CDirStruct::ExactFileExists(joined))
+            return joined;
+    }
+    if (CDirStruct::ExactFileExists(path))
+        return path;
+    return EndsWith(ToLower(path), ".lnk") ? std::string() : path;
+}
+
+std::optional<ProgramStart> ResolveDelayedProgram(const AppState& app,
+                                                  const GroupProgram& program) {
+    const CommandLineSystem& system = SystemCommandLine();
+    if (program.Command == kExecuteReg || program.Command == kExecuteRegAU) {
+        const bool expandable = SavedCopyIsExpandable(program);
+        const RunCommandParts command = DelayedCommand(program, expandable, system);
+        if (!ProgramFound(command.Path, expandable, system))
+            return std::nullopt;
+        if (!expandable)
+            return ProgramStart{command.Path, command.Parameters};
+        return ProgramStart{ExpandEnvironment(command.Path), ExpandEnvironment(command.Parameters)};
+    }
+    // Quotes around a path are no part of the file's name.
+    ProgramStart start{ItemsFolderLookup(app, Trim(RemoveAll(program.Path, '"')), program.Command),
+                       program.Parameters};
+    // A bare name counts as there when Windows finds the program by that name.
+    if (start.Path.empty() || !ProgramFound(start.Path, false, system))
+        return std::nullopt;
+    return start;
+}
+
+std::string WhyNotStarted(const AppState& app, const GroupProgram& program) {
+    if (Trim(program.Path).empty())
+        return std::string();
+    const std::string word = app.model.BlockingWord(program.Path, program.Parameters);
+    if (!word.empty())
+        return FillIn(app.text.Message(kNotStartedLine), {word});
+    if (!ResolveDelayedProgram(app, program))
+        return FillIn(app.text.Message(kNotFoundLine), {Trim(program.Path)});
+    return std::string();
+}
+
+} // namespace tolvane

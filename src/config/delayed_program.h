@@ -1,0 +1,35 @@
+// Where a delayed program is and how it starts: a shortcut kept in the items folders, a Run
+// value's command read as Windows reads it, and what keeps one from starting.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "config/app_state.h"
+
+namespace tolvane {
+
+// A bare file name ("Word.lnk", "Notes.url", "go.bat") is looked for in the items folders,
+// those of the command's own location first, whatever the kind of file and the letter case of
+// its name; then where it stands. A shortcut found nowhere gives "": it cannot start. Anything
+// else comes back unchanged, and the shell finds it as it would any command.
+std::string ItemsFolderLookup(const AppState& app, const std::string& path,
+                              std::string_view command);
+
+// How a delayed program starts: its file found in the items folders, or for a Run value its
+// command read as Windows reads it, its variables filled in where Windows would expand them
+// (REG_EXPAND_SZ). Nothing when the program cannot start because its shortcut or program file
+// is not there.
+struct ProgramStart {
+    std::string Path;
+    std::string Parameters;
+};
+std::optional<ProgramStart> ResolveDelayedProgram(const AppState& app, const GroupProgram& program);
+
+// Why the log-on run will not start a delayed program: the tip line of its item, from the
+// language's texts (the disallowed word that blocks it, or its file that is not there); ""
+// when it will start.
+std::string WhyNotStarted(const AppState& app, const GroupProgram& program);
+
+} // namespace tolvane

@@ -55,23 +55,19 @@ std::string URLEncode(std::string_view text) {
     return out;
 }
 
-std::string SearchTerms(std::string_view itemText) {
+std::string SearchTerms(std::string_view itemText, const CommandLineSystem& system) {
     const size_t equals = itemText.find('=');
     if (equals == std::string_view::npos)
         return std::string(itemText);
-    std::string program = Trim(itemText.substr(equals + 1));
-    if (!program.empty() && program[0] == '"') {
-        const size_t close = program.find('"', 1);
-        if (close != std::string::npos)
-            program = program.substr(1, close - 1);
-    }
-    return std::string(itemText.substr(0, equals)) + ", " + program;
+    return std::string(itemText.substr(0, equals)) + ", " +
+           SplitRunData(itemText.substr(equals + 1), false, system).Path;
 }
 
-std::string SearchAddress(std::string_view searchTemplate, std::string_view itemText) {
+std::string SearchAddress(std::string_view searchTemplate, std::string_view itemText,
+                          const CommandLineSystem& system) {
     if (searchTemplate.empty() || itemText.empty())
         return std::string();
-    return URLEncode(ReplaceAll(searchTemplate, "{SEARCHTERMS}", SearchTerms(itemText)));
+    return URLEncode(ReplaceAll(searchTemplate, "{SEARCHTERMS}", SearchTerms(itemText, system)));
 }
 
 } // namespace tolvane

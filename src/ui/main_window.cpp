@@ -9,6 +9,7 @@
 
 #include "config/app_state.h"
 #include "config/delay_load.h"
+#include "config/system_command_line.h"
 #include "config/language_files.h"
 #include "items/item_moves.h"
 #include "items/online_search.h"
@@ -387,7 +388,8 @@ void MainWindow::SearchOnline() {
     const int node = tree_.Selected();
     if (node == TreeModel::kNone)
         return;
-    const std::string address = SearchAddress(app_.OnlineSearchTemplate, tree_.Node(node).Text);
+    const std::string address =
+        SearchAddress(app_.OnlineSearchTemplate, tree_.Node(node).Text, SystemCommandLine());
     if (!address.empty())
         OpenWithShell(address);
 }

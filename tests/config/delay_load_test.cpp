@@ -33,11 +33,8 @@ TEST_F(DelayLoadTest, StoppedItemsAreFoundInTheItemsFoldersAndSavedCopies) {
     reg.SaveSettingString(RegistryRoot::LocalMachine, kSavedMachineRunKey, "M", "C:\\m.exe");
     // An expandable copy: its variables are kept, and filled in when it starts.
     const std::string data = "%SystemRoot%\\notepad.exe %OS%";
-    RegistryValue expand{REG_EXPAND_SZ, {}};
-    for (char c : data)
-        expand.Data.insert(expand.Data.end(), {static_cast<uint8_t>(c), 0});
-    expand.Data.insert(expand.Data.end(), {0, 0});
-    reg.SetValue(RegistryRoot::CurrentUser, kSavedUserRunKey, "E", expand);
+    reg.SetValue(RegistryRoot::CurrentUser, kSavedUserRunKey, "E",
+                 test::WideValue(REG_EXPAND_SZ, data));
     app.model.StoppedPrograms = {
         "_STPCU_Tool.lnk",           "_STPAU_Word.lnk",  "_REGCU_C:\\a.exe ",   "_REGCU_C:\\a.exe",
         "_REGCU_\"C:\\c d.exe\" ",   "_REGAU_C:\\m.exe", "_REGCU_C:\\gone.exe", "plain",

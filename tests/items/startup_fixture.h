@@ -77,13 +77,8 @@ protected:
     std::string Run(RegistryRoot root, const std::string& name) {
         return reg.GetSettingString(root, kRunKey, name, "(none)");
     }
-    // A text value as the system stores it: UTF-16 with its end NUL.
     static RegistryValue WideValue(uint32_t type, std::string_view text) {
-        RegistryValue value{type, {}};
-        for (char c : text)
-            value.Data.insert(value.Data.end(), {static_cast<uint8_t>(c), 0});
-        value.Data.insert(value.Data.end(), {0, 0});
-        return value;
+        return test::WideValue(type, text);
     }
     std::string Saved(RegistryRoot root, const std::string& name) {
         return reg.GetSettingString(

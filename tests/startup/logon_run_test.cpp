@@ -127,6 +127,72 @@ TEST_F(LogOnRun, StartsTheStartupGroupInTurnLogsItAndEnds) {
     EXPECT_EQ(reg.GetSettingString(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue), "");
 }
 
+// Run values as installers write them, each delayed with tolvanec as a script would, then
+// started by the log-on run: each program, at its own path, gets exactly the arguments that
+// Windows would have given it, byte for byte.
+TEST_F(LogOnRun, DelayedRunValuesGetTheArgumentsWindowsWouldGive) {
+    const std::string recorder = test::HelperProgram("args_recorder.exe");
+    const std::string record = folder / "arguments.txt";
+    SetEnvironmentVariableA("TOLVANE_ARGS_RECORD", record.c_str());
+    SetEnvironmentVariableA("TOLVANE_ARGS_DIR", folder.Path().c_str());
+    auto at = [&](const std::string& relative) {
+        const std::string path = folder / relative;
+        test::MakeFolder(path.substr(0, path.rfind('\\')));
+        EXPECT_TRUE(CopyFileA(recorder.c_str(), path.c_str(), FALSE)) << path;
+        return path;
+    };
+    struct Value {
+        std::string name, data;
+        bool expandable;
+        std::string started; // the program at its path, "|", the arguments it gets
+    };
+    const std::string spotify = at("Spotify\\Spotify.exe"), discord = at("Discord\\Update.exe"),
+                      teams = at("Microsoft\\Teams\\Update.exe"),
+                      chrome = at("Google Chrome\\Application\\chrome.exe"),
+                      dell = at("Dell\\Support Assist\\agent.exe"),
+                      lenovo = at("LENOVO\\HOT KEY\\TPHKLOAD.EXE"), tool = at("Exp App\\tool.exe"),
+                      mounter = at("Scripts\\mounter.exe"), sync = at("Tools\\sync.exe");
+    test::WriteFileBytes(folder / "Scripts\\mount drives.bat", "@\"" + mounter + "\" %*\r\n");
+    const std::vector<Value> values = {
+        {"Spotify", "\"" + spotify + "\" --autostart --minimized", false,
+         spotify + "|--autostart --minimized"},
+        {"Discord", discord + " --processStart Discord.exe", false,
+         discord + "|--processStart Discord.exe"},
+        {"Teams",
+         teams + " --processStart \"Teams.exe\" --process-start-args \"--system-initiated\"", false,
+         teams + "|--processStart \"Teams.exe\" --process-start-args \"--system-initiated\""},
+        {"Chrome", "\"" + chrome + "\" --no-startup-window /prefetch:5", false,
+         chrome + "|--no-startup-window /prefetch:5"},
+        {"SupportAssist", dell + " /startup", false, dell + "|/startup"},
+        {"Hotkeys", lenovo + " /q", false, lenovo + "|/q"},
+        {"Tool", "%TOLVANE_ARGS_DIR%\\Exp App\\tool.exe --dir \"%TOLVANE_ARGS_DIR%\"", true,
+         tool + "|--dir \"" + folder.Path() + "\""},
+        {"Mount", "\"" + folder / "Scripts\\mount drives.bat" + "\" one \"two three\"", false,
+         mounter + "|one \"two three\""},
+        {"Sync", "cmd.exe /c start \"\" \"" + sync + "\" --tray", false, sync + "|--tray"},
+    };
+    WriteProgramGroups(1, 0, {});
+    std::vector<std::string> expected;
+    for (const Value& v : values) {
+        ASSERT_TRUE(reg.SetValue(RegistryRoot::CurrentUser, kRunKey, v.name,
+                                 test::WideValue(v.expandable ? REG_EXPAND_SZ : REG_SZ, v.data)));
+        test::ChildProcess delay("\"" + folder / "tolvanec.exe" + "\" delay " + v.name);
+        unsigned long code = 99;
+        ASSERT_TRUE(delay.WaitForExit(30000, &code));
+        EXPECT_EQ(code, 0u) << v.name;
+        expected.push_back(v.started);
+    }
+    test::ChildProcess tolvane(Exe() + " -nogui");
+    ASSERT_TRUE(tolvane.WaitForExit(60000));
+    std::vector<std::string> started;
+    for (int i = 0; i < 500 && started.size() < values.size(); ++i, Sleep(20))
+        started = test::ReadLines(record);
+    std::sort(started.begin(), started.end());
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(started, expected);
+    test::DeleteRegistryTree(RegistryRoot::CurrentUser, kSavedUserRunKey);
+}
+
 // What the run starts is measured, a shortcut as the program it points to: a line per item in
 // the impact file, rated by its CPU time, and the log and the program-group file as they were.
 TEST_F(LogOnRun, EachProgramItStartsIsMeasuredIntoTheImpactFile) {
@@ -240,8 +306,9 @@ TEST_F(LogOnRun, TheTrayMenuWorksWhileTheRunWaits) {
     menu({VK_DOWN, VK_DOWN, VK_RIGHT, VK_RETURN});
     EXPECT_EQ(test::Names(test::WaitForStarts(record, 3)),
               (std::vector<std::string>{"B", "C", "S"}));
-    // "&Open": the window with its tree.
-    menu({'O'});
+    // Two clicks on the icon: the window with its tree, opened as "&Open" opens it.
+    PostMessageA(tray, WM_APP + 1, 1, WM_LBUTTONUP);
+    PostMessageA(tray, WM_APP + 1, 1, WM_LBUTTONUP);
     HWND window = test::WindowOf(tolvane.Id(), "TolvaneStartupItems", true, 10000);
     ASSERT_TRUE(window);
     HWND treeView = FindWindowExA(window, nullptr, "SysTreeView32", nullptr);
@@ -355,13 +422,8 @@ protected:
         test::WriteFileBytes(folder / name, "x");
         return folder / name;
     }
-    // An expandable string value (REG_EXPAND_SZ) of that text.
     static RegistryValue Expandable(std::string_view text) {
-        RegistryValue value{REG_EXPAND_SZ, {}};
-        for (char c : text)
-            value.Data.insert(value.Data.end(), {static_cast<uint8_t>(c), 0});
-        value.Data.insert(value.Data.end(), {0, 0});
-        return value;
+        return test::WideValue(REG_EXPAND_SZ, text);
     }
 
     test::TempFolder folder{"program"};

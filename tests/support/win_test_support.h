@@ -66,6 +66,15 @@ std::string BuiltProgramFolder();
 std::string HelperProgram(std::string_view exeName);
 
 // A process started from a command line, ended (killed if need be) when the owner goes.
+// A text value as the system stores it (ASCII text): UTF-16 with its end NUL.
+inline RegistryValue WideValue(uint32_t type, std::string_view text) {
+    RegistryValue value{type, {}};
+    for (char c : text)
+        value.Data.insert(value.Data.end(), {static_cast<uint8_t>(c), 0});
+    value.Data.insert(value.Data.end(), {0, 0});
+    return value;
+}
+
 class ChildProcess {
 public:
     explicit ChildProcess(const std::string& commandLine);

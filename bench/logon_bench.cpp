@@ -1,7 +1,8 @@
 // The log-on run under Wine, side by side with baselines run in the same invocation:
 //  1. own start-up cost: from process start to the first program's start, with no delays,
 //     against a program that only starts that program;
-//  2. launch timing: the largest gap between planned and actual start of 10 delayed programs;
+//  2. launch timing: the largest gap between planned and actual start of 10 delayed programs,
+//     each planned its own delay after the actual start of the one before;
 //  3. memory while waiting: private bytes of the waiting process against a program that only
 //     shows a tray icon;
 //  4. the same once the tray menu was built and shown once.
@@ -127,7 +128,7 @@ int main(int argc, char** argv) {
     // 1. Start-up cost, alternating the two so that both meet the same machine.
     install.Programs(0, {{recorder, record + " first", "Execute", 0, ""}});
     std::vector<double> own, base;
-    for (int round = 0; round < 20; ++round) {
+    for (int round = 0; round < 40; ++round) {
         for (int which = 0; which < 2; ++which) {
             DeleteFileA(record.c_str());
             const unsigned long long t0 = GetTickCount64();
@@ -136,12 +137,19 @@ int main(int argc, char** argv) {
             if (s.empty())
                 return 1;
             (which ? base : own).push_back(static_cast<double>(s[0] - t0));
+            // What a start leaves the system to do (the notification area redrawn after the
+            // tray icon went, the ended processes cleared away) is not the next one's cost.
+            Sleep(300);
         }
     }
-    const double ownMs = Median(own), baseMs = Median(base);
-    std::printf(
-        "start-up to first launch: Tolvane %.0f ms, baseline %.0f ms, ratio %.2f (goal <= 1.2)\n",
-        ownMs, baseMs, ownMs / baseMs);
+    // Each round's two starts met the same machine: the ratio is taken round by round, and
+    // its median is the figure, which a slow moment of the machine does not move.
+    std::vector<double> ratios;
+    for (size_t i = 0; i < own.size(); ++i)
+        ratios.push_back(own[i] / base[i]);
+    std::printf("start-up to first launch: Tolvane %.0f ms, baseline %.0f ms (medians), ratio %.2f "
+                "(median of %zu rounds; goal <= 1.15)\n",
+                Median(own), Median(base), Median(ratios), ratios.size());
 
     // 2. Launch timing of 10 programs with delays.
     std::vector<GroupProgram> ten;
@@ -155,15 +163,15 @@ int main(int argc, char** argv) {
     if (s.size() < 10)
         return 1;
     // The programs start in the order of their delays (the file is sorted when it is read),
-    // each delay counted from the planned start of the one before.
+    // each delay counted from the actual start of the one before.
     std::vector<float> order(delays, delays + 10);
     std::stable_sort(order.begin(), order.end());
-    double planned = static_cast<double>(s[0]) - order[0] * 1000.0, worst = 0;
-    for (int i = 0; i < 10; ++i) {
-        planned += order[i] * 1000.0;
+    double worst = 0;
+    for (int i = 1; i < 10; ++i) {
+        const double planned = static_cast<double>(s[i - 1]) + order[i] * 1000.0;
         worst = std::max(worst, std::abs(static_cast<double>(s[i]) - planned));
     }
-    std::printf("launch timing of 10 delayed programs: largest gap %.0f ms (goal < 100 ms)\n",
+    std::printf("launch timing of 10 delayed programs: largest gap %.0f ms (goal < 30 ms)\n",
                 worst);
 
     // 3. Private bytes while waiting.

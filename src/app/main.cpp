@@ -184,11 +184,12 @@ int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& mes
         meter = std::make_unique<ImpactMeter>(CDelayLoad(*app).ImpactFilePath(), &app->log);
         app->watcher = meter.get();
         window = std::make_unique<MainWindow>(*app, instance);
-        if (!window->Load())
-            throw std::runtime_error("the main window could not be made");
         if (!app->ShowGui) {
-            YieldToMessageLoop();
+            // The run makes the window and its tray icon once it first waits: a program due
+            // at once is not held up by them.
             DelayedRun(*app, *window);
+        } else if (!window->Load()) {
+            throw std::runtime_error("the main window could not be made");
         } else if (app->model.ShowTipsAtStartup != 0) {
             TipDialog tip(*app);
             tip.ShowModal(instance, window->Handle());

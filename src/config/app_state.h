@@ -59,6 +59,9 @@ public:
     // startedMs: the steady clock when the start began.
     virtual void Watch(const ImpactKey& item, void* process, const std::string& launched,
                        uint64_t startedMs) = 0;
+    // A program is about to start: whatever the watch needs is made now, before the start,
+    // so that nothing competes with the program's own start afterwards.
+    virtual void Prepare() {}
     // A measurement is still being taken.
     virtual bool Busy() const = 0;
 };

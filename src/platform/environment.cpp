@@ -1,7 +1,6 @@
 #include "platform/environment.h"
 
 #include <windows.h>
-#include <userenv.h>
 
 #include <string>
 
@@ -38,9 +37,16 @@ bool Below(const std::string& folder, std::string parent) {
 } // namespace
 
 bool FolderInUserProfile(const std::string& folder) {
-    char profiles[MAX_PATH] = {};
-    DWORD size = MAX_PATH;
-    if (GetProfilesDirectoryA(profiles, &size) && Below(folder, profiles))
+    // The profiles folder as Windows keeps it ("%SystemDrive%\\Users"), read from the registry
+    // (and expanded there) rather than through userenv, which the waiting log-on process would
+    // load for nothing.
+    char profiles[MAX_PATH * 2] = {};
+    DWORD size = sizeof profiles;
+    if (RegGetValueA(HKEY_LOCAL_MACHINE,
+                     "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList",
+                     "ProfilesDirectory", RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ, nullptr, profiles,
+                     &size) == ERROR_SUCCESS &&
+        Below(folder, profiles))
         return true;
     return Below(folder, ExpandEnvironment("%USERPROFILE%"));
 }

@@ -22,6 +22,7 @@ namespace tolvane {
 namespace {
 
 constexpr uint64_t kSliceMs = 2000;
+constexpr uint64_t kHeadStartMs = 100;
 
 class LoopClock : public RunClock {
 public:
@@ -133,11 +134,12 @@ namespace {
 // run or by hand: a start made meanwhile from the tray moves the turn on, and one of this very
 // program ends the wait.
 void WaitForTurn(AppState& app, RunClock& clock, uint64_t notBefore, uint64_t delayMs,
-                 const std::string& id) {
+                 const std::string& id, const std::function<void()>& beforeWaiting) {
     while (!app.wait.QuitRequested && !app.starts.Has(id)) {
         const uint64_t deadline = std::max(notBefore, app.starts.LastMs.value_or(0)) + delayMs;
         if (clock.NowMs() >= deadline)
             return;
+        beforeWaiting();
         const unsigned seen = app.starts.Changes;
         WaitUntil(app, clock, deadline, [&] { return app.starts.Changes != seen; });
     }
@@ -158,6 +160,17 @@ void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
     const std::vector<GroupProgram> programs =
         startup ? startup->Programs : std::vector<GroupProgram>();
     const bool waitForIdle = model.WaitForIdle != 0;
+    bool readied = false;
+    auto ready = [&] {
+        if (readied)
+            return;
+        readied = true;
+        // A program started before the window gets a head start: making the window and its
+        // tray icon at that very moment would compete with the program's own start.
+        if (app.starts.LastMs)
+            WaitUntil(app, clock, *app.starts.LastMs + kHeadStartMs);
+        window.Ready();
+    };
 
     if (!startup) {
         LogInfo(app, "Start Delay was called, but there weren't delayed items!");
@@ -165,10 +178,13 @@ void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
                            [](const GroupProgram& p) { return !p.Path.empty(); })) {
         LogInfo(app, TimeOfDayText() + "  Waiting for " + FormatSingle(model.MainStartupDelay) +
                          " seconds.");
+        const uint64_t mainDelay = DelayMilliseconds(model.MainStartupDelay);
+        if (waitForIdle || mainDelay > 0)
+            ready();
         if (waitForIdle)
-            WaitForIdleMachine(app, clock, DelayMilliseconds(model.MainStartupDelay));
+            WaitForIdleMachine(app, clock, mainDelay);
         else
-            WaitUntil(app, clock, runStart + DelayMilliseconds(model.MainStartupDelay));
+            WaitUntil(app, clock, runStart + mainDelay);
         const uint64_t mainWaitOver = clock.NowMs();
         LogInfo(app, TimeOfDayText() + "  Wait over.");
 
@@ -189,7 +205,7 @@ void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
             if (waitForIdle)
                 WaitForIdleMachine(app, clock, DelayMilliseconds(program.Delay));
             else
-                WaitForTurn(app, clock, mainWaitOver, DelayMilliseconds(program.Delay), id);
+                WaitForTurn(app, clock, mainWaitOver, DelayMilliseconds(program.Delay), id, ready);
             if (app.wait.QuitRequested || app.starts.Has(id))
                 continue;
             // All four commands start: an all-users item is delayed for every user who logs
@@ -198,6 +214,7 @@ void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
             StartDelayedProgram(app, clock, program, *start, launch);
         }
     }
+    ready();
 
     // The program ends after the run: first the measurements of what it started are kept,
     // with the tray still there. Opening the window meanwhile keeps the program.

@@ -28,6 +28,10 @@ public:
     // Shows the window as the user asked for it, built and in front; during the log-on run it
     // counts as opened by the user.
     virtual void Open() = 0;
+    // The run is about to wait, or has started its first program: from now on the window and
+    // its tray icon are needed. A program due at once starts before them, as soon as a bare
+    // launcher would start it. Called once; throws when the window cannot be made.
+    virtual void Ready() {}
 };
 
 // The time the run goes by, how it waits, and how busy the machine is meanwhile. The program's

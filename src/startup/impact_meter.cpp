@@ -35,28 +35,20 @@ ImpactMeter::ImpactMeter(std::string file, const EventLog* log, uint64_t watchMs
 
 ImpactMeter::~ImpactMeter() {
     SetEvent(stop_.get());
-    std::vector<Worker> workers;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
-        workers.swap(workers_);
+        std::lock_guard<std::mutex> lock(jobsMutex_);
+        ending_ = true;
     }
-    for (Worker& w : workers)
-        w.Thread.join();
+    wake_.notify_all();
+    for (Worker& worker : workers_)
+        worker.Thread.join();
 }
 
 bool ImpactMeter::Stopping(DWORD waitMs) const {
     return WaitForSingleObject(stop_.get(), waitMs) == WAIT_OBJECT_0;
 }
 
-void ImpactMeter::Watch(const ImpactKey& item, void* process, const std::string& launched,
-                        uint64_t startedMs) {
-    UniqueHandle owned(static_cast<HANDLE>(process));
-    // The system time of the start, for telling a shortcut's new process from older ones.
-    const uint64_t elapsed = NowMs() - std::min(startedMs, NowMs());
-    const uint64_t since = SystemTimeNow() - (elapsed + 1000) * kSystemTicksPerMs;
-    auto done = std::make_shared<std::atomic<bool>>(false);
-    std::lock_guard<std::mutex> lock(mutex_);
-    // Finished workers go, so that a long stay in the tray does not gather threads.
+void ImpactMeter::AddWorker() {
     for (auto w = workers_.begin(); w != workers_.end();) {
         if (*w->Done) {
             w->Thread.join();
@@ -65,23 +57,69 @@ void ImpactMeter::Watch(const ImpactKey& item, void* process, const std::string&
             ++w;
         }
     }
-    if (owned)
-        claimed_.push_back(GetProcessId(owned.get()));
-    ++pending_;
+    auto done = std::make_shared<std::atomic<bool>>(false);
+    workers_.push_back({std::thread([this, done] { Work(done); }), done});
+}
+
+void ImpactMeter::Prepare() {
+    std::lock_guard<std::mutex> lock(jobsMutex_);
     try {
-        workers_.push_back(
-            {std::thread([this, item, p = owned.release(), launched, startedMs, since, done] {
-                 Measure(item, UniqueHandle(p), launched, startedMs, since, LocalTimeText());
-                 --pending_;
-                 *done = true;
-             }),
-             done});
-    } catch (const std::exception& e) {
-        --pending_;
-        if (log_)
-            log_->WriteLog(std::string("Impact of ") + item.Name + " not measured: " + e.what(),
-                           kLogWarning);
+        if (idle_ == 0)
+            AddWorker();
+    } catch (const std::exception&) {
+        // Watch tries again, after the start.
     }
+}
+
+void ImpactMeter::Work(std::shared_ptr<std::atomic<bool>> done) {
+    std::unique_lock<std::mutex> lock(jobsMutex_);
+    for (;;) {
+        ++idle_;
+        wake_.wait(lock, [this] { return ending_ || !jobs_.empty(); });
+        --idle_;
+        if (ending_)
+            return;
+        Job job = std::move(jobs_.front());
+        jobs_.pop_front();
+        lock.unlock();
+        Measure(job.Item, std::move(job.Process), job.Launched, job.StartedMs,
+                job.StartedSystemTime, job.MeasuredAt);
+        --pending_;
+        lock.lock();
+        // One worker waiting is enough for the next start.
+        if (idle_ > 0 && jobs_.empty()) {
+            *done = true;
+            return;
+        }
+    }
+}
+
+void ImpactMeter::Watch(const ImpactKey& item, void* process, const std::string& launched,
+                        uint64_t startedMs) {
+    UniqueHandle owned(static_cast<HANDLE>(process));
+    // The system time of the start, for telling a shortcut's new process from older ones.
+    const uint64_t elapsed = NowMs() - std::min(startedMs, NowMs());
+    const uint64_t since = SystemTimeNow() - (elapsed + 1000) * kSystemTicksPerMs;
+    if (owned) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        claimed_.push_back(GetProcessId(owned.get()));
+    }
+    ++pending_;
+    {
+        std::lock_guard<std::mutex> lock(jobsMutex_);
+        jobs_.push_back({item, std::move(owned), launched, startedMs, since, LocalTimeText()});
+        try {
+            if (idle_ < static_cast<int>(jobs_.size()))
+                AddWorker();
+        } catch (const std::exception& e) {
+            // Without a new worker the job waits for one that is busy now.
+            if (log_)
+                log_->WriteLog(std::string("Impact of ") + item.Name +
+                                   " measured late: " + e.what(),
+                               kLogWarning);
+        }
+    }
+    wake_.notify_one();
 }
 
 UniqueHandle ImpactMeter::FindStarted(const std::string& launched, uint64_t since) {
@@ -91,7 +129,8 @@ UniqueHandle ImpactMeter::FindStarted(const std::string& launched, uint64_t sinc
         PathLastPart(EndsWith(ToLower(launched), ".lnk") ? ShortcutTarget(launched) : launched));
     if (!EndsWith(ToLower(exe), ".exe"))
         exe.clear();
-    for (int attempt = 0; attempt < kFindAttempts && !Stopping(attempt ? kPollMs : 0); ++attempt) {
+    for (int attempt = 0; attempt < kFindAttempts && (attempt == 0 || !Stopping(kPollMs));
+         ++attempt) {
         std::lock_guard<std::mutex> lock(mutex_);
         FoundProcess found = FindNewProcess(exe, since, claimed_);
         if (found.Handle) {
@@ -104,6 +143,11 @@ UniqueHandle ImpactMeter::FindStarted(const std::string& launched, uint64_t sinc
 
 void ImpactMeter::Measure(ImpactKey item, UniqueHandle process, std::string launched,
                           uint64_t startedMs, uint64_t since, std::string measuredAt) {
+    // The program's own start comes first: looking at a process while it starts competes with
+    // it (under Wine, for the server that both ask). Its figures add up all the same, and its
+    // ready time is read at a poll in any case.
+    if (Stopping(kPollMs))
+        return;
     if (!process)
         process = FindStarted(launched, since);
     if (!process)

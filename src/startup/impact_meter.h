@@ -4,7 +4,9 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -30,12 +32,25 @@ public:
     void Watch(const ImpactKey& item, void* process, const std::string& launched,
                uint64_t startedMs) override;
     bool Busy() const override { return pending_ > 0; }
+    void Prepare() override;
 
 private:
+    struct Job {
+        ImpactKey Item;
+        UniqueHandle Process;
+        std::string Launched;
+        uint64_t StartedMs = 0;
+        uint64_t StartedSystemTime = 0;
+        std::string MeasuredAt;
+    };
     struct Worker {
         std::thread Thread;
         std::shared_ptr<std::atomic<bool>> Done;
     };
+    // Measures the jobs handed to it; ends after one when another worker is waiting already.
+    void Work(std::shared_ptr<std::atomic<bool>> done);
+    // A new worker, and the ended ones joined. Under jobsMutex_.
+    void AddWorker();
     void Measure(ImpactKey item, UniqueHandle process, std::string launched, uint64_t startedMs,
                  uint64_t startedSystemTime, std::string measuredAt);
     // The new process that a shortcut started, once it shows; none after a few seconds.
@@ -46,11 +61,19 @@ private:
     std::string file_;
     const EventLog* log_;
     uint64_t watchMs_;
-    UniqueHandle stop_; // set when the meter goes
-    std::mutex mutex_;  // the file, the workers and the claimed processes
-    std::vector<Worker> workers_;
+    UniqueHandle stop_;          // set when the meter goes
+    std::mutex mutex_;           // the file and the claimed processes
     std::vector<DWORD> claimed_; // processes being watched, so no shortcut takes another's
     std::atomic<int> pending_{0};
+
+    // The workers. One is made before a start, so that the start of a program, the moment that
+    // counts, makes no thread; one stays waiting for the next start, the others end.
+    std::mutex jobsMutex_;
+    std::condition_variable wake_;
+    std::deque<Job> jobs_;
+    std::vector<Worker> workers_;
+    int idle_ = 0;
+    bool ending_ = false;
 };
 
 } // namespace tolvane

@@ -59,6 +59,8 @@ UniqueHandle LaunchProgram(AppState& app, std::string_view path, std::string_vie
 
 void LaunchMeasured(AppState& app, const std::string& path, const std::string& parameters,
                     const ImpactKey* item) {
+    if (item && app.watcher)
+        app.watcher->Prepare();
     const uint64_t started = NowMs();
     UniqueHandle process = LaunchProgram(app, path, parameters);
     if (item && app.watcher)

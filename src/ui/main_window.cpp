@@ -197,6 +197,11 @@ bool MainWindow::Load() {
     return true;
 }
 
+void MainWindow::Ready() {
+    if (!Hwnd() && !Load())
+        throw std::runtime_error("the main window could not be made");
+}
+
 int MainWindow::TrayMenuChoice() {
     trayMenu_ = BuildTrayMenuModel(app_);
     return ShowTrayMenu(Hwnd(), trayMenu_);

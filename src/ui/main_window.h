@@ -58,6 +58,8 @@ public:
     // The tray's "Open", and a second start of the program: during the log-on run this marks
     // the window as opened by the user, so the program stays when the run is over.
     void Open() override;
+    // The log-on run needs the window now: made (hidden) with its tray icon.
+    void Ready() override;
 
     // Rebuilds the startup tree from the folders, the Run keys and the file, and shows it.
     void Refresh();

@@ -86,7 +86,7 @@ TEST_F(LogOnRun, StartsTheStartupGroupInTurnLogsItAndEnds) {
             {"Tool.lnk", "", "Execute", 0, ""},
             {"Gone.lnk", "", "Execute", 0, ""}, // in no items folder: said in the log
             {"cmd.exe", "/c del " + record, "ExecuteReg", 0, "Wipe"},
-            {dell, record + " D", "ExecuteReg", 0, "Dell"},
+            {dell, record + " D", "ExecuteReg", 0.3f, "Dell"},
             {recorder, record + " C", "ExecuteReg", 0.5f, "Recorder"},
             {"Word.lnk", "", "ExecuteAU", 1, ""},
         });
@@ -104,7 +104,7 @@ TEST_F(LogOnRun, StartsTheStartupGroupInTurnLogsItAndEnds) {
                                      "Info: <time> Waiting for 0 seconds.",
                                      "Info: <time>  Tool.lnk ",
                                      "Warning: Startup Item Not Found: Gone.lnk",
-                                     "Info: <time> Waiting for 0 seconds.",
+                                     "Info: <time> Waiting for 0.3 seconds.",
                                      "Info: <time>  " + dell + " " + record + " D",
                                      "Info: <time> Waiting for 0.5 seconds.",
                                      "Info: <time>  " + recorder + " " + record + " A",
@@ -393,6 +393,7 @@ protected:
     bool IsVisible() const override { return visible; }
     void Unload() override { ++unloads; }
     void Open() override { ++opens; }
+    void Ready() override { readyAfter.push_back(starts.size()); }
     uint64_t NowMs() override { return now; }
     void WaitUntil(uint64_t deadline, const std::function<bool()>& stop) override {
         if (whileWaiting)
@@ -434,6 +435,7 @@ protected:
     std::function<std::optional<LoadSample>(uint64_t)> load;
     bool visible = false;
     int unloads = 0, opens = 0;
+    std::vector<size_t> readyAfter; // the starts made when the window was made, each run
     std::vector<std::string> starts, items;
 };
 
@@ -484,7 +486,8 @@ TEST_F(DelayedRunTest, EachProgramStartsItsDelayAfterTheOneBeforeFromWhereItIsKe
     EXPECT_NE(log.find("Warning: Startup Item Not Found: Gone.lnk\r\n"), std::string::npos);
     EXPECT_NE(log.find("Warning: Startup Item Not Found: %TOLVANE_RUN_TEST%\\e.exe\r\n"),
               std::string::npos);
-    EXPECT_EQ(unloads, 1); // StartupType 1, never opened: the program ends
+    EXPECT_EQ(unloads, 1);                         // StartupType 1, never opened: the program ends
+    EXPECT_EQ(readyAfter, std::vector<size_t>{0}); // the window and tray before the main wait
 }
 
 // A run held up (a busy machine, the tray menu held open, the process suspended) starts the
@@ -576,13 +579,17 @@ TEST_F(DelayedRunTest, TheRunEndsOnlyOnceTheMeasurementsAreKept) {
     Run();
     EXPECT_EQ(now, 13500);
     EXPECT_EQ(unloads, 1);
+    // Due at once, the program started before the window, which followed it 0.1 s later.
+    EXPECT_EQ(starts, std::vector<std::string>{"1000 " + folder / "a.exe" + "|"});
+    EXPECT_EQ(readyAfter, std::vector<size_t>{1});
 
     watcher.busyUntil = now + 30000;
     app.starts = {};
     int waits = 0;
-    whileWaiting = [&] { visible = ++waits == 2; }; // the main wait, then the measurements'
+    // The main wait, the program's head start, then the measurements'.
+    whileWaiting = [&] { visible = ++waits == 3; };
     Run();
-    EXPECT_EQ(waits, 2);
+    EXPECT_EQ(waits, 3);
     EXPECT_EQ(unloads, 1);
     EXPECT_TRUE(app.ShowGui);
     app.watcher = nullptr;

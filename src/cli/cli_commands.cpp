@@ -2,6 +2,9 @@
 
 #include <windows.h>
 
+#include <map>
+#include <memory>
+
 #include "cli/item_records.h"
 #include "config/app_state.h"
 #include "config/delay_load.h"
@@ -54,8 +57,16 @@ RecordLookups Lookups(AppState& app) {
         const RunCommandParts parts = SplitRunData(data, expandable, SystemCommandLine());
         return ItemCommand{parts.Path, parts.Parameters, expandable};
     };
-    l.DelayedRunCommand = [](const GroupProgram& program) {
-        const bool expandable = SavedCopyIsExpandable(program);
+    // Which delayed values Windows would expand, read once for all of them.
+    auto expandables = std::make_shared<std::map<std::string, bool>>();
+    if (const ProgramGroup* startup = app.model.StartupGroup()) {
+        const std::vector<bool> expandable = DelayedCopiesExpandable(app.model);
+        for (size_t i = 0; i < expandable.size(); ++i)
+            (*expandables)[DelayedProgramId(startup->Programs[i])] = expandable[i];
+    }
+    l.DelayedRunCommand = [expandables](const GroupProgram& program) {
+        const auto known = expandables->find(DelayedProgramId(program));
+        const bool expandable = known != expandables->end() && known->second;
         const RunCommandParts parts = DelayedCommand(program, expandable, SystemCommandLine());
         return ItemCommand{parts.Path, parts.Parameters, expandable};
     };

@@ -98,6 +98,9 @@ std::string SavedKeyOf(int location);
 // variables of such a command before it starts it, and so does the program. The copy is the
 // one of its name whose command is the program's, else the first of its name.
 bool SavedCopyIsExpandable(const GroupProgram& program);
+// The same for every program of the Startup group at once, in its order: each location's saved
+// copies are read once.
+std::vector<bool> DelayedCopiesExpandable(const ProgramModel& model);
 
 // The Windows user's name, as the per-user folder is named.
 std::string WindowsUserName();

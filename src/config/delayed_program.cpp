@@ -41,11 +41,12 @@ std::string ItemsFolderLookup(const AppState& app, const std::string& path,
     return EndsWith(ToLower(path), ".lnk") ? std::string() : path;
 }
 
-std::optional<ProgramStart> ResolveDelayedProgram(const AppState& app,
-                                                  const GroupProgram& program) {
+namespace {
+
+std::optional<ProgramStart> Resolve(const AppState& app, const GroupProgram& program,
+                                    bool expandable) {
     const CommandLineSystem& system = SystemCommandLine();
     if (program.Command == kExecuteReg || program.Command == kExecuteRegAU) {
-        const bool expandable = SavedCopyIsExpandable(program);
         const RunCommandParts command = DelayedCommand(program, expandable, system);
         if (!ProgramFound(command.Path, expandable, system))
             return std::nullopt;
@@ -62,15 +63,32 @@ std::optional<ProgramStart> ResolveDelayedProgram(const AppState& app,
     return start;
 }
 
-std::string WhyNotStarted(const AppState& app, const GroupProgram& program) {
-    if (Trim(program.Path).empty())
-        return std::string();
-    const std::string word = app.model.BlockingWord(program.Path, program.Parameters);
-    if (!word.empty())
-        return FillIn(app.text.Message(kNotStartedLine), {word});
-    if (!ResolveDelayedProgram(app, program))
-        return FillIn(app.text.Message(kNotFoundLine), {Trim(program.Path)});
-    return std::string();
+} // namespace
+
+std::optional<ProgramStart> ResolveDelayedProgram(const AppState& app,
+                                                  const GroupProgram& program) {
+    return Resolve(app, program, SavedCopyIsExpandable(program));
+}
+
+std::vector<std::string> WhyNotStarted(const AppState& app) {
+    std::vector<std::string> why;
+    const ProgramGroup* group = app.model.StartupGroup();
+    if (!group)
+        return why;
+    const std::vector<bool> expandable = DelayedCopiesExpandable(app.model);
+    for (size_t i = 0; i < group->Programs.size(); ++i) {
+        const GroupProgram& program = group->Programs[i];
+        std::string line;
+        if (!Trim(program.Path).empty()) {
+            const std::string word = app.model.BlockingWord(program.Path, program.Parameters);
+            if (!word.empty())
+                line = FillIn(app.text.Message(kNotStartedLine), {word});
+            else if (!Resolve(app, program, expandable[i]))
+                line = FillIn(app.text.Message(kNotFoundLine), {Trim(program.Path)});
+        }
+        why.push_back(std::move(line));
+    }
+    return why;
 }
 
 } // namespace tolvane

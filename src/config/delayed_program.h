@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "config/app_state.h"
 
@@ -27,9 +28,9 @@ struct ProgramStart {
 };
 std::optional<ProgramStart> ResolveDelayedProgram(const AppState& app, const GroupProgram& program);
 
-// Why the log-on run will not start a delayed program: the tip line of its item, from the
-// language's texts (the disallowed word that blocks it, or its file that is not there); ""
-// when it will start.
-std::string WhyNotStarted(const AppState& app, const GroupProgram& program);
+// Why the log-on run will not start each program of the Startup group, in its order: the tip
+// line of its item, from the language's texts (the disallowed word that blocks it, or its file
+// that is not there); "" for one that will start.
+std::vector<std::string> WhyNotStarted(const AppState& app);
 
 } // namespace tolvane

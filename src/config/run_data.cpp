@@ -149,14 +149,12 @@ bool ProgramFound(std::string_view program, bool expandable, const CommandLineSy
 RunCommandParts DelayedCommand(const GroupProgram& program, bool expandable,
                                const CommandLineSystem& system) {
     std::string path = Trim(program.Path);
-    if (path.size() >= 2 && path.front() == '"' && path.back() == '"')
+    if (path.size() >= 2 && path.front() == '"' && path.find('"', 1) == path.size() - 1)
         path = Trim(std::string_view(path).substr(1, path.size() - 2));
     RunCommandParts stored{path, Trim(program.Parameters)};
     if (path.empty() || ProgramFound(path, expandable, system))
         return stored;
-    const std::string whole = stored.Parameters.empty()
-                                  ? RemoveAll(path, '"')
-                                  : RemoveAll(path, '"') + " " + stored.Parameters;
+    const std::string whole = stored.Parameters.empty() ? path : path + " " + stored.Parameters;
     RunCommandParts again = SplitRunData(whole, expandable, system);
     return ProgramFound(again.Path, expandable, system) ? again : stored;
 }

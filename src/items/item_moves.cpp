@@ -452,8 +452,8 @@ StoppedValue FindStoppedValue(const ProgramModel& model, const ValueKey& at,
 // Takes a value out of its Run key: a saved copy first (type and bytes as they are), its
 // backup line, then the deletion. At no moment is the value nowhere. The value must still be
 // the one the list showed: another command under that name is the user's to look at first.
-void TakeOutValue(const ValueKey& at, const NameData& listed, RegBackup& backup, UndoSteps& undo) {
-    auto value = CRegistry().GetValue(at.Root(), kRunKey, listed.Name);
+void TakeOutValue(const ValueKey& at, const NameData& listed,
+                  const std::optional<RegistryValue>& value, RegBackup& backup, UndoSteps& undo) {
     if (!value)
         throw MoveFailure("the Run value \"" + listed.Name + "\" is not there any more",
                           Refusal::Gone);
@@ -499,11 +499,11 @@ void DelayActiveValue(Mover& m, const ValueKey& at, std::string_view text, bool 
     const NameData value = SplitNameData(text);
     if (value.Name.empty())
         throw MoveFailure("the item has no Run value name");
-    const RunCommandParts parts =
-        CommandOf(value.Data, CRegistry().GetValue(at.Root(), kRunKey, value.Name));
+    const std::optional<RegistryValue> now = CRegistry().GetValue(at.Root(), kRunKey, value.Name);
+    const RunCommandParts parts = CommandOf(value.Data, now);
     if (!stop)
         RefuseBlocked(model, parts);
-    TakeOutValue(at, value, backup, undo);
+    TakeOutValue(at, value, now, backup, undo);
     if (stop)
         model.AddStoppedProgram(StoppedRunEntry(value.Name, value.Data), at.Location);
     else

@@ -63,10 +63,7 @@ bool RefreshData(AppState& app, TreeModel& tree, StartupListing& listing,
         // Measurements are shown, never needed: a missing or unreadable file shows none.
         const std::optional<std::string> impact = ReadFileBytes(CDelayLoad(app).ImpactFilePath());
         listing.Impacts = impact ? ParseImpactFile(*impact).Records : std::vector<ImpactRecord>();
-        listing.DelayedNotices.clear();
-        if (const ProgramGroup* startup = app.model.StartupGroup())
-            for (const GroupProgram& program : startup->Programs)
-                listing.DelayedNotices.push_back(WhyNotStarted(app, program));
+        listing.DelayedNotices = WhyNotStarted(app);
         StartupTreeHooks hooks;
         hooks.Timer = SecondsSinceMidnight;
         hooks.Progress = progress;

@@ -175,6 +175,8 @@ TEST(RunData, RunValuesReadAsWindowsReadsThem) {
                       "Discord.exe",
                       ""),
               "C:\\Users\\Ann\\AppData\\Local\\Discord\\Update.exe|--processStart Discord.exe");
+    EXPECT_EQ(delayed("\"C:\\Tools\\sync.exe\" --tray \"a b\"", ""),
+              "C:\\Tools\\sync.exe|--tray \"a b\"");
     EXPECT_EQ(delayed("C:\\Gone\\x.exe", "-a"), "C:\\Gone\\x.exe|-a");
     EXPECT_TRUE(ProgramFound("%windir%\\system32\\SecurityHealthSystray.exe", true, machine));
     EXPECT_FALSE(ProgramFound("%windir%\\system32\\SecurityHealthSystray.exe", false, machine));

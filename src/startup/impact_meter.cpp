@@ -36,12 +36,12 @@ ImpactMeter::ImpactMeter(std::string file, const EventLog* log, uint64_t watchMs
 ImpactMeter::~ImpactMeter() {
     SetEvent(stop_.get());
     {
-        std::lock_guard<std::mutex> lock(jobsMutex_);
+        ScopedLock lock(jobsMutex_);
         ending_ = true;
     }
-    wake_.notify_all();
+    wake_.NotifyAll();
     for (Worker& worker : workers_)
-        worker.Thread.join();
+        worker.Thread.Join();
 }
 
 bool ImpactMeter::Stopping(DWORD waitMs) const {
@@ -51,18 +51,26 @@ bool ImpactMeter::Stopping(DWORD waitMs) const {
 void ImpactMeter::AddWorker() {
     for (auto w = workers_.begin(); w != workers_.end();) {
         if (*w->Done) {
-            w->Thread.join();
+            w->Thread.Join();
             w = workers_.erase(w);
         } else {
             ++w;
         }
     }
     auto done = std::make_shared<std::atomic<bool>>(false);
-    workers_.push_back({std::thread([this, done] { Work(done); }), done});
+    // What a measurement's own guard cannot catch ends the worker, said in the log.
+    workers_.push_back(
+        {WorkerThread([this, done] { Work(done); },
+                      [this, done](const char* what) {
+                          *done = true;
+                          if (log_)
+                              log_->WriteLog(std::string("Impact Meter Error: ") + what, kLogError);
+                      }),
+         done});
 }
 
 void ImpactMeter::Prepare() {
-    std::lock_guard<std::mutex> lock(jobsMutex_);
+    ScopedLock lock(jobsMutex_);
     try {
         if (idle_ == 0)
             AddWorker();
@@ -72,20 +80,27 @@ void ImpactMeter::Prepare() {
 }
 
 void ImpactMeter::Work(std::shared_ptr<std::atomic<bool>> done) {
-    std::unique_lock<std::mutex> lock(jobsMutex_);
+    ScopedLock lock(jobsMutex_);
     for (;;) {
         ++idle_;
-        wake_.wait(lock, [this] { return ending_ || !jobs_.empty(); });
+        wake_.Wait(lock, [this] { return ending_ || !jobs_.empty(); });
         --idle_;
         if (ending_)
             return;
         Job job = std::move(jobs_.front());
         jobs_.pop_front();
-        lock.unlock();
-        Measure(job.Item, std::move(job.Process), job.Launched, job.StartedMs,
-                job.StartedSystemTime, job.MeasuredAt);
+        lock.Unlock();
+        try {
+            Measure(job.Item, std::move(job.Process), job.Launched, job.StartedMs,
+                    job.StartedSystemTime, job.MeasuredAt);
+        } catch (const std::exception& e) {
+            // One measurement lost, said in the log; the item keeps its last one.
+            if (log_)
+                log_->WriteLog("Impact of " + job.Item.Name + " not measured: " + e.what(),
+                               kLogWarning);
+        }
         --pending_;
-        lock.lock();
+        lock.Lock();
         // One worker waiting is enough for the next start.
         if (idle_ > 0 && jobs_.empty()) {
             *done = true;
@@ -101,12 +116,12 @@ void ImpactMeter::Watch(const ImpactKey& item, void* process, const std::string&
     const uint64_t elapsed = NowMs() - std::min(startedMs, NowMs());
     const uint64_t since = SystemTimeNow() - (elapsed + 1000) * kSystemTicksPerMs;
     if (owned) {
-        std::lock_guard<std::mutex> lock(mutex_);
+        ScopedLock lock(mutex_);
         claimed_.push_back(GetProcessId(owned.get()));
     }
     ++pending_;
     {
-        std::lock_guard<std::mutex> lock(jobsMutex_);
+        ScopedLock lock(jobsMutex_);
         jobs_.push_back({item, std::move(owned), launched, startedMs, since, LocalTimeText()});
         try {
             if (idle_ < static_cast<int>(jobs_.size()))
@@ -119,7 +134,7 @@ void ImpactMeter::Watch(const ImpactKey& item, void* process, const std::string&
                                kLogWarning);
         }
     }
-    wake_.notify_one();
+    wake_.NotifyOne();
 }
 
 UniqueHandle ImpactMeter::FindStarted(const std::string& launched, uint64_t since) {
@@ -131,7 +146,7 @@ UniqueHandle ImpactMeter::FindStarted(const std::string& launched, uint64_t sinc
         exe.clear();
     for (int attempt = 0; attempt < kFindAttempts && (attempt == 0 || !Stopping(kPollMs));
          ++attempt) {
-        std::lock_guard<std::mutex> lock(mutex_);
+        ScopedLock lock(mutex_);
         FoundProcess found = FindNewProcess(exe, since, claimed_);
         if (found.Handle) {
             claimed_.push_back(found.Id);
@@ -193,12 +208,12 @@ void ImpactMeter::Measure(ImpactKey item, UniqueHandle process, std::string laun
     record.WatchedMs = std::min<uint64_t>(NowMs() - startedMs, watchMs_);
     if (read)
         Keep(record);
-    std::lock_guard<std::mutex> lock(mutex_);
+    ScopedLock lock(mutex_);
     claimed_.erase(std::remove(claimed_.begin(), claimed_.end(), id), claimed_.end());
 }
 
 void ImpactMeter::Keep(const ImpactRecord& record) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    ScopedLock lock(mutex_);
     try {
         std::vector<ImpactRecord> records;
         if (const std::optional<std::string> bytes = ReadFileBytes(file_))

@@ -4,19 +4,17 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <memory>
-#include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <windows.h>
 
 #include "config/app_state.h"
 #include "platform/handles.h"
+#include "platform/threads.h"
 
 namespace tolvane {
 
@@ -44,7 +42,7 @@ private:
         std::string MeasuredAt;
     };
     struct Worker {
-        std::thread Thread;
+        WorkerThread Thread;
         std::shared_ptr<std::atomic<bool>> Done;
     };
     // Measures the jobs handed to it; ends after one when another worker is waiting already.
@@ -62,14 +60,14 @@ private:
     const EventLog* log_;
     uint64_t watchMs_;
     UniqueHandle stop_;          // set when the meter goes
-    std::mutex mutex_;           // the file and the claimed processes
+    SrwMutex mutex_;             // the file and the claimed processes
     std::vector<DWORD> claimed_; // processes being watched, so no shortcut takes another's
     std::atomic<int> pending_{0};
 
     // The workers. One is made before a start, so that the start of a program, the moment that
     // counts, makes no thread; one stays waiting for the next start, the others end.
-    std::mutex jobsMutex_;
-    std::condition_variable wake_;
+    SrwMutex jobsMutex_;
+    ConditionVariable wake_;
     std::deque<Job> jobs_;
     std::vector<Worker> workers_;
     int idle_ = 0;

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdlib>
 #include <random>
 
 #include "support/test_support.h"
@@ -50,6 +52,44 @@ TEST(Strings, NumbersAcceptBothDecimalSeparatorsAndNothingElse) {
                             "+-1", "1e+", "e5", "1e400"})
         EXPECT_FALSE(ParseNumber(bad)) << '"' << bad << '"';
     EXPECT_FALSE(ParseSingle("1e39")); // no single holds it
+
+    // The reading agrees with the C library's: bit for bit for numbers as people and files
+    // write them (up to 19 digits, powers of ten up to 22), within the last bit of a double
+    // for longer and extreme ones; and the single that the program keeps always the same.
+    std::mt19937 rng(11);
+    auto digits = [&](int n) {
+        std::string s;
+        for (int i = 0; i < n; ++i)
+            s += static_cast<char>('0' + rng() % 10);
+        return s;
+    };
+    for (int i = 0; i < 40000; ++i) {
+        const bool plain = i % 2;
+        std::string text = (rng() % 4 == 0 ? "-" : "") + digits(1 + rng() % (plain ? 15 : 24));
+        if (rng() % 2)
+            text.insert(rng() % text.size() + (text[0] == '-'), ".");
+        if (rng() % 3 == 0)
+            text += "e" + std::to_string(plain ? static_cast<int>(rng() % 14) - 7
+                                               : static_cast<int>(rng() % 640) - 330);
+        const double expected = std::strtod(text.c_str(), nullptr);
+        const std::optional<double> read = ParseNumber(text);
+        if (!std::isfinite(expected)) {
+            EXPECT_FALSE(read) << text;
+            continue;
+        }
+        ASSERT_TRUE(read) << text;
+        if (plain) {
+            EXPECT_EQ(*read, expected) << text;
+        } else {
+            EXPECT_LE(std::fabs(*read - expected),
+                      std::fabs(std::nextafter(expected, 0.0) - expected))
+                << text;
+        }
+        EXPECT_EQ(std::signbit(*read), std::signbit(expected)) << text;
+        if (std::fabs(expected) <= 3.4028234663852886e38) {
+            EXPECT_EQ(ParseSingle(text), static_cast<float>(expected)) << text;
+        }
+    }
 
     // Whole numbers round half to even and must fit in sixteen bits.
     const std::pair<const char*, int> whole[] = {

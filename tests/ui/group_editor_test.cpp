@@ -80,9 +80,10 @@ TEST_F(GroupEditorTest, AProgramAddedToANewGroupIsWrittenAndShown) {
     EXPECT_TRUE(editor.AddEnabled);
     editor.Delay = "5";
     editor.Add();
-    EXPECT_NE(files.file.find(
-                  "void My_Tools()\r\n{\r\n     Execute (\"C:\\Tools\\Clock.exe\", \"\", 5, \"\");"),
-              std::string::npos)
+    EXPECT_NE(
+        files.file.find(
+            "void My_Tools()\r\n{\r\n     Execute (\"C:\\Tools\\Clock.exe\", \"\", 5, \"\");"),
+        std::string::npos)
         << files.file;
     EXPECT_EQ(Fields(), "|||0");
     EXPECT_EQ(editor.Tree.Node(NodeOf("C:\\Tools\\Clock.exe")).Parent, NodeOf("My Tools"));

@@ -1,6 +1,5 @@
 #include "ui/tips/tip_dialog.h"
 
-#include <chrono>
 #include <memory>
 #include <exception>
 #include <random>
@@ -16,8 +15,8 @@ namespace tolvane {
 namespace {
 
 std::function<double()> ClockSeededRandom() {
-    auto engine = std::make_shared<std::mt19937>(static_cast<std::mt19937::result_type>(
-        std::chrono::steady_clock::now().time_since_epoch().count()));
+    auto engine =
+        std::make_shared<std::mt19937>(static_cast<std::mt19937::result_type>(GetTickCount64()));
     return [engine] { return std::uniform_real_distribution<double>(0.0, 1.0)(*engine); };
 }
 

@@ -1,0 +1,48 @@
+#include "platform/threads.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace tolvane {
+
+WorkerThread::WorkerThread(std::function<void()> work, std::function<void(const char*)> failed) {
+    auto start = std::make_unique<Start>(Start{std::move(work), std::move(failed)});
+    thread_.reset(CreateThread(nullptr, 0, &WorkerThread::Run, start.get(), 0, nullptr));
+    if (!thread_)
+        throw std::runtime_error("no thread could be made (error " +
+                                 std::to_string(GetLastError()) + ")");
+    start.release(); // the thread's own now
+}
+
+void WorkerThread::Join() noexcept {
+    if (thread_)
+        WaitForSingleObject(thread_.get(), INFINITE);
+    thread_.reset();
+}
+
+namespace {
+
+void Report(const std::function<void(const char*)>& failed, const char* what) noexcept {
+    try {
+        if (failed)
+            failed(what);
+    } catch (...) {
+        // Nothing more can be said: the log itself failed.
+    }
+}
+
+} // namespace
+
+DWORD WINAPI WorkerThread::Run(void* parameter) noexcept {
+    std::unique_ptr<Start> start(static_cast<Start*>(parameter));
+    try {
+        start->Work();
+    } catch (const std::exception& e) {
+        Report(start->Failed, e.what());
+    } catch (...) {
+        Report(start->Failed, "an unknown failure");
+    }
+    return 0;
+}
+
+} // namespace tolvane

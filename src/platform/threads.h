@@ -1,0 +1,95 @@
+// A worker thread, a lock and a condition, straight over the system's own. The program needs
+// no more of threads than this, and the C++ library's versions would bring a POSIX thread
+// layer into the exe that waits in memory at every log-on.
+#pragma once
+
+#include <windows.h>
+
+#include <exception>
+#include <functional>
+#include <memory>
+#include <utility>
+
+#include "platform/handles.h"
+
+namespace tolvane {
+
+// A slim reader/writer lock, taken exclusively.
+class SrwMutex {
+public:
+    SrwMutex() = default;
+    SrwMutex(const SrwMutex&) = delete;
+    SrwMutex& operator=(const SrwMutex&) = delete;
+    void Lock() noexcept { AcquireSRWLockExclusive(&lock_); }
+    void Unlock() noexcept { ReleaseSRWLockExclusive(&lock_); }
+    SRWLOCK* Native() noexcept { return &lock_; }
+
+private:
+    SRWLOCK lock_ = SRWLOCK_INIT;
+};
+
+// The lock held for a scope, which may let go of it for a while.
+class ScopedLock {
+public:
+    explicit ScopedLock(SrwMutex& mutex) noexcept : mutex_(mutex) { mutex_.Lock(); }
+    ~ScopedLock() {
+        if (held_)
+            mutex_.Unlock();
+    }
+    ScopedLock(const ScopedLock&) = delete;
+    ScopedLock& operator=(const ScopedLock&) = delete;
+    void Unlock() noexcept {
+        mutex_.Unlock();
+        held_ = false;
+    }
+    void Lock() noexcept {
+        mutex_.Lock();
+        held_ = true;
+    }
+    SrwMutex& Mutex() noexcept { return mutex_; }
+
+private:
+    SrwMutex& mutex_;
+    bool held_ = true;
+};
+
+class ConditionVariable {
+public:
+    ConditionVariable() = default;
+    ConditionVariable(const ConditionVariable&) = delete;
+    ConditionVariable& operator=(const ConditionVariable&) = delete;
+    // Waits with the lock held on entry and on return, until `ready` is true.
+    template <class Ready> void Wait(ScopedLock& lock, Ready ready) {
+        while (!ready())
+            SleepConditionVariableSRW(&condition_, lock.Mutex().Native(), INFINITE, 0);
+    }
+    void NotifyOne() noexcept { WakeConditionVariable(&condition_); }
+    void NotifyAll() noexcept { WakeAllConditionVariable(&condition_); }
+
+private:
+    CONDITION_VARIABLE condition_ = CONDITION_VARIABLE_INIT;
+};
+
+// One thread that runs a function and is joined by its owner. Nothing thrown leaves the
+// thread: `failed` hears what was, as a window procedure's failures are logged.
+class WorkerThread {
+public:
+    WorkerThread() = default;
+    // Throws std::runtime_error when the system makes no thread.
+    WorkerThread(std::function<void()> work, std::function<void(const char*)> failed);
+    WorkerThread(WorkerThread&&) noexcept = default;
+    WorkerThread& operator=(WorkerThread&&) noexcept = default;
+    ~WorkerThread() { Join(); }
+    // Waits until the function has returned.
+    void Join() noexcept;
+
+private:
+    struct Start {
+        std::function<void()> Work;
+        std::function<void(const char*)> Failed;
+    };
+    static DWORD WINAPI Run(void* start) noexcept;
+    UniqueHandle thread_;
+};
+
+} // namespace tolvane

@@ -33,10 +33,10 @@ std::string ItemsFolderLookup(const AppState& app, const std::string& path,
         std::swap(own, other);
     for (const std::string* folder : {own, other}) {
         const std::string joined = *folder + path;
-        if (CDirStruct::ExactFileExists(joined))
+        if (CDirStruct::NamedFileExists(joined))
             return joined;
     }
-    if (CDirStruct::ExactFileExists(path))
+    if (CDirStruct::NamedFileExists(path))
         return path;
     return EndsWith(ToLower(path), ".lnk") ? std::string() : path;
 }

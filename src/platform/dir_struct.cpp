@@ -60,8 +60,24 @@ bool CDirStruct::ReturnFiles(std::string_view folder, std::vector<std::string>& 
     return true;
 }
 
-bool CDirStruct::ExactFileExists(std::string_view path) {
-    if (path.empty())
+bool CDirStruct::SameName(std::string_view a, std::string_view b) {
+    if (a == b)
+        return true;
+    auto wide = [](std::string_view s) {
+        const int n = MultiByteToWideChar(CP_ACP, 0, s.data(), static_cast<int>(s.size()),
+                                          nullptr, 0);
+        std::wstring w(static_cast<size_t>(n > 0 ? n : 0), L'\0');
+        if (n > 0)
+            MultiByteToWideChar(CP_ACP, 0, s.data(), static_cast<int>(s.size()), w.data(), n);
+        return w;
+    };
+    const std::wstring wa = wide(a), wb = wide(b);
+    return CompareStringOrdinal(wa.data(), static_cast<int>(wa.size()), wb.data(),
+                                static_cast<int>(wb.size()), TRUE) == CSTR_EQUAL;
+}
+
+bool CDirStruct::NamedFileExists(std::string_view path) {
+    if (path.empty() || path.find_first_of("*?") != std::string_view::npos)
         return false;
     const std::string_view name = PathLastPart(path);
     WIN32_FIND_DATAA data{};
@@ -69,7 +85,7 @@ bool CDirStruct::ExactFileExists(std::string_view path) {
     if (!find)
         return false;
     do {
-        if (EntryName(data) == name)
+        if (SameName(EntryName(data), name))
             return true;
     } while (FindNextFileA(find.get(), &data));
     return false;

@@ -19,10 +19,15 @@ public:
 
     // A plain lookup of an ordinary file: no folders, no hidden or system files.
     static bool OrdinaryFileExists(std::string_view path);
-    // An entry stands at the path (absolute, or relative to the current folder) whose name is
-    // the path's last part exactly, letter case included (the platform's own match ignores
-    // case and also matches short 8.3 names).
-    static bool ExactFileExists(std::string_view path);
+    // An entry stands at the path (absolute, or relative to the current folder) whose own name
+    // is the path's last part, in any letter case as Windows compares file names. A wildcard
+    // matches nothing, and neither does an entry's short 8.3 alias, which the platform's own
+    // lookup would also take.
+    static bool NamedFileExists(std::string_view path);
+    // Two names of files or values are the same to Windows: equal but for letter case, for
+    // every letter the system folds (ordinal comparison, as the file system and the registry
+    // compare names).
+    static bool SameName(std::string_view a, std::string_view b);
 
 private:
     bool FindEntry(std::string_view name, std::string_view folder, bool foldersOnly);

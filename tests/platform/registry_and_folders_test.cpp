@@ -109,11 +109,19 @@ TEST_F(DirStruct, ListingsSkipOnlyDotsAndTheLowerCaseDesktopIni) {
     EXPECT_EQ(Listed(dir.Path()), (Lines{"Sub", "Tool.lnk", "hidden.lnk"}));
 }
 
-TEST_F(DirStruct, EntriesMatchTheirExactNameAndFoldersAreMadeOneLevelDeep) {
+TEST_F(DirStruct, EntriesMatchTheirOwnNameAndFoldersAreMadeOneLevelDeep) {
     WriteFileBytes(dir / "tool.lnk", "");
-    EXPECT_TRUE(CDirStruct::ExactFileExists(dir / "tool.lnk"));
-    EXPECT_FALSE(CDirStruct::ExactFileExists(dir / "TOOL.LNK")); // the platform would say yes
-    EXPECT_FALSE(CDirStruct::ExactFileExists(dir / "*.lnk"));    // no pattern matches
+    EXPECT_TRUE(CDirStruct::NamedFileExists(dir / "tool.lnk"));
+    EXPECT_TRUE(CDirStruct::NamedFileExists(dir / "TOOL.LNK")); // as Windows compares names
+    EXPECT_FALSE(CDirStruct::NamedFileExists(dir / "*.lnk"));   // no pattern matches
+    EXPECT_FALSE(CDirStruct::NamedFileExists(dir / "tool.lnk.txt"));
+    // Never by the short alias that the platform's own lookup would take.
+    WriteFileBytes(dir / "A long shortcut name.lnk", "");
+    char alias[MAX_PATH] = {};
+    ASSERT_GT(GetShortPathNameA((dir / "A long shortcut name.lnk").c_str(), alias, MAX_PATH), 0u);
+    EXPECT_NE(std::string(alias), dir / "A long shortcut name.lnk");
+    EXPECT_TRUE(test::PathExists(alias));
+    EXPECT_FALSE(CDirStruct::NamedFileExists(alias));
     EXPECT_TRUE(CDirStruct::OrdinaryFileExists(dir / "tool.lnk"));
     EXPECT_FALSE(CDirStruct::OrdinaryFileExists(dir.Path()));
     SetFileAttributesA((dir / "tool.lnk").c_str(), FILE_ATTRIBUTE_HIDDEN);

@@ -442,7 +442,7 @@ protected:
 TEST_F(DelayedRunTest, EachProgramStartsItsDelayAfterTheOneBeforeFromWhereItIsKept) {
     for (const std::string& file :
          {app.folders.UserItemsFolder + "Go.bat", app.folders.UserItemsFolder + "Site.url",
-          app.folders.UserItemsFolder + "Tool.LNK", app.folders.AllUsersItemsFolder + "Same.lnk",
+          app.folders.UserItemsFolder + "TOOL.lnk", app.folders.AllUsersItemsFolder + "Same.lnk",
           app.folders.UserItemsFolder + "Same.lnk"})
         test::WriteFileBytes(file, "x");
     // An expandable Run value: Windows fills in its variables, and so does the run.
@@ -458,7 +458,7 @@ TEST_F(DelayedRunTest, EachProgramStartsItsDelayAfterTheOneBeforeFromWhereItIsKe
         {"Go.bat", "", "Execute", 5, ""},
         {"Site.url", "", "Execute", 0, ""},
         {"Gone.lnk", "", "Execute", 0, ""}, // nowhere: said in the log, no wait
-        {"Tool.LNK", "", "Execute", 2.5f, ""},
+        {"Tool.LNK", "", "Execute", 2.5f, ""}, // its file's name in another letter case
         {"Same.lnk", "", "ExecuteAU", 0, ""}, // its own location's folder first
         {"%TOLVANE_RUN_TEST%\\e.exe", "%OS%", "ExecuteReg", 0, "Exp"},
         {"%TOLVANE_RUN_TEST%\\e.exe", "", "ExecuteReg", 1, "Lit"}, // plain text: not there

@@ -7,9 +7,11 @@
 #include <memory>
 
 #include "config/delay_load.h"
+#include "config/program_group_store.h"
 #include "platform/dir_struct.h"
 #include "platform/handles.h"
 #include "platform/message_pump.h"
+#include "platform/path_rules.h"
 #include "config/app_state.h"
 #include "startup/data_lists.h"
 #include "startup/delayed_run.h"
@@ -73,14 +75,7 @@ namespace {
 // One name per executable: a second start of the same exe, in either mode, finds it taken,
 // while a copy of the program elsewhere runs on its own.
 std::string InstanceMutexName() {
-    uint64_t hash = 1469598103934665603ull; // FNV-1a of the lower-case path
-    for (char c : ToLower(RunningExePath())) {
-        hash ^= static_cast<unsigned char>(c);
-        hash *= 1099511628211ull;
-    }
-    char name[64];
-    snprintf(name, sizeof name, "Local\\Tolvane-%016llx", static_cast<unsigned long long>(hash));
-    return name;
+    return "Local\\Tolvane-" + PathHashText(RunningExePath());
 }
 
 std::string ProcessImage(HANDLE process) {
@@ -136,7 +131,7 @@ int RunInstallerStep(std::string_view arguments) {
             RemoveOwnRunEntries(app);
         } else if (CDirStruct::OrdinaryFileExists(CDelayLoad(app).FilePath())) {
             InitGlobals(app);
-            CDelayLoad(app).LoadItems();
+            ProgramGroupStore(app).Load();
             UpdateRunEntry(app, app.model.StartupType);
         } // else a first install: nothing kept, nothing to start at log-on
     } catch (const std::exception& e) {
@@ -159,7 +154,7 @@ int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& mes
             return RunInstallerStep(arguments);
         app = std::make_unique<AppState>(RunningProgramFolder(), messages);
         InitGlobals(*app);
-        CDelayLoad(*app).LoadItems();
+        ProgramGroupStore(*app).Load();
 
         instanceMutex.reset(CreateMutexA(nullptr, FALSE, InstanceMutexName().c_str()));
         if (GetLastError() == ERROR_ALREADY_EXISTS) {

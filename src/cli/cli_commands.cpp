@@ -8,6 +8,7 @@
 #include "cli/item_records.h"
 #include "config/app_state.h"
 #include "config/delay_load.h"
+#include "config/program_group_store.h"
 #include "config/impact_file.h"
 #include "config/run_data.h"
 #include "config/system_command_line.h"
@@ -88,21 +89,22 @@ std::string Joined(const std::vector<std::string>& lines, size_t from) {
     return text;
 }
 
-// A delayed item's own delay, set after its move.
+// A delayed item's own delay, set after its move, on the file as it is now.
 void SetDelay(AppState& app, const ImpactKey& item, float delay) {
-    ProgramGroup* startup = app.model.StartupGroup();
-    if (!startup)
-        return;
-    for (size_t i = 0; i < startup->Programs.size(); ++i) {
-        const GroupProgram& p = startup->Programs[i];
-        const std::optional<ImpactKey> key = ImpactKeyOf(p);
-        if (key && SameItem(*key, item)) {
-            (void)app.model.UpdateProgramInGroup(app.model.StartupGroupIndex, static_cast<int>(i),
-                                                 p.Path, p.Parameters, delay);
-            CDelayLoad(app).WriteItems();
+    ProgramGroupStore(app).Change([&](ProgramModel& model) {
+        ProgramGroup* startup = model.StartupGroup();
+        if (!startup)
             return;
+        for (size_t i = 0; i < startup->Programs.size(); ++i) {
+            const GroupProgram& p = startup->Programs[i];
+            const std::optional<ImpactKey> key = ImpactKeyOf(p);
+            if (key && SameItem(*key, item)) {
+                (void)model.UpdateProgramInGroup(model.StartupGroupIndex, static_cast<int>(i),
+                                                 p.Path, p.Parameters, delay);
+                return;
+            }
         }
-    }
+    });
 }
 
 } // namespace
@@ -190,8 +192,15 @@ int RunCliRequest(AppState& app, ConsoleMessages& messages, const CliRequest& re
             err = "\"" + item.Name + "\" could not be moved; log.txt says why.\n";
         return kCliRefused;
     }
-    if (request.Verb == CliVerb::Delay && request.Delay)
-        SetDelay(app, {item.Location, OwnName(item)}, *request.Delay);
+    if (request.Verb == CliVerb::Delay && request.Delay) {
+        try {
+            SetDelay(app, {item.Location, OwnName(item)}, *request.Delay);
+        } catch (const std::exception& e) {
+            err = "\"" + item.Name + "\" was delayed, but its delay could not be set: " + e.what() +
+                  "\n";
+            return kCliRefused;
+        }
+    }
     (void)RefreshData(app, tree, listing);
     return kCliDone;
 }

@@ -160,12 +160,13 @@ void CDelayLoad::WriteItems() {
     file.Commit();
 }
 
-void CDelayLoad::LoadItems() {
+void CDelayLoad::LoadItems(bool writeMissing) {
     ProgramModel& model = app_.model;
     if (!IsFile(filePath_)) {
         SetDefaultModel(model);
         try {
-            WriteItems();
+            if (writeMissing)
+                WriteItems();
         } catch (const FileError&) {
             // The folder cannot be written: the model of a first start holds all the same.
             app_.messages.ShowMessage(app_.text.Message(13), "Tolvane - Error",

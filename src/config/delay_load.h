@@ -50,10 +50,11 @@ public:
     bool GetStoppedInfo(int index, StoppedCommand& command);
 
     // Rebuilds the model from the file (and fills the bound tree). A missing file gives the
-    // model of a first start, which is written at once. A file that cannot be read whole is
-    // reported with message 13; the model keeps what was read, and the file as it was is kept
-    // beside it (".unreadable"), since the next write replaces it with what was read.
-    void LoadItems();
+    // model of a first start, which is written at once unless writeMissing is false. A file that
+    // cannot be read whole is reported with message 13; the model keeps what was read, and the file
+    // as it was is kept beside it (".unreadable"), since the next write replaces it with what was
+    // read.
+    void LoadItems(bool writeMissing = true);
     // Writes the whole model; throws FileError when it cannot, leaving the old file intact.
     void WriteItems();
 

@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "config/delay_load.h"
+#include "config/program_group_store.h"
 #include "platform/file_io.h"
 #include "config/app_state.h"
 #include "text/language.h"
@@ -43,13 +44,14 @@ bool ChooseLanguage(AppState& app, size_t index) {
     const std::string& code = app.text.Languages[index].Code;
     if (code.empty() || code == app.model.Language)
         return false;
-    app.model.Language = code;
-    LoadLanguageFiles(app);
     try {
-        CDelayLoad(app).WriteItems();
+        ProgramGroupStore(app).Change([&](ProgramModel& file) { file.Language = code; });
     } catch (const std::exception& e) {
+        // The texts change all the same, for this run: the file keeps the language it had.
         app.log.WriteLog(std::string("Language choice: ") + e.what(), kLogError);
+        app.model.Language = code;
     }
+    LoadLanguageFiles(app);
     return true;
 }
 

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "config/delay_load.h"
+#include "config/program_group_store.h"
 #include "config/run_data.h"
 #include "config/system_command_line.h"
 #include "items/startup_approved.h"
@@ -153,8 +154,6 @@ public:
             throw MoveFailure("the delayed program could not be removed from the Startup group");
     }
 
-    void Write() { CDelayLoad(app_).WriteItems(); }
-
     void Log(const std::string& text, int level = kLogError) { app_.log.WriteLog(text, level); }
     void Show(const std::string& text) {
         app_.messages.ShowMessage(text, "Tolvane", kMbOk | kMbIconExclamation);
@@ -191,22 +190,20 @@ public:
             Show(FillIn(Message(kNotTakenBackMessage), {item, Joined(notTakenBack)}));
     }
 
-    // One move of one item: its steps and its changes to the model stand only when the model's
-    // file was written as well.
+    // One move of one item, on the file as it is now: its steps and its changes to the model
+    // stand only when the model's file was written as well. The user is told of a failure once
+    // the file is free again.
     bool Single(const char* routine, std::string_view item,
                 const std::function<void(UndoSteps&)>& move) {
-        ModelSnapshot snapshot(app_.model);
         UndoSteps undo;
         try {
-            move(undo);
-            Write();
+            ProgramGroupStore(app_).Change([&](ProgramModel&) { move(undo); });
         } catch (const std::exception& e) {
             const std::vector<std::string> notTakenBack = undo.TakeBack();
             Report(routine, item, e.what(), Why(item, e), notTakenBack);
-            return false; // the snapshot puts the model back
+            return false; // the store left the model as the file holds it
         }
         undo.Keep();
-        snapshot.Keep();
         return true;
     }
 
@@ -214,12 +211,12 @@ public:
     using ItemMove = std::function<void(UndoSteps&)>;
     using ItemRunner = std::function<void(std::string_view item, const ItemMove&)>;
 
-    // A pass over checked items. An item that fails is taken back and ends the pass; the items
-    // before it stay moved and are written to the file. Should the file not be written, every
-    // item of the pass is taken back. A failure shows the pass's message and the item's reason.
+    // A pass over checked items, on the file as it is now. An item that fails is taken back
+    // and ends the pass; the items before it stay moved and are written to the file. Should the
+    // file not be written, every item of the pass is taken back. A failure shows the pass's
+    // message and the item's reason.
     bool Pass(const char* routine, int message, const std::function<void(const ItemRunner&)>& body,
               const std::function<void()>& finish = {}) {
-        ModelSnapshot snapshot(app_.model);
         UndoSteps done;
         std::string failedItem, what, why;
         std::vector<std::string> notTakenBack;
@@ -239,26 +236,26 @@ public:
             steps.MoveInto(done);
         };
         try {
-            body(item);
-        } catch (const PassEnds&) {
-        } catch (const std::exception& e) {
-            what = e.what();
-            why = e.what();
-        }
-        try {
-            if (finish)
-                finish();
-            Write();
+            ProgramGroupStore(app_).Change([&](ProgramModel&) {
+                try {
+                    body(item);
+                } catch (const PassEnds&) {
+                } catch (const std::exception& e) {
+                    what = e.what();
+                    why = e.what();
+                }
+                if (finish)
+                    finish();
+            });
         } catch (const std::exception& e) {
             for (std::string& step : done.TakeBack())
                 notTakenBack.push_back(std::move(step));
             what = what.empty() ? e.what() : what + "; " + e.what();
             why = why.empty() ? e.what() : why;
             Report(routine, failedItem, what, Message(message) + "\r\n\r\n" + why, notTakenBack);
-            return false; // the snapshot puts the model back
+            return false; // the store left the model as the file holds it
         }
         done.Keep();
-        snapshot.Keep();
         if (what.empty())
             return true;
         Report(routine, failedItem, what, Message(message) + "\r\n\r\n" + why, notTakenBack);
@@ -689,7 +686,8 @@ bool ItemMoves::RestoreCheckedRegistryItems() {
 }
 
 void ItemMovePasses::WriteItems() {
-    CDelayLoad(app_).WriteItems();
+    // Save writes the file as it is now, in the program's own form.
+    ProgramGroupStore(app_).Change([](ProgramModel&) {});
 }
 
 } // namespace tolvane

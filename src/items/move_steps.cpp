@@ -282,12 +282,16 @@ void RegBackup::Value(RegistryRoot root, const BackupValue& value) {
         char time[16];
         std::snprintf(time, sizeof time, "%02u %02u %02u", now.wHour, now.wMinute, now.wSecond);
         const std::string base = folder_ + "\\" + time;
-        // A second backup within the same second gets a name of its own: every backup is kept.
-        std::string path = base + ".reg";
-        for (int n = 2; GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES; ++n)
-            path = base + " (" + std::to_string(n) + ").reg";
-        file_.reset(CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
-                                FILE_ATTRIBUTE_NORMAL, nullptr));
+        // A second backup within the same second, of this process or another, gets a name of
+        // its own: every backup is kept.
+        std::string path;
+        for (int n = 1; !file_ && n < 1000; ++n) {
+            path = n == 1 ? base + ".reg" : base + " (" + std::to_string(n) + ").reg";
+            file_.reset(CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                    CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+            if (!file_ && GetLastError() != ERROR_FILE_EXISTS)
+                break;
+        }
         if (!file_)
             throw MoveFailure("the backup \"" + path +
                               "\" cannot be written: " + SystemErrorText(GetLastError()));

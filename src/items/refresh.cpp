@@ -6,6 +6,7 @@
 
 #include "config/delay_load.h"
 #include "config/delayed_program.h"
+#include "config/program_group_store.h"
 #include "platform/dir_struct.h"
 #include "platform/file_io.h"
 #include "platform/registry.h"
@@ -44,7 +45,7 @@ bool RefreshData(AppState& app, TreeModel& tree, StartupListing& listing,
         const std::string own = OwnRunEntry(app.folders);
         // The file first: the program's own Run value follows the settings and the delayed
         // items the file holds, not whatever this process held before it read them.
-        CDelayLoad(app).LoadItems();
+        ProgramGroupStore(app).Load(nullptr, !ownRunEntry);
         if (ownRunEntry)
             UpdateRunEntry(app, app.model.StartupType);
         CDirStruct folders;

@@ -12,7 +12,8 @@ namespace tolvane {
 // Task Manager's switches and the measurements of started programs, and rebuilds the tree,
 // then marks the known items. A failure is logged ("RefreshData Error:
 // ...") and ends the refresh; the tree keeps what was built. False then.
-// ownRunEntry false: a look that changes nothing, not even the program's own Run value.
+// ownRunEntry false: a look that changes nothing, neither the program's own Run value nor a
+// missing program-group file, which is not written then.
 bool RefreshData(AppState& app, TreeModel& tree, StartupListing& listing,
                  const std::function<void(double)>& progress = {}, bool ownRunEntry = true);
 

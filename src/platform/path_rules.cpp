@@ -1,5 +1,7 @@
 #include "platform/path_rules.h"
 
+#include <cstdint>
+
 #include "text/strings.h"
 
 namespace tolvane {
@@ -23,6 +25,19 @@ std::string JoinSearchPath(std::string_view folder, std::string_view name, unsig
 
 std::string_view PathLastPart(std::string_view path, unsigned codePage) {
     return path.substr(FindLastCharacterOf(path, "\\/:", codePage) + 1);
+}
+
+std::string PathHashText(std::string_view path) {
+    uint64_t hash = 1469598103934665603ull; // FNV-1a of the lower-case path
+    for (char c : ToLower(path)) {
+        hash ^= static_cast<unsigned char>(c);
+        hash *= 1099511628211ull;
+    }
+    static const char kDigits[] = "0123456789abcdef";
+    std::string text(16, '0');
+    for (int i = 15; i >= 0; --i, hash >>= 4)
+        text[static_cast<size_t>(i)] = kDigits[hash & 15];
+    return text;
 }
 
 } // namespace tolvane

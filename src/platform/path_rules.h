@@ -23,4 +23,8 @@ std::string WithTrailingBackslash(std::string_view folder, unsigned codePage = A
 // has none of them.
 std::string_view PathLastPart(std::string_view path, unsigned codePage = ActiveCodePage());
 
+// Sixteen hex digits that stand for a path in any letter case: the part of the name of a lock
+// or other named object that belongs to that file, the same in every process.
+std::string PathHashText(std::string_view path);
+
 } // namespace tolvane

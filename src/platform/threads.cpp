@@ -14,6 +14,19 @@ WorkerThread::WorkerThread(std::function<void()> work, std::function<void(const 
     start.release(); // the thread's own now
 }
 
+SharedLock::SharedLock(const std::string& name, DWORD timeoutMs)
+    : mutex_(CreateMutexA(nullptr, FALSE, name.c_str())) {
+    if (!mutex_)
+        return;
+    const DWORD r = WaitForSingleObject(mutex_.get(), timeoutMs);
+    held_ = r == WAIT_OBJECT_0 || r == WAIT_ABANDONED;
+}
+
+SharedLock::~SharedLock() {
+    if (held_)
+        ReleaseMutex(mutex_.get());
+}
+
 void WorkerThread::Join() noexcept {
     if (thread_)
         WaitForSingleObject(thread_.get(), INFINITE);

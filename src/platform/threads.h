@@ -8,6 +8,7 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <string>
 #include <utility>
 
 #include "platform/handles.h"
@@ -68,6 +69,24 @@ public:
 
 private:
     CONDITION_VARIABLE condition_ = CONDITION_VARIABLE_INIT;
+};
+
+// A lock shared by every process that names it: a named mutex, held by this thread from the
+// moment it is had until the owner goes. The same thread may take it again inside. A holder
+// that ended without letting go (killed, say) leaves it to the next, which finds the files it
+// guards whole, since they are only ever replaced whole.
+class SharedLock {
+public:
+    // Waits at most timeoutMs for the lock; Held() tells whether it was had.
+    SharedLock(const std::string& name, DWORD timeoutMs);
+    ~SharedLock();
+    SharedLock(const SharedLock&) = delete;
+    SharedLock& operator=(const SharedLock&) = delete;
+    bool Held() const noexcept { return held_; }
+
+private:
+    UniqueHandle mutex_;
+    bool held_ = false;
 };
 
 // One thread that runs a function and is joined by its owner. Nothing thrown leaves the

@@ -146,8 +146,9 @@ TEST_F(Console, ListsTheSameCommandInEveryState) {
     const std::string command = "\"path\": \"%TOLVANE_CLI_TEST%\\\\Some App\\\\e.exe\", "
                                 "\"parameters\": \"--flag \\\"a b\\\"\"";
     for (const char* move : {"", "delay Exp", "stop Exp"}) {
-        if (*move)
+        if (*move) {
             EXPECT_EQ(Cli(move).code, 0u) << move;
+        }
         const Ran json = Cli("list --json");
         EXPECT_NE(json.out.find(command), std::string::npos) << move << "\n" << json.out;
         EXPECT_EQ(json.out.find("\"missing\": true"), std::string::npos) << json.out;
@@ -201,7 +202,7 @@ TEST_F(Console, MovesAnItemByNameAsTheListDoes) {
     ran = Cli("delay Tool.lnk --delay 7.5");
     EXPECT_EQ(ran.code, 0u) << ran.err;
     EXPECT_TRUE(test::PathExists(UserItems("Tool.lnk")));
-    EXPECT_NE(File().find("\\Tool.lnk\", \"\", 7.5, \"\");"), std::string::npos);
+    EXPECT_NE(File().find("Execute (\"Tool.lnk\", \"\", 7.5, \"\");"), std::string::npos);
     EXPECT_EQ(Cli("restore tool.lnk").code, 0u);
     EXPECT_EQ(State(), start);
 

@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <random>
+#include <thread>
 #include <tuple>
 
 #include "config/run_data.h"
@@ -107,7 +108,8 @@ protected:
 
     // Every item of the start is in its place, or held by the program and recorded exactly
     // once in the model as its file has it; an active item is recorded nowhere. Each is in the
-    // state wanted of it, in the order of the start's shortcuts, then its values.
+    // state wanted of it, in the order of the start's shortcuts, then its values (when a state
+    // is wanted of each).
     void ExpectEachItemInOnePlace(const std::string& step, const std::vector<ItemState>& want) {
         test::CapturedMessages quiet;
         AppState reader(folder.Path(), quiet);
@@ -130,6 +132,8 @@ protected:
             return n;
         };
         auto expectState = [&](size_t i, bool active, int delayedRecords, const std::string& name) {
+            if (want.empty())
+                return;
             const char* names[] = {"active", "delayed", "stopped"};
             const std::string now = active ? "active" : delayedRecords ? "delayed" : "stopped";
             EXPECT_EQ(now, names[static_cast<int>(want[i])]) << step << ": " << name;
@@ -201,8 +205,10 @@ protected:
     }
 
     // One move of a random item, or a pass over random checks; what it should leave where goes
-    // into want.
-    void RandomStep(std::mt19937& rng, int& passes, int& singles, std::vector<ItemState>& want) {
+    // into want. Alone, every move must be done; beside other processes a move may be refused
+    // (another moved the item first).
+    void RandomStep(std::mt19937& rng, int& passes, int& singles, std::vector<ItemState>& want,
+                    bool alone = true) {
         auto pick = [&](size_t n) { return std::uniform_int_distribution<size_t>(0, n - 1)(rng); };
         auto coin = [&] { return pick(2) == 1; };
         ItemMoves moves = Moves();
@@ -223,13 +229,14 @@ protected:
                             active ? ItemState::Delayed : ItemState::Active, ItemState::Delayed,
                             ItemState::Stopped, ItemState::Active}[button];
                     }
+            auto done = [&](bool ok) { EXPECT_TRUE(ok || !alone); };
             if (button < 3) {
-                EXPECT_TRUE(moves.DelayCheckedRegistryItems(button == 2, button != 0));
-                EXPECT_TRUE(moves.DelayCheckedStartupItems(button == 2, button == 1));
+                done(moves.DelayCheckedRegistryItems(button == 2, button != 0));
+                done(moves.DelayCheckedStartupItems(button == 2, button == 1));
             }
             if (button == 0 || button == 3) {
-                EXPECT_TRUE(moves.RestoreCheckedRegistryItems());
-                EXPECT_TRUE(moves.RestoreCheckedStartupItems());
+                done(moves.RestoreCheckedRegistryItems());
+                done(moves.RestoreCheckedStartupItems());
             }
             return;
         }
@@ -255,12 +262,54 @@ protected:
         }
         // Also asked to go where it is: it stays, once.
         const bool stop = coin();
-        EXPECT_TRUE(
+        const bool done =
             place.Registry()
                 ? moves.DelayRegistryItem(text, place.Location, stop, place.State, place.Wow32)
-                : moves.DelayStartupItem(text, place.Location, stop, place.State))
-            << text;
+                : moves.DelayStartupItem(text, place.Location, stop, place.State);
+        EXPECT_TRUE(done || !alone) << text;
         wanted = stop ? ItemState::Stopped : ItemState::Delayed;
+    }
+
+    // Everything back in one round, as a user would do it from the popup; then the Startup
+    // folders and the Run keys hold byte for byte what they held at the start.
+    void PutEverythingBack() {
+        Refresh();
+        for (size_t i = 0; i < tree.Count(); ++i) {
+            const auto place = PlaceOf(tree, static_cast<int>(i));
+            if (!place || place->State == ItemState::Active)
+                continue;
+            const std::string text = tree.Node(static_cast<int>(i)).Text;
+            const bool fromStopped = place->State == ItemState::Stopped;
+            if (place->Registry())
+                Moves().RestoreRegistryItem(text, place->Location, fromStopped, place->Wow32);
+            else
+                Moves().RestoreStartupItem(text, place->Location, fromStopped);
+        }
+        const size_t items = start.shortcuts.size() + start.values.size();
+        ExpectEachItemInOnePlace("putting back", std::vector(items, ItemState::Active));
+        Refresh();
+        EXPECT_EQ(Caption("DelayedItemsRoot"), "Delayed Items (0)");
+        EXPECT_EQ(Caption("StoppedItemsRoot"), "Stopped Items (0)");
+
+        const State end = Snapshot();
+        ASSERT_EQ(end.shortcuts.size(), start.shortcuts.size());
+        for (size_t i = 0; i < end.shortcuts.size(); ++i) {
+            const ShortcutItem &a = start.shortcuts[i], &b = end.shortcuts[i];
+            EXPECT_EQ(std::tie(b.user, b.name, b.bytes), std::tie(a.user, a.name, a.bytes));
+        }
+        ASSERT_EQ(end.values.size(), start.values.size());
+        for (size_t i = 0; i < end.values.size(); ++i) {
+            const ValueItem &a = start.values[i], &b = end.values[i];
+            EXPECT_EQ(std::tie(b.root, b.name, b.value.Type, b.value.Data),
+                      std::tie(a.root, a.name, a.value.Type, a.value.Data));
+        }
+        for (RegistryRoot root : kRoots) {
+            std::vector<std::string> saved;
+            (void)reg.EnumKey(
+                root, root == RegistryRoot::CurrentUser ? kSavedUserRunKey : kSavedMachineRunKey,
+                saved);
+            EXPECT_EQ(saved, std::vector<std::string>{""});
+        }
     }
 
     State start;
@@ -297,44 +346,7 @@ TEST_F(RandomMoves, EachItemStaysInOnePlaceAndEverythingComesBackExactly) {
     // Every refusal here would be a fault: no move of this test runs into a conflict.
     EXPECT_TRUE(messages.shown.empty()) << messages.shown.front().Text;
 
-    // Everything back in one round, as a user would do it from the popup.
-    Refresh();
-    for (size_t i = 0; i < tree.Count(); ++i) {
-        const auto place = PlaceOf(tree, static_cast<int>(i));
-        if (!place || place->State == ItemState::Active)
-            continue;
-        const std::string text = tree.Node(static_cast<int>(i)).Text;
-        const bool fromStopped = place->State == ItemState::Stopped;
-        if (place->Registry())
-            Moves().RestoreRegistryItem(text, place->Location, fromStopped, place->Wow32);
-        else
-            Moves().RestoreStartupItem(text, place->Location, fromStopped);
-    }
-    ExpectEachItemInOnePlace("putting back", std::vector(want.size(), ItemState::Active));
-    Refresh();
-    EXPECT_EQ(Caption("DelayedItemsRoot"), "Delayed Items (0)");
-    EXPECT_EQ(Caption("StoppedItemsRoot"), "Stopped Items (0)");
-
-    // Byte for byte what the Startup folders and the Run keys held at the start.
-    const State end = Snapshot();
-    ASSERT_EQ(end.shortcuts.size(), start.shortcuts.size());
-    for (size_t i = 0; i < end.shortcuts.size(); ++i) {
-        const ShortcutItem &a = start.shortcuts[i], &b = end.shortcuts[i];
-        EXPECT_EQ(std::tie(b.user, b.name, b.bytes), std::tie(a.user, a.name, a.bytes));
-    }
-    ASSERT_EQ(end.values.size(), start.values.size());
-    for (size_t i = 0; i < end.values.size(); ++i) {
-        const ValueItem &a = start.values[i], &b = end.values[i];
-        EXPECT_EQ(std::tie(b.root, b.name, b.value.Type, b.value.Data),
-                  std::tie(a.root, a.name, a.value.Type, a.value.Data));
-    }
-    for (RegistryRoot root : kRoots) {
-        std::vector<std::string> saved;
-        (void)reg.EnumKey(
-            root, root == RegistryRoot::CurrentUser ? kSavedUserRunKey : kSavedMachineRunKey,
-            saved);
-        EXPECT_EQ(saved, std::vector<std::string>{""});
-    }
+    PutEverythingBack();
 
     auto ms = [](auto d) { return std::chrono::duration<double, std::milli>(d).count(); };
     const double first = ms(firstEnd - begun) / window, last = ms(ended - lastStart) / window;
@@ -343,6 +355,55 @@ TEST_F(RandomMoves, EachItemStaysInOnePlaceAndEverythingComesBackExactly) {
                 "ratio %.2f\n",
                 steps, passes, singles, ms(ended - begun) / 1000, window, first, window, last,
                 last / first);
+}
+
+// The window and two copies of tolvanec run from scripts move the same items at once, 200 moves
+// in all: each change is made on the file as it is then, so nothing is lost. Every item stays
+// in exactly one place, recorded once, its saved copy the value's own bytes in its own view; a
+// move that comes too late for its item is refused, never half made.
+TEST_F(RandomMoves, MovesFromTheWindowAndTwoConsolesAtOnceLoseNothing) {
+    const std::string built = test::BuiltProgramFolder();
+    ASSERT_TRUE(
+        CopyFileA((built + "\\tolvanec.exe").c_str(), (folder / "tolvanec.exe").c_str(), FALSE));
+    test::CopyTree(built + "\\lang", folder / "lang");
+    // What a console may name: each item by its own name and location.
+    std::vector<std::string> targets;
+    for (const ShortcutItem& item : start.shortcuts)
+        targets.push_back("\"" + item.name + "\" --location " +
+                          (item.user ? "user-folder" : "common-folder"));
+    for (const ValueItem& item : start.values)
+        targets.push_back("\"" + item.name + "\" --location " +
+                          (item.root == RegistryRoot::CurrentUser    ? "user-run"
+                           : item.root == RegistryRoot::LocalMachine ? "machine-run"
+                                                                     : "machine-run-32"));
+    constexpr int kConsoleMoves = 60, kWindowMoves = 80;
+    auto console = [&](unsigned seed, int& done) {
+        std::mt19937 rng(seed);
+        const char* verbs[] = {"delay", "stop", "restore"};
+        for (int i = 0; i < kConsoleMoves; ++i) {
+            const std::string line = "\"" + folder / "tolvanec.exe" + "\" " + verbs[rng() % 3] +
+                                     " " + targets[rng() % targets.size()];
+            test::ChildProcess move(line);
+            unsigned long code = 99;
+            if (move.WaitForExit(60000, &code) && code <= 2)
+                ++done;
+        }
+    };
+    int doneA = 0, doneB = 0;
+    std::thread a(console, 7u, std::ref(doneA)), b(console, 8u, std::ref(doneB));
+    std::mt19937 rng(99);
+    int passes = 0, singles = 0;
+    std::vector<ItemState> ignored(start.shortcuts.size() + start.values.size());
+    for (int step = 0; step < kWindowMoves; ++step) {
+        Refresh();
+        RandomStep(rng, passes, singles, ignored, false);
+    }
+    a.join();
+    b.join();
+    // Each console move ended with an answer: done, no such item, or refused.
+    EXPECT_EQ(doneA + doneB, 2 * kConsoleMoves);
+    ExpectEachItemInOnePlace("after the moves at once", {});
+    PutEverythingBack();
 }
 
 } // namespace

@@ -3,7 +3,9 @@
 // the tip writes its box back.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <stdexcept>
+#include <utility>
 
 #include "config/program_group_file.h"
 #include "platform/log_rules.h"
@@ -16,17 +18,20 @@ namespace tolvane {
 namespace {
 
 // Records every call with the settings as they stood at that moment; the file is the real
-// writer's text.
+// writer's text, and `model` what it holds.
 struct RecordingHost : OptionsHost {
     explicit RecordingHost(ProgramModel& model) : model(model) {}
     void UpdateRunEntry(int type) override {
         calls.push_back("UpdateRunEntry " + std::to_string(type) + " while StartupType " +
                         std::to_string(model.StartupType));
     }
-    void WriteItems() override {
+    void Change(const std::function<void(ProgramModel&)>& change) override {
         if (failWrite)
             throw std::runtime_error("the disk is full");
-        calls.push_back("WriteItems");
+        if (changedElsewhere) // what another copy of the program wrote, read before the change
+            std::exchange(changedElsewhere, nullptr)(model);
+        change(model);
+        calls.push_back("Change");
         file = FormatProgramGroupFile(model, {{"English", "en"}});
     }
     void Log(std::string_view text, int level) override {
@@ -40,6 +45,7 @@ struct RecordingHost : OptionsHost {
     std::vector<std::string> calls;
     std::string file;
     bool failWrite = false;
+    std::function<void(ProgramModel&)> changedElsewhere;
 };
 
 class OptionsTest : public ::testing::Test {
@@ -68,22 +74,22 @@ TEST_F(OptionsTest, OkWritesOnlyWhatChangedInThePartsOrder) {
     // Only the close button: the file, and the Run keys left alone.
     options.CloseMethod = 0;
     EXPECT_TRUE(options.Ok());
-    EXPECT_EQ(host.calls, std::vector<std::string>{"WriteItems"});
+    EXPECT_EQ(host.calls, std::vector<std::string>{"Change"});
     EXPECT_TRUE(host.Holds("const CloseType = 0;"));
     EXPECT_TRUE(host.Holds("const StartupType = 1;"));
 
     // The start-up type: the Run entry first, with the settings still the old ones, then one
-    // write of the new settings. A ticked box is stored as -1.
+    // write of the new settings. What the user left alone stays as the file has it.
     host.calls.clear();
     OptionsModel again = Open();
     again.RunAtLogin = 3;
     again.DelayText = "2.5";
     EXPECT_TRUE(again.Ok());
     EXPECT_EQ(host.calls,
-              (std::vector<std::string>{"UpdateRunEntry 3 while StartupType 1", "WriteItems"}));
+              (std::vector<std::string>{"UpdateRunEntry 3 while StartupType 1", "Change"}));
     EXPECT_TRUE(host.Holds("const StartupType = 3;"));
     EXPECT_TRUE(host.Holds("const MainStartupDelay = 2.5;"));
-    EXPECT_TRUE(host.Holds("const ShowTipsAtStartup = -1;"));
+    EXPECT_TRUE(host.Holds("const ShowTipsAtStartup = 1;"));
     // Shown again as it was typed.
     EXPECT_EQ(Open().DelayText, "2.5");
     EXPECT_FALSE(Open().Changed());
@@ -99,7 +105,29 @@ TEST_F(OptionsTest, OkWritesOnlyWhatChangedInThePartsOrder) {
     EXPECT_EQ(host.calls.front(), "UpdateRunEntry -1 while StartupType 3");
     EXPECT_EQ(model.StartupType, -1);
     EXPECT_TRUE(host.Holds("const ShowTipsAtStartup = 0;"));
+    // A ticked box is stored as -1.
+    OptionsModel tips = Open();
+    tips.ShowTips = true;
+    EXPECT_TRUE(tips.Ok());
+    EXPECT_TRUE(host.Holds("const ShowTipsAtStartup = -1;"));
     EXPECT_TRUE(messages.shown.empty());
+}
+
+// The dialog was open while another copy of the program (tolvanec from a script, say) changed
+// the file: OK stores what the user changed over what the file holds now, and what the other
+// copy wrote stays.
+TEST_F(OptionsTest, OkKeepsWhatAnotherCopyWroteMeanwhile) {
+    OptionsModel options = Open();
+    host.changedElsewhere = [](ProgramModel& file) {
+        file.CloseType = 0;
+        file.AddProgramToGroup(file.StartupGroupIndex, "ExecuteReg", "C:\\chat.exe", "-min", 0,
+                               "Chat");
+    };
+    options.DelayText = "12";
+    EXPECT_TRUE(options.Ok());
+    EXPECT_TRUE(host.Holds("const MainStartupDelay = 12;"));
+    EXPECT_TRUE(host.Holds("const CloseType = 0;"));
+    EXPECT_TRUE(host.Holds("ExecuteReg (\"C:\\chat.exe\", \"-min\", 0, \"Chat\");"));
 }
 
 TEST_F(OptionsTest, ADelayThatIsNoNumberOrAFailedWriteKeepsTheDialogOpenAndChangesNothing) {

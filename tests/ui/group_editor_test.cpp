@@ -1,6 +1,7 @@
 // The group editor's rules, on the real file format: every change is written and read back.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <set>
 
 #include "config/program_group_file.h"
@@ -12,16 +13,23 @@
 namespace tolvane {
 namespace {
 
-// The file as a string, written and read by the real writer and reader.
+// The file as a string, written and read by the real writer and reader. A change is made, as
+// the program's store makes it, on the file as it is now.
 struct FileInMemory : GroupEditorFiles {
     explicit FileInMemory(ProgramModel& model) : model(model) {}
-    void WriteItems() override {
+    void Write() {
         file = FormatProgramGroupFile(model, {{"English", "en"}});
         ++writes;
     }
-    void LoadItems(TreeModel& tree) override {
+    void Change(const std::function<void(ProgramModel&)>& change) override {
+        Read(nullptr);
+        change(model);
+        Write();
+    }
+    void LoadItems(TreeModel& tree) override { Read(&tree); }
+    void Read(TreeModel* tree) {
         ProgramGroupReadContext context;
-        context.Tree = &tree;
+        context.Tree = tree;
         ASSERT_TRUE(ReadProgramGroupFile(file, model, context).Ok);
         model.SortArray();
         model.StartupGroupIndex = model.GetGroupID("Startup");
@@ -39,7 +47,7 @@ protected:
     void SetUp() override {
         SetDefaultModel(model);
         model.ProgramGroups[0].Programs = {{"Tool.lnk", "", "Execute", 2, ""}};
-        files.WriteItems();
+        files.Write();
         ASSERT_TRUE(editor.RefreshGroups());
         files.writes = 0;
     }

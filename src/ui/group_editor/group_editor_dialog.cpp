@@ -3,7 +3,7 @@
 #include <windowsx.h>
 
 #include "config/app_state.h"
-#include "config/delay_load.h"
+#include "config/program_group_store.h"
 #include "config/language_files.h"
 #include "platform/dir_struct.h"
 #include "ui/group_editor/group_editor_ids.h"
@@ -33,14 +33,12 @@ GroupEditorDialog::GroupEditorDialog(AppState& app)
 
 GroupEditorDialog::~GroupEditorDialog() = default;
 
-void GroupEditorDialog::WriteItems() {
-    CDelayLoad(app_).WriteItems();
+void GroupEditorDialog::Change(const std::function<void(ProgramModel&)>& change) {
+    ProgramGroupStore(app_).Change(change);
 }
 
 void GroupEditorDialog::LoadItems(TreeModel& tree) {
-    CDelayLoad load(app_);
-    load.SetBoundTreeView(&tree);
-    load.LoadItems();
+    ProgramGroupStore(app_).Load(&tree);
 }
 
 bool GroupEditorDialog::FileExists(const std::string& path) {

@@ -35,7 +35,7 @@ public:
 
 private:
     friend class Dialog<GroupEditorDialog>;
-    void WriteItems() override;
+    void Change(const std::function<void(ProgramModel&)>& change) override;
     void LoadItems(TreeModel& tree) override;
     bool FileExists(const std::string& path) override;
 

@@ -57,14 +57,18 @@ bool GroupEditor::RefreshGroups() {
     return true;
 }
 
-bool GroupEditor::SaveGroups() {
+bool GroupEditor::Apply(const std::function<void(ProgramModel&)>& change) {
     try {
-        files_.WriteItems();
+        files_.Change(change);
         return true;
     } catch (const std::exception& e) {
         Show(kNotSaved, "Tolvane - Error", kMbOk | kMbIconCritical, e.what());
         return false;
     }
+}
+
+bool GroupEditor::SaveGroups() {
+    return Apply([](ProgramModel&) {});
 }
 
 GroupEditor::NodeKind GroupEditor::KindOf(int node) const {
@@ -244,15 +248,17 @@ void GroupEditor::AddNewProgram() {
         return;
     }
     // The group as the list shows it, or a new one.
-    int index = model_.GetGroupID(group);
-    if (index < 0)
-        index = model_.AddGroup(group);
-    if (index < 0) {
+    bool made = true;
+    Apply([&](ProgramModel& file) {
+        int index = file.GetGroupID(group);
+        if (index < 0)
+            index = file.AddGroup(group);
+        made = index >= 0;
+        if (made)
+            file.AddProgramToGroup(index, "Execute", path, parameters, *delay, "");
+    });
+    if (!made)
         Show(kGroupNotMade, "Error", kMbOk | kMbIconInformation);
-    } else {
-        model_.AddProgramToGroup(index, "Execute", path, parameters, *delay, "");
-        SaveGroups();
-    }
     RefreshGroups();
     GroupName.clear();
     Path.clear();
@@ -280,19 +286,22 @@ void GroupEditor::UpdateSelectedProgram() {
         *delay != SelectedDelay || Parameters != SelectedParameters || Path != SelectedPath;
     if (!changed && GroupName == SelectedGroupName)
         return;
-    const int group = model_.GetGroupID(SelectedGroupName);
-    const int program = model_.GetProgramID(SelectedPath, group);
     // Another group name alone moves nothing: the program stays in its group.
-    if (changed && program >= 0)
-        model_.UpdateProgramInGroup(group, program, Path, Parameters, *delay);
-    SaveGroups();
+    Apply([&](ProgramModel& file) {
+        const int group = file.GetGroupID(SelectedGroupName);
+        const int program = file.GetProgramID(SelectedPath, group);
+        if (changed && program >= 0)
+            file.UpdateProgramInGroup(group, program, Path, Parameters, *delay);
+    });
     RefreshGroups();
 }
 
 void GroupEditor::AddGroup() {
     if (!Trim(GroupName).empty() && model_.GetGroupID(GroupName) < 0) {
-        model_.AddGroup(GroupName);
-        SaveGroups();
+        Apply([&](ProgramModel& file) {
+            if (file.GetGroupID(GroupName) < 0)
+                file.AddGroup(GroupName);
+        });
         RefreshGroups();
     }
     UpdateGroupButtons();
@@ -301,8 +310,9 @@ void GroupEditor::AddGroup() {
 void GroupEditor::EditGroup() {
     if (SelectedGroupName != GroupName && !SelectedGroupName.empty()) {
         const std::string oldName = SelectedGroupName;
-        model_.UpdateGroupName(model_.GetGroupID(oldName), GroupName);
-        SaveGroups();
+        Apply([&](ProgramModel& file) {
+            (void)file.UpdateGroupName(file.GetGroupID(oldName), GroupName);
+        });
         // The tree keeps its nodes: only the group's caption and the list change.
         for (size_t i = 0; i < Tree.Count(); ++i)
             if (KindOf(static_cast<int>(i)) == NodeKind::Group &&
@@ -322,13 +332,18 @@ void GroupEditor::Remove() {
     if (kind == NodeKind::None || kind == NodeKind::Root)
         return;
     if (const int program = ProgramNodeOf(node); program != TreeModel::kNone) {
-        const std::string& groupName = Tree.Node(Tree.Node(program).Parent).Text;
-        const int group = model_.GetGroupID(groupName);
-        if (group == model_.StartupGroupIndex) {
+        const std::string groupName = Tree.Node(Tree.Node(program).Parent).Text;
+        const std::string programText = Tree.Node(program).Text;
+        if (groupName == kStartup) {
             Show(kStartupProgramsStay, "Tolvane", kMbOk | kMbIconInformation);
             return;
         }
-        model_.RemoveProgramFromGroup(group, model_.GetProgramID(Tree.Node(program).Text, group));
+        Apply([&](ProgramModel& file) {
+            const int group = file.GetGroupID(groupName);
+            const int index = file.GetProgramID(programText, group);
+            if (index >= 0) // gone meanwhile: nothing left to remove
+                (void)file.RemoveProgramFromGroup(group, index);
+        });
     } else {
         const std::string& groupName = Tree.Node(node).Text;
         if (groupName == kStartup) {
@@ -338,9 +353,13 @@ void GroupEditor::Remove() {
         if (Show(kConfirmRemove, "Comfirm Group Remove",
                  kMbYesNo | kMbIconQuestion | kMbDefButton2) != kIdYes)
             return;
-        model_.RemoveProgramGroup(model_.GetGroupID(groupName));
+        const std::string name = groupName;
+        Apply([&](ProgramModel& file) {
+            const int group = file.GetGroupID(name);
+            if (group >= 0)
+                file.RemoveProgramGroup(group);
+        });
     }
-    SaveGroups();
     RefreshGroups();
     RemoveEnabled = false;
     ClearSelection();

@@ -4,6 +4,7 @@
 // from it. The dialog renders this model and hands the user's input back.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,8 +19,9 @@ namespace tolvane {
 class GroupEditorFiles {
 public:
     virtual ~GroupEditorFiles() = default;
-    // Writes the model; throws when the file cannot be written.
-    virtual void WriteItems() = 0;
+    // Makes the change on the file as it is now and writes it; the model then holds what was
+    // written. Throws when it cannot, leaving the model as the file holds it.
+    virtual void Change(const std::function<void(ProgramModel&)>& change) = 0;
     // Reads the model back from the file, filling the tree with its groups and programs.
     virtual void LoadItems(TreeModel& tree) = 0;
     virtual bool FileExists(const std::string& path) = 0;
@@ -78,7 +80,7 @@ public:
     void Remove();
     // The file dialog's choice; a cancelled dialog empties the path.
     void Browse();
-    // OK: the model is written once more.
+    // OK: the file is written once more, as it is now.
     bool SaveGroups();
 
     // The delay box takes digits, a full stop and Backspace; every other key is dropped.
@@ -96,6 +98,8 @@ private:
     void ClearSelection();
     bool IsListedGroup(std::string_view name) const;
     int Show(size_t message, std::string_view title, unsigned style, std::string_view extra = "");
+    // One change of the editor, made on the file as it is now; told when it fails.
+    bool Apply(const std::function<void(ProgramModel&)>& change);
 
     ProgramModel& model_;
     GroupEditorFiles& files_;

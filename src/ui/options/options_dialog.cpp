@@ -1,7 +1,7 @@
 #include "ui/options/options_dialog.h"
 
 #include "config/app_state.h"
-#include "config/delay_load.h"
+#include "config/program_group_store.h"
 #include "platform/environment.h"
 #include "config/language_files.h"
 #include "items/run_entry.h"
@@ -33,8 +33,8 @@ void OptionsDialog::UpdateRunEntry(int startupType) {
     ::tolvane::UpdateRunEntry(app_, startupType);
 }
 
-void OptionsDialog::WriteItems() {
-    CDelayLoad(app_).WriteItems();
+void OptionsDialog::Change(const std::function<void(ProgramModel&)>& change) {
+    ProgramGroupStore(app_).Change(change);
 }
 
 void OptionsDialog::Log(std::string_view text, int level) {

@@ -28,7 +28,7 @@ public:
 private:
     friend class Dialog<OptionsDialog>;
     void UpdateRunEntry(int startupType) override;
-    void WriteItems() override;
+    void Change(const std::function<void(ProgramModel&)>& change) override;
     void Log(std::string_view text, int level) override;
     std::string ProgramFolderOfOneUser() override;
 

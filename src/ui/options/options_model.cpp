@@ -71,21 +71,22 @@ std::optional<float> ParseDelayText(std::string_view text, std::string_view loca
     return ParseSingle(number);
 }
 
-OptionsModel::OptionsModel(ProgramModel& model, OptionsHost& host, UserMessages& messages,
+OptionsModel::OptionsModel(const ProgramModel& model, OptionsHost& host, UserMessages& messages,
                            std::vector<std::string> messageTable, std::string localeDecimal)
     : DelayText(FormatSingle(model.MainStartupDelay)),
       RunAtLogin(model.StartupType >= 0 && model.StartupType < kStartupTypeCount ? model.StartupType
                                                                                  : -1),
       CloseMethod(model.CloseType >= 0 && model.CloseType < kCloseTypeCount ? model.CloseType : -1),
-      ShowTips(model.ShowTipsAtStartup != 0), WaitForIdle(model.WaitForIdle != 0), model_(model),
+      ShowTips(model.ShowTipsAtStartup != 0),
+      WaitForIdle(model.WaitForIdle != 0), shown_{DelayText, RunAtLogin, CloseMethod, ShowTips,
+                                                  WaitForIdle},
       host_(host), messages_(messages), messageTable_(std::move(messageTable)),
       localeDecimal_(std::move(localeDecimal)) {}
 
 bool OptionsModel::Changed() const {
-    return DelayText != FormatSingle(model_.MainStartupDelay) ||
-           ShowTips != (model_.ShowTipsAtStartup != 0) ||
-           WaitForIdle != (model_.WaitForIdle != 0) || CloseMethod != model_.CloseType ||
-           RunAtLogin != model_.StartupType;
+    return DelayText != shown_.DelayText || RunAtLogin != shown_.RunAtLogin ||
+           CloseMethod != shown_.CloseMethod || ShowTips != shown_.ShowTips ||
+           WaitForIdle != shown_.WaitForIdle;
 }
 
 bool OptionsModel::DelayKeyAllowed(char key) {
@@ -106,7 +107,7 @@ bool OptionsModel::Ok() {
     // Started for all users from a folder that they cannot read, Windows would fail to start
     // the program for each of them at log-on, and nothing delayed would start: refused, with
     // everything left as it was.
-    if (RunAtLogin == kForAllUsers && RunAtLogin != model_.StartupType) {
+    if (RunAtLogin == kForAllUsers && RunAtLogin != shown_.RunAtLogin) {
         const std::string folder = host_.ProgramFolderOfOneUser();
         if (!folder.empty()) {
             host_.Log("Options: start-up for all users refused, the program folder " + folder +
@@ -118,29 +119,28 @@ bool OptionsModel::Ok() {
             return false;
         }
     }
-    struct Settings {
-        float delay;
-        int startupType, closeType, showTips, waitForIdle;
-    } const before{model_.MainStartupDelay, model_.StartupType, model_.CloseType,
-                   model_.ShowTipsAtStartup, model_.WaitForIdle};
     try {
-        if (RunAtLogin != model_.StartupType)
+        if (RunAtLogin != shown_.RunAtLogin)
             host_.UpdateRunEntry(RunAtLogin);
-        model_.MainStartupDelay = *delay;
-        model_.StartupType = RunAtLogin;
-        model_.CloseType = CloseMethod;
-        model_.ShowTipsAtStartup = ShowTips ? -1 : 0;
-        if (WaitForIdle != (model_.WaitForIdle != 0))
-            model_.WaitForIdle = WaitForIdle ? 1 : 0;
-        host_.WriteItems();
+        // What the user changed, over the file as it is now: a setting changed meanwhile by
+        // another copy of the program stays as that one left it.
+        const Shown now{DelayText, RunAtLogin, CloseMethod, ShowTips, WaitForIdle};
+        host_.Change([&](ProgramModel& file) {
+            if (now.DelayText != shown_.DelayText)
+                file.MainStartupDelay = *delay;
+            if (now.RunAtLogin != shown_.RunAtLogin)
+                file.StartupType = now.RunAtLogin;
+            if (now.CloseMethod != shown_.CloseMethod)
+                file.CloseType = now.CloseMethod;
+            if (now.ShowTips != shown_.ShowTips)
+                file.ShowTipsAtStartup = now.ShowTips ? -1 : 0;
+            if (now.WaitForIdle != shown_.WaitForIdle)
+                file.WaitForIdle = now.WaitForIdle ? 1 : 0;
+        });
+        shown_ = now;
     } catch (const std::exception& e) {
-        // The settings go back to what the file holds, so that OK once more tries again
-        // instead of finding nothing changed.
-        model_.MainStartupDelay = before.delay;
-        model_.StartupType = before.startupType;
-        model_.CloseType = before.closeType;
-        model_.ShowTipsAtStartup = before.showTips;
-        model_.WaitForIdle = before.waitForIdle;
+        // The model holds what the file holds, so OK once more tries again instead of finding
+        // nothing changed.
         Fail(e.what(), kSettingsNotSaved, e.what());
         return false;
     }

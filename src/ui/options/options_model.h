@@ -3,6 +3,7 @@
 // hands the user's typing and choices back.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,8 +19,9 @@ class OptionsHost {
 public:
     virtual ~OptionsHost() = default;
     virtual void UpdateRunEntry(int startupType) = 0;
-    // Writes the model; throws when the file cannot be written.
-    virtual void WriteItems() = 0;
+    // Makes the change on the program-group file as it is now and writes it; the model then
+    // holds what was written. Throws when it cannot, leaving the model as the file holds it.
+    virtual void Change(const std::function<void(ProgramModel&)>& change) = 0;
     virtual void Log(std::string_view text, int level) = 0;
     // The program folder when it lies inside a user profile, where other users cannot read
     // it; "" when every user can start the program from there.
@@ -52,7 +54,8 @@ std::optional<float> ParseDelayText(std::string_view text, std::string_view loca
 class OptionsModel {
 public:
     // messages: the shared message table; localeDecimal: the user's decimal separator.
-    OptionsModel(ProgramModel& model, OptionsHost& host, UserMessages& messages,
+    // The fields start as the model's settings stand.
+    OptionsModel(const ProgramModel& model, OptionsHost& host, UserMessages& messages,
                  std::vector<std::string> messageTable, std::string localeDecimal);
 
     // The fields as the dialog shows them; they start as the settings stand.
@@ -62,7 +65,7 @@ public:
     bool ShowTips = false;
     bool WaitForIdle = false;
 
-    // The fields differ from the settings.
+    // The fields differ from what the dialog showed.
     bool Changed() const;
     // OK: stores the changed settings and writes the file. True when the dialog may close;
     // false, with the user told and the failure logged, when it stays open.
@@ -74,7 +77,14 @@ public:
 private:
     void Fail(std::string_view logText, size_t message, std::string_view extra);
 
-    ProgramModel& model_;
+    // The settings as the dialog showed them when it opened: OK stores only what the user
+    // changed since, over what the file holds by then.
+    struct Shown {
+        std::string DelayText;
+        int RunAtLogin, CloseMethod;
+        bool ShowTips, WaitForIdle;
+    } shown_;
+
     OptionsHost& host_;
     UserMessages& messages_;
     std::vector<std::string> messageTable_;

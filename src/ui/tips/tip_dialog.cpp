@@ -5,7 +5,7 @@
 #include <random>
 
 #include "config/app_state.h"
-#include "config/delay_load.h"
+#include "config/program_group_store.h"
 #include "config/language_files.h"
 #include "platform/file_io.h"
 #include "ui/tips/tip_ids.h"
@@ -55,13 +55,11 @@ void TipDialog::WriteBack() {
         TipOfDay::ShowTipsOnClose(Checked(IDC_TIP_SHOW), app_.model.ShowTipsAtStartup);
     if (!value)
         return;
-    const int before = app_.model.ShowTipsAtStartup;
-    app_.model.ShowTipsAtStartup = *value;
     try {
-        CDelayLoad(app_).WriteItems();
+        ProgramGroupStore(app_).Change(
+            [&](ProgramModel& file) { file.ShowTipsAtStartup = *value; });
     } catch (const std::exception& e) {
         // The setting stays as the file has it: the next start shows what the file says.
-        app_.model.ShowTipsAtStartup = before;
         app_.log.WriteLog(std::string("Tip of the Day: ") + e.what(), kLogError);
     }
 }

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "platform/handles.h"
+#include "platform/registry_keys.h"
 #include "text/code_page.h"
 
 namespace tolvane {
@@ -234,6 +235,10 @@ bool CRegistry::SetValue(RegistryRoot root, std::string_view path, std::string_v
         return false;
     return RegSetValueExW(key.get(), WideFromAnsi(name).c_str(), 0, value.Type, value.Data.data(),
                           static_cast<DWORD>(value.Data.size())) == ERROR_SUCCESS;
+}
+
+UniqueHKey OpenKeyToWatch(RegistryRoot root, std::string_view path) {
+    return OpenKey(root, path, KEY_NOTIFY);
 }
 
 } // namespace tolvane

@@ -3,12 +3,14 @@
 #include <windowsx.h>
 #include <shellapi.h>
 
+#include <algorithm>
 #include <cstring>
 #include <exception>
 #include <map>
 
 #include "config/app_state.h"
 #include "config/delay_load.h"
+#include "config/program_group_store.h"
 #include "config/system_command_line.h"
 #include "config/language_files.h"
 #include "items/item_moves.h"
@@ -42,6 +44,11 @@ constexpr size_t kWow32Line = 21;
 constexpr size_t kImpactRatingFirst = 22, kImpactFiguresReady = 25, kImpactFigures = 26;
 // The first showing builds the tree once the window is on screen.
 constexpr UINT kFirstShown = WM_APP + 2;
+// A folder or key that the tree shows changed; the tree follows after a short while, so that a
+// burst of changes (a move of many items elsewhere) rebuilds it once.
+constexpr UINT kChangedElsewhere = WM_APP + 3;
+constexpr UINT_PTR kChangedTimer = 1;
+constexpr UINT kChangedWaitMs = 300;
 
 // At most this many yields wait for a running log-on wait to see that the program ends.
 constexpr int kEndingYields = 5001;
@@ -257,6 +264,49 @@ void MainWindow::EnsureContent() {
     };
     CheckForOptions();
     Layout();
+    WatchForChanges();
+}
+
+void MainWindow::WatchForChanges() {
+    watch_ = std::make_unique<ChangeWatch>(Hwnd(), kChangedElsewhere);
+    const std::string file = ProgramGroupStore::FilePath(app_);
+    watch_->Folder(file.substr(0, file.find_last_of('\\')));
+    watch_->Folder(app_.folders.UserStartupFolder);
+    watch_->Folder(app_.folders.CommonStartupFolder);
+    for (RegistryRoot root :
+         {RegistryRoot::CurrentUser, RegistryRoot::LocalMachine, RegistryRoot::LocalMachine32})
+        watch_->Key(root, kRunKey);
+    // Task Manager's switches.
+    watch_->Key(RegistryRoot::CurrentUser, kApprovedRunKey);
+    watch_->Key(RegistryRoot::CurrentUser, kApprovedFolderKey);
+    watch_->Key(RegistryRoot::LocalMachine, kApprovedRunKey);
+    watch_->Key(RegistryRoot::LocalMachine, kApprovedRun32Key);
+    watch_->Key(RegistryRoot::LocalMachine, kApprovedFolderKey);
+    if (!watch_->Start())
+        app_.log.WriteLog("Changes made elsewhere are not followed: nothing can be watched",
+                          kLogWarning);
+}
+
+void MainWindow::ChangedElsewhere() {
+    if (!treeView_)
+        return; // the first showing builds the tree anyway
+    if (!IsWindowVisible(Hwnd())) {
+        stale_ = true;
+        return;
+    }
+    SetTimer(Hwnd(), kChangedTimer, kChangedWaitMs, nullptr);
+}
+
+void MainWindow::RefreshForChange() {
+    KillTimer(Hwnd(), kChangedTimer);
+    // A move of this window is under way (its shell operation serves the message loop): the
+    // tree follows once it is done.
+    if (ProgramGroupStore::Changing()) {
+        SetTimer(Hwnd(), kChangedTimer, kChangedWaitMs, nullptr);
+        return;
+    }
+    stale_ = false;
+    Refresh(true);
 }
 
 void MainWindow::Layout() {
@@ -277,11 +327,42 @@ void MainWindow::Layout() {
     progress_->Reposition();
 }
 
-void MainWindow::Refresh() {
+void MainWindow::Refresh(bool keepPlace) {
     EnsureContent();
     HCURSOR previous = SetCursor(LoadCursorA(nullptr, MAKEINTRESOURCEA(32514)));
-    RefreshData(app_, tree_, listing_,
-                [this](double value) { progress_->SetValue(static_cast<float>(value)); });
+    // An item is known again by its container and its text.
+    auto placeOf = [&](int node) {
+        return tree_.Node(tree_.Node(node).Parent).Key + "\n" + tree_.Node(node).Text;
+    };
+    std::string selected;
+    std::vector<std::string> ticked;
+    if (keepPlace) {
+        (void)treeView_->ReadChecks(tree_);
+        const int node = tree_.Selected();
+        if (node != TreeModel::kNone)
+            selected = tree_.Node(node).Parent == TreeModel::kNone ? tree_.Node(node).Key + "\n"
+                                                                   : placeOf(node);
+        for (size_t i = 0; i < tree_.Count(); ++i)
+            if (tree_.Node(static_cast<int>(i)).Checked &&
+                tree_.Node(static_cast<int>(i)).Parent != TreeModel::kNone)
+                ticked.push_back(placeOf(static_cast<int>(i)));
+    }
+    // A change made elsewhere is shown, not answered: the program's own Run value and a
+    // missing file are left to whoever made it.
+    RefreshData(
+        app_, tree_, listing_,
+        [this](double value) { progress_->SetValue(static_cast<float>(value)); }, !keepPlace);
+    if (keepPlace) {
+        for (size_t i = 0; i < tree_.Count(); ++i) {
+            TreeNode& node = tree_.Node(static_cast<int>(i));
+            const std::string place =
+                node.Parent == TreeModel::kNone ? node.Key + "\n" : placeOf(static_cast<int>(i));
+            if (place == selected)
+                tree_.Select(static_cast<int>(i));
+            node.Checked = node.Parent != TreeModel::kNone &&
+                           std::find(ticked.begin(), ticked.end(), place) != ticked.end();
+        }
+    }
     treeView_->Render(tree_);
     progress_->SetValue(0);
     SetCursor(previous);
@@ -474,15 +555,27 @@ LRESULT MainWindow::HandleMessage(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
         ShowEnabled(reinterpret_cast<HMENU>(wp), commands_);
         return 0;
     case WM_SHOWWINDOW:
-        // Shown from the tray: the tree is built once the window is on screen.
+        // Shown from the tray: the tree is built once the window is on screen, and rebuilt
+        // when something changed elsewhere while it was hidden.
         if (wp && !treeView_) {
             EnsureContent();
             PostMessageA(hwnd, kFirstShown, 0, 0);
+        } else if (wp && stale_) {
+            SetTimer(hwnd, kChangedTimer, 0, nullptr);
         }
         break;
     case kFirstShown:
         Refresh();
         return 0;
+    case kChangedElsewhere:
+        ChangedElsewhere();
+        return 0;
+    case WM_TIMER:
+        if (wp == kChangedTimer) {
+            RefreshForChange();
+            return 0;
+        }
+        break;
     case WM_SIZE:
         if (wp != SIZE_MINIMIZED)
             Layout();
@@ -548,6 +641,7 @@ LRESULT MainWindow::HandleMessage(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
             EndForGood();
         return 0;
     case WM_DESTROY:
+        watch_.reset();
         tray_.RemoveTrayIcon();
         PostQuitMessage(0);
         return 0;

@@ -17,6 +17,7 @@
 #include "models/command_table.h"
 #include "models/tray_menu.h"
 #include "models/tree_model.h"
+#include "platform/change_watch.h"
 #include "platform/handles.h"
 #include "startup/delayed_run.h"
 #include "ui/maker_links.h"
@@ -62,7 +63,10 @@ public:
     void Ready() override;
 
     // Rebuilds the startup tree from the folders, the Run keys and the file, and shows it.
-    void Refresh();
+    // keepPlace: a refresh for a change made elsewhere, which only looks: the selected item
+    // and the ticked ones stay so where they are still listed, and the program's own Run value
+    // is left as it is.
+    void Refresh(bool keepPlace = false);
 
     // The startup items as the last refresh left them, and the user's checks on them.
     TreeModel& Tree() { return tree_; }
@@ -107,6 +111,13 @@ private:
     int TrayMenuChoice();
     // Closing for good (Exit, Windows ending, a close that is not the user's close button).
     void EndForGood();
+    // Tells the window of changes to the file, the Run keys and the Startup folders made by
+    // anyone: another copy of the program, tolvanec, an installer, the user in Explorer.
+    void WatchForChanges();
+    // Something changed elsewhere: the tree is rebuilt a moment later (a burst of changes once),
+    // at once if shown, else when the window is next shown.
+    void ChangedElsewhere();
+    void RefreshForChange();
 
     AppState& app_;
     HINSTANCE instance_;
@@ -125,6 +136,8 @@ private:
     std::unique_ptr<TipDialog> tip_;
     bool isVisible_ = false;
     bool ending_ = false;
+    std::unique_ptr<ChangeWatch> watch_;
+    bool stale_ = false; // changed elsewhere while the window was hidden
 };
 
 } // namespace tolvane

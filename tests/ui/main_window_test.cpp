@@ -98,6 +98,52 @@ TEST_F(MainWindowTest, MenusAndToolbarAsRenderedAndTickedItemsMoveFromTheToolbar
     EXPECT_TRUE(messages.shown.empty());
 }
 
+// The window is open while a script delays an item with tolvanec: the tree follows within a
+// second, keeping the user's selection and ticks, and the window's next move is made on the
+// file as it is then, so both items stay delayed, in the file and in the tree.
+TEST_F(MainWindowTest, AMoveMadeMeanwhileByTolvanecIsShownAndKept) {
+    const std::string built = test::BuiltProgramFolder();
+    ASSERT_TRUE(
+        CopyFileA((built + "\\tolvanec.exe").c_str(), (folder / "tolvanec.exe").c_str(), FALSE));
+    RunValue(RegistryRoot::CurrentUser, "Alpha", "C:\\alpha.exe /a");
+    RunValue(RegistryRoot::CurrentUser, "Beta", "C:\\beta.exe");
+    Shortcut(places.UserFolder, "Tool.lnk");
+    Open();
+    Tick("CurrentUserStartup", "Tool.lnk");
+    SelectItem("CurrentUserRegistry", "Beta=C:\\beta.exe");
+    test::ChildProcess script("\"" + folder / "tolvanec.exe" + "\" delay Alpha");
+    unsigned long code = 99;
+    ASSERT_TRUE(script.WaitForExit(30000, &code));
+    EXPECT_EQ(code, 0u);
+    EXPECT_NE(File().find("\"Alpha\");"), std::string::npos);
+
+    auto delayedShown = [&] {
+        tree = window->Tree();
+        return Leaves("DelayedItemsRegistryCurrentUser").size();
+    };
+    for (int i = 0; i < 100 && delayedShown() == 0; ++i)
+        Pump(1);
+    EXPECT_EQ(Items("DelayedItemsRegistryCurrentUser"),
+              std::vector<std::string>{"Alpha=C:\\alpha.exe /a"});
+    const int selected = tree.Selected();
+    ASSERT_NE(selected, TreeModel::kNone);
+    EXPECT_EQ(tree.Node(selected).Text, "Beta=C:\\beta.exe");
+    EXPECT_TRUE(tree.Node(Node("CurrentUserStartup", "Tool.lnk")).Checked);
+    EXPECT_NE(Toolbar().find("40020 Delay on"), std::string::npos); // the tick still counts
+
+    EXPECT_TRUE(window->Commands().Execute(ID_CMD_DELAY));
+    Pump(60);
+    for (const char* line : {"ExecuteReg (\"C:\\alpha.exe\", \"/a\", 0, \"Alpha\");",
+                             "ExecuteReg (\"C:\\beta.exe\", \"\", 0, \"Beta\");"})
+        EXPECT_NE(File().find(line), std::string::npos) << line << "\n" << File();
+    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Alpha"), "C:\\alpha.exe /a");
+    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Beta"), "C:\\beta.exe");
+    tree = window->Tree();
+    EXPECT_EQ(Leaves("DelayedItemsRegistryCurrentUser").size(), 2u);
+    EXPECT_TRUE(Leaves("CurrentUserRegistry").empty());
+    EXPECT_TRUE(messages.shown.empty());
+}
+
 TEST_F(MainWindowTest, SaveHelpLinksSearchAndLanguage) {
     Shortcut(places.UserFolder, "Tool.lnk");
     Open();

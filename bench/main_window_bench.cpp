@@ -140,7 +140,7 @@ double DelayPass(int n) {
     RefreshData(app, tree, listing);
     for (int child : tree.Node(tree.Find("CurrentUserRegistry")).Children)
         tree.Node(child).Checked = true;
-    ItemMovePasses passes(app, tree, nullptr, [&] { RefreshData(app, tree, listing); });
+    ItemMovePasses passes(app, tree, listing, nullptr, [&] { RefreshData(app, tree, listing); });
     const auto t0 = Clock::now();
     RunCheckedMove(CheckedMove::Delay, tree, passes);
     const double ms = Ms(t0);

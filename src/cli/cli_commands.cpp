@@ -12,6 +12,7 @@
 #include "config/impact_file.h"
 #include "config/run_data.h"
 #include "config/system_command_line.h"
+#include "platform/dir_struct.h"
 #include "platform/registry.h"
 #include "items/item_moves.h"
 #include "items/refresh.h"
@@ -46,29 +47,8 @@ RecordLookups Lookups(AppState& app) {
         const std::string target = ShortcutTarget(link);
         return target.empty() ? link : target;
     };
-    l.StoppedCommand = [&app](const std::string& entry) {
-        StoppedCommand command;
-        (void)CDelayLoad(app).GetStoppedInfo(entry, command);
-        return ItemCommand{command.Program, command.Arguments, command.Expandable};
-    };
-    l.ActiveRunCommand = [](int location, bool wow32, const std::string& name,
-                            const std::string& data) {
-        const auto value = CRegistry().GetValue(RunRoot(location, wow32), kRunKey, name);
-        const bool expandable = value && value->Type == REG_EXPAND_SZ;
-        const RunCommandParts parts = SplitRunData(data, expandable, SystemCommandLine());
-        return ItemCommand{parts.Path, parts.Parameters, expandable};
-    };
-    // Which delayed values Windows would expand, read once for all of them.
-    auto expandables = std::make_shared<std::map<std::string, bool>>();
-    if (const ProgramGroup* startup = app.model.StartupGroup()) {
-        const std::vector<bool> expandable = DelayedCopiesExpandable(app.model);
-        for (size_t i = 0; i < expandable.size(); ++i)
-            (*expandables)[DelayedProgramId(startup->Programs[i])] = expandable[i];
-    }
-    l.DelayedRunCommand = [expandables](const GroupProgram& program) {
-        const auto known = expandables->find(DelayedProgramId(program));
-        const bool expandable = known != expandables->end() && known->second;
-        const RunCommandParts parts = DelayedCommand(program, expandable, SystemCommandLine());
+    l.RunCommand = [](const std::string& command, bool expandable) {
+        const RunCommandParts parts = SplitRunData(command, expandable, SystemCommandLine());
         return ItemCommand{parts.Path, parts.Parameters, expandable};
     };
     l.ProgramThere = [](const ItemCommand& command) {
@@ -131,7 +111,8 @@ int RunCliRequest(AppState& app, ConsoleMessages& messages, const CliRequest& re
                         const ImpactKey* item) { LaunchMeasured(app, path, parameters, item); });
         return kCliDone;
     }
-    std::vector<ItemRecord> records = ItemRecords(tree, app.model, app.SafeList, Lookups(app));
+    std::vector<ItemRecord> records =
+        ItemRecords(tree, listing, app.model, app.SafeList, Lookups(app));
     if (request.Verb == CliVerb::List) {
         for (ItemRecord& r : records) {
             r.Name = Utf8(r.Name);
@@ -145,14 +126,15 @@ int RunCliRequest(AppState& app, ConsoleMessages& messages, const CliRequest& re
         return kCliDone;
     }
 
-    // The item: its text in the list, or a Run value's name, in any letter case.
+    // The item: its text in the list, or its own name, in any letter case as Windows
+    // compares names.
     std::vector<const ItemRecord*> found;
-    const std::string wanted = ToLower(request.Name);
     for (const ItemRecord& r : records) {
         if (request.Location &&
             (request.Location->Code != r.Location || request.Location->Wow32 != r.Wow32))
             continue;
-        if (ToLower(r.Name) == wanted || ToLower(OwnName(r)) == wanted)
+        if (CDirStruct::SameName(r.Name, request.Name) ||
+            CDirStruct::SameName(r.OwnName, request.Name))
             found.push_back(&r);
     }
     if (found.empty()) {
@@ -172,20 +154,15 @@ int RunCliRequest(AppState& app, ConsoleMessages& messages, const CliRequest& re
         err = "\"" + item.Name + "\" starts for every user; the list offers no moves for it.\n";
         return kCliRefused;
     }
-    const ItemPlace place{item.Location, item.State, item.Wow32};
     const size_t shownBefore = messages.Shown.size();
-    ItemMoves moves(app, tree, nullptr);
-    bool ok = true;
     // Asked for where it already is, an item stays: a script may run the same command twice.
-    const bool stop = request.Verb == CliVerb::Stop;
-    if (request.Verb == CliVerb::Restore) {
-        if (item.State != ItemState::Active || item.SwitchedOff)
-            moves.RunItem(item.Name, place);
-    } else if (item.State != (stop ? ItemState::Stopped : ItemState::Delayed)) {
-        ok = place.Registry()
-                 ? moves.DelayRegistryItem(item.Name, item.Location, stop, item.State, item.Wow32)
-                 : moves.DelayStartupItem(item.Name, item.Location, stop, item.State);
-    }
+    const ItemState to = request.Verb == CliVerb::Restore ? ItemState::Active
+                         : request.Verb == CliVerb::Stop  ? ItemState::Stopped
+                                                          : ItemState::Delayed;
+    const StartupItem listed = listing.Items.at(static_cast<size_t>(item.Item));
+    bool ok = true;
+    if (item.State != to || (to == ItemState::Active && item.SwitchedOff))
+        ok = ItemMoves(app, nullptr).Move(listed, to);
     if (!ok || messages.Shown.size() > shownBefore) {
         err = Joined(messages.Shown, shownBefore);
         if (err.empty())
@@ -194,7 +171,7 @@ int RunCliRequest(AppState& app, ConsoleMessages& messages, const CliRequest& re
     }
     if (request.Verb == CliVerb::Delay && request.Delay) {
         try {
-            SetDelay(app, {item.Location, OwnName(item)}, *request.Delay);
+            SetDelay(app, {item.Location, item.OwnName}, *request.Delay);
         } catch (const std::exception& e) {
             err = "\"" + item.Name + "\" was delayed, but its delay could not be set: " + e.what() +
                   "\n";

@@ -11,18 +11,6 @@ namespace tolvane {
 
 namespace {
 
-const GroupProgram* DelayedProgram(const ProgramModel& model, const ItemRecord& r) {
-    const ProgramGroup* startup = model.StartupGroup();
-    if (!startup)
-        return nullptr;
-    const bool registry = r.Location == kUserRun || r.Location == kMachineRun;
-    for (const GroupProgram& p : startup->Programs)
-        if (p.Command == CommandOfLocation(r.Location) &&
-            (registry ? DelayedRunItemText(p) : p.Path) == r.Name)
-            return &p;
-    return nullptr;
-}
-
 std::string JsonText(const std::string& s) {
     std::string out = "\"";
     for (unsigned char c : s) {
@@ -64,77 +52,70 @@ const char* StateWord(ItemState state) {
     return "";
 }
 
-std::vector<ItemRecord> ItemRecords(const TreeModel& tree, const ProgramModel& model,
+std::vector<ItemRecord> ItemRecords(const TreeModel& tree, const StartupListing& listing,
+                                    const ProgramModel& model,
                                     const std::vector<SafeEntry>& safeList,
                                     const RecordLookups& lookups) {
     std::vector<ItemRecord> records;
+    const ProgramGroup* startup = model.StartupGroup();
+    auto program = [&](const StartupItem& item) -> const GroupProgram* {
+        if (item.State != ItemState::Delayed || !startup || item.Record < 0 ||
+            static_cast<size_t>(item.Record) >= startup->Programs.size())
+            return nullptr;
+        return &startup->Programs[static_cast<size_t>(item.Record)];
+    };
     for (size_t i = 0; i < tree.Count(); ++i) {
         const int node = static_cast<int>(i);
-        const std::optional<ItemPlace> place = PlaceOf(tree, node);
-        if (!place)
+        const StartupItem* item = ItemOfNode(tree, listing, node);
+        if (!item)
             continue;
         const TreeNode& n = tree.Node(node);
         ItemRecord r;
         r.Node = node;
-        r.State = place->State;
-        r.Location = place->Location;
-        r.Wow32 = place->Wow32;
-        r.Name = n.Text;
+        r.Item = n.Item;
+        r.State = item->State;
+        r.Location = item->Code();
+        r.Wow32 = item->Wow32();
+        r.Name = item->Text();
+        r.OwnName = item->Name;
         r.Description = SafeListDescription(n.Text, safeList);
         r.Known = n.Bold || !r.Description.empty();
-        r.SwitchedOff = n.Cut;
+        r.SwitchedOff = item->SwitchedOff;
         r.Movable = n.Tag == kPopupTag;
+        const GroupProgram* delayed = program(*item);
+        if (delayed)
+            r.Delay = delayed->Delay;
         const bool user = r.Location == kUserStartup || r.Location == kUserRun;
-        const std::string& items = user ? lookups.UserItemsFolder : lookups.AllUsersItemsFolder;
-        auto useCommand = [&](const ItemCommand& command) {
-            r.Path = command.Program;
-            r.Parameters = command.Arguments;
-            r.Missing = lookups.ProgramThere && !lookups.ProgramThere(command);
-        };
-        // A shortcut kept in the items folder: missing when the file is gone from there.
-        auto keptShortcut = [&](const std::string& name) {
-            const std::string file = items + name;
+        if (item->Registry()) {
+            if (lookups.RunCommand) {
+                const ItemCommand command = lookups.RunCommand(item->Command, item->Expandable);
+                r.Path = command.Program;
+                r.Parameters = command.Arguments;
+                r.Missing = lookups.ProgramThere && !lookups.ProgramThere(command);
+            }
+        } else if (item->State == ItemState::Active) {
+            const std::string file =
+                (user ? lookups.UserStartupFolder : lookups.CommonStartupFolder) + "\\" +
+                item->Name;
+            const std::string target =
+                lookups.ShortcutTarget && EndsWith(ToLower(item->Name), ".lnk")
+                    ? lookups.ShortcutTarget(file)
+                    : std::string();
+            r.Path = target.empty() ? file : target;
+        } else {
+            // A shortcut kept in the items folder: missing when the file is gone from there.
+            const std::string file =
+                (user ? lookups.UserItemsFolder : lookups.AllUsersItemsFolder) + item->Name;
             r.Missing = lookups.FileThere && !lookups.FileThere(file);
-            r.Path = lookups.ShortcutTarget && EndsWith(ToLower(name), ".lnk")
+            r.Path = lookups.ShortcutTarget && EndsWith(ToLower(item->Name), ".lnk")
                          ? lookups.ShortcutTarget(file)
                          : file;
-        };
-        if (r.State == ItemState::Stopped) {
-            if (!place->Registry())
-                keptShortcut(r.Name);
-            else if (lookups.StoppedCommand)
-                useCommand(
-                    lookups.StoppedCommand(std::string(LocationPrefix(r.Location)) + r.Name));
-        } else if (r.State == ItemState::Delayed) {
-            if (const GroupProgram* p = DelayedProgram(model, r)) {
-                r.Delay = p->Delay;
-                if (!place->Registry()) {
-                    keptShortcut(p->Path);
-                    r.Parameters = p->Parameters;
-                } else if (lookups.DelayedRunCommand)
-                    useCommand(lookups.DelayedRunCommand(*p));
-            }
-        } else if (place->Registry()) {
-            if (lookups.ActiveRunCommand)
-                useCommand(lookups.ActiveRunCommand(r.Location, r.Wow32, OwnName(r),
-                                                    SplitNameData(n.Text).Data));
-        } else {
-            const std::string file =
-                (user ? lookups.UserStartupFolder : lookups.CommonStartupFolder) + "\\" + n.Text;
-            const std::string target = lookups.ShortcutTarget && EndsWith(ToLower(n.Text), ".lnk")
-                                           ? lookups.ShortcutTarget(file)
-                                           : std::string();
-            r.Path = target.empty() ? file : target;
+            if (delayed)
+                r.Parameters = delayed->Parameters;
         }
         records.push_back(std::move(r));
     }
     return records;
-}
-
-std::string OwnName(const ItemRecord& record) {
-    if (record.Location == kUserRun || record.Location == kMachineRun)
-        return SplitNameData(record.Name).Name;
-    return record.Name;
 }
 
 std::string FormatRecordsTable(const std::vector<ItemRecord>& records) {

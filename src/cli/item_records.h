@@ -9,16 +9,19 @@
 
 #include "config/app_state.h"
 #include "config/program_model.h"
+#include "items/startup_tree.h"
 #include "models/tree_model.h"
 
 namespace tolvane {
 
 struct ItemRecord {
     int Node = -1; // the tree's node
+    int Item = -1; // the listing's item
     ItemState State = ItemState::Active;
     int Location = kUserStartup;
     bool Wow32 = false;
-    std::string Name; // the tree's text
+    std::string Name;    // the list's text, the same in every state
+    std::string OwnName; // the shortcut's file name or the Run value's name
     std::string Path;
     std::string Parameters;
     std::optional<float> Delay; // a delayed item's own delay
@@ -37,31 +40,26 @@ struct ItemCommand {
     bool Expandable = false;
 };
 
-// What only the platform can tell: a shortcut's target, the commands of Run values and of
-// stopped items, and which files are there. Each state reads its command the same way, so an
-// item lists the same program and arguments in every state.
+// What only the platform can tell: a shortcut's target, how a Run value's command reads, and
+// which files are there. A value's command is read the same way in every state, so an item
+// lists the same program and arguments in each.
 struct RecordLookups {
     std::function<std::string(const std::string& shortcut)> ShortcutTarget;
-    std::function<ItemCommand(const std::string& entry)> StoppedCommand;
-    std::function<ItemCommand(int location, bool wow32, const std::string& name,
-                              const std::string& data)>
-        ActiveRunCommand;
-    std::function<ItemCommand(const GroupProgram& program)> DelayedRunCommand;
+    std::function<ItemCommand(const std::string& command, bool expandable)> RunCommand;
     std::function<bool(const ItemCommand& command)> ProgramThere;
     std::function<bool(const std::string& file)> FileThere;
     std::string UserStartupFolder, CommonStartupFolder; // no trailing backslash
     std::string UserItemsFolder, AllUsersItemsFolder;   // with a trailing backslash
 };
 
-std::vector<ItemRecord> ItemRecords(const TreeModel& tree, const ProgramModel& model,
+// A record of each item of the tree, in its order.
+std::vector<ItemRecord> ItemRecords(const TreeModel& tree, const StartupListing& listing,
+                                    const ProgramModel& model,
                                     const std::vector<SafeEntry>& safeList,
                                     const RecordLookups& lookups);
 
 // "active", "delayed" or "stopped".
 const char* StateWord(ItemState state);
-
-// The item's Run value name ("Tool" of "Tool=C:\tool.exe"), or its text for a shortcut.
-std::string OwnName(const ItemRecord& record);
 
 // The fields are passed through as they are: the caller gives them in UTF-8.
 std::string FormatRecordsTable(const std::vector<ItemRecord>& records);

@@ -73,7 +73,7 @@ bool CDelayLoad::StoppedInfoOf(int index, StoppedCommand& command) {
         // without its quotes, should the copy be gone.
         std::string data;
         if (i >= 0) {
-            data = SplitNameData(saved.Copies[static_cast<size_t>(i)]).Data;
+            data = saved.Copies[static_cast<size_t>(i)].Data;
             command.Expandable = saved.Expandable(i);
         } else if (auto named = NamedStoppedValue(name)) {
             data = named->Data;
@@ -103,24 +103,19 @@ RegistryRoot SavedCopies::RootOf(int copy) const {
 }
 
 bool SavedCopies::Expandable(int copy) const {
-    if (copy < 0)
-        return false;
-    auto value = CRegistry().GetValue(RootOf(copy), SavedKeyOf(Location),
-                                      SplitNameData(Copies.at(static_cast<size_t>(copy))).Name);
-    return value && value->Type == REG_EXPAND_SZ;
+    return copy >= 0 && static_cast<size_t>(copy) < ExpandableCopies.size() &&
+           ExpandableCopies[static_cast<size_t>(copy)];
 }
 
 SavedCopies ReadSavedCopies(int location) {
     SavedCopies saved;
     saved.Location = location;
     auto read = [&](RegistryRoot root) {
-        std::vector<std::string> listed;
-        (void)CRegistry().EnumKey(root, SavedKeyOf(location), listed);
-        for (std::string& copy : listed)
-            if (!copy.empty()) {
-                saved.Copies.push_back(std::move(copy));
-                saved.Roots.push_back(root);
-            }
+        for (auto& [name, value] : CRegistry().EnumValues(root, SavedKeyOf(location))) {
+            saved.Copies.push_back({name, ValueText(value)});
+            saved.Roots.push_back(root);
+            saved.ExpandableCopies.push_back(value.Type == REG_EXPAND_SZ);
+        }
     };
     read(RunRoot(location));
     if (location != kUserRun)

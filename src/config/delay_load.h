@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "config/app_state.h"
+#include "config/run_data.h"
 #include "platform/registry.h"
 
 namespace tolvane {
@@ -72,16 +73,17 @@ private:
     TreeModel* tree_ = nullptr;
 };
 
-// The saved copies of one location's Run values ("name=data"), as MatchSavedCopies takes them,
-// with the root each was read from. The machine's are read from both registry views: a copy
-// stays in the view its value came from, so that it goes back there. The file does not record
-// a view: two values of the same name and command, one in each view, one delayed and one
-// stopped, may show their states the other way round. Each still goes back to its own view,
-// and both start the same command.
+// The saved copies of one location's Run values, each its name and data as MatchSavedCopies
+// takes them, with the root each was read from and whether it is expandable. The machine's are
+// read from both registry views: a copy stays in the view its value came from, so that it goes
+// back there. The file does not record a view: two values of the same name and command, one in
+// each view, one delayed and one stopped, may show their states the other way round. Each still
+// goes back to its own view, and both start the same command.
 struct SavedCopies {
     int Location = 0;
-    std::vector<std::string> Copies;
+    std::vector<NameData> Copies;
     std::vector<RegistryRoot> Roots;
+    std::vector<bool> ExpandableCopies; // REG_EXPAND_SZ
     // The root (and view) of a matched copy; the location's own for none (-1): a value without
     // a copy counts as the machine's own view's.
     RegistryRoot RootOf(int copy) const;

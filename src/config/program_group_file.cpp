@@ -201,7 +201,7 @@ void WriteProgramGroupFile(const ProgramModel& model, const std::vector<Language
         w.Line("void ", ReplaceAll(group.Name, " ", "_"), "()");
         w.Line("{");
         for (const GroupProgram& p : group.Programs) {
-            if (p.Path.empty())
+            if (IsFreeSlot(p))
                 continue;
             w.Line("     ", p.Command, " (\"", p.Path, "\", \"", p.Parameters, "\", ",
                    FormatSingle(p.Delay), ", \"", p.RegistryKeyName, "\");");
@@ -259,8 +259,18 @@ ParsedProgram ParseProgramLine(const std::string& line) {
     if (b == std::string::npos)
         throw ReadFailure{"a program line without a quote and a comma after its path"};
     p.Path = Trim(rest.substr(0, b));
-    if (p.Path.empty())
+    // Without a path the line is a free slot, unless it names a Run value (one whose command
+    // is empty); such a line is read on as far as it goes.
+    if (p.Path.empty()) {
+        try {
+            const ParsedProgram named = ParseProgramLine(p.Command + " (\"-" + rest.substr(b));
+            p.Parameters = named.Parameters;
+            p.Delay = named.Delay;
+            p.RegistryKeyName = named.RegistryKeyName;
+        } catch (const ReadFailure&) {
+        }
         return p;
+    }
     rest = Trim(rest.substr(b + 2));
     if (StartsWith(rest, "\""))
         rest.erase(0, 1);
@@ -350,9 +360,9 @@ std::optional<ParsedProgram> ParseWrittenFields(std::string_view body) {
             continue;
         std::string_view left = inner.substr(0, q);
         std::string_view name = inner.substr(i + 1);
-        // Path and parameters part at the first `", "` after the path's first character (a
-        // written path is never empty): a path holds no quote but around it.
-        for (size_t p = left.find('"', 1); p != std::string_view::npos; p = left.find('"', p + 1)) {
+        // Path and parameters part at the first `", "`: a path holds no quote but around it (an
+        // empty one, of a Run value whose command is empty, closes at once).
+        for (size_t p = left.find('"'); p != std::string_view::npos; p = left.find('"', p + 1)) {
             size_t paramsStart = QuoteCommaQuote(left, p);
             if (paramsStart == std::string_view::npos)
                 continue;
@@ -685,7 +695,7 @@ private:
 
     static GroupProgram& FreeSlot(ProgramGroup& group) {
         auto& programs = group.Programs;
-        if (programs.empty() || !programs.back().Path.empty())
+        if (programs.empty() || !IsFreeSlot(programs.back()))
             programs.emplace_back();
         return programs.back();
     }
@@ -695,7 +705,7 @@ private:
         const int p = static_cast<int>(group.Programs.size()) - 1;
         program.Command = std::move(parsed.Command);
         program.Path = ShortenItemsFolderPath(std::move(parsed.Path));
-        if (program.Path.empty())
+        if (program.Path.empty() && parsed.RegistryKeyName.empty())
             return; // the slot stays free
         program.Parameters = std::move(parsed.Parameters);
         program.Delay = parsed.Delay;

@@ -41,13 +41,19 @@ int LocationOfCommand(std::string_view command);
 inline constexpr std::string_view kBuiltInDisallowed = "format fdisk del rmdir mkdir delete ";
 
 struct GroupProgram {
-    std::string Path; // empty: a free slot that the next addition fills
+    std::string Path; // empty with no value name: a free slot that the next addition fills
     std::string Parameters;
     std::string Command;
     float Delay = 0;
     std::string RegistryKeyName;
     int MenuCommandId = 0; // not stored in the file
 };
+
+// A slot that holds no program: no path and no value name. A Run value whose command is empty
+// is a record all the same, kept by its name: it must come back as it was.
+inline bool IsFreeSlot(const GroupProgram& program) {
+    return program.Path.empty() && program.RegistryKeyName.empty();
+}
 
 struct ProgramGroup {
     std::string Name; // empty: a hole left by RemoveProgramGroup

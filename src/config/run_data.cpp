@@ -193,8 +193,12 @@ std::optional<NameData> NamedStoppedValue(std::string_view entry) {
     return SplitNameData(Trim(entry));
 }
 
+bool StoppedEntryNames(std::string_view entry, std::string_view name) {
+    return StartsWith(Trim(entry), Plain(name) + "=");
+}
+
 SavedCopyMatch MatchSavedCopies(const ProgramModel& model, int location,
-                                const std::vector<std::string>& saved) {
+                                const std::vector<NameData>& saved) {
     SavedCopyMatch match;
     const ProgramGroup* group = model.StartupGroup();
     match.Delayed.assign(group ? group->Programs.size() : 0, -1);
@@ -203,12 +207,10 @@ SavedCopyMatch MatchSavedCopies(const ProgramModel& model, int location,
     if (!machine && location != kUserRun)
         return match;
 
-    std::vector<NameData> copies;
+    const std::vector<NameData>& copies = saved;
     std::vector<bool> taken;
-    for (const std::string& copy : saved) {
-        copies.push_back(SplitNameData(copy));
-        taken.push_back(copy.empty());
-    }
+    for (const NameData& copy : saved)
+        taken.push_back(copy.Name.empty() && copy.Data.empty());
     auto claim = [&](int& to, auto matches) {
         for (size_t i = 0; i < copies.size(); ++i)
             if (!taken[i] && matches(copies[i])) {
@@ -227,7 +229,7 @@ SavedCopyMatch MatchSavedCopies(const ProgramModel& model, int location,
     if (group) {
         const std::string_view command = machine ? kExecuteRegAU : kExecuteReg;
         auto ours = [&](const GroupProgram& p) {
-            return !p.Path.empty() && !p.RegistryKeyName.empty() && p.Command == command;
+            return !p.RegistryKeyName.empty() && p.Command == command;
         };
         for (size_t i = 0; i < group->Programs.size(); ++i) {
             const GroupProgram& p = group->Programs[i];
@@ -251,17 +253,17 @@ SavedCopyMatch MatchSavedCopies(const ProgramModel& model, int location,
             return std::nullopt;
         return entry.substr(std::min(entry.size(), kPrefixLength));
     };
-    // Entries that name their value: the copy with that name and command, then that name.
+    // Entries that name their value: the copy with that name and command, then that name. The
+    // whole entry is compared, so a name that holds "=" is never cut at it.
     for (int pass = 0; pass < 2; ++pass) {
         for (size_t e = 0; e < match.Stopped.size(); ++e) {
             const auto entry = entryOf(e);
-            const auto value = entry ? NamedStoppedValue(*entry) : std::nullopt;
-            if (!value || match.Stopped[e] >= 0)
+            if (!entry || !NamedStoppedValue(*entry) || match.Stopped[e] >= 0)
                 continue;
-            const std::string exact = StoppedRunEntry(value->Name, value->Data);
+            const std::string exact = Trim(*entry);
             claim(match.Stopped[e], [&](const NameData& c) {
-                return named(value->Name)(c) &&
-                       (pass == 1 || StoppedRunEntry(c.Name, c.Data) == exact);
+                return pass == 0 ? StoppedRunEntry(c.Name, c.Data) == exact
+                                 : StoppedEntryNames(exact, c.Name);
             });
         }
     }
@@ -284,7 +286,7 @@ SavedCopyMatch MatchSavedCopies(const ProgramModel& model, int location,
 }
 
 int SavedCopyOfStopped(const ProgramModel& model, int stoppedIndex,
-                       const std::vector<std::string>& saved) {
+                       const std::vector<NameData>& saved) {
     const auto& all = model.StoppedPrograms;
     if (stoppedIndex < 0 || static_cast<size_t>(stoppedIndex) >= all.size())
         return -1;

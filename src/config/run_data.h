@@ -77,23 +77,29 @@ std::string StoppedRunEntry(std::string_view name, std::string_view data);
 // any "=" ("C:\a=b\x.exe"): it names nothing.
 std::optional<NameData> NamedStoppedValue(std::string_view entry);
 
-// Which saved copy ("name=data") each delayed and each stopped Run value of one location (the
-// current user's or the machine's Run values) stands for. `saved` lists the location's saved
-// copies; for the machine, those of both registry views one after the other, so that the index
-// tells the view. A delayed value gets the copy of its name whose command is its own, else the
-// first of its name; a stopped entry that names its value likewise. An older entry that holds
-// only a path gets the first copy left whose command has that path, else the first left that
-// contains it. No copy goes to two items. -1 where none, and for items of other locations.
+// Which saved copy each delayed and each stopped Run value of one location (the current user's
+// or the machine's Run values) stands for. `saved` lists the location's saved copies, each its
+// name and data (a name may hold "="); for the machine, those of both registry views one after
+// the other, so that the index tells the view. A delayed value gets the copy of its name whose
+// command is its own, else the first of its name; a stopped entry that names its value likewise. An
+// older entry that holds only a path gets the first copy left whose command has that path, else the
+// first left that contains it. No copy goes to two items. -1 where none, and for items of other
+// locations.
 struct SavedCopyMatch {
     std::vector<int> Delayed; // one per program of the Startup group
     std::vector<int> Stopped; // one per entry of StoppedPrograms
 };
 SavedCopyMatch MatchSavedCopies(const ProgramModel& model, int location,
-                                const std::vector<std::string>& saved);
+                                const std::vector<NameData>& saved);
 
 // The saved copy of the model's stopped Run entry at the index: an index into `saved`, the
 // listing of that entry's saved-copies key; -1 when none is left, or the entry is no Run value.
 int SavedCopyOfStopped(const ProgramModel& model, int stoppedIndex,
-                       const std::vector<std::string>& saved);
+                       const std::vector<NameData>& saved);
+
+// The entry stopped for the value, as it was written with StoppedRunEntry, names that value:
+// the entry is the value's name and command, or (the command having changed) begins with its
+// name and "=". A name that holds "=" is compared whole, never cut at its first "=".
+bool StoppedEntryNames(std::string_view entry, std::string_view name);
 
 } // namespace tolvane

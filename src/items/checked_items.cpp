@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "items/startup_tree.h"
+
 namespace tolvane {
 
 namespace {
@@ -44,30 +46,45 @@ bool AnyChecked(const TreeModel& tree) {
     return false;
 }
 
+std::vector<CheckedTarget> CheckedTargets(CheckedMove move, const TreeModel& tree) {
+    std::vector<CheckedTarget> targets;
+    for (size_t i = 0; i < tree.Count(); ++i) {
+        const int node = static_cast<int>(i);
+        if (!tree.Node(node).Checked || tree.Node(node).Tag != kPopupTag)
+            continue;
+        const std::optional<ItemPlace> place = PlaceOf(tree, node);
+        if (!place)
+            continue;
+        const ItemState from = place->State;
+        ItemState to = from;
+        switch (move) {
+        case CheckedMove::Save:
+            to = from == ItemState::Active ? ItemState::Delayed : ItemState::Active;
+            break;
+        case CheckedMove::Delay:
+            to = ItemState::Delayed;
+            break;
+        case CheckedMove::Stop:
+            to = ItemState::Stopped;
+            break;
+        case CheckedMove::Run:
+            to = ItemState::Active;
+            break;
+        }
+        if (to != from)
+            targets.push_back({node, to});
+    }
+    return targets;
+}
+
 bool RunCheckedMove(CheckedMove move, const TreeModel& tree, CheckedPasses& passes) {
     if (!AnyChecked(tree))
         return false;
-    switch (move) {
-    case CheckedMove::Save:
-        passes.DelayCheckedRegistryItems(false, false);
-        passes.DelayCheckedStartupItems(false, false);
-        passes.RestoreCheckedRegistryItems();
-        passes.RestoreCheckedStartupItems();
+    const std::vector<CheckedTarget> targets = CheckedTargets(move, tree);
+    if (!targets.empty())
+        passes.Move(targets);
+    if (move == CheckedMove::Save)
         passes.WriteItems();
-        break;
-    case CheckedMove::Delay:
-        passes.DelayCheckedRegistryItems(false, true);
-        passes.DelayCheckedStartupItems(false, true);
-        break;
-    case CheckedMove::Stop:
-        passes.DelayCheckedRegistryItems(true, true);
-        passes.DelayCheckedStartupItems(true, false);
-        break;
-    case CheckedMove::Run:
-        passes.RestoreCheckedRegistryItems();
-        passes.RestoreCheckedStartupItems();
-        break;
-    }
     passes.RefreshData();
     return true;
 }

@@ -3,6 +3,9 @@
 // item moves.
 #pragma once
 
+#include <vector>
+
+#include "config/program_model.h"
 #include "models/tree_model.h"
 
 namespace tolvane {
@@ -21,26 +24,36 @@ ToolbarMoves CheckForOptions(TreeModel& tree);
 
 bool AnyChecked(const TreeModel& tree);
 
-// The passes over the ticked items, by the item moves.
-class CheckedPasses {
-public:
-    virtual ~CheckedPasses() = default;
-    virtual void DelayCheckedRegistryItems(bool stop, bool stoppedToDelayed) = 0;
-    virtual void DelayCheckedStartupItems(bool stop, bool stoppedToDelayed) = 0;
-    virtual void RestoreCheckedRegistryItems() = 0;
-    virtual void RestoreCheckedStartupItems() = 0;
-    virtual void WriteItems() = 0;
-    virtual void RefreshData() = 0;
-};
-
 enum class CheckedMove {
     Save,  // active items delayed, delayed and stopped ones back to Windows' own start
     Delay, // every ticked item delayed (stopped ones too)
     Stop,  // every ticked item stopped
-    Run,   // every ticked item back to Windows' own start
+    Run,   // every ticked delayed or stopped item back to Windows' own start
 };
 
-// Runs the move's passes over the ticked items and rebuilds the tree; nothing at all, the file
+// A ticked node and the state the move takes its item to.
+struct CheckedTarget {
+    int Node = -1;
+    ItemState To = ItemState::Active;
+};
+
+// Where the move takes each ticked item that it moves, in the tree's order. Items of every
+// location are moved; an item that offers no moves (an active one of all users) is passed
+// over, and so is one that is where the move would take it.
+std::vector<CheckedTarget> CheckedTargets(CheckedMove move, const TreeModel& tree);
+
+// The pass over the ticked items, by the item moves.
+class CheckedPasses {
+public:
+    virtual ~CheckedPasses() = default;
+    // One pass: each item to its state, the file written once.
+    virtual void Move(const std::vector<CheckedTarget>& targets) = 0;
+    // Writes the file as it is now (Save writes it even when nothing moved).
+    virtual void WriteItems() = 0;
+    virtual void RefreshData() = 0;
+};
+
+// Runs the move's pass over the ticked items and rebuilds the tree; nothing at all, the file
 // not even rewritten, when no item is ticked. False then.
 bool RunCheckedMove(CheckedMove move, const TreeModel& tree, CheckedPasses& passes);
 

@@ -1,5 +1,6 @@
 #include "items/item_moves.h"
 
+#include <algorithm>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -14,6 +15,7 @@
 #include "platform/file_functions.h"
 #include "config/app_state.h"
 #include "text/placeholders.h"
+#include "platform/path_rules.h"
 #include "text/strings.h"
 
 namespace tolvane {
@@ -38,6 +40,15 @@ struct ValueKey {
     std::string Saved() const { return SavedKeyOf(Location); }
 };
 
+ValueKey KeyOf(const StartupItem& item) {
+    return {item.Code() == kMachineRun ? kMachineRun : kUserRun, item.Wow32()};
+}
+
+// Names as Windows compares value and file names: in any letter case.
+bool SameName(std::string_view a, std::string_view b) {
+    return CDirStruct::SameName(a, b);
+}
+
 // Task Manager's switch of a value: the machine's 32-bit values have a key of their own.
 void SwitchOnValue(const ValueKey& at, const std::string& name, UndoSteps& undo) {
     SwitchOnInTaskManager(at.Location == kUserRun ? RegistryRoot::CurrentUser
@@ -47,18 +58,6 @@ void SwitchOnValue(const ValueKey& at, const std::string& name, UndoSteps& undo)
 void SwitchOnShortcut(bool user, std::string_view name, UndoSteps& undo) {
     SwitchOnInTaskManager(user ? RegistryRoot::CurrentUser : RegistryRoot::LocalMachine,
                           kApprovedFolderKey, std::string(name), undo);
-}
-
-// The texts of the checked items of a container.
-std::vector<std::string> CheckedItems(const TreeModel& tree, const char* container) {
-    std::vector<std::string> texts;
-    const int node = tree.Find(container);
-    if (node == TreeModel::kNone)
-        return texts;
-    for (int child : tree.Node(node).Children)
-        if (tree.Node(child).Checked)
-            texts.push_back(tree.Node(child).Text);
-    return texts;
 }
 
 std::string Joined(const std::vector<std::string>& lines) {
@@ -77,6 +76,18 @@ void RefuseBlocked(const ProgramModel& model, const RunCommandParts& command) {
                           Refusal::Blocked, word);
 }
 
+MoveFailure NoLonger(const StartupItem& item, ItemState state) {
+    return MoveFailure("\"" + item.Text() + "\" is no longer " +
+                           (state == ItemState::Delayed ? "delayed" : "stopped"),
+                       Refusal::Gone);
+}
+
+// A delayed value's command as its record holds it.
+std::string RecordCommand(const GroupProgram& p) {
+    const std::string path = Trim(p.Path);
+    return p.Parameters.empty() ? path : path + " " + p.Parameters;
+}
+
 // Ends a pass at the item that failed; that item's failure is already recorded.
 struct PassEnds {};
 
@@ -88,6 +99,7 @@ public:
 
     ProgramModel& Model() { return app_.model; }
     const AppFolders& Folders() const { return app_.folders; }
+    AppState& App() { return app_; }
 
     std::string StartupPath(bool user, std::string_view name) const {
         return (user ? Folders().UserStartupFolder : Folders().CommonStartupFolder) + "\\" +
@@ -101,56 +113,62 @@ public:
         MoveShortcut(from, to, owner_, flags, undo, mover_);
     }
 
-    // The delayed program of a shortcut, by its bare name as a load leaves it, or by its path
-    // in the items folder as a delay since the last load left it. The command tells the two
-    // Startup folders apart.
+    // The delayed program of a shortcut, by its file name. The command tells the two Startup
+    // folders apart.
     int DelayedShortcut(std::string_view name, bool user) const {
         const ProgramGroup* group = app_.model.StartupGroup();
         if (!group)
             return -1;
         const std::string_view command = user ? kExecute : kExecuteAU;
-        const std::string inItems = ItemsPath(user, name);
         for (size_t i = 0; i < group->Programs.size(); ++i) {
             const GroupProgram& p = group->Programs[i];
-            if (p.Command == command && (p.Path == name || p.Path == inItems))
+            if (p.Command == command && !p.Path.empty() && SameName(PathLastPart(p.Path), name))
                 return static_cast<int>(i);
         }
+        return -1;
+    }
+    // The stopped entry of a shortcut.
+    int StoppedShortcut(std::string_view name, int location) const {
+        const auto& stopped = app_.model.StoppedPrograms;
+        for (size_t i = 0; i < stopped.size(); ++i)
+            if (std::string_view(stopped[i]).substr(0, kPrefixLength) == LocationPrefix(location) &&
+                SameName(Trim(std::string_view(stopped[i]).substr(kPrefixLength)), name))
+                return static_cast<int>(i);
         return -1;
     }
 
     // The delayed program of a Run value, by the value's name, in the view of its saved copy.
     // A program without a name (a hand-written line) is found by its command instead, among the
     // others without one.
-    int DelayedValue(const ValueKey& at, std::string_view text) const {
+    int DelayedValue(const ValueKey& at, const StartupItem& item) const {
         const ProgramGroup* group = app_.model.StartupGroup();
         if (!group)
             return -1;
-        const NameData value = SplitNameData(text);
         const SavedCopies saved = ReadSavedCopies(at.Location);
         const SavedCopyMatch match = MatchSavedCopies(app_.model, at.Location, saved.Copies);
         for (size_t i = 0; i < group->Programs.size(); ++i) {
             const GroupProgram& p = group->Programs[i];
-            if (p.Path.empty() || p.Command != CommandOfLocation(at.Location) ||
-                p.RegistryKeyName != value.Name)
+            if (IsFreeSlot(p) || p.Command != CommandOfLocation(at.Location))
                 continue;
-            const int copy = match.Delayed[i];
-            if (saved.RootOf(copy) != at.Root())
+            if (item.Name.empty()
+                    ? !p.RegistryKeyName.empty() || (Trim(item.Command) != Trim(RecordCommand(p)) &&
+                                                     Trim(item.Command) != Trim(p.Path))
+                    : !SameName(p.RegistryKeyName, item.Name))
+                continue;
+            if (saved.RootOf(match.Delayed[i]) != at.Root())
                 continue; // the value of that name in the other view
-            if (!value.Name.empty() || Trim(value.Data) == Trim(p.Path + " " + p.Parameters) ||
-                Trim(value.Data) == Trim(p.Path))
-                return static_cast<int>(i);
+            return static_cast<int>(i);
         }
         return -1;
     }
-    // The same, refused as gone when there is none.
-    int DelayedValueThere(const ValueKey& at, std::string_view text) const {
-        const int i = DelayedValue(at, text);
+    int DelayedValueThere(const ValueKey& at, const StartupItem& item) const {
+        const int i = DelayedValue(at, item);
         if (i < 0)
-            throw MoveFailure("\"" + std::string(text) + "\" is no longer delayed", Refusal::Gone);
+            throw NoLonger(item, ItemState::Delayed);
         return i;
     }
     void RemoveProgram(int index) {
-        if (!app_.model.RemoveProgramFromGroup(app_.model.StartupGroupIndex, index))
+        if (index < 0 || !app_.model.RemoveProgramFromGroup(app_.model.StartupGroupIndex, index))
             throw MoveFailure("the delayed program could not be removed from the Startup group");
     }
 
@@ -208,28 +226,30 @@ public:
     }
 
     // One item's move within a pass: its steps go into the undo list it is given.
-    using ItemMove = std::function<void(UndoSteps&)>;
-    using ItemRunner = std::function<void(std::string_view item, const ItemMove&)>;
+    using ItemStep = std::function<void(UndoSteps&)>;
+    using ItemRunner = std::function<void(const StartupItem& item, const ItemStep&)>;
 
-    // A pass over checked items, on the file as it is now. An item that fails is taken back
-    // and ends the pass; the items before it stay moved and are written to the file. Should the
+    // A pass over ticked items, on the file as it is now. An item that fails is taken back and
+    // ends the pass; the items before it stay moved and are written to the file. Should the
     // file not be written, every item of the pass is taken back. A failure shows the pass's
-    // message and the item's reason.
-    bool Pass(const char* routine, int message, const std::function<void(const ItemRunner&)>& body,
-              const std::function<void()>& finish = {}) {
+    // message (of registry entries or of shortcuts, by the item) and the item's reason.
+    bool Pass(const char* routine, bool registry,
+              const std::function<void(const ItemRunner&)>& body) {
         UndoSteps done;
         std::string failedItem, what, why;
         std::vector<std::string> notTakenBack;
-        auto item = [&](std::string_view name, const ItemMove& move) {
+        int message = registry ? kRegistryMessage : kStartupFolderMessage;
+        auto item = [&](const StartupItem& it, const ItemStep& move) {
             UndoSteps steps;
             ModelSnapshot before(app_.model);
             try {
                 move(steps);
             } catch (const std::exception& e) {
                 notTakenBack = steps.TakeBack();
-                failedItem = std::string(name);
+                failedItem = it.Text();
                 what = e.what();
-                why = Why(name, e);
+                why = Why(failedItem, e);
+                message = it.Registry() ? kRegistryMessage : kStartupFolderMessage;
                 throw PassEnds{}; // the snapshot takes this item's model changes back
             }
             before.Keep();
@@ -244,8 +264,6 @@ public:
                     what = e.what();
                     why = e.what();
                 }
-                if (finish)
-                    finish();
             });
         } catch (const std::exception& e) {
             for (std::string& step : done.TakeBack())
@@ -268,148 +286,75 @@ private:
     const FileMover& mover_;
 };
 
-} // namespace
-
-ItemMoves::ItemMoves(AppState& app, TreeModel& tree, HWND owner)
-    : app_(app), tree_(tree), owner_(owner) {}
-
 // ---- Shortcuts in the Startup folders ---------------------------------------------------------
 
-bool ItemMoves::DelayStartupItem(std::string_view name, int code, bool stop, ItemState from) {
+void MoveShortcutItem(Mover& m, const StartupItem& item, ItemState to, UndoSteps& undo) {
+    ProgramModel& model = m.Model();
+    const bool user = item.Location == ItemLocation::UserFolder;
+    const int location = item.Code();
+    const std::string& name = item.Name;
     if (name.empty())
-        return false;
-    Mover m(app_, owner_, mover_);
-    const bool user = code == kUserStartup;
-    const int location = user ? kUserStartup : kCommonStartup;
-    return m.Single("DelayStartupItem", name, [&](UndoSteps& undo) {
-        ProgramModel& model = m.Model();
-        if (!stop)
-            RefuseBlocked(model, {std::string(name), ""});
-        const std::string items = m.ItemsPath(user, name);
-        if (from == ItemState::Active) {
-            m.MoveFile(m.StartupPath(user, name), items, kQuietFileOperationMakeFolder, undo);
-        } else {
-            // Delayed or stopped: the shortcut stays in the items folder, only its entry changes.
-            if (!FileThere(items))
-                throw MoveFailure("\"" + items + "\" is not in the items folder", Refusal::Gone);
-            if (from == (stop ? ItemState::Stopped : ItemState::Delayed))
-                return; // already where it is asked to go
-            if (from == ItemState::Delayed) {
-                m.RemoveProgram(m.DelayedShortcut(name, user));
-            } else {
-                const int entry = model.FindStoppedProgram(name, location);
-                if (entry < 0)
-                    throw MoveFailure("\"" + std::string(name) + "\" is no longer stopped",
-                                      Refusal::Gone);
-                model.StoppedPrograms[static_cast<size_t>(entry)].clear();
-            }
-        }
-        if (stop)
+        throw MoveFailure("the item has no file name");
+    const std::string items = m.ItemsPath(user, name);
+    auto record = [&](ItemState state) {
+        const int i = state == ItemState::Delayed ? m.DelayedShortcut(name, user)
+                                                  : m.StoppedShortcut(name, location);
+        if (i < 0)
+            throw NoLonger(item, state);
+        return i;
+    };
+    auto drop = [&](ItemState state, int i) {
+        if (state == ItemState::Delayed)
+            m.RemoveProgram(i);
+        else
+            model.StoppedPrograms[static_cast<size_t>(i)].clear();
+    };
+    auto add = [&](ItemState state) {
+        if (state == ItemState::Stopped)
             model.AddStoppedProgram(name, location);
         else
             model.AddProgramToGroup(model.StartupGroupIndex, user ? kExecute : kExecuteAU, items,
                                     "", 0, "");
-    });
-}
+    };
 
-void ItemMoves::RestoreStartupItem(std::string_view name, int code, bool fromStopped) {
-    if (name.empty())
+    if (item.State == to) {
+        // Asked to go where it is: it stays, once; an active one is switched on.
+        if (to == ItemState::Active) {
+            if (item.SwitchedOff)
+                SwitchOnShortcut(user, name, undo);
+        } else {
+            (void)record(to);
+        }
         return;
-    Mover m(app_, owner_, mover_);
-    const bool user = code == kUserStartup;
-    const int location = user ? kUserStartup : kCommonStartup;
-    m.Single("RestoreStartupItem", name, [&](UndoSteps& undo) {
-        const std::string items = m.ItemsPath(user, name);
-        // A shortcut that is no longer in the items folder has nothing to move back.
+    }
+    if (item.State == ItemState::Active) {
+        if (to == ItemState::Delayed)
+            RefuseBlocked(model, {name, ""});
+        m.MoveFile(m.StartupPath(user, name), items, kQuietFileOperationMakeFolder, undo);
+        add(to);
+        return;
+    }
+    const int i = record(item.State);
+    if (to == ItemState::Active) {
+        // A shortcut that is no longer in the items folder has nothing to move back; its
+        // record goes all the same.
         if (FileThere(items)) {
             m.MoveFile(items, m.StartupPath(user, name), kQuietFileOperation, undo);
             SwitchOnShortcut(user, name, undo);
         }
-        if (fromStopped)
-            m.Model().RemoveStoppedProgram(name, location);
-        else
-            m.RemoveProgram(m.DelayedShortcut(name, user));
-    });
-}
-
-bool ItemMoves::DelayCheckedStartupItems(bool stop, bool stoppedToDelayed) {
-    Mover m(app_, owner_, mover_);
-    ProgramModel& model = m.Model();
-    return m.Pass("DelayCheckedStartupItems", kStartupFolderMessage, [&](const auto& item) {
-        for (const std::string& name : CheckedItems(tree_, "CurrentUserStartup")) {
-            item(name, [&](UndoSteps& undo) {
-                if (!stop)
-                    RefuseBlocked(model, {name, ""});
-                const std::string items = m.ItemsPath(true, name);
-                m.MoveFile(m.StartupPath(true, name), items, kQuietFileOperationMakeFolder, undo);
-                if (stop)
-                    model.AddStoppedProgram(name, kUserStartup);
-                else
-                    model.AddProgramToGroup(model.StartupGroupIndex, kExecute, items, "", 0, "");
-            });
-        }
-        if (stop) {
-            for (const std::string& name : CheckedItems(tree_, "DelayedItemsStartupCurrentUser")) {
-                item(name, [&](UndoSteps&) {
-                    model.AddStoppedProgram(name, kUserStartup);
-                    m.RemoveProgram(m.DelayedShortcut(name, true));
-                });
-            }
-        }
-        // A stopped item that is checked when the user asks to stop stays stopped: moving it
-        // back into the Startup folder would have Windows start it again.
-        if (stop)
-            return;
-        for (const std::string& name : CheckedItems(tree_, "StoppedItemsCurrentStartup")) {
-            item(name, [&](UndoSteps& undo) {
-                if (stoppedToDelayed) {
-                    RefuseBlocked(model, {name, ""});
-                    model.AddProgramToGroup(model.StartupGroupIndex, kExecute,
-                                            m.ItemsPath(true, name), "", 0, "");
-                    model.RemoveStoppedProgram(name, kUserStartup);
-                } else {
-                    // Back in the Startup folder; the stopped entry goes with the restore pass
-                    // that follows.
-                    m.MoveFile(m.ItemsPath(true, name), m.StartupPath(true, name),
-                               kQuietFileOperationMakeFolder, undo);
-                    SwitchOnShortcut(true, name, undo);
-                }
-            });
-        }
-    });
-}
-
-bool ItemMoves::RestoreCheckedStartupItems() {
-    Mover m(app_, owner_, mover_);
-    return m.Pass("RestoreCheckedStartupItems", kStartupFolderMessage, [&](const auto& item) {
-        for (const std::string& name : CheckedItems(tree_, "DelayedItemsStartupCurrentUser")) {
-            item(name, [&](UndoSteps& undo) {
-                const std::string items = m.ItemsPath(true, name);
-                if (FileThere(items)) {
-                    m.MoveFile(items, m.StartupPath(true, name), kQuietFileOperation, undo);
-                    SwitchOnShortcut(true, name, undo);
-                }
-                m.RemoveProgram(m.DelayedShortcut(name, true));
-            });
-        }
-        for (const std::string& name : CheckedItems(tree_, "StoppedItemsCurrentStartup")) {
-            item(name, [&](UndoSteps& undo) {
-                const std::string items = m.ItemsPath(true, name);
-                // A shortcut deleted from the items folder meanwhile is not moved, but its
-                // entry goes all the same.
-                if (CDirStruct::OrdinaryFileExists(items)) {
-                    m.MoveFile(items, m.StartupPath(true, name), kQuietFileOperation, undo);
-                    SwitchOnShortcut(true, name, undo);
-                }
-                m.Model().RemoveStoppedProgram(name, kUserStartup);
-            });
-        }
-    });
+        drop(item.State, i);
+        return;
+    }
+    // Delayed or stopped: the shortcut stays in the items folder, only its record changes.
+    if (!FileThere(items))
+        throw MoveFailure("\"" + items + "\" is not in the items folder", Refusal::Gone);
+    if (to == ItemState::Delayed)
+        RefuseBlocked(model, {name, ""});
+    drop(item.State, i);
+    add(to);
 }
 
 // ---- Values in the Run keys -------------------------------------------------------------------
-
-namespace {
 
 // A stopped value: its entry in the model, and the value it stands for. The saved copy holds
 // the command exactly; an entry that names its value holds it too, without quotes.
@@ -419,31 +364,48 @@ struct StoppedValue {
     bool Saved = false; // the value is the saved copy
 };
 
-// The stopped entry of that text whose saved copy is in the view asked for (an entry without a
-// copy counts as the machine's own view's).
+// The stopped entry of the item whose saved copy is in the item's view (an entry without a
+// copy counts as the machine's own view's): the entry of its record when that still is one of
+// its name, else the first of its name; a record without a name by its command.
 StoppedValue FindStoppedValue(const ProgramModel& model, const ValueKey& at,
-                              std::string_view text) {
+                              const StartupItem& item) {
     const SavedCopies saved = ReadSavedCopies(at.Location);
     const SavedCopyMatch match = MatchSavedCopies(model, at.Location, saved.Copies);
-    const std::string sought = Trim(std::string(LocationPrefix(at.Location)) + std::string(text));
-    for (size_t i = 0; i < model.StoppedPrograms.size(); ++i) {
+    const std::string_view prefix = LocationPrefix(at.Location);
+    auto valueOf = [&](size_t i) -> std::optional<StoppedValue> {
         const std::string& entry = model.StoppedPrograms[i];
-        if (entry.empty() || Trim(entry) != sought)
-            continue;
+        if (entry.empty() || std::string_view(entry).substr(0, kPrefixLength) != prefix)
+            return std::nullopt;
         const int copy = match.Stopped[i];
         if (saved.RootOf(copy) != at.Root())
-            continue;
+            return std::nullopt;
         StoppedValue found;
         found.Entry = static_cast<int>(i);
+        const std::string text = Trim(std::string_view(entry).substr(kPrefixLength));
         if (copy >= 0) {
-            found.Value = SplitNameData(saved.Copies[static_cast<size_t>(copy)]);
+            found.Value = saved.Copies[static_cast<size_t>(copy)];
             found.Saved = true;
         } else if (auto named = NamedStoppedValue(text)) {
             found.Value = *named;
         }
+        const bool ours = item.Name.empty()
+                              ? found.Value.Name.empty() && Trim(item.Command) == text
+                              : SameName(found.Value.Name, item.Name) ||
+                                    (!found.Saved && StoppedEntryNames(text, item.Name));
+        if (!ours)
+            return std::nullopt;
+        if (!found.Saved && !item.Name.empty())
+            found.Value.Name = item.Name; // a name that holds "=" is the item's own
         return found;
-    }
-    throw MoveFailure("\"" + std::string(text) + "\" is no longer stopped", Refusal::Gone);
+    };
+    const size_t count = model.StoppedPrograms.size();
+    if (item.Record >= 0 && static_cast<size_t>(item.Record) < count)
+        if (auto found = valueOf(static_cast<size_t>(item.Record)))
+            return *found;
+    for (size_t i = 0; i < count; ++i)
+        if (auto found = valueOf(i))
+            return *found;
+    throw NoLonger(item, ItemState::Stopped);
 }
 
 // Takes a value out of its Run key: a saved copy first (type and bytes as they are), its
@@ -454,11 +416,8 @@ void TakeOutValue(const ValueKey& at, const NameData& listed,
     if (!value)
         throw MoveFailure("the Run value \"" + listed.Name + "\" is not there any more",
                           Refusal::Gone);
-    const std::string now = TextOf(*value);
-    std::string shown = listed.Data;
-    while (!shown.empty() && shown.back() == '\0')
-        shown.pop_back();
-    if (!now.empty() && now != shown)
+    const std::string now = ValueText(*value);
+    if (now != listed.Data)
         throw MoveFailure("the Run value \"" + listed.Name + "\" now reads \"" + now + "\"",
                           Refusal::ValueChanged, listed.Name + "=" + now);
     PutValue(at.Root(), at.Saved(), listed.Name, *value, undo);
@@ -489,51 +448,51 @@ RunCommandParts CommandOf(const std::string& data, const std::optional<RegistryV
     return SplitRunData(data, value && value->Type == REG_EXPAND_SZ, SystemCommandLine());
 }
 
-// Delays or stops an active value (stop). The value must still read as the list showed it.
-void DelayActiveValue(Mover& m, const ValueKey& at, std::string_view text, bool stop,
+// Delays or stops an active value. The value must still read as the list showed it.
+void DelayActiveValue(Mover& m, const ValueKey& at, const StartupItem& item, bool stop,
                       RegBackup& backup, UndoSteps& undo) {
     ProgramModel& model = m.Model();
-    const NameData value = SplitNameData(text);
-    if (value.Name.empty())
+    if (item.Name.empty())
         throw MoveFailure("the item has no Run value name");
-    const std::optional<RegistryValue> now = CRegistry().GetValue(at.Root(), kRunKey, value.Name);
-    const RunCommandParts parts = CommandOf(value.Data, now);
+    const std::optional<RegistryValue> now = CRegistry().GetValue(at.Root(), kRunKey, item.Name);
+    const RunCommandParts parts = CommandOf(item.Command, now);
     if (!stop)
         RefuseBlocked(model, parts);
-    TakeOutValue(at, value, now, backup, undo);
+    TakeOutValue(at, {item.Name, item.Command}, now, backup, undo);
     if (stop)
-        model.AddStoppedProgram(StoppedRunEntry(value.Name, value.Data), at.Location);
+        model.AddStoppedProgram(StoppedRunEntry(item.Name, item.Command), at.Location);
     else
         model.AddProgramToGroup(model.StartupGroupIndex, CommandOfLocation(at.Location), parts.Path,
-                                parts.Parameters, 0, value.Name);
+                                parts.Parameters, 0, item.Name);
 }
 
 // Stops a delayed value: its saved copy stays, and its entry names it, with the command the
 // copy holds.
-void StopDelayedValue(Mover& m, const ValueKey& at, std::string_view text, RegBackup* backup) {
+void StopDelayedValue(Mover& m, const ValueKey& at, const StartupItem& item, RegBackup& backup) {
     ProgramModel& model = m.Model();
-    const int i = m.DelayedValueThere(at, text);
+    const int i = m.DelayedValueThere(at, item);
     const GroupProgram program = model.StartupGroup()->Programs[static_cast<size_t>(i)];
     std::string entry = program.Path; // a program without a value name is known by its path
     if (!program.RegistryKeyName.empty()) {
         auto saved = CRegistry().GetValue(at.Root(), at.Saved(), program.RegistryKeyName);
-        if (saved && backup)
-            backup->Value(at.Root(), ToBackupValue(program.RegistryKeyName, *saved));
+        if (saved)
+            backup.Value(at.Root(), ToBackupValue(program.RegistryKeyName, *saved));
         entry = StoppedRunEntry(program.RegistryKeyName,
-                                saved ? TextOf(*saved) : program.Path + " " + program.Parameters);
+                                saved ? ValueText(*saved) : RecordCommand(program));
     }
     model.AddStoppedProgram(entry, at.Location);
     m.RemoveProgram(i);
 }
 
 // Delays a stopped value. Exactly its own entry goes: another one may stand for a value of the
-// same program. False when nothing is left to start it from.
-bool DelayStoppedValue(Mover& m, const ValueKey& at, const StoppedValue& stopped, RegBackup* backup,
+// same program.
+void DelayStoppedValue(Mover& m, const ValueKey& at, const StartupItem& item, RegBackup& backup,
                        UndoSteps& undo) {
     ProgramModel& model = m.Model();
+    const StoppedValue stopped = FindStoppedValue(model, at, item);
     const std::string& name = stopped.Value.Name;
     if (name.empty())
-        return false;
+        throw MoveFailure("no saved copy of \"" + item.Text() + "\" is left", Refusal::Gone);
     const RunCommandParts parts =
         CommandOf(stopped.Value.Data, CRegistry().GetValue(at.Root(), at.Saved(), name));
     RefuseBlocked(model, parts);
@@ -542,147 +501,122 @@ bool DelayStoppedValue(Mover& m, const ValueKey& at, const StoppedValue& stopped
         // copy again, so the value can be put back later.
         PutValue(at.Root(), at.Saved(), name, TextValue(stopped.Value.Data), undo);
     }
-    if (backup)
-        if (auto saved = CRegistry().GetValue(at.Root(), at.Saved(), name))
-            backup->Value(at.Root(), ToBackupValue(name, *saved));
+    if (auto saved = CRegistry().GetValue(at.Root(), at.Saved(), name))
+        backup.Value(at.Root(), ToBackupValue(name, *saved));
     model.AddProgramToGroup(model.StartupGroupIndex, CommandOfLocation(at.Location), parts.Path,
                             parts.Parameters, 0, name);
     model.StoppedPrograms[static_cast<size_t>(stopped.Entry)].clear();
-    return true;
+}
+
+// Puts a stopped value back; an entry with nothing left to put back goes all the same.
+void RestoreStoppedValue(Mover& m, const ValueKey& at, const StartupItem& item, UndoSteps& undo) {
+    const StoppedValue stopped = FindStoppedValue(m.Model(), at, item);
+    if (!stopped.Value.Name.empty())
+        PutBackValue(at, stopped.Value.Name, stopped.Value.Data, undo);
+    else
+        m.Log("nothing is left to put \"" + item.Text() + "\" back from; its entry goes",
+              kLogWarning);
+    m.Model().StoppedPrograms[static_cast<size_t>(stopped.Entry)].clear();
 }
 
 // Puts a delayed value back and drops its program.
-void RestoreDelayedValue(Mover& m, const ValueKey& at, std::string_view text, UndoSteps& undo) {
-    const int i = m.DelayedValueThere(at, text);
-    PutBackValue(at, m.Model().StartupGroup()->Programs[static_cast<size_t>(i)].RegistryKeyName,
-                 SplitNameData(text).Data, undo);
+void RestoreDelayedValue(Mover& m, const ValueKey& at, const StartupItem& item, UndoSteps& undo) {
+    const int i = m.DelayedValueThere(at, item);
+    const GroupProgram& program = m.Model().StartupGroup()->Programs[static_cast<size_t>(i)];
+    PutBackValue(at, program.RegistryKeyName, item.Command, undo);
     m.RemoveProgram(i);
 }
 
-} // namespace
-
-bool ItemMoves::DelayRegistryItem(std::string_view text, int code, bool stop, ItemState from,
-                                  bool wow32) {
-    if (text.empty())
-        return false;
-    Mover m(app_, owner_, mover_);
-    const ValueKey at{code == kMachineRun ? kMachineRun : kUserRun, code == kMachineRun && wow32};
-    return m.Single("DelayRegistryItem", text, [&](UndoSteps& undo) {
-        RegBackup backup(app_);
-        if (from == ItemState::Active) {
-            DelayActiveValue(m, at, text, stop, backup, undo);
-        } else if (from == ItemState::Delayed) {
-            if (stop)
-                StopDelayedValue(m, at, text, &backup);
-            else // delayed already: one stays one
-                (void)m.DelayedValueThere(at, text);
+void MoveValueItem(Mover& m, const StartupItem& item, ItemState to, RegBackup& backup,
+                   UndoSteps& undo) {
+    const ValueKey at = KeyOf(item);
+    if (item.State == to) {
+        // Asked to go where it is: it stays, once; an active one is switched on.
+        if (to == ItemState::Active) {
+            if (item.SwitchedOff)
+                SwitchOnValue(at, item.Name, undo);
+        } else if (to == ItemState::Delayed) {
+            (void)m.DelayedValueThere(at, item);
         } else {
-            const StoppedValue stopped = FindStoppedValue(m.Model(), at, text);
-            if (!stop && !DelayStoppedValue(m, at, stopped, &backup, undo))
-                throw MoveFailure("no saved copy of \"" + std::string(text) + "\" is left",
-                                  Refusal::Gone);
+            (void)FindStoppedValue(m.Model(), at, item);
         }
-        backup.Close();
-    });
-}
-
-void ItemMoves::RestoreRegistryItem(std::string_view text, int code, bool fromStopped, bool wow32) {
-    if (text.empty())
-        return;
-    Mover m(app_, owner_, mover_);
-    const ValueKey at{code == kMachineRun ? kMachineRun : kUserRun, code == kMachineRun && wow32};
-    m.Single("RestoreRegistryItem", text, [&](UndoSteps& undo) {
-        if (!fromStopped) {
-            RestoreDelayedValue(m, at, text, undo);
-            return;
-        }
-        const StoppedValue stopped = FindStoppedValue(m.Model(), at, text);
-        if (stopped.Value.Name.empty())
-            throw MoveFailure("no saved copy of \"" + std::string(text) + "\" is left",
-                              Refusal::Gone);
-        PutBackValue(at, stopped.Value.Name, stopped.Value.Data, undo);
-        m.Model().StoppedPrograms[static_cast<size_t>(stopped.Entry)].clear();
-    });
-}
-
-void ItemMoves::RunItem(std::string_view text, const ItemPlace& place) {
-    const bool fromStopped = place.State == ItemState::Stopped;
-    if (place.State != ItemState::Active) {
-        if (place.Registry())
-            RestoreRegistryItem(text, place.Location, fromStopped, place.Wow32);
-        else
-            RestoreStartupItem(text, place.Location, fromStopped);
         return;
     }
-    if (text.empty())
+    switch (item.State) {
+    case ItemState::Active:
+        DelayActiveValue(m, at, item, to == ItemState::Stopped, backup, undo);
         return;
-    Mover m(app_, owner_, mover_);
-    m.Single("RunItem", text, [&](UndoSteps& undo) {
-        if (place.Registry())
-            SwitchOnValue({place.Location, place.Wow32}, SplitNameData(text).Name, undo);
+    case ItemState::Delayed:
+        if (to == ItemState::Stopped)
+            StopDelayedValue(m, at, item, backup);
         else
-            SwitchOnShortcut(place.Location == kUserStartup, text, undo);
-    });
+            RestoreDelayedValue(m, at, item, undo);
+        return;
+    case ItemState::Stopped:
+        if (to == ItemState::Delayed)
+            DelayStoppedValue(m, at, item, backup, undo);
+        else
+            RestoreStoppedValue(m, at, item, undo);
+        return;
+    }
 }
 
-namespace {
-// The passes move the current user's values only.
-const ValueKey kUser{kUserRun, false};
+// The routine a move is logged under.
+const char* RoutineOf(const StartupItem& item, ItemState to) {
+    if (item.Registry())
+        return to == ItemState::Active ? "RestoreRegistryItem" : "DelayRegistryItem";
+    return to == ItemState::Active ? "RestoreStartupItem" : "DelayStartupItem";
+}
+
+void MoveOne(Mover& m, const StartupItem& item, ItemState to, RegBackup*& backup,
+             std::unique_ptr<RegBackup>& owned, UndoSteps& undo) {
+    if (!item.Registry()) {
+        MoveShortcutItem(m, item, to, undo);
+        return;
+    }
+    // The backup folders are made with the first value a move takes out or stops.
+    if (!backup) {
+        owned = std::make_unique<RegBackup>(m.App());
+        backup = owned.get();
+    }
+    MoveValueItem(m, item, to, *backup, undo);
+}
+
 } // namespace
 
-bool ItemMoves::DelayCheckedRegistryItems(bool stop, bool stoppedToDelayed) {
+ItemMoves::ItemMoves(AppState& app, HWND owner) : app_(app), owner_(owner) {}
+
+bool ItemMoves::Move(const StartupItem& item, ItemState to) {
     Mover m(app_, owner_, mover_);
-    std::unique_ptr<RegBackup> backup;
-    try {
-        backup = std::make_unique<RegBackup>(app_);
-    } catch (const std::exception& e) {
-        m.Report("DelayCheckedRegistryItems", "", e.what(),
-                 m.Message(kRegistryMessage) + "\r\n\r\n" + e.what(), {});
-        return false;
-    }
-    return m.Pass(
-        "DelayCheckedRegistryItems", kRegistryMessage,
-        [&](const auto& item) {
-            for (const std::string& text : CheckedItems(tree_, "CurrentUserRegistry"))
-                item(text, [&](UndoSteps& undo) {
-                    DelayActiveValue(m, kUser, text, stop, *backup, undo);
-                });
-            // A delayed value that is stopped keeps its copy; the backup was made when it left
-            // the Run key.
-            if (stop)
-                for (const std::string& text :
-                     CheckedItems(tree_, "DelayedItemsRegistryCurrentUser"))
-                    item(text, [&](UndoSteps&) { StopDelayedValue(m, kUser, text, nullptr); });
-            // A stopped value stays stopped when the user asks to stop.
-            if (stoppedToDelayed && !stop)
-                for (const std::string& text : CheckedItems(tree_, "StoppedItemsCurrentReg"))
-                    item(text, [&](UndoSteps& undo) {
-                        const StoppedValue stopped = FindStoppedValue(m.Model(), kUser, text);
-                        if (!DelayStoppedValue(m, kUser, stopped, nullptr, undo))
-                            m.Log("DelayCheckedRegistryItems: nothing is left to start the "
-                                  "stopped value \"" +
-                                      text + "\" from; it stays stopped",
-                                  kLogWarning);
-                    });
-        },
-        [&] { backup->Close(); });
+    return m.Single(RoutineOf(item, to), item.Text(), [&](UndoSteps& undo) {
+        RegBackup* backup = nullptr;
+        std::unique_ptr<RegBackup> owned;
+        MoveOne(m, item, to, backup, owned, undo);
+        if (owned)
+            owned->Close();
+    });
 }
 
-bool ItemMoves::RestoreCheckedRegistryItems() {
+bool ItemMoves::MovePass(const std::vector<ItemMove>& moves) {
     Mover m(app_, owner_, mover_);
-    return m.Pass("RestoreCheckedRegistryItems", kRegistryMessage, [&](const auto& item) {
-        for (const std::string& text : CheckedItems(tree_, "DelayedItemsRegistryCurrentUser"))
-            item(text, [&](UndoSteps& undo) { RestoreDelayedValue(m, kUser, text, undo); });
-        for (const std::string& text : CheckedItems(tree_, "StoppedItemsCurrentReg")) {
-            item(text, [&](UndoSteps& undo) {
-                const StoppedValue stopped = FindStoppedValue(m.Model(), kUser, text);
-                if (!stopped.Value.Name.empty())
-                    PutBackValue(kUser, stopped.Value.Name, stopped.Value.Data, undo);
-                // Without anything to put back, the entry goes all the same.
-                m.Model().StoppedPrograms[static_cast<size_t>(stopped.Entry)].clear();
-            });
-        }
+    const bool registry = std::any_of(moves.begin(), moves.end(),
+                                      [](const ItemMove& move) { return move.Item.Registry(); });
+    RegBackup* backup = nullptr;
+    std::unique_ptr<RegBackup> owned;
+    const bool done = m.Pass("MovePass", registry, [&](const Mover::ItemRunner& run) {
+        for (const ItemMove& move : moves)
+            run(move.Item,
+                [&](UndoSteps& undo) { MoveOne(m, move.Item, move.To, backup, owned, undo); });
     });
+    return done;
+}
+
+void ItemMovePasses::Move(const std::vector<CheckedTarget>& targets) {
+    std::vector<ItemMove> moves;
+    for (const CheckedTarget& target : targets)
+        if (const StartupItem* item = ItemOfNode(tree_, listing_, target.Node))
+            moves.push_back({*item, target.To});
+    (void)moves_.MovePass(moves);
 }
 
 void ItemMovePasses::WriteItems() {

@@ -7,82 +7,74 @@
 // or Run key, or held by the program (a file in an items folder, a saved copy) and recorded in
 // the model. Nothing of the same name is ever overwritten with something else. An item is its
 // location and its own name (the shortcut's file name, the Run value's name): two values that
-// start the same program are two items, and a move of one never touches the other.
+// start the same program are two items, and a move of one never touches the other. A move is
+// made on the file and the registry as they are then: an item moved meanwhile by another copy
+// of the program is refused as no longer where the list shows it, never moved twice.
 #pragma once
 
 #include <windows.h>
 
-#include <string>
-#include <string_view>
-
 #include <functional>
+#include <vector>
 
-#include "config/program_model.h"
 #include "items/checked_items.h"
+
 #include "items/move_steps.h"
 #include "items/startup_tree.h"
-#include "models/tree_model.h"
 
 namespace tolvane {
 
 class AppState;
 
+// An item and where it is to go.
+struct ItemMove {
+    StartupItem Item;
+    ItemState To = ItemState::Active;
+};
+
 class ItemMoves {
 public:
-    // The passes move the tree's checked items.
-    ItemMoves(AppState& app, TreeModel& tree, HWND owner);
+    ItemMoves(AppState& app, HWND owner);
 
-    // A shortcut (code 3 the current user's, any other the all users' Startup folder), from
-    // the state the list shows it in. Refusals and failures are told the user.
-    bool DelayStartupItem(std::string_view name, int code, bool stop, ItemState from);
-    void RestoreStartupItem(std::string_view name, int code, bool fromStopped);
-    bool DelayCheckedStartupItems(bool stop, bool stoppedToDelayed);
-    bool RestoreCheckedStartupItems();
-
-    // A Run value (code 1 the current user's, 0 the machine's) by its text in the list:
-    // "name=data" when active, "name=path parameters" when delayed, its stopped entry (without
-    // the prefix) when stopped. wow32: a machine value of the 32-bit view, which it never leaves.
-    bool DelayRegistryItem(std::string_view text, int code, bool stop, ItemState from,
-                           bool wow32 = false);
-    void RestoreRegistryItem(std::string_view text, int code, bool fromStopped, bool wow32 = false);
-    // Puts an item back where Windows starts it: a restore, or for an active item only its
-    // switch in Task Manager turned on.
-    void RunItem(std::string_view text, const ItemPlace& place);
-    bool DelayCheckedRegistryItems(bool stop, bool stoppedToDelayed);
-    bool RestoreCheckedRegistryItems();
+    // Moves the item from the state the list shows it in to the one asked for; one asked to go
+    // where it is stays there, once. Asked to go back to Windows while it is there already, an
+    // active item has its switch in Task Manager turned on. Refusals and failures are told the
+    // user; false when the item was not moved.
+    bool Move(const StartupItem& item, ItemState to);
+    // The toolbar's passes and Save: each item where it is asked to go, in order, the file
+    // written once. An item that fails is taken back and ends the pass; the items before it
+    // stay moved. False when not every item was moved.
+    bool MovePass(const std::vector<ItemMove>& moves);
 
     // How shortcuts are moved; the shell's move unless set.
     void SetFileMover(FileMover mover) { mover_ = std::move(mover); }
 
 private:
     AppState& app_;
-    TreeModel& tree_;
     HWND owner_;
     FileMover mover_;
 };
 
-// The toolbar's and Save's passes over the ticked items, by the moves above; each pass writes the
-// file once. The refresh rebuilds whatever shows the tree.
+// The toolbar's and Save's pass over the ticked items of the tree, by the moves above. The
+// refresh rebuilds whatever shows the tree.
 class ItemMovePasses : public CheckedPasses {
 public:
-    ItemMovePasses(AppState& app, TreeModel& tree, HWND owner, std::function<void()> refresh)
-        : app_(app), moves_(app, tree, owner), refresh_(std::move(refresh)) {}
-    void DelayCheckedRegistryItems(bool stop, bool stoppedToDelayed) override {
-        (void)moves_.DelayCheckedRegistryItems(stop, stoppedToDelayed);
-    }
-    void DelayCheckedStartupItems(bool stop, bool stoppedToDelayed) override {
-        (void)moves_.DelayCheckedStartupItems(stop, stoppedToDelayed);
-    }
-    void RestoreCheckedRegistryItems() override { (void)moves_.RestoreCheckedRegistryItems(); }
-    void RestoreCheckedStartupItems() override { (void)moves_.RestoreCheckedStartupItems(); }
+    ItemMovePasses(AppState& app, const TreeModel& tree, const StartupListing& listing, HWND owner,
+                   std::function<void()> refresh)
+        : app_(app), tree_(tree), listing_(listing), moves_(app, owner),
+          refresh_(std::move(refresh)) {}
+    void Move(const std::vector<CheckedTarget>& targets) override;
     void WriteItems() override;
     void RefreshData() override {
         if (refresh_)
             refresh_();
     }
+    ItemMoves& Moves() { return moves_; }
 
 private:
     AppState& app_;
+    const TreeModel& tree_;
+    const StartupListing& listing_;
     ItemMoves moves_;
     std::function<void()> refresh_;
 };

@@ -125,20 +125,6 @@ bool SameValue(const RegistryValue& a, const RegistryValue& b) {
     return TextType(a.Type) ? TrimmedText(a) == TrimmedText(b) : a.Data == b.Data;
 }
 
-std::string TextOf(const RegistryValue& value) {
-    if (!TextType(value.Type))
-        return std::string();
-    const std::vector<uint8_t> data = TrimmedText(value);
-    const auto* wide = reinterpret_cast<const wchar_t*>(data.data());
-    const int chars = static_cast<int>(data.size() / 2);
-    const int n = WideCharToMultiByte(CP_ACP, 0, wide, chars, nullptr, 0, nullptr, nullptr);
-    std::string text(static_cast<size_t>(n > 0 ? n : 0), '\0');
-    WideCharToMultiByte(CP_ACP, 0, wide, chars, text.data(), n, nullptr, nullptr);
-    while (!text.empty() && text.back() == '\0')
-        text.pop_back();
-    return text;
-}
-
 namespace {
 // Writes the value and reads it back: true when the key now holds exactly it.
 bool WriteExactly(RegistryRoot root, const std::string& key, const std::string& name,
@@ -164,7 +150,7 @@ void PutValue(RegistryRoot root, const std::string& key, const std::string& name
         if (SameValue(*existing, value))
             return; // already there: nothing to write, nothing to take back
         throw MoveFailure("another value named \"" + name + "\" is already in \"" + shown + "\"",
-                          conflict, name + "=" + TextOf(*existing));
+                          conflict, name + "=" + ValueText(*existing));
     }
     if (!WriteExactly(root, key, name, value)) {
         (void)reg.DeleteValue(root, key, name);
@@ -234,7 +220,7 @@ BackupValue ToBackupValue(const std::string& name, const RegistryValue& value) {
     backup.Type = value.Type;
     backup.Data = value.Data;
     if (value.Type == REG_SZ) {
-        backup.Text = TextOf(value);
+        backup.Text = ValueText(value);
     } else if (value.Type == REG_EXPAND_SZ || value.Type == REG_MULTI_SZ) {
         // Kept in UTF-16, as the registry holds them, so no character the code page lacks is
         // lost. An odd last byte belongs to no character.

@@ -96,8 +96,6 @@ void MoveShortcut(const std::string& from, const std::string& to, HWND owner, ui
 
 // Registry values with their type and bytes.
 [[nodiscard]] bool SameValue(const RegistryValue& a, const RegistryValue& b);
-// The text of a text value in the code page, as a listing shows it; "" for other types.
-std::string TextOf(const RegistryValue& value);
 // Writes the value unless the key already holds it; another value of that name is never
 // overwritten: that is refused for the given reason, with what the value reads now.
 void PutValue(RegistryRoot root, const std::string& key, const std::string& name,

@@ -55,19 +55,21 @@ std::string URLEncode(std::string_view text) {
     return out;
 }
 
-std::string SearchTerms(std::string_view itemText, const CommandLineSystem& system) {
-    const size_t equals = itemText.find('=');
-    if (equals == std::string_view::npos)
-        return std::string(itemText);
-    return std::string(itemText.substr(0, equals)) + ", " +
-           SplitRunData(itemText.substr(equals + 1), false, system).Path;
+std::string SearchTerms(const StartupItem& item, const CommandLineSystem& system) {
+    if (!item.Registry())
+        return item.Name;
+    const std::string program = SplitRunData(item.Command, item.Expandable, system).Path;
+    if (item.Name.empty())
+        return program;
+    return program.empty() ? item.Name : item.Name + ", " + program;
 }
 
-std::string SearchAddress(std::string_view searchTemplate, std::string_view itemText,
+std::string SearchAddress(std::string_view searchTemplate, const StartupItem& item,
                           const CommandLineSystem& system) {
-    if (searchTemplate.empty() || itemText.empty())
+    const std::string terms = SearchTerms(item, system);
+    if (searchTemplate.empty() || terms.empty())
         return std::string();
-    return URLEncode(ReplaceAll(searchTemplate, "{SEARCHTERMS}", SearchTerms(itemText, system)));
+    return URLEncode(ReplaceAll(searchTemplate, "{SEARCHTERMS}", terms));
 }
 
 } // namespace tolvane

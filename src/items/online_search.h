@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "config/run_data.h"
+#include "items/startup_tree.h"
 
 namespace tolvane {
 
@@ -14,13 +15,13 @@ namespace tolvane {
 // "%" included, stays as it is.
 std::string URLEncode(std::string_view text);
 
-// What to search for, from an item's text in the tree: a shortcut's file name as it is; a Run
-// value ("name=data") as "name, program", the program read from the data as Windows reads it.
-std::string SearchTerms(std::string_view itemText, const CommandLineSystem& system);
+// What to search for: a shortcut's file name as it is; a Run value as "name, program", the
+// program read from its command as Windows reads it, variables kept as written.
+std::string SearchTerms(const StartupItem& item, const CommandLineSystem& system);
 
 // The address to open: the template with every "{SEARCHTERMS}" replaced, escaped as a whole.
-// "" when there is no template or no item.
-std::string SearchAddress(std::string_view searchTemplate, std::string_view itemText,
+// "" when there is no template or the item has nothing to search for.
+std::string SearchAddress(std::string_view searchTemplate, const StartupItem& item,
                           const CommandLineSystem& system);
 
 } // namespace tolvane

@@ -42,7 +42,7 @@ void ReadSwitchedOff(CRegistry& registry, StartupListing& listing) {
 bool RefreshData(AppState& app, TreeModel& tree, StartupListing& listing,
                  const std::function<void(double)>& progress, bool ownRunEntry) {
     try {
-        const std::string own = OwnRunEntry(app.folders);
+        const ListedValue own = OwnRunEntry(app.folders);
         // The file first: the program's own Run value follows the settings and the delayed
         // items the file holds, not whatever this process held before it read them.
         ProgramGroupStore(app).Load(nullptr, !ownRunEntry);
@@ -52,12 +52,24 @@ bool RefreshData(AppState& app, TreeModel& tree, StartupListing& listing,
         folders.ReturnFiles(app.folders.UserStartupFolder, listing.UserStartupFiles);
         folders.ReturnFiles(app.folders.CommonStartupFolder, listing.CommonStartupFiles);
         CRegistry registry;
-        registry.EnumKey(RegistryRoot::CurrentUser, kRunKey, listing.UserRunValues);
-        registry.EnumKey(RegistryRoot::LocalMachine, kRunKey, listing.MachineRunValues);
-        registry.EnumKey(RegistryRoot::LocalMachine32, kRunKey, listing.MachineRun32Values);
+        // Each value by its name and its data, read apart: a name may hold "=".
+        auto values = [&](RegistryRoot root) {
+            std::vector<ListedValue> listed;
+            for (auto& [name, value] : registry.EnumValues(root, kRunKey))
+                if (value.Type == REG_SZ || value.Type == REG_EXPAND_SZ)
+                    listed.push_back({name, ValueText(value), value.Type == REG_EXPAND_SZ});
+            return listed;
+        };
+        listing.UserRunValues = values(RegistryRoot::CurrentUser);
+        listing.MachineRunValues = values(RegistryRoot::LocalMachine);
+        listing.MachineRun32Values = values(RegistryRoot::LocalMachine32);
         ReadSwitchedOff(registry, listing);
+        const SavedCopies userCopies = ReadSavedCopies(kUserRun);
+        listing.SavedUserCopies = userCopies.Copies;
+        listing.SavedUserCopyExpandable = userCopies.ExpandableCopies;
         const SavedCopies machineCopies = ReadSavedCopies(kMachineRun);
         listing.SavedMachineCopies = machineCopies.Copies;
+        listing.SavedMachineCopyExpandable = machineCopies.ExpandableCopies;
         listing.SavedMachineCopyIs32.clear();
         for (RegistryRoot root : machineCopies.Roots)
             listing.SavedMachineCopyIs32.push_back(root == RegistryRoot::LocalMachine32);

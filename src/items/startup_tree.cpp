@@ -64,15 +64,26 @@ int Count(const std::vector<std::string>& list) {
     return list.empty() || list[0].empty() ? 0 : static_cast<int>(list.size());
 }
 
-// Takes the first element equal to the program's own value out; true when there was one.
-bool RemoveOwnEntry(std::vector<std::string>& list, std::string_view own) {
-    for (std::string& element : list) {
-        if (element == own) {
-            element.clear();
+bool IsOwn(const ListedValue& value, const ListedValue& own) {
+    return value.Name == own.Name && value.Data == own.Data;
+}
+
+// Takes the first value that is the program's own out; true when there was one.
+bool RemoveOwnEntry(std::vector<ListedValue>& list, const ListedValue& own) {
+    for (auto v = list.begin(); v != list.end(); ++v) {
+        if (IsOwn(*v, own)) {
+            list.erase(v);
             return true;
         }
     }
     return false;
+}
+
+// A delayed value's command as its record holds it, where no saved copy tells it. A program
+// that an older version wrote with a blank at its end is read without it.
+std::string RecordCommand(const GroupProgram& p) {
+    const std::string path = Trim(p.Path);
+    return p.Parameters.empty() ? path : path + " " + p.Parameters;
 }
 
 class Builder {
@@ -109,16 +120,67 @@ private:
 
 } // namespace
 
-std::string OwnRunEntry(const AppFolders& folders) {
-    return "Tolvane=" + folders.RunCommand;
+ListedValue OwnRunEntry(const AppFolders& folders) {
+    return {"Tolvane", folders.RunCommand};
 }
 
-std::string DelayedRunItemText(const GroupProgram& program) {
-    return program.RegistryKeyName + "=" + program.Path + " " + program.Parameters;
+ItemLocation LocationOf(int code, bool wow32) {
+    switch (code) {
+    case kUserRun:
+        return ItemLocation::UserRun;
+    case kCommonStartup:
+        return ItemLocation::CommonFolder;
+    case kMachineRun:
+        return wow32 ? ItemLocation::MachineRun32 : ItemLocation::MachineRun;
+    default:
+        return ItemLocation::UserFolder;
+    }
+}
+
+int StartupItem::Code() const {
+    switch (Location) {
+    case ItemLocation::UserFolder:
+        return kUserStartup;
+    case ItemLocation::UserRun:
+        return kUserRun;
+    case ItemLocation::CommonFolder:
+        return kCommonStartup;
+    case ItemLocation::MachineRun:
+    case ItemLocation::MachineRun32:
+        return kMachineRun;
+    }
+    return kUserStartup;
+}
+
+bool StartupItem::Registry() const {
+    return Location != ItemLocation::UserFolder && Location != ItemLocation::CommonFolder;
+}
+
+bool StartupItem::ForAllUsers() const {
+    return Location != ItemLocation::UserFolder && Location != ItemLocation::UserRun;
+}
+
+ItemPlace StartupItem::Place() const {
+    return ItemPlace{Code(), State, Wow32()};
+}
+
+std::string StartupItem::Text() const {
+    if (!Registry())
+        return Name;
+    return Name.empty() ? Command : Name + "=" + Command;
+}
+
+const StartupItem* ItemOfNode(const TreeModel& tree, const StartupListing& listing, int node) {
+    if (node < 0 || static_cast<size_t>(node) >= tree.Count())
+        return nullptr;
+    const int item = tree.Node(node).Item;
+    if (item < 0 || static_cast<size_t>(item) >= listing.Items.size())
+        return nullptr;
+    return &listing.Items[static_cast<size_t>(item)];
 }
 
 void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramModel& model,
-                      std::string_view ownRunEntry, const StartupTreeHooks& hooks) {
+                      const ListedValue& ownRunEntry, const StartupTreeHooks& hooks) {
     // What the user had opened.
     std::vector<bool> expanded;
     for (const char* key : kRemembered) {
@@ -128,12 +190,17 @@ void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramMod
 
     int userFolder = Count(listing.UserStartupFiles);
     int commonFolder = Count(listing.CommonStartupFiles);
-    int userRun = Count(listing.UserRunValues);
-    int machineRun = Count(listing.MachineRunValues) + Count(listing.MachineRun32Values);
+    int userRun = static_cast<int>(listing.UserRunValues.size());
+    int machineRun =
+        static_cast<int>(listing.MachineRunValues.size() + listing.MachineRun32Values.size());
     if (RemoveOwnEntry(listing.UserRunValues, ownRunEntry))
         --userRun;
-    if (RemoveOwnEntry(listing.MachineRunValues, ownRunEntry))
+    // Under the machine's key every copy is hidden, though only the first is counted out.
+    if (RemoveOwnEntry(listing.MachineRunValues, ownRunEntry)) {
         --machineRun;
+        while (RemoveOwnEntry(listing.MachineRunValues, ownRunEntry)) {
+        }
+    }
 
     const ProgramGroup* startup = model.StartupGroup();
     int delayedUserFolder = 0, delayedCommonFolder = 0, delayedUserRun = 0, delayedMachineRun = 0;
@@ -185,61 +252,107 @@ void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramMod
     }
     build.Progress(100.0 / 3);
 
+    listing.Items.clear();
+    auto leaf = [&](const char* container, size_t index, std::string_view origin, StartupItem item,
+                    std::string_view tag, int data = 0) -> TreeNode& {
+        TreeNode& node = build.Leaf(container, index, origin, item.Text(), tag);
+        node.Cut = item.SwitchedOff;
+        node.Data = data;
+        node.Item = static_cast<int>(listing.Items.size());
+        listing.Items.push_back(std::move(item));
+        return node;
+    };
+
     // Active items; Task Manager's flag is named like the shortcut's file or the Run value.
-    auto leaves = [&](const std::vector<std::string>& list, const char* container,
-                      std::string_view tag, bool skipOwn, const SwitchedOffNames& off, bool values,
-                      int data = 0) {
+    auto files = [&](const std::vector<std::string>& list, const char* container,
+                     ItemLocation location, std::string_view tag, const SwitchedOffNames& off) {
         for (size_t i = 0; i < list.size(); ++i) {
-            if (list[i].empty() || (skipOwn && list[i] == ownRunEntry))
+            if (list[i].empty())
                 continue;
-            TreeNode& leaf = build.Leaf(container, i, "#" + list[i], list[i], tag);
-            leaf.Cut = off.Contains(values ? SplitNameData(list[i]).Name : list[i]);
-            leaf.Data = data;
+            StartupItem item{location, ItemState::Active, list[i]};
+            item.SwitchedOff = off.Contains(list[i]);
+            leaf(container, i, "#" + list[i], std::move(item), tag);
         }
     };
-    leaves(listing.UserStartupFiles, "CurrentUserStartup", kPopupTag, false, listing.OffUserFolder,
-           false);
-    leaves(listing.UserRunValues, "CurrentUserRegistry", kPopupTag, false, listing.OffUserRun,
-           true);
+    auto values = [&](const std::vector<ListedValue>& list, const char* container,
+                      ItemLocation location, std::string_view tag, const SwitchedOffNames& off,
+                      int data = 0) {
+        for (size_t i = 0; i < list.size(); ++i) {
+            StartupItem item{location, ItemState::Active, list[i].Name, list[i].Data,
+                             list[i].Expandable};
+            item.SwitchedOff = off.Contains(list[i].Name);
+            const std::string text = item.Text();
+            leaf(container, i, "#" + text, std::move(item), tag, data);
+        }
+    };
+    files(listing.UserStartupFiles, "CurrentUserStartup", ItemLocation::UserFolder, kPopupTag,
+          listing.OffUserFolder);
+    values(listing.UserRunValues, "CurrentUserRegistry", ItemLocation::UserRun, kPopupTag,
+           listing.OffUserRun);
     build.Progress(200.0 / 3);
-    leaves(listing.CommonStartupFiles, "AllUsersStartup", "", false, listing.OffCommonFolder,
-           false);
-    leaves(listing.MachineRunValues, "AllUsersRegistry", "", true, listing.OffMachineRun, true);
-    leaves(listing.MachineRun32Values, "AllUsersRegistry", "", false, listing.OffMachineRun32, true,
-           kWow32Item);
+    files(listing.CommonStartupFiles, "AllUsersStartup", ItemLocation::CommonFolder, "",
+          listing.OffCommonFolder);
+    values(listing.MachineRunValues, "AllUsersRegistry", ItemLocation::MachineRun, "",
+           listing.OffMachineRun);
+    values(listing.MachineRun32Values, "AllUsersRegistry", ItemLocation::MachineRun32, "",
+           listing.OffMachineRun32, kWow32Item);
     build.Progress(75);
 
-    // A delayed or stopped machine value belongs to the view its saved copy is in.
+    // A delayed or stopped value shows the command its saved copy holds; a machine value
+    // belongs to the view its copy is in.
+    const SavedCopyMatch userCopies = MatchSavedCopies(model, kUserRun, listing.SavedUserCopies);
     const SavedCopyMatch machineCopies =
         MatchSavedCopies(model, kMachineRun, listing.SavedMachineCopies);
-    auto viewMark = [&](int copy) {
+    auto is32 = [&](int copy) {
         return copy >= 0 && static_cast<size_t>(copy) < listing.SavedMachineCopyIs32.size() &&
-                       listing.SavedMachineCopyIs32[static_cast<size_t>(copy)]
-                   ? kWow32Item
-                   : 0;
+               listing.SavedMachineCopyIs32[static_cast<size_t>(copy)];
+    };
+    // The value a delayed or stopped record stands for, from its copy where there is one.
+    auto heldValue = [&](StartupItem& item, bool machine, int copy) {
+        const auto& copies = machine ? listing.SavedMachineCopies : listing.SavedUserCopies;
+        const auto& expandable =
+            machine ? listing.SavedMachineCopyExpandable : listing.SavedUserCopyExpandable;
+        if (copy < 0 || static_cast<size_t>(copy) >= copies.size())
+            return false;
+        item.Name = copies[static_cast<size_t>(copy)].Name;
+        item.Command = copies[static_cast<size_t>(copy)].Data;
+        item.Expandable =
+            static_cast<size_t>(copy) < expandable.size() && expandable[static_cast<size_t>(copy)];
+        if (machine && is32(copy))
+            item.Location = ItemLocation::MachineRun32;
+        return true;
     };
 
     if (startup) {
         for (size_t i = 0; i < startup->Programs.size(); ++i) {
             const GroupProgram& p = startup->Programs[i];
-            if (p.Path.empty())
+            if (IsFreeSlot(p))
                 continue;
             const std::string origin = "#DELAYED" + p.Path;
-            TreeNode* leaf = nullptr;
-            if (p.Command == kExecute)
-                leaf = &build.Leaf("DelayedItemsStartupCurrentUser", i, origin, p.Path, kPopupTag);
-            else if (p.Command == kExecuteAU)
-                leaf = &build.Leaf("DelayedItemsStartupAllUsers", i, origin, p.Path, kPopupTag);
-            else if (p.Command == kExecuteReg)
-                leaf = &build.Leaf("DelayedItemsRegistryCurrentUser", i, origin,
-                                   DelayedRunItemText(p), kPopupTag);
-            else if (p.Command == kExecuteRegAU) {
-                leaf = &build.Leaf("DelayedItemsRegistryAllUsers", i, origin, DelayedRunItemText(p),
-                                   kPopupTag);
-                leaf->Data = viewMark(machineCopies.Delayed[i]);
+            StartupItem item{LocationOf(kUserStartup), ItemState::Delayed};
+            item.Record = static_cast<int>(i);
+            const char* container = nullptr;
+            if (p.Command == kExecute || p.Command == kExecuteAU) {
+                const bool user = p.Command == kExecute;
+                item.Location = user ? ItemLocation::UserFolder : ItemLocation::CommonFolder;
+                item.Name = std::string(PathLastPart(p.Path));
+                container = user ? "DelayedItemsStartupCurrentUser" : "DelayedItemsStartupAllUsers";
+            } else if (p.Command == kExecuteReg || p.Command == kExecuteRegAU) {
+                const bool machine = p.Command == kExecuteRegAU;
+                item.Location = machine ? ItemLocation::MachineRun : ItemLocation::UserRun;
+                if (!heldValue(item, machine, (machine ? machineCopies : userCopies).Delayed[i])) {
+                    item.Name = p.RegistryKeyName;
+                    item.Command = RecordCommand(p);
+                }
+                container =
+                    machine ? "DelayedItemsRegistryAllUsers" : "DelayedItemsRegistryCurrentUser";
             }
-            if (leaf && i < listing.DelayedNotices.size())
-                leaf->Notice = listing.DelayedNotices[i];
+            if (!container)
+                continue; // a command of no location of its own
+            TreeNode& node =
+                leaf(container, i, origin, item, kPopupTag, item.Wow32() ? kWow32Item : 0);
+            if (i < listing.DelayedNotices.size())
+                node.Notice = listing.DelayedNotices[i];
         }
     }
     build.Progress(95);
@@ -256,9 +369,28 @@ void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramMod
             : prefix == LocationPrefix(kMachineRun)    ? "StoppedItemsAllReg"
             : prefix == LocationPrefix(kCommonStartup) ? "StoppedItemsAllStartup"
                                                        : nullptr;
-        if (container)
-            build.Leaf(container, i, "#STOPPED" + entry, name, kPopupTag).Data =
-                viewMark(machineCopies.Stopped[i]);
+        if (!container)
+            continue;
+        const bool user =
+            prefix == LocationPrefix(kUserRun) || prefix == LocationPrefix(kUserStartup);
+        const bool registry =
+            prefix == LocationPrefix(kUserRun) || prefix == LocationPrefix(kMachineRun);
+        StartupItem item{LocationOf(registry ? (user ? kUserRun : kMachineRun)
+                                             : (user ? kUserStartup : kCommonStartup)),
+                         ItemState::Stopped, name};
+        item.Record = static_cast<int>(i);
+        if (registry && !heldValue(item, !user, (user ? userCopies : machineCopies).Stopped[i])) {
+            // No copy left: the entry names its value and command, or (an older entry) holds
+            // the command alone.
+            if (const auto named = NamedStoppedValue(name)) {
+                item.Name = named->Name;
+                item.Command = named->Data;
+            } else {
+                item.Name.clear();
+                item.Command = Trim(name);
+            }
+        }
+        leaf(container, i, "#STOPPED" + entry, item, kPopupTag, item.Wow32() ? kWow32Item : 0);
     }
 
     for (size_t i = 0; i < std::size(kRemembered); ++i) {
@@ -310,14 +442,12 @@ std::string ItemToolTip(const TreeNode& node, const std::vector<SafeEntry>& safe
     return tip;
 }
 
-std::optional<ImpactKey> DelayedItemKey(const TreeModel& tree, int node) {
-    const std::optional<ItemPlace> place = PlaceOf(tree, node);
-    if (!place || place->State != ItemState::Delayed)
+std::optional<ImpactKey> DelayedItemKey(const TreeModel& tree, const StartupListing& listing,
+                                        int node) {
+    const StartupItem* item = ItemOfNode(tree, listing, node);
+    if (!item || item->State != ItemState::Delayed)
         return std::nullopt;
-    const std::string& text = tree.Node(node).Text;
-    if (place->Registry())
-        return ImpactKey{place->Location, text.substr(0, text.find('='))};
-    return ImpactKey{place->Location, std::string(PathLastPart(text))};
+    return ImpactKey{item->Code(), item->Name};
 }
 
 std::string ImpactTipLine(const ImpactRecord& record, const ImpactTexts& texts) {

@@ -12,28 +12,82 @@
 #include "config/app_state.h"
 #include "config/impact_file.h"
 #include "config/program_model.h"
+#include "config/run_data.h"
 #include "items/startup_approved.h"
 #include "models/tree_model.h"
 
 namespace tolvane {
 
-// What the startup locations held at the last refresh. Each list has at least one element; an
-// empty first element means the location has nothing.
+// Where an item of the tree is: its location code and its state, read from its container's key,
+// and for a machine value its registry view.
+struct ItemPlace {
+    int Location = kUserStartup;
+    ItemState State = ItemState::Active;
+    bool Wow32 = false;
+    bool Registry() const { return Location == kUserRun || Location == kMachineRun; }
+};
+// A Run value as a listing found it: its name (which may hold "=") and its data as written.
+struct ListedValue {
+    std::string Name;
+    std::string Data;
+    bool Expandable = false; // REG_EXPAND_SZ
+};
+
+// Where a startup item is: the Startup folder or Run key that Windows starts it from, the
+// machine's Run key in each of its two registry views.
+enum class ItemLocation { UserFolder, UserRun, CommonFolder, MachineRun, MachineRun32 };
+
+// One startup item as a refresh found it. An item is its location and its own name (the
+// shortcut's file name, the Run value's name, exactly as Windows holds them); the rest says in
+// which state it is and what it starts. Moves find it again by that key, in the file and the
+// registry as they are then.
+struct StartupItem {
+    ItemLocation Location = ItemLocation::UserFolder;
+    ItemState State = ItemState::Active;
+    std::string Name;
+    // A Run value's command as written: the value's own data, or its saved copy's; for a value
+    // whose copy is gone, the command its record holds.
+    std::string Command;
+    bool Expandable = false;
+    // Its record in the program-group model: the program of the Startup group (delayed) or the
+    // entry of StoppedPrograms (stopped) at the refresh; -1 for an active item.
+    int Record = -1;
+    bool SwitchedOff = false; // Task Manager keeps it from starting
+
+    bool Registry() const;
+    bool ForAllUsers() const;
+    // The location's code in the program-group model, and whether it is the 32-bit view.
+    int Code() const;
+    bool Wow32() const { return Location == ItemLocation::MachineRun32; }
+    ItemPlace Place() const;
+    // The text the list shows, the same in every state: the file name, or the value as
+    // name=data. A record without a value name shows its command alone.
+    std::string Text() const;
+};
+
+ItemLocation LocationOf(int code, bool wow32 = false);
+
+// What the startup locations held at the last refresh. Each list of files has at least one
+// element; an empty first element means the location has nothing.
 struct StartupListing {
     std::vector<std::string> UserStartupFiles{1};
     std::vector<std::string> CommonStartupFiles{1};
-    std::vector<std::string> UserRunValues{1}; // "name=data"
-    std::vector<std::string> MachineRunValues{1};
+    std::vector<ListedValue> UserRunValues;
+    std::vector<ListedValue> MachineRunValues;
     // The machine's Run values for 32-bit programs (WOW6432Node), shown with the machine's.
-    std::vector<std::string> MachineRun32Values{1};
+    std::vector<ListedValue> MachineRun32Values;
 
     // The items Task Manager switched off, by their names, in each location.
     SwitchedOffNames OffUserFolder, OffUserRun, OffCommonFolder, OffMachineRun, OffMachineRun32;
 
-    // The saved copies of the machine's values, both views, as ReadSavedCopies lists them, and
-    // which are the 32-bit view's: a delayed or stopped value belongs to its copy's view.
-    std::vector<std::string> SavedMachineCopies;
+    // The saved copies of the user's values, and of the machine's from both views as
+    // ReadSavedCopies lists them, with which are the 32-bit view's: a delayed or stopped value
+    // belongs to its copy's view, and shows the command its copy holds.
+    std::vector<NameData> SavedUserCopies;
+    std::vector<bool> SavedUserCopyExpandable;
+    std::vector<NameData> SavedMachineCopies;
     std::vector<bool> SavedMachineCopyIs32;
+    std::vector<bool> SavedMachineCopyExpandable;
 
     // The last measurement of every item the program started.
     std::vector<ImpactRecord> Impacts;
@@ -41,6 +95,9 @@ struct StartupListing {
     // Why each program of the Startup group will not start at log-on, in its order; "" for one
     // that will. Shown in the item's tip.
     std::vector<std::string> DelayedNotices;
+
+    // Every item the tree shows, in its order; each leaf's TreeNode::Item is its index here.
+    std::vector<StartupItem> Items;
 };
 
 // The mark (TreeNode::Data) of an item of the machine's 32-bit Run key, whatever its state.
@@ -49,11 +106,8 @@ inline constexpr int kWow32Item = 32;
 // The tag of the items that offer the popup's moves.
 inline constexpr std::string_view kPopupTag = "#POP#";
 
-// The program's own Run value as a listing shows it: "Tolvane=" and the command.
-std::string OwnRunEntry(const AppFolders& folders);
-
-// The tree text of a delayed Run value: value name, "=", path, " ", parameters.
-std::string DelayedRunItemText(const GroupProgram& program);
+// The program's own Run value as a listing shows it: "Tolvane" and the command.
+ListedValue OwnRunEntry(const AppFolders& folders);
 
 struct StartupTreeHooks {
     // Seconds since midnight, rounded: part of every item's key.
@@ -62,11 +116,14 @@ struct StartupTreeHooks {
     std::function<void(double)> Progress;
 };
 
-// Rebuilds the tree. The program's own Run value (the first copy in each listing) is taken out
-// of the listings and shown nowhere. Containers keep the expanded state they had before; the
-// four stopped registry and folder containers start closed.
+// Rebuilds the tree and the listing's items. The program's own Run value (the first copy in
+// each listing) is taken out of the listings and shown nowhere. Containers keep the expanded
+// state they had before; the four stopped registry and folder containers start closed.
 void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramModel& model,
-                      std::string_view ownRunEntry, const StartupTreeHooks& hooks);
+                      const ListedValue& ownRunEntry, const StartupTreeHooks& hooks);
+
+// The item a leaf of the tree shows; nothing for a container.
+const StartupItem* ItemOfNode(const TreeModel& tree, const StartupListing& listing, int node);
 
 // Items whose text holds a name of the safe list (exact letters) are known: bold.
 void MarkKnown(TreeModel& tree, const std::vector<SafeEntry>& safeList);
@@ -87,7 +144,8 @@ std::string ItemToolTip(const TreeNode& node, const std::vector<SafeEntry>& safe
 
 // The item of a delayed leaf, by which its measurement is found; nothing for any other node:
 // an active item's measurement would be of a start that Windows did not make.
-std::optional<ImpactKey> DelayedItemKey(const TreeModel& tree, int node);
+std::optional<ImpactKey> DelayedItemKey(const TreeModel& tree, const StartupListing& listing,
+                                        int node);
 
 // A measurement as the tip shows it: "High: 2.3 s CPU, 45 MB read, ready after 4.1 s". The
 // texts come from the language files: the three ratings, then the figures with "%1" for the
@@ -101,14 +159,6 @@ struct ImpactTexts {
 };
 std::string ImpactTipLine(const ImpactRecord& record, const ImpactTexts& texts);
 
-// Where an item of the tree is: its location code and its state, read from its container's key,
-// and for a machine value its registry view.
-struct ItemPlace {
-    int Location = kUserStartup;
-    ItemState State = ItemState::Active;
-    bool Wow32 = false;
-    bool Registry() const { return Location == kUserRun || Location == kMachineRun; }
-};
 // Nothing for a container or a node outside the item containers.
 std::optional<ItemPlace> PlaceOf(const TreeModel& tree, int node);
 

@@ -21,6 +21,7 @@ struct TreeNode {
     bool Bold = false;
     bool Cut = false;   // shown dimmed, as the shell shows a cut item
     int Data = 0;       // the owner's own mark for the node
+    int Item = -1;      // the owner's item that a leaf shows; -1 for none
     std::string Notice; // a line the node's tip adds: why its item will not start
     int Parent = -1;
     std::vector<int> Children;

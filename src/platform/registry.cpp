@@ -99,6 +99,51 @@ std::wstring WideFromAnsi(std::string_view text) {
     return wide;
 }
 
+std::string AnsiFromWide(std::wstring_view text) {
+    if (text.empty())
+        return std::string();
+    const int chars = static_cast<int>(text.size());
+    const int n = WideCharToMultiByte(CP_ACP, 0, text.data(), chars, nullptr, 0, nullptr, nullptr);
+    std::string out(static_cast<size_t>(n > 0 ? n : 0), '\0');
+    if (n > 0)
+        WideCharToMultiByte(CP_ACP, 0, text.data(), chars, out.data(), n, nullptr, nullptr);
+    return out;
+}
+
+// Every value of the key through the wide entry point: the stored bytes untouched, as GetValue
+// reads them, the name in the code page.
+std::vector<std::pair<std::string, RegistryValue>> EnumWide(HKEY key) {
+    std::vector<std::pair<std::string, RegistryValue>> values;
+    DWORD maxName = 0, maxData = 0;
+    if (RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                         &maxName, &maxData, nullptr, nullptr) != ERROR_SUCCESS)
+        return values;
+    std::vector<wchar_t> name(maxName + 2);
+    std::vector<BYTE> data(maxData + 2);
+    for (DWORD index = 0;; ++index) {
+        DWORD nameLength = static_cast<DWORD>(name.size());
+        DWORD dataLength = static_cast<DWORD>(data.size());
+        DWORD type = 0;
+        const LONG rc = RegEnumValueW(key, index, name.data(), &nameLength, nullptr, &type,
+                                      data.data(), &dataLength);
+        if (rc == ERROR_MORE_DATA) { // a value grew meanwhile
+            if (name.size() > (1u << 20) || data.size() > (64u << 20))
+                return values;
+            name.resize(name.size() * 2);
+            data.resize(data.size() * 2);
+            --index;
+            continue;
+        }
+        if (rc != ERROR_SUCCESS)
+            return values;
+        values.emplace_back(
+            AnsiFromWide(std::wstring_view(name.data(), std::min<size_t>(nameLength, name.size()))),
+            RegistryValue{
+                type,
+                ByteArray(data.data(), data.data() + std::min<size_t>(dataLength, data.size()))});
+    }
+}
+
 // Hands every value of the key to `visit` (name, type, bytes), in the registry's order; false
 // when the listing broke off. The classic 255-character buffers serve almost every value; a
 // longer name or data is asked for again with buffers as big as the key's largest value.
@@ -218,14 +263,9 @@ std::optional<RegistryValue> CRegistry::GetValue(RegistryRoot root, std::string_
 
 std::vector<std::pair<std::string, RegistryValue>> CRegistry::EnumValues(RegistryRoot root,
                                                                          std::string_view path) {
-    std::vector<std::pair<std::string, RegistryValue>> values;
     if (UniqueHKey key = OpenKey(root, path, KEY_QUERY_VALUE))
-        (void)ForEachValue(
-            key.get(), [&](std::string_view name, DWORD type, const BYTE* data, size_t size) {
-                values.emplace_back(std::string(name),
-                                    RegistryValue{type, ByteArray(data, data + size)});
-            });
-    return values;
+        return EnumWide(key.get());
+    return {};
 }
 
 bool CRegistry::SetValue(RegistryRoot root, std::string_view path, std::string_view name,
@@ -239,6 +279,23 @@ bool CRegistry::SetValue(RegistryRoot root, std::string_view path, std::string_v
 
 UniqueHKey OpenKeyToWatch(RegistryRoot root, std::string_view path) {
     return OpenKey(root, path, KEY_NOTIFY);
+}
+
+std::string ValueText(const RegistryValue& value) {
+    if (value.Type != REG_SZ && value.Type != REG_EXPAND_SZ)
+        return std::string();
+    size_t bytes = value.Data.size() & ~size_t(1);
+    while (bytes >= 2 && value.Data[bytes - 1] == 0 && value.Data[bytes - 2] == 0)
+        bytes -= 2;
+    const auto* wide = reinterpret_cast<const wchar_t*>(value.Data.data());
+    const int chars = static_cast<int>(bytes / 2);
+    const int n = WideCharToMultiByte(CP_ACP, 0, wide, chars, nullptr, 0, nullptr, nullptr);
+    std::string text(static_cast<size_t>(n > 0 ? n : 0), '\0');
+    if (n > 0)
+        WideCharToMultiByte(CP_ACP, 0, wide, chars, text.data(), n, nullptr, nullptr);
+    while (!text.empty() && text.back() == '\0')
+        text.pop_back();
+    return text;
 }
 
 } // namespace tolvane

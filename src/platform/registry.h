@@ -33,6 +33,10 @@ struct RegistryValue {
     bool operator==(const RegistryValue&) const = default;
 };
 
+// The text of a text value (REG_SZ, REG_EXPAND_SZ) in the code page, without the NULs at its
+// end, as a listing shows it; "" for other types.
+std::string ValueText(const RegistryValue& value);
+
 // Key paths are given with "\" separators and no leading one; a trailing "\" names the same
 // key. The write operations return whether the registry now holds what was asked: callers
 // that move a user's startup entry must know, even though most of them need not care.
@@ -56,8 +60,8 @@ public:
     // The value with its type, for moves that must put back exactly what they took.
     std::optional<RegistryValue> GetValue(RegistryRoot root, std::string_view path,
                                           std::string_view name);
-    // Every value of the key with its name, type and bytes; empty when there are none or the
-    // key is missing.
+    // Every value of the key with its name, type and bytes (text types in UTF-16, as GetValue
+    // reads them); empty when there are none or the key is missing.
     std::vector<std::pair<std::string, RegistryValue>> EnumValues(RegistryRoot root,
                                                                   std::string_view path);
     bool SetValue(RegistryRoot root, std::string_view path, std::string_view name,

@@ -248,7 +248,7 @@ void MainWindow::EnsureContent() {
         if (node == TreeModel::kNone)
             return std::string();
         std::string impact;
-        if (const std::optional<ImpactKey> item = DelayedItemKey(tree_, node))
+        if (const std::optional<ImpactKey> item = DelayedItemKey(tree_, listing_, node))
             if (const ImpactRecord* record = FindImpact(listing_.Impacts, *item)) {
                 ImpactTexts texts;
                 for (size_t i = 0; i < 3; ++i)
@@ -400,14 +400,14 @@ void MainWindow::ChecksMayHaveChanged() {
 }
 
 void MainWindow::MoveChecked(CheckedMove move) {
-    ItemMovePasses passes(app_, tree_, Hwnd(), [this] { Refresh(); });
+    ItemMovePasses passes(app_, tree_, listing_, Hwnd(), [this] { Refresh(); });
     (void)RunCheckedMove(move, tree_, passes);
     CheckForOptions();
 }
 
 void MainWindow::Save() {
     try {
-        ItemMovePasses passes(app_, tree_, Hwnd(), [this] { Refresh(); });
+        ItemMovePasses passes(app_, tree_, listing_, Hwnd(), [this] { Refresh(); });
         (void)RunCheckedMove(CheckedMove::Save, tree_, passes);
     } catch (const std::exception& e) {
         app_.log.WriteLog(std::string("Menu Save Error: ") + e.what(), kLogError);
@@ -453,29 +453,24 @@ void MainWindow::ItemMenu(std::optional<POINT> at) {
 }
 
 void MainWindow::MoveSelected(UINT command) {
-    const int node = tree_.Selected();
-    const std::optional<ItemPlace> place = SelectedItem();
-    if (!place)
+    if (!SelectedItem())
         return;
-    const std::string text = tree_.Node(node).Text;
-    ItemMoves moves(app_, tree_, Hwnd());
-    if (command == ID_CMD_RUN) {
-        moves.RunItem(text, *place);
-    } else if (place->Registry()) {
-        (void)moves.DelayRegistryItem(text, place->Location, command == ID_CMD_STOP, place->State,
-                                      place->Wow32);
-    } else {
-        (void)moves.DelayStartupItem(text, place->Location, command == ID_CMD_STOP, place->State);
-    }
+    const StartupItem* item = ItemOfNode(tree_, listing_, tree_.Selected());
+    if (!item)
+        return;
+    const ItemState to = command == ID_CMD_RUN    ? ItemState::Active
+                         : command == ID_CMD_STOP ? ItemState::Stopped
+                                                  : ItemState::Delayed;
+    (void)ItemMoves(app_, Hwnd()).Move(StartupItem(*item), to);
     Refresh();
 }
 
 void MainWindow::SearchOnline() {
-    const int node = tree_.Selected();
-    if (node == TreeModel::kNone)
+    const StartupItem* item = ItemOfNode(tree_, listing_, tree_.Selected());
+    if (!item)
         return;
     const std::string address =
-        SearchAddress(app_.OnlineSearchTemplate, tree_.Node(node).Text, SystemCommandLine());
+        SearchAddress(app_.OnlineSearchTemplate, *item, SystemCommandLine());
     if (!address.empty())
         OpenWithShell(address);
 }

@@ -51,7 +51,8 @@ TEST(CliArguments, VerbsOptionsAndUsageErrors) {
 
 TEST(CliRecords, TheTreesItemsWithTheirCommandsInThreeFormats) {
     StartupListing listing;
-    listing.UserRunValues = {"Caf\xc3\xa9 \"q\"=\"C:\\P F\\c.exe\" /a,b", "Tool=C:\\t.exe"};
+    listing.UserRunValues = {{"Caf\xc3\xa9 \"q\"", "\"C:\\P F\\c.exe\" /a,b"},
+                             {"Tool", "C:\\t.exe"}};
     listing.UserStartupFiles = {"Word.lnk"};
     listing.OffUserRun = SwitchedOffNames({{"Tool", RegistryValue{kBinaryType, {3}}}});
     ProgramModel model;
@@ -59,19 +60,16 @@ TEST(CliRecords, TheTreesItemsWithTheirCommandsInThreeFormats) {
     model.StartupGroupIndex = 0;
     model.StoppedPrograms = {"_REGCU_Old=C:\\old.exe"};
     TreeModel tree;
-    BuildStartupTree(tree, listing, model, "", {});
+    BuildStartupTree(tree, listing, model, {}, {});
     RecordLookups lookups;
     lookups.ShortcutTarget = [](const std::string& link) { return "target of " + link; };
-    lookups.StoppedCommand = [](const std::string& entry) {
-        return ItemCommand{"from " + entry, "-s", false};
-    };
     // Nothing on this machine: each command is read by its quotes and first word.
     struct NoFiles : CommandLineSystem {
         bool FileExists(const std::string&) const override { return false; }
         std::string Expand(const std::string& text) const override { return text; }
     };
-    lookups.ActiveRunCommand = [](int, bool, const std::string&, const std::string& data) {
-        const RunCommandParts parts = SplitRunData(data, false, NoFiles());
+    lookups.RunCommand = [](const std::string& command, bool) {
+        const RunCommandParts parts = SplitRunData(command, false, NoFiles());
         return ItemCommand{parts.Path, parts.Parameters, false};
     };
     lookups.ProgramThere = [](const ItemCommand& c) { return c.Program != "C:\\t.exe"; };
@@ -79,7 +77,7 @@ TEST(CliRecords, TheTreesItemsWithTheirCommandsInThreeFormats) {
     lookups.UserStartupFolder = "C:\\Start";
     lookups.UserItemsFolder = "C:\\Items\\";
     const std::vector<ItemRecord> records =
-        ItemRecords(tree, model, {{"Tool", "A clock"}}, lookups);
+        ItemRecords(tree, listing, model, {{"Tool", "A clock"}}, lookups);
 
     // Every state's command read the same way; what is not there is marked missing.
     EXPECT_EQ(FormatRecordsCsv(records),
@@ -90,8 +88,7 @@ TEST(CliRecords, TheTreesItemsWithTheirCommandsInThreeFormats) {
               "active,user-run,Tool=C:\\t.exe,C:\\t.exe,,,true,A clock,true,true\r\n"
               "delayed,user-folder,Later.lnk,target of C:\\Items\\Later.lnk,-x,7.5,false,,false,"
               "true\r\n"
-              "stopped,user-run,Old=C:\\old.exe,from _REGCU_Old=C:\\old.exe,-s,,false,,false,"
-              "false\r\n");
+              "stopped,user-run,Old=C:\\old.exe,C:\\old.exe,,,false,,false,false\r\n");
     // Known: on the safe list, with its description.
     EXPECT_EQ(FormatRecordsJson({records[2]}),
               "[\n  {\"state\": \"active\", \"location\": \"user-run\", \"name\": "
@@ -102,8 +99,8 @@ TEST(CliRecords, TheTreesItemsWithTheirCommandsInThreeFormats) {
     control.Name = "a\tb\x01";
     EXPECT_NE(FormatRecordsJson({control}).find("\"a\\u0009b\\u0001\""), std::string::npos);
     EXPECT_EQ(FormatRecordsJson({}), "[]\n");
-    EXPECT_EQ(OwnName(records[1]), "Caf\xc3\xa9 \"q\"");
-    EXPECT_EQ(OwnName(records[0]), "Word.lnk");
+    EXPECT_EQ(records[1].OwnName, "Caf\xc3\xa9 \"q\"");
+    EXPECT_EQ(records[0].OwnName, "Word.lnk");
     EXPECT_NE(
         FormatRecordsTable(records).find("delayed  user-folder     7.5    Later.lnk  (not found)"),
         std::string::npos);

@@ -7,6 +7,7 @@
 #include "cli/cli_args.h"
 #include "config/language_files.h"
 #include "items/startup_fixture.h"
+#include "text/strings.h"
 
 namespace tolvane {
 namespace {
@@ -90,9 +91,8 @@ TEST_F(Console, ListsEveryItemInUtf8ForScripts) {
     RunValue(RegistryRoot::CurrentUser, "Caf\xe9 \"q\"", "\"C:\\Program Files\\c.exe\" /a,b");
     RunValue(RegistryRoot::CurrentUser, "Later", "C:\\later.exe");
     Refresh();
-    ASSERT_TRUE(
-        Moves().DelayRegistryItem("Later=C:\\later.exe", kUserRun, false, ItemState::Active));
-    ASSERT_TRUE(Moves().DelayStartupItem("Gone.lnk", kUserStartup, true, ItemState::Active));
+    ASSERT_TRUE(Move("CurrentUserRegistry", "Later=C:\\later.exe", ItemState::Delayed));
+    ASSERT_TRUE(Move("CurrentUserStartup", "Gone.lnk", ItemState::Stopped));
 
     const Ran json = Cli("list --json");
     EXPECT_EQ(json.code, 0u) << json.err;
@@ -108,7 +108,7 @@ TEST_F(Console, ListsEveryItemInUtf8ForScripts) {
              "Files\\\\c.exe\", \"parameters\": \"/a,b\", \"delay\": null",
              "{\"state\": \"active\", \"location\": \"common-folder\", \"name\": \"Word.lnk\"",
              "{\"state\": \"delayed\", \"location\": \"user-run\", \"name\": "
-             "\"Later=C:\\\\later.exe \", \"path\": \"C:\\\\later.exe\", \"parameters\": \"\", "
+             "\"Later=C:\\\\later.exe\", \"path\": \"C:\\\\later.exe\", \"parameters\": \"\", "
              "\"delay\": 0, \"known\": false, \"description\": \"\", \"switchedOff\": false, "
              "\"missing\": true}",
              "{\"state\": \"stopped\", \"location\": \"user-folder\", \"name\": \"Gone.lnk\", "
@@ -117,7 +117,7 @@ TEST_F(Console, ListsEveryItemInUtf8ForScripts) {
          })
         EXPECT_NE(json.out.find(record), std::string::npos) << record << "\n" << json.out;
     EXPECT_EQ(json.out.front(), '[');
-    EXPECT_EQ(std::count(json.out.begin(), json.out.end(), '{'), 6);
+    EXPECT_EQ(std::count(json.out.begin(), json.out.end(), '{'), 6) << json.out;
 
     const Ran csv = Cli("list --csv");
     EXPECT_EQ(csv.code, 0u);
@@ -184,8 +184,7 @@ TEST_F(Console, MovesAnItemByNameAsTheListDoes) {
     EXPECT_EQ(ran.code, 0u) << ran.err;
     EXPECT_EQ(State(), start);
     Refresh();
-    ASSERT_TRUE(
-        Moves().DelayRegistryItem("Clock=C:\\clock.exe -min", kUserRun, false, ItemState::Active));
+    ASSERT_TRUE(Move("CurrentUserRegistry", "Clock=C:\\clock.exe -min", ItemState::Delayed));
     EXPECT_EQ(State(), delayedByConsole);
 
     // Stopped from delayed, by the list's text; again is no change; then back.
@@ -223,6 +222,39 @@ TEST_F(Console, MovesAnItemByNameAsTheListDoes) {
     EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Dup"), "(none)");
     EXPECT_EQ(Run(RegistryRoot::LocalMachine, "Dup"), "C:\\dup64.exe");
     EXPECT_EQ(Cli("--help").code, 0u);
+}
+
+// A script names an item in any letter case, as Windows compares names, accented letters
+// too; and restores it by the very text the list showed while it was active.
+TEST_F(Console, NamesMatchInAnyLetterCaseAndTheListedTextRestores) {
+    RunValue(RegistryRoot::CurrentUser,
+             "\xdc"
+             "ber Sync",
+             "\"C:\\U S\\u.exe\" -q");
+    Shortcut(places.UserFolder, "R\xe9sum\xe9.lnk");
+    const std::string start = State();
+    const std::string listed = "\xdc"
+                               "ber Sync=\"C:\\U S\\u.exe\" -q";
+    EXPECT_EQ(Cli("delay \"\xfc"
+                  "ber sync\"")
+                  .code,
+              0u);
+    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "\xdc"
+                                               "ber Sync"),
+              "\"C:\\U S\\u.exe\" -q");
+    Ran ran = Cli("stop \"r\xc9SUM\xc9.LNK\"");
+    EXPECT_EQ(ran.code, 0u) << ran.err;
+    EXPECT_TRUE(test::PathExists(UserItems("R\xe9sum\xe9.lnk")));
+    ran = Cli("restore \"" + ReplaceAll(listed, "\"", "\\\"") + "\"");
+    EXPECT_EQ(ran.code, 0u) << ran.err;
+    EXPECT_EQ(Cli("restore \"R\xe9sum\xe9.lnk\"").code, 0u);
+    EXPECT_EQ(State(), start);
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "\xdc"
+                                             "ber Sync"),
+              "\"C:\\U S\\u.exe\" -q");
+    reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey,
+                    "\xdc"
+                    "ber Sync");
 }
 
 } // namespace

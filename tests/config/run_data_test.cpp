@@ -190,23 +190,33 @@ TEST(RunData, NameAndDataSplitAtTheFirstEquals) {
     EXPECT_EQ(SplitNameData("NoEquals").Name + "|" + SplitNameData("NoEquals").Data, "NoEquals|");
 }
 
+// Saved copies as a listing reads them: name and data apart.
+std::vector<NameData> Copies(std::initializer_list<std::string> copies) {
+    std::vector<NameData> out;
+    for (const std::string& copy : copies)
+        out.push_back(SplitNameData(copy));
+    return out;
+}
+
 TEST(RunData, EachDelayedAndStoppedValueFindsItsOwnSavedCopy) {
     // The entry names its value, without the quotes the file cannot keep.
     EXPECT_EQ(StoppedRunEntry("Q \"1\"", " \"C:\\q q\\q.exe\" -m "), "Q 1=C:\\q q\\q.exe -m");
     EXPECT_EQ(NamedStoppedValue("Q 1=C:\\q.exe /x=1")->Data, "C:\\q.exe /x=1");
     EXPECT_FALSE(NamedStoppedValue("C:\\a=b\\x.exe")); // an older entry: a path alone
-    const std::vector<std::string> saved = {
-        "A=C:\\x.exe /a", "B=C:\\x.exe /b", "",
-        "C=C:\\x.exe",    "D=C:\\x.exe",    "R=\"C:\\q\\r.exe\" -m"};
+    const std::vector<NameData> saved =
+        Copies({"A=C:\\x.exe /a", "B=C:\\x.exe /b", "", "C=C:\\x.exe", "D=C:\\x.exe",
+                "R=\"C:\\q\\r.exe\" -m", "E="});
     ProgramModel model;
     model.ProgramGroups = {{"Startup",
                             {{"C:\\x.exe", "", "ExecuteRegAU", 0, "C"},
                              {"C:\\x.exe", "", "ExecuteReg", 0, "A"},
-                             {"", "", "ExecuteRegAU", 0, "D"}}}};
+                             {"", "", "ExecuteRegAU", 0, ""},
+                             {"", "", "ExecuteRegAU", 0, "E"}}}};
     model.StartupGroupIndex = 0;
     // By name first, whatever the commands; then older entries that hold a path alone, each
     // taking a copy no other entry has: exact path, then trimmed, then contained. The copy of a
-    // delayed value (C) is never taken; a program without a path claims nothing (D).
+    // delayed value (C) is never taken; a free slot claims nothing; a value whose command is
+    // empty (E) is a record all the same.
     model.StoppedPrograms = {"_REGAU_C:\\x.exe ",        "_REGAU_B=C:\\x.exe /b",
                              "_REGAU_C:\\x.exe",         "_REGAU_C:\\x.exe",
                              "_REGAU_C:\\q\\r",          "_REGAU_C:\\none.exe",
@@ -214,14 +224,14 @@ TEST(RunData, EachDelayedAndStoppedValueFindsItsOwnSavedCopy) {
                              "_STPCU_C:\\x.exe"};
     SavedCopyMatch m = MatchSavedCopies(model, kMachineRun, saved);
     EXPECT_EQ(m.Stopped, (std::vector<int>{0, 1, 4, -1, 5, -1, -1, -1, -1}));
-    EXPECT_EQ(m.Delayed, (std::vector<int>{3, -1, -1}));
+    EXPECT_EQ(m.Delayed, (std::vector<int>{3, -1, -1, 6}));
     EXPECT_EQ(SavedCopyOfStopped(model, 2, saved), 4);
     EXPECT_EQ(SavedCopyOfStopped(model, 8, saved), -1); // a shortcut has no copy
 
     // The machine's two views listed one after the other: the same name in both is two
     // values, and the command tells whose copy is whose, whatever the order of the model.
-    const std::vector<std::string> views = {"T=C:\\64.exe", "U=C:\\u.exe", "T=C:\\32.exe",
-                                            "U=C:\\u.exe"};
+    const std::vector<NameData> views =
+        Copies({"T=C:\\64.exe", "U=C:\\u.exe", "T=C:\\32.exe", "U=C:\\u.exe"});
     model.ProgramGroups[0].Programs = {{"C:\\32.exe", "", "ExecuteRegAU", 0, "T"},
                                        {"C:\\64.exe", "", "ExecuteRegAU", 0, "T"}};
     model.StoppedPrograms = {"_REGAU_U=C:\\u.exe", "_REGAU_U=C:\\u.exe", "_REGAU_U=C:\\u.exe"};

@@ -167,7 +167,7 @@ protected:
             const SavedCopyMatch match = MatchSavedCopies(model, location, copies.Copies);
             auto ours = [&](int copy) {
                 return copy >= 0 && copies.Roots[static_cast<size_t>(copy)] == item.root &&
-                       SplitNameData(copies.Copies[static_cast<size_t>(copy)]).Name == item.name;
+                       copies.Copies[static_cast<size_t>(copy)].Name == item.name;
             };
             int delays = 0;
             if (startup)
@@ -189,18 +189,19 @@ protected:
     }
 
     // The item of the start that a leaf of the tree shows: a shortcut by its location and file
-    // name, a value by its key (and view) and the name its text starts with in every state.
-    size_t ItemOf(const ItemPlace& place, const std::string& text) const {
-        const RegistryRoot root = RunRoot(place.Location, place.Wow32);
+    // name, a value by its key (and view) and its name.
+    size_t ItemOf(int leaf) {
+        const StartupItem item = *ItemOfNode(tree, listing, leaf);
+        const RegistryRoot root = RunRoot(item.Code(), item.Wow32());
         for (size_t i = 0; i < start.shortcuts.size(); ++i)
-            if (!place.Registry() && start.shortcuts[i].name == text &&
-                start.shortcuts[i].user == (place.Location == kUserStartup))
+            if (!item.Registry() && start.shortcuts[i].name == item.Name &&
+                start.shortcuts[i].user == (item.Location == ItemLocation::UserFolder))
                 return i;
         for (size_t i = 0; i < start.values.size(); ++i)
-            if (place.Registry() && start.values[i].name == SplitNameData(text).Name &&
+            if (item.Registry() && start.values[i].name == item.Name &&
                 start.values[i].root == root)
                 return start.shortcuts.size() + i;
-        ADD_FAILURE() << text << " is no item of the start";
+        ADD_FAILURE() << item.Text() << " is no item of the start";
         return 0;
     }
 
@@ -215,29 +216,26 @@ protected:
         if (pick(4) == 0) {
             ++passes;
             const size_t button = pick(4); // Save, Delay, Stop, Run
+            // Every container whose items the toolbar moves: all users' delayed and stopped
+            // ones too.
             for (const char* c :
                  {"CurrentUserStartup", "CurrentUserRegistry", "DelayedItemsStartupCurrentUser",
-                  "DelayedItemsRegistryCurrentUser", "StoppedItemsCurrentStartup",
-                  "StoppedItemsCurrentReg"})
+                  "DelayedItemsRegistryCurrentUser", "DelayedItemsStartupAllUsers",
+                  "DelayedItemsRegistryAllUsers", "StoppedItemsCurrentStartup",
+                  "StoppedItemsCurrentReg", "StoppedItemsAllStartup", "StoppedItemsAllReg"})
                 for (int leaf : Leaves(c))
                     if ((tree.Node(leaf).Checked = coin())) {
                         // Save delays the active items and puts the others back; Delay, Stop
-                        // and Run take every checked item where they say.
-                        const ItemPlace place = *PlaceOf(tree, leaf);
-                        const bool active = place.State == ItemState::Active;
-                        want[ItemOf(place, tree.Node(leaf).Text)] = std::array{
+                        // and Run take every checked item where they say (Run an active one
+                        // nowhere).
+                        const bool active = PlaceOf(tree, leaf)->State == ItemState::Active;
+                        want[ItemOf(leaf)] = std::array{
                             active ? ItemState::Delayed : ItemState::Active, ItemState::Delayed,
                             ItemState::Stopped, ItemState::Active}[button];
                     }
-            auto done = [&](bool ok) { EXPECT_TRUE(ok || !alone); };
-            if (button < 3) {
-                done(moves.DelayCheckedRegistryItems(button == 2, button != 0));
-                done(moves.DelayCheckedStartupItems(button == 2, button == 1));
-            }
-            if (button == 0 || button == 3) {
-                done(moves.RestoreCheckedRegistryItems());
-                done(moves.RestoreCheckedStartupItems());
-            }
+            const CheckedMove move = std::array{CheckedMove::Save, CheckedMove::Delay,
+                                                CheckedMove::Stop, CheckedMove::Run}[button];
+            EXPECT_TRUE(Pass(move, std::move(moves)) || !alone);
             return;
         }
         std::vector<int> items;
@@ -248,42 +246,24 @@ protected:
             return;
         ++singles;
         const int leaf = items[pick(items.size())];
-        const ItemPlace place = *PlaceOf(tree, leaf);
-        const std::string text = tree.Node(leaf).Text;
-        ItemState& wanted = want[ItemOf(place, text)];
-        if (place.State != ItemState::Active && coin()) {
-            const bool fromStopped = place.State == ItemState::Stopped;
-            if (place.Registry())
-                moves.RestoreRegistryItem(text, place.Location, fromStopped, place.Wow32);
-            else
-                moves.RestoreStartupItem(text, place.Location, fromStopped);
-            wanted = ItemState::Active;
-            return;
-        }
+        const StartupItem item = *ItemOfNode(tree, listing, leaf);
+        ItemState& wanted = want[ItemOf(leaf)];
         // Also asked to go where it is: it stays, once.
-        const bool stop = coin();
-        const bool done =
-            place.Registry()
-                ? moves.DelayRegistryItem(text, place.Location, stop, place.State, place.Wow32)
-                : moves.DelayStartupItem(text, place.Location, stop, place.State);
-        EXPECT_TRUE(done || !alone) << text;
-        wanted = stop ? ItemState::Stopped : ItemState::Delayed;
+        const ItemState to = item.State != ItemState::Active && coin() ? ItemState::Active
+                             : coin()                                  ? ItemState::Stopped
+                                                                       : ItemState::Delayed;
+        EXPECT_TRUE(moves.Move(item, to) || !alone) << item.Text();
+        wanted = to;
     }
 
     // Everything back in one round, as a user would do it from the popup; then the Startup
     // folders and the Run keys hold byte for byte what they held at the start.
     void PutEverythingBack() {
         Refresh();
-        for (size_t i = 0; i < tree.Count(); ++i) {
-            const auto place = PlaceOf(tree, static_cast<int>(i));
-            if (!place || place->State == ItemState::Active)
-                continue;
-            const std::string text = tree.Node(static_cast<int>(i)).Text;
-            const bool fromStopped = place->State == ItemState::Stopped;
-            if (place->Registry())
-                Moves().RestoreRegistryItem(text, place->Location, fromStopped, place->Wow32);
-            else
-                Moves().RestoreStartupItem(text, place->Location, fromStopped);
+        for (const StartupItem& item : listing.Items) {
+            if (item.State != ItemState::Active) {
+                EXPECT_TRUE(Moves().Move(item, ItemState::Active)) << item.Text();
+            }
         }
         const size_t items = start.shortcuts.size() + start.values.size();
         ExpectEachItemInOnePlace("putting back", std::vector(items, ItemState::Active));

@@ -58,17 +58,18 @@ protected:
                 "Tolvane", 0x30};
     }
     std::string Log() { return test::ReadFileBytes(folder / "log.txt"); }
+    std::string File() { return test::ReadFileBytes(CDelayLoad(app).FilePath()); }
 };
 
 constexpr auto kActive = ItemState::Active;
+constexpr auto kDelayed = ItemState::Delayed;
 constexpr auto kStopped = ItemState::Stopped;
 
 TEST_F(ItemMovesTest, ConflictsAreRefusedToldAndNothingIsOverwritten) {
     test::WriteFileBytes(folder / "log.txt", ""); // logging on
     Shortcut(places.UserFolder, "Tool.lnk");
     Refresh();
-    EXPECT_FALSE(Moves().DelayStartupItem("", 3, false, kActive));
-    ASSERT_TRUE(Moves().DelayStartupItem("Tool.lnk", 3, false, kActive));
+    ASSERT_TRUE(Move("CurrentUserStartup", "Tool.lnk", kDelayed));
     // Written at once, with the items-folder path (two backslashes before the name).
     EXPECT_NE(test::ReadFileBytes(CDelayLoad(app).FilePath())
                   .find("     Execute (\"" + app.folders.UserItemsFolder +
@@ -78,8 +79,8 @@ TEST_F(ItemMovesTest, ConflictsAreRefusedToldAndNothingIsOverwritten) {
     test::WriteFileBytes(UserStartup("Tool.lnk"), "a newer shortcut");
     const std::string held = test::ReadFileBytes(UserItems("Tool.lnk"));
     Refresh();
-    EXPECT_FALSE(Moves().DelayStartupItem("Tool.lnk", 3, false, kActive));
-    Moves().RestoreStartupItem("Tool.lnk", 3, false);
+    EXPECT_FALSE(Move("CurrentUserStartup", "Tool.lnk", kDelayed));
+    EXPECT_FALSE(Move("DelayedItemsStartupCurrentUser", "Tool.lnk", kActive));
     EXPECT_EQ(test::ReadFileBytes(UserStartup("Tool.lnk")), "a newer shortcut");
     EXPECT_EQ(test::ReadFileBytes(UserItems("Tool.lnk")), held);
     EXPECT_EQ(ShortcutState("Tool.lnk"), "active+delayed"); // both still there, both shown
@@ -96,7 +97,7 @@ TEST_F(ItemMovesTest, ConflictsAreRefusedToldAndNothingIsOverwritten) {
     Shortcut(places.UserFolder, "Folder.lnk");
     Refresh();
     Check("CurrentUserStartup", "Folder.lnk");
-    EXPECT_FALSE(Moves().DelayCheckedStartupItems(false, false));
+    EXPECT_FALSE(Pass(CheckedMove::Delay));
     EXPECT_EQ(messages.shown,
               (std::vector<Shown>{
                   ToldInPass(2, 14, "Folder.lnk", app.folders.UserItemsFolder + "\\Folder.lnk")}));
@@ -106,14 +107,14 @@ TEST_F(ItemMovesTest, ConflictsAreRefusedToldAndNothingIsOverwritten) {
     messages.shown.clear();
     RunValue(RegistryRoot::CurrentUser, "App", "C:\\app.exe /old");
     Refresh();
-    ASSERT_TRUE(Moves().DelayRegistryItem("App=C:\\app.exe /old", 1, false, kActive));
+    ASSERT_TRUE(Move("CurrentUserRegistry", "App=C:\\app.exe /old", kDelayed));
     RunValue(RegistryRoot::CurrentUser, "App", "C:\\app.exe /new");
     Refresh();
     const std::string delayed = Items("DelayedItemsRegistryCurrentUser").at(0);
-    Moves().RestoreRegistryItem(delayed, 1, false);
+    EXPECT_FALSE(Move("DelayedItemsRegistryCurrentUser", delayed, kActive));
     EXPECT_EQ(ValueState("App", "C:\\app.exe"), "active+delayed");
     Check("CurrentUserRegistry", "App=C:\\app.exe /new");
-    EXPECT_FALSE(Moves().DelayCheckedRegistryItems(false, false)); // its copy would be lost
+    EXPECT_FALSE(Pass(CheckedMove::Delay)); // its copy would be lost
     EXPECT_EQ(Run(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /new");
     EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /old");
 
@@ -121,20 +122,19 @@ TEST_F(ItemMovesTest, ConflictsAreRefusedToldAndNothingIsOverwritten) {
     RunValue(RegistryRoot::CurrentUser, "Late", "C:\\late.exe");
     Refresh();
     RunValue(RegistryRoot::CurrentUser, "Late", "C:\\later.exe");
-    EXPECT_FALSE(Moves().DelayRegistryItem("Late=C:\\late.exe", 1, true, kActive));
+    EXPECT_FALSE(Move("CurrentUserRegistry", "Late=C:\\late.exe", kStopped));
     EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Late"), "C:\\later.exe");
     EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Late"), "(none)");
     // A command that the log-on run would never start is not delayed: it stays where Windows
     // starts it, and the user is told why. Stopping it is fine.
     RunValue(RegistryRoot::CurrentUser, "Wipe", "cmd.exe /c DEL C:\\x");
     Refresh();
-    EXPECT_FALSE(Moves().DelayRegistryItem("Wipe=cmd.exe /c DEL C:\\x", 1, false, kActive));
+    EXPECT_FALSE(Move("CurrentUserRegistry", "Wipe=cmd.exe /c DEL C:\\x", kDelayed));
     EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Wipe"), "cmd.exe /c DEL C:\\x");
     EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Wipe"), "(none)");
-    EXPECT_TRUE(Moves().DelayRegistryItem("Wipe=cmd.exe /c DEL C:\\x", 1, true, kActive));
+    EXPECT_TRUE(Move("CurrentUserRegistry", "Wipe=cmd.exe /c DEL C:\\x", kStopped));
     Refresh();
-    EXPECT_FALSE(Moves().DelayRegistryItem(Items("StoppedItemsCurrentReg").at(0), 1, false,
-                                           ItemState::Stopped));
+    EXPECT_FALSE(Move("StoppedItemsCurrentReg", Items("StoppedItemsCurrentReg").at(0), kDelayed));
     EXPECT_EQ(Items("StoppedItemsCurrentReg").size(), 1u);
     EXPECT_EQ(messages.shown, (std::vector<Shown>{
                                   Told(15, delayed, "App=C:\\app.exe /new"),
@@ -156,9 +156,12 @@ TEST_F(ItemMovesTest, OlderStoppedEntriesOfAPathAloneEachFindTheirOwnCopy) {
         app.model.AddStoppedProgram(entry, kUserRun);
     CDelayLoad(app).WriteItems();
     Refresh();
-    ASSERT_TRUE(Moves().DelayRegistryItem("C:\\p.exe", 1, false, kStopped));
-    Moves().RestoreRegistryItem("C:\\p.exe", 1, true);
-    Moves().RestoreRegistryItem("C:\\a=b\\e.exe", 1, true);
+    // Each is listed by the value its copy holds.
+    EXPECT_EQ(Items("StoppedItemsCurrentReg"),
+              (Lines{"E=C:\\a=b\\e.exe", "P=C:\\p.exe -1", "Q=C:\\p.exe -2"}));
+    ASSERT_TRUE(Move("StoppedItemsCurrentReg", "P=C:\\p.exe -1", kDelayed));
+    EXPECT_TRUE(Move("StoppedItemsCurrentReg", "Q=C:\\p.exe -2", kActive));
+    EXPECT_TRUE(Move("StoppedItemsCurrentReg", "E=C:\\a=b\\e.exe", kActive));
     Refresh();
     EXPECT_EQ(Items("DelayedItemsRegistryCurrentUser"), Lines{"P=C:\\p.exe -1"});
     EXPECT_EQ(Run(user, "Q"), "C:\\p.exe -2");
@@ -173,7 +176,7 @@ TEST_F(ItemMovesTest, RunValuesAreSavedBackedUpAndPutBackExactly) {
     RunValue(RegistryRoot::LocalMachine, "Machine", "C:\\m.exe");
     Refresh();
 
-    ASSERT_TRUE(Moves().DelayRegistryItem("Tool=C:\\T\\tool.exe -x", 1, true, kActive));
+    ASSERT_TRUE(Move("CurrentUserRegistry", "Tool=C:\\T\\tool.exe -x", kStopped));
     EXPECT_EQ(app.model.StoppedPrograms.back(), "_REGCU_Tool=C:\\T\\tool.exe -x");
     auto backups = Backups();
     ASSERT_EQ(backups.size(), 1u);
@@ -185,32 +188,63 @@ TEST_F(ItemMovesTest, RunValuesAreSavedBackedUpAndPutBackExactly) {
               "[HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Run]\r\n"
               "\"Tool\"=\"C:\\\\T\\\\tool.exe -x\"\r\n");
 
-    ASSERT_TRUE(Moves().DelayRegistryItem("Opt=C:\\x.exe /opt=1", 1, false, kActive));
+    ASSERT_TRUE(Move("CurrentUserRegistry", "Opt=C:\\x.exe /opt=1", kDelayed));
     EXPECT_EQ(test::ProgramLines(app.model.ProgramGroups[0]).back(),
               "ExecuteReg|C:\\x.exe|/opt=1|0|Opt");
 
-    ASSERT_TRUE(Moves().DelayRegistryItem("Machine=C:\\m.exe", 0, true, kActive));
+    ASSERT_TRUE(Move("AllUsersRegistry", "Machine=C:\\m.exe", kStopped));
     EXPECT_NE(AllBackups().find(
                   "[HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\Run]\r\n"
                   "\"Machine\"=\"C:\\\\m.exe\""),
               std::string::npos);
 
     // A stopped value whose saved copy is gone comes back from its own entry, which names it;
-    // an older entry that holds a path alone has nothing to put back: the single restore says
-    // so, the pass drops the entry.
+    // an older entry that holds a path alone has nothing to put back: its entry goes, said in
+    // the log.
     reg.DeleteValue(RegistryRoot::LocalMachine, kSavedMachineRunKey, "Machine");
     Refresh();
-    Moves().RestoreRegistryItem("Machine=C:\\m.exe", 0, true);
+    EXPECT_TRUE(Move("StoppedItemsAllReg", "Machine=C:\\m.exe", kActive));
     EXPECT_EQ(Run(RegistryRoot::LocalMachine, "Machine"), "C:\\m.exe");
     app.model.AddStoppedProgram("C:\\gone.exe", kUserRun);
     CDelayLoad(app).WriteItems();
     Refresh();
-    Moves().RestoreRegistryItem("C:\\gone.exe", 1, true);
-    EXPECT_EQ(ValueState("Gone", "C:\\gone.exe"), "stopped");
-    EXPECT_EQ(messages.shown, std::vector<Shown>{Told(16, "C:\\gone.exe")});
-    Check("StoppedItemsCurrentReg", "C:\\gone.exe");
-    EXPECT_TRUE(Moves().RestoreCheckedRegistryItems());
+    EXPECT_TRUE(Move("StoppedItemsCurrentReg", "C:\\gone.exe", kActive));
     EXPECT_EQ(ValueState("Gone", "C:\\gone.exe"), "");
+    EXPECT_TRUE(messages.shown.empty());
+}
+
+// A value whose name holds "=", and one whose command is empty, are items like any other: each
+// is listed by the same text in every state, delayed, stopped and put back exactly.
+TEST_F(ItemMovesTest, NamesWithEqualsAndEmptyCommandsMoveAndComeBackExactly) {
+    const RegistryRoot user = RegistryRoot::CurrentUser;
+    RunValue(user, "a=b", "\"C:\\x y\\x.exe\" /y=1");
+    RunValue(user, "Empty", "");
+    const RegistryValue eq = *reg.GetValue(user, kRunKey, "a=b");
+    const RegistryValue empty = *reg.GetValue(user, kRunKey, "Empty");
+    const Lines texts = {"Empty=", "a=b=\"C:\\x y\\x.exe\" /y=1"};
+    Refresh();
+    EXPECT_EQ(Items("CurrentUserRegistry"), texts);
+    for (const std::string& text : texts)
+        ASSERT_TRUE(Move("CurrentUserRegistry", text, kDelayed)) << text;
+    Refresh();
+    EXPECT_EQ(Items("DelayedItemsRegistryCurrentUser"), texts);
+    EXPECT_NE(File().find("ExecuteReg (\"\", \"\", 0, \"Empty\");"), std::string::npos) << File();
+    EXPECT_NE(File().find("ExecuteReg (\"C:\\x y\\x.exe\", \"/y=1\", 0, \"a=b\");"),
+              std::string::npos);
+    for (const std::string& text : texts)
+        ASSERT_TRUE(Move("DelayedItemsRegistryCurrentUser", text, kStopped)) << text;
+    Refresh();
+    EXPECT_EQ(Items("StoppedItemsCurrentReg"), texts);
+    EXPECT_TRUE(Items("DelayedItemsRegistryCurrentUser").empty());
+    for (const std::string& text : texts)
+        ASSERT_TRUE(Move("StoppedItemsCurrentReg", text, kActive)) << text;
+    EXPECT_EQ(reg.GetValue(user, kRunKey, "a=b"), eq);
+    EXPECT_EQ(reg.GetValue(user, kRunKey, "Empty"), empty);
+    EXPECT_EQ(reg.EnumValues(user, kSavedUserRunKey).size(), 0u);
+    Refresh();
+    EXPECT_EQ(Items("CurrentUserRegistry"), texts);
+    EXPECT_TRUE(Items("StoppedItemsCurrentReg").empty());
+    EXPECT_TRUE(messages.shown.empty());
 }
 
 TEST_F(ItemMovesTest, AFailedMoveIsTakenBackAndWhatCannotBeIsReported) {
@@ -225,7 +259,7 @@ TEST_F(ItemMovesTest, AFailedMoveIsTakenBackAndWhatCannotBeIsReported) {
     moves.SetFileMover([](const std::string& from, const std::string& to) {
         return CopyFileA(from.c_str(), to.c_str(), TRUE) ? 0 : 1;
     });
-    EXPECT_FALSE(moves.DelayStartupItem("Tool.lnk", 3, false, kActive));
+    EXPECT_FALSE(moves.Move(ItemIn("CurrentUserStartup", "Tool.lnk"), kDelayed));
     EXPECT_EQ(test::ReadFileBytes(UserStartup("Tool.lnk")), bytes);
     EXPECT_FALSE(test::PathExists(UserItems("Tool.lnk")));
     EXPECT_EQ(ShortcutState("Tool.lnk"), "active");
@@ -241,7 +275,7 @@ TEST_F(ItemMovesTest, AFailedMoveIsTakenBackAndWhatCannotBeIsReported) {
     });
     const std::string blocked = CDelayLoad(app).FilePath() + ".new";
     test::MakeFolder(blocked);
-    EXPECT_FALSE(moves.DelayStartupItem("Tool.lnk", 3, false, kActive));
+    EXPECT_FALSE(moves.Move(ItemIn("CurrentUserStartup", "Tool.lnk"), kDelayed));
     test::RemoveTree(blocked);
     EXPECT_EQ(test::ReadFileBytes(UserItems("Tool.lnk")), bytes); // moved, and kept
     ASSERT_EQ(messages.shown.size(), 2u);

@@ -17,24 +17,34 @@ struct OneProgram : CommandLineSystem {
 
 TEST(OnlineSearch, TermsComeFromTheItemAndTheWholeAddressIsEscaped) {
     const OneProgram machine;
-    auto address = [&](std::string_view t, std::string_view text) {
-        return SearchAddress(t, text, machine);
+    auto shortcut = [](std::string name) {
+        return StartupItem{ItemLocation::UserFolder, ItemState::Active, std::move(name)};
+    };
+    auto value = [](std::string name, std::string command) {
+        return StartupItem{ItemLocation::MachineRun, ItemState::Stopped, std::move(name),
+                           std::move(command)};
+    };
+    auto address = [&](std::string_view t, const StartupItem& item) {
+        return SearchAddress(t, item, machine);
     };
     // A shortcut searches for its file name; the template's own ? = / : stay.
-    EXPECT_EQ(address(kTemplate, "Tool.lnk"), "https://search.example/?q=Tool.lnk");
-    // A Run value: its name and its program, read as Windows reads the command.
-    EXPECT_EQ(address(kTemplate, "Tool=\"C:\\Program Files\\T\\tool.exe\" /min"),
+    EXPECT_EQ(address(kTemplate, shortcut("Tool.lnk")), "https://search.example/?q=Tool.lnk");
+    // A Run value, in any state: its name and its program, read as Windows reads the command;
+    // a name that holds "=" whole.
+    EXPECT_EQ(address(kTemplate, value("Tool", "\"C:\\Program Files\\T\\tool.exe\" /min")),
               "https://search.example/?q=Tool,%20C:%5CProgram%20Files%5CT%5Ctool.exe");
-    EXPECT_EQ(SearchTerms("Tool=C:\\Program Files\\T\\tool.exe /min", machine),
+    EXPECT_EQ(SearchTerms(value("Tool", "C:\\Program Files\\T\\tool.exe /min"), machine),
               "Tool, C:\\Program Files\\T\\tool.exe");
-    EXPECT_EQ(SearchTerms("Q=  C:\\q.exe /min ", machine), "Q, C:\\q.exe");
+    EXPECT_EQ(SearchTerms(value("Q=1", "  C:\\q.exe /min "), machine), "Q=1, C:\\q.exe");
+    EXPECT_EQ(SearchTerms(value("Empty", ""), machine), "Empty");
     // "&" joining the template's parameters is escaped too; "%" passes unescaped.
-    EXPECT_EQ(address("https://s.example/?a=1&q={SEARCHTERMS}&q2={SEARCHTERMS}", "50%.lnk"),
-              "https://s.example/?a=1%26q=50%.lnk%26q2=50%.lnk");
+    EXPECT_EQ(
+        address("https://s.example/?a=1&q={SEARCHTERMS}&q2={SEARCHTERMS}", shortcut("50%.lnk")),
+        "https://s.example/?a=1%26q=50%.lnk%26q2=50%.lnk");
     // Without the placeholder the template itself opens; without a template, nothing.
-    EXPECT_EQ(address("https://s.example/a b", "Tool.lnk"), "https://s.example/a%20b");
-    EXPECT_EQ(address("", "Tool.lnk"), "");
-    EXPECT_EQ(address(kTemplate, ""), "");
+    EXPECT_EQ(address("https://s.example/a b", shortcut("Tool.lnk")), "https://s.example/a%20b");
+    EXPECT_EQ(address("", shortcut("Tool.lnk")), "");
+    EXPECT_EQ(address(kTemplate, shortcut("")), "");
 }
 
 TEST(OnlineSearch, EscapesExactlyTheThirteenCharacters) {

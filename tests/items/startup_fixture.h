@@ -31,7 +31,25 @@ protected:
 
     // As the main window does after every move.
     void Refresh() { ASSERT_TRUE(RefreshData(app, tree, listing)); }
-    ItemMoves Moves() { return ItemMoves(app, tree, nullptr); }
+    ItemMoves Moves() { return ItemMoves(app, nullptr); }
+    // The item a leaf of the container shows, as the last refresh listed it.
+    StartupItem ItemIn(const std::string& container, const std::string& text) {
+        const StartupItem* item = ItemOfNode(tree, listing, Node(container, text));
+        EXPECT_TRUE(item) << text;
+        return item ? *item : StartupItem{};
+    }
+    // The popup's move of that item.
+    bool Move(const std::string& container, const std::string& text, ItemState to) {
+        return Moves().Move(ItemIn(container, text), to);
+    }
+    // A toolbar button's pass over the ticked items.
+    bool Pass(CheckedMove move, ItemMoves moves) {
+        std::vector<ItemMove> wanted;
+        for (const CheckedTarget& target : CheckedTargets(move, tree))
+            wanted.push_back({*ItemOfNode(tree, listing, target.Node), target.To});
+        return moves.MovePass(wanted);
+    }
+    bool Pass(CheckedMove move) { return Pass(move, Moves()); }
 
     std::vector<int> Leaves(const std::string& container) {
         return tree.Node(tree.Find(container)).Children;

@@ -10,7 +10,7 @@
 namespace tolvane {
 namespace {
 
-const std::string kOwn = "Tolvane=\"C:\\T\\Tolvane.exe\" -nogui";
+const ListedValue kOwn = {"Tolvane", "\"C:\\T\\Tolvane.exe\" -nogui"};
 
 // Items of every location, delayed and stopped, as a refresh at 12:34 builds them.
 class StartupTree : public ::testing::Test {
@@ -22,10 +22,10 @@ protected:
     void Fill() {
         listing.UserStartupFiles = {"Tool.lnk", "Notes.lnk"};
         // The program's own value twice: the first copy is hidden, the second is an item.
-        listing.UserRunValues = {kOwn, "A=C:\\a.exe /x", kOwn};
+        listing.UserRunValues = {kOwn, {"A", "C:\\a.exe /x"}, kOwn};
         listing.CommonStartupFiles = {"Word.lnk"};
         // Under the machine's key every copy is hidden, though only one is counted out.
-        listing.MachineRunValues = {kOwn, "M=C:\\m.exe", kOwn};
+        listing.MachineRunValues = {kOwn, {"M", "C:\\m.exe"}, kOwn};
         model.ProgramGroups = {{"Startup",
                                 {{"", "", "Execute"}, // a free slot: counted, not shown
                                  {"Delayed.lnk", "", "Execute"},
@@ -56,17 +56,26 @@ TEST_F(StartupTree, ContainersCountAndShowEveryItemOfEachLocation) {
               "A=C:\\a.exe /x, Tolvane=\"C:\\T\\Tolvane.exe\" -nogui]], "
               "All Users (3)[Startup Folder (1)[Word.lnk], Registry Run (2)[M=C:\\m.exe]], "
               "Delayed Items (5)[Current User (3)[Startup Folder (2)[Delayed.lnk], "
-              "Registry Run (1)[Tool=C:\\T\\tool.exe ]], "
-              "All Users (2)[Startup Folder (1)[All.lnk], Registry Run (1)[X=C:\\x.exe  -m]]], "
+              "Registry Run (1)[Tool=C:\\T\\tool.exe]], "
+              "All Users (2)[Startup Folder (1)[All.lnk], Registry Run (1)[X=C:\\x.exe -m]]], "
               "Stopped Items (5)[Current User (2)[Startup Folder (1)[Old.lnk], "
               "Registry (1)[C:\\s.exe]], All Users (3)[Startup Folder (1)[Common.lnk], "
               "Registry (2)[C:\\h.exe, C:\\i.exe]]]");
-    // The listing no longer holds the first copy of the program's own value.
-    EXPECT_EQ(listing.UserRunValues[0], "");
-    EXPECT_EQ(listing.MachineRunValues[0], "");
+    // The listing no longer holds the first copy of the program's own value (the machine's
+    // none at all).
+    ASSERT_EQ(listing.UserRunValues.size(), 2u);
+    EXPECT_EQ(listing.UserRunValues[0].Name, "A");
+    ASSERT_EQ(listing.MachineRunValues.size(), 1u);
+    // Each leaf shows an item of the listing: its location, state, own name and command.
+    const StartupItem* x = ItemOfNode(tree, listing, tree.Find("#12344#DELAYEDC:\\x.exe "));
+    ASSERT_TRUE(x);
+    EXPECT_EQ(x->Location, ItemLocation::MachineRun);
+    EXPECT_EQ(x->State, ItemState::Delayed);
+    EXPECT_EQ(x->Name + "|" + x->Command + "|" + std::to_string(x->Record), "X|C:\\x.exe -m|4");
+    EXPECT_EQ(ItemOfNode(tree, listing, tree.Find("DelayedItemsRoot")), nullptr);
 
     // Keys carry time, index and origin; all but the active all-users items offer moves.
-    for (const char* key : {"#12340#Tool.lnk", "#12341#A=C:\\a.exe /x", "#12341#DELAYEDDelayed.lnk",
+    for (const char* key : {"#12340#Tool.lnk", "#12340#A=C:\\a.exe /x", "#12341#DELAYEDDelayed.lnk",
                             "#12344#DELAYEDC:\\x.exe ", "#12340#STOPPED_STPCU_Old.lnk",
                             "#12343#STOPPED_STPAU_Common.lnk"})
         EXPECT_EQ(N(key).Tag, "#POP#") << key;
@@ -75,12 +84,12 @@ TEST_F(StartupTree, ContainersCountAndShowEveryItemOfEachLocation) {
         auto p = PlaceOf(tree, tree.Find(key));
         return p ? std::to_string(p->Location) + "/" + std::to_string(int(p->State)) : "none";
     };
-    EXPECT_EQ(place("#12341#A=C:\\a.exe /x"), "1/0");
+    EXPECT_EQ(place("#12340#A=C:\\a.exe /x"), "1/0");
     EXPECT_EQ(place("#12343#DELAYEDAll.lnk"), "2/1");
     EXPECT_EQ(place("#12345#STOPPED_REGAU_C:\\i.exe"), "0/2");
     EXPECT_EQ(place("StoppedItemsAllReg"), "none");
     EXPECT_EQ(place("CurrentUserRoot"), "none");
-    for (const char* key : {"#12340#Word.lnk", "#12341#M=C:\\m.exe"})
+    for (const char* key : {"#12340#Word.lnk", "#12340#M=C:\\m.exe"})
         EXPECT_EQ(N(key).Tag, "") << key;
     EXPECT_EQ(N("#12340#Tool.lnk").Image, "");
     EXPECT_EQ(N("StoppedItemsRoot").Image, "Stopped");
@@ -144,12 +153,13 @@ TEST(TaskManagerFlag, TheFirstBytesLowestBitSwitchesAnItemOff) {
 
 TEST_F(StartupTree, ThirtyTwoBitValuesJoinTheMachinesAndSwitchedOffItemsAreGhosted) {
     Fill();
-    listing.MachineRun32Values = {"M=C:\\m32.exe", "W=C:\\w.exe"};
+    listing.MachineRun32Values = {{"M", "C:\\m32.exe"}, {"W", "C:\\w.exe"}};
     listing.OffUserFolder.Add("NOTES.LNK");
     listing.OffMachineRun32.Add("m");
     listing.OffMachineRun.Add("W"); // the 64-bit key's switch: not the 32-bit value's
     // Copies of the machine's own view, then of the 32-bit one.
-    listing.SavedMachineCopies = {"Y=C:\\y.exe", "X=C:\\x.exe -m", "I=C:\\i.exe"};
+    listing.SavedMachineCopies = {
+        {"Y", "C:\\y.exe"}, {"X", "\"C:\\x.exe\" -m"}, {"I", "C:\\i.exe"}};
     listing.SavedMachineCopyIs32 = {false, true, true};
     Build();
     auto leaf = [&](const char* container, const std::string& text) -> TreeNode& {
@@ -164,8 +174,8 @@ TEST_F(StartupTree, ThirtyTwoBitValuesJoinTheMachinesAndSwitchedOffItemsAreGhost
     EXPECT_EQ(N("AllUsersRegistry").Children.size(), 3u);
     EXPECT_EQ(leaf("AllUsersRegistry", "M=C:\\m32.exe").Data, kWow32Item);
     EXPECT_EQ(leaf("AllUsersRegistry", "M=C:\\m.exe").Data, 0);
-    EXPECT_EQ(leaf("DelayedItemsRegistryAllUsers", "X=C:\\x.exe  -m").Data, kWow32Item);
-    EXPECT_EQ(leaf("StoppedItemsAllReg", "C:\\i.exe").Data, kWow32Item);
+    EXPECT_EQ(leaf("DelayedItemsRegistryAllUsers", "X=\"C:\\x.exe\" -m").Data, kWow32Item);
+    EXPECT_EQ(leaf("StoppedItemsAllReg", "I=C:\\i.exe").Data, kWow32Item);
     EXPECT_EQ(leaf("StoppedItemsAllReg", "C:\\h.exe").Data, 0);       // no copy: the own view
     const std::vector<int>& machine = N("AllUsersRegistry").Children; // 64-bit first
     EXPECT_TRUE(PlaceOf(tree, machine[1])->Wow32);
@@ -195,11 +205,11 @@ TEST_F(StartupTree, ThirtyTwoBitValuesJoinTheMachinesAndSwitchedOffItemsAreGhost
         return -1;
     };
     const std::optional<ImpactKey> delayed =
-        DelayedItemKey(tree, index("DelayedItemsRegistryAllUsers", "X=C:\\x.exe  -m"));
+        DelayedItemKey(tree, listing, index("DelayedItemsRegistryAllUsers", "X=\"C:\\x.exe\" -m"));
     ASSERT_TRUE(delayed);
     EXPECT_TRUE(SameItem(*delayed, {kMachineRun, "X"}));
-    EXPECT_FALSE(DelayedItemKey(tree, index("AllUsersRegistry", "M=C:\\m.exe")));
-    EXPECT_FALSE(DelayedItemKey(tree, tree.Find("DelayedItemsRegistryAllUsers")));
+    EXPECT_FALSE(DelayedItemKey(tree, listing, index("AllUsersRegistry", "M=C:\\m.exe")));
+    EXPECT_FALSE(DelayedItemKey(tree, listing, tree.Find("DelayedItemsRegistryAllUsers")));
     const ImpactTexts texts{{"Low", "Medium", "High"},
                             "%1: %2 s CPU, %3 MB read, ready after %4 s",
                             "%1: %2 s CPU, %3 MB read",
@@ -208,7 +218,7 @@ TEST_F(StartupTree, ThirtyTwoBitValuesJoinTheMachinesAndSwitchedOffItemsAreGhost
     const std::string line = ImpactTipLine(x, texts);
     EXPECT_EQ(line, "High: 2,3 s CPU, 45 MB read, ready after 4,1 s");
     EXPECT_EQ(
-        ItemToolTip(leaf("DelayedItemsRegistryAllUsers", "X=C:\\x.exe  -m"), safe, lines, line),
+        ItemToolTip(leaf("DelayedItemsRegistryAllUsers", "X=\"C:\\x.exe\" -m"), safe, lines, line),
         "32-bit\r\n" + line);
     x.ReadyMs.reset();
     x.CpuMs = 250;
@@ -261,20 +271,16 @@ TEST_F(StartupTree, AContainerPassesItsCheckDownThreeLevels) {
     EXPECT_TRUE(N("#12343#DELAYEDAll.lnk").Checked);
 }
 
-// Records the passes in the order they run.
+// Records the pass and the rest in the order they run.
 struct PassLog : CheckedPasses {
+    const TreeModel* tree = nullptr;
     std::vector<std::string> calls;
-    static std::string Flags(bool a, bool b) {
-        return std::string(a ? "T" : "F") + (b ? "T" : "F");
+    void Move(const std::vector<CheckedTarget>& targets) override {
+        std::string out = "Move";
+        for (const CheckedTarget& t : targets)
+            out += " " + tree->Node(t.Node).Text + ">" + "ADS"[static_cast<int>(t.To)];
+        calls.push_back(out);
     }
-    void DelayCheckedRegistryItems(bool s, bool d) override {
-        calls.push_back("DelayReg " + Flags(s, d));
-    }
-    void DelayCheckedStartupItems(bool s, bool d) override {
-        calls.push_back("DelayStp " + Flags(s, d));
-    }
-    void RestoreCheckedRegistryItems() override { calls.push_back("RestoreReg"); }
-    void RestoreCheckedStartupItems() override { calls.push_back("RestoreStp"); }
     void WriteItems() override { calls.push_back("Write"); }
     void RefreshData() override { calls.push_back("Refresh"); }
 };
@@ -306,9 +312,10 @@ TEST_F(StartupTree, TickedItemsDecideTheToolbarsMovesAndAllUsersItemsLoseTheirTi
     EXPECT_FALSE(AnyChecked(tree));
 }
 
-TEST_F(StartupTree, EachMoveRunsItsPassesInOrderAndNothingWithoutTicks) {
+TEST_F(StartupTree, EachMoveTakesTheTickedItemsWhereItSaysAndNothingWithoutTicks) {
     auto run = [&](CheckedMove move) {
         PassLog log;
+        log.tree = &tree;
         const bool ran = RunCheckedMove(move, tree, log);
         std::string out = ran ? "" : "(nothing)";
         for (const std::string& call : log.calls)
@@ -319,12 +326,25 @@ TEST_F(StartupTree, EachMoveRunsItsPassesInOrderAndNothingWithoutTicks) {
     EXPECT_EQ(run(CheckedMove::Save), "(nothing)");
     EXPECT_EQ(run(CheckedMove::Delay), "(nothing)");
 
-    N("#12340#Tool.lnk").Checked = true;
+    // An active, a delayed and a stopped item of the user, and a delayed and a stopped one of
+    // all users: every state and location moves; what is where the move goes stays out.
+    for (const char* key :
+         {"#12340#Tool.lnk", "#12342#DELAYEDC:\\T\\tool.exe", "#12341#STOPPED_REGCU_C:\\s.exe",
+          "#12344#DELAYEDC:\\x.exe ", "#12343#STOPPED_STPAU_Common.lnk"})
+        N(key).Checked = true;
     EXPECT_EQ(run(CheckedMove::Save),
-              "DelayReg FF, DelayStp FF, RestoreReg, RestoreStp, Write, Refresh");
-    EXPECT_EQ(run(CheckedMove::Delay), "DelayReg FT, DelayStp FT, Refresh");
-    EXPECT_EQ(run(CheckedMove::Stop), "DelayReg TT, DelayStp TF, Refresh");
-    EXPECT_EQ(run(CheckedMove::Run), "RestoreReg, RestoreStp, Refresh");
+              "Move Tool.lnk>D Tool=C:\\T\\tool.exe>A X=C:\\x.exe -m>A C:\\s.exe>A "
+              "Common.lnk>A, Write, Refresh");
+    EXPECT_EQ(run(CheckedMove::Delay), "Move Tool.lnk>D C:\\s.exe>D Common.lnk>D, Refresh");
+    EXPECT_EQ(run(CheckedMove::Stop),
+              "Move Tool.lnk>S Tool=C:\\T\\tool.exe>S X=C:\\x.exe -m>S, Refresh");
+    EXPECT_EQ(run(CheckedMove::Run),
+              "Move Tool=C:\\T\\tool.exe>A X=C:\\x.exe -m>A C:\\s.exe>A Common.lnk>A, Refresh");
+    // An active item of all users offers no moves: a tick on it moves nothing.
+    for (size_t i = 0; i < tree.Count(); ++i)
+        tree.Node(int(i)).Checked = false;
+    N("#12340#Word.lnk").Checked = true;
+    EXPECT_EQ(run(CheckedMove::Delay), "Refresh");
 }
 
 } // namespace

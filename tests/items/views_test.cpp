@@ -63,15 +63,13 @@ TEST_F(ViewsAndSwitches, SwitchedOffItemsAreGhostedAndRunSwitchesThemOnAgain) {
     EXPECT_EQ(Caption("CurrentUserStartup"), "Startup Folder (2)"); // still active items
 
     // Delay leaves the switch as it is; Run puts the value back and switches it on now.
-    ASSERT_TRUE(Moves().DelayRegistryItem("Tool=C:\\T\\tool.exe", 1, false, ItemState::Active));
-    ASSERT_TRUE(Moves().DelayRegistryItem("Plain=C:\\plain.exe", 1, true, ItemState::Active));
+    ASSERT_TRUE(Move("CurrentUserRegistry", "Tool=C:\\T\\tool.exe", ItemState::Delayed));
+    ASSERT_TRUE(Move("CurrentUserRegistry", "Plain=C:\\plain.exe", ItemState::Stopped));
     EXPECT_EQ(FlagOf(user, kApprovedRunKey, "Tool"), toolOff);
     Refresh();
     const uint64_t before = Now();
-    Moves().RunItem(Items("DelayedItemsRegistryCurrentUser").at(0),
-                    *PlaceOfLeaf("DelayedItemsRegistryCurrentUser", "Tool=C:\\T\\tool.exe "));
-    Moves().RunItem("Plain=C:\\plain.exe",
-                    *PlaceOfLeaf("StoppedItemsCurrentReg", "Plain=C:\\plain.exe"));
+    EXPECT_TRUE(Move("DelayedItemsRegistryCurrentUser", "Tool=C:\\T\\tool.exe", ItemState::Active));
+    EXPECT_TRUE(Move("StoppedItemsCurrentReg", "Plain=C:\\plain.exe", ItemState::Active));
     const uint64_t after = Now();
     EXPECT_EQ(Run(user, "Tool"), "C:\\T\\tool.exe");
     EXPECT_EQ(Run(user, "Plain"), "C:\\plain.exe");
@@ -84,13 +82,13 @@ TEST_F(ViewsAndSwitches, SwitchedOffItemsAreGhostedAndRunSwitchesThemOnAgain) {
     EXPECT_FALSE(reg.GetValue(user, kApprovedRunKey, "Plain")); // no switch: none is made
 
     // The ticked pass of Run does the same for a shortcut; a shortcut that is on stays as it is.
-    ASSERT_TRUE(Moves().DelayStartupItem("Off.lnk", 3, false, ItemState::Active));
-    ASSERT_TRUE(Moves().DelayStartupItem("On.lnk", 3, false, ItemState::Active));
+    ASSERT_TRUE(Move("CurrentUserStartup", "Off.lnk", ItemState::Delayed));
+    ASSERT_TRUE(Move("CurrentUserStartup", "On.lnk", ItemState::Delayed));
     EXPECT_EQ(FlagOf(user, kApprovedFolderKey, "OFF.LNK"), Flag(0x03));
     Refresh();
     Check("DelayedItemsStartupCurrentUser", "Off.lnk");
     Check("DelayedItemsStartupCurrentUser", "On.lnk");
-    EXPECT_TRUE(Moves().RestoreCheckedStartupItems());
+    EXPECT_TRUE(Pass(CheckedMove::Run));
     EXPECT_TRUE(test::PathExists(UserStartup("Off.lnk")));
     EXPECT_EQ(FlagOf(user, kApprovedFolderKey, "OFF.LNK")[0], 0x02);
     EXPECT_EQ(FlagOf(user, kApprovedFolderKey, "On.lnk"), Flag(0x02));
@@ -100,7 +98,7 @@ TEST_F(ViewsAndSwitches, SwitchedOffItemsAreGhostedAndRunSwitchesThemOnAgain) {
     Refresh();
     const int on = Leaf("CurrentUserStartup", "On.lnk");
     ASSERT_TRUE(tree.Node(on).Cut);
-    Moves().RunItem("On.lnk", *PlaceOf(tree, on));
+    EXPECT_TRUE(Move("CurrentUserStartup", "On.lnk", ItemState::Active));
     Refresh();
     EXPECT_FALSE(tree.Node(Leaf("CurrentUserStartup", "On.lnk")).Cut);
     EXPECT_TRUE(messages.shown.empty());
@@ -135,9 +133,9 @@ TEST_F(ViewsAndSwitches, ThirtyTwoBitValuesAreListedMovedAndPutBackInTheirOwnVie
 
     // Both delayed: two items, each with its copy in its own view, and the 32-bit backup names
     // the key as the registry editor does.
-    ASSERT_TRUE(Moves().DelayRegistryItem(same32, 0, false, ItemState::Active, true));
+    ASSERT_TRUE(Move("AllUsersRegistry", same32, ItemState::Delayed));
     EXPECT_EQ(reg.EnumValues(machine, kRunKey), run64);
-    ASSERT_TRUE(Moves().DelayRegistryItem("Same=C:\\64\\same.exe", 0, false, ItemState::Active));
+    ASSERT_TRUE(Move("AllUsersRegistry", "Same=C:\\64\\same.exe", ItemState::Delayed));
     EXPECT_EQ(reg.GetValue(machine, "Software\\WOW6432Node\\Hexmoor\\Tolvane\\HKLM", "Same")->Type,
               REG_EXPAND_SZ);
     EXPECT_EQ(Saved(machine, "Same"), "C:\\64\\same.exe");
@@ -149,27 +147,29 @@ TEST_F(ViewsAndSwitches, ThirtyTwoBitValuesAreListedMovedAndPutBackInTheirOwnVie
               std::string::npos)
         << backup;
     Refresh();
-    const std::string delayed32 = "Same=%ProgramFiles%\\same.exe /32";
-    EXPECT_EQ(Items("DelayedItemsRegistryAllUsers"), (Lines{delayed32, "Same=C:\\64\\same.exe "}));
+    // Listed as it was listed while active: the value's own command, quotes and variables kept.
+    const std::string& delayed32 = same32;
+    EXPECT_EQ(Items("DelayedItemsRegistryAllUsers"), (Lines{delayed32, "Same=C:\\64\\same.exe"}));
     EXPECT_TRUE(PlaceOfLeaf("DelayedItemsRegistryAllUsers", delayed32)->Wow32);
 
     // The 32-bit one stopped and put back: byte for byte where it was, its switch on, and the
     // other view's value, copy and switch untouched.
-    ASSERT_TRUE(Moves().DelayRegistryItem(delayed32, 0, true, ItemState::Delayed, true));
+    ASSERT_TRUE(Move("DelayedItemsRegistryAllUsers", delayed32, ItemState::Stopped));
     Refresh();
     const int stopped = Leaves("StoppedItemsAllReg").at(0);
     ASSERT_TRUE(PlaceOf(tree, stopped)->Wow32);
-    Moves().RestoreRegistryItem(tree.Node(stopped).Text, 0, true, true);
+    EXPECT_EQ(tree.Node(stopped).Text, same32);
+    EXPECT_TRUE(Move("StoppedItemsAllReg", same32, ItemState::Active));
     EXPECT_EQ(reg.EnumValues(machine32, kRunKey), run32);
     EXPECT_TRUE(reg.EnumValues(machine32, kSavedMachineRunKey).empty());
     EXPECT_EQ(FlagOf(machine, kApprovedRun32Key, "Same")[0], 0x02);
     EXPECT_EQ(FlagOf(machine, kApprovedRunKey, "Same"), Flag(0x03));
     EXPECT_EQ(Saved(machine, "Same"), "C:\\64\\same.exe");
     Refresh();
-    EXPECT_EQ(Items("DelayedItemsRegistryAllUsers"), Lines{"Same=C:\\64\\same.exe "});
+    EXPECT_EQ(Items("DelayedItemsRegistryAllUsers"), Lines{"Same=C:\\64\\same.exe"});
     EXPECT_TRUE(Items("StoppedItemsAllReg").empty());
 
-    Moves().RestoreRegistryItem("Same=C:\\64\\same.exe ", 0, false);
+    EXPECT_TRUE(Move("DelayedItemsRegistryAllUsers", "Same=C:\\64\\same.exe", ItemState::Active));
     EXPECT_EQ(reg.EnumValues(machine, kRunKey), run64);
     EXPECT_EQ(reg.EnumValues(machine32, kRunKey), run32);
     EXPECT_TRUE(reg.EnumValues(machine, kSavedMachineRunKey).empty());

@@ -126,7 +126,11 @@ void DeleteRegistryTree(RegistryRoot root, const std::string& path) {
 bool CreateShortcut(const std::string& linkPath, const std::string& target,
                     const std::string& arguments) {
     const HRESULT init = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    const std::wstring wide(linkPath.begin(), linkPath.end());
+    // The path in the code page, as every other path of the tests.
+    std::wstring wide(linkPath.size(), L'\0');
+    wide.resize(static_cast<size_t>(
+        MultiByteToWideChar(CP_ACP, 0, linkPath.data(), static_cast<int>(linkPath.size()),
+                            wide.data(), static_cast<int>(wide.size()))));
     IShellLinkA* link = nullptr;
     IPersistFile* file = nullptr;
     const bool ok =

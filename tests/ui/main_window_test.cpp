@@ -121,7 +121,7 @@ TEST_F(MainWindowTest, AMoveMadeMeanwhileByTolvanecIsShownAndKept) {
         tree = window->Tree();
         return Leaves("DelayedItemsRegistryCurrentUser").size();
     };
-    for (int i = 0; i < 100 && delayedShown() == 0; ++i)
+    for (int i = 0; i < 1000 && delayedShown() == 0; ++i)
         Pump(1);
     EXPECT_EQ(Items("DelayedItemsRegistryCurrentUser"),
               std::vector<std::string>{"Alpha=C:\\alpha.exe /a"});

@@ -122,7 +122,8 @@ TEST(TreeViewControl, ShowsTheModelWithTheProgramsIconsAndHandsTheUsersChangesBa
     StartupListing listing;
     listing.UserStartupFiles = {"Tool.lnk", "Known.lnk"};
     listing.OffUserFolder.Add("tool.lnk");
-    BuildStartupTree(host.model, listing, ProgramModel(), "Tolvane=x", {[] { return 1LL; }, {}});
+    BuildStartupTree(host.model, listing, ProgramModel(), {"Tolvane", "x"},
+                     {[] { return 1LL; }, {}});
     MarkKnown(host.model, {{"Known", "a known one"}});
     host.model.Node(host.model.Find("CurrentUserRoot")).Expanded = true;
     host.model.Node(host.model.Find("CurrentUserStartup")).Expanded = true;

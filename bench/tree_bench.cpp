@@ -97,19 +97,28 @@ void FillViews(int count, bool add, bool switches) {
     }
 }
 
-// The best of seven refreshes, without a view, in milliseconds.
-double BestRefresh(AppState& app, size_t nodes) {
-    double best = 1e300;
+// The best of seven refreshes of a window, without a view, in milliseconds; and the first of
+// them, which reads Task Manager's keys for the first time.
+struct Refreshes {
+    double First = 0, Best = 1e300;
+};
+Refreshes BestRefresh(AppState& app, size_t nodes) {
+    Refreshes r;
     TreeModel tree;
     StartupListing listing;
+    // Task Manager's keys as a user leaves them: written a while before the window looks.
+    Sleep(2500);
     for (int run = 0; run < 7; ++run) {
         const auto t0 = Clock::now();
         RefreshData(app, tree, listing);
-        best = std::min(best, std::chrono::duration<double, std::milli>(Clock::now() - t0).count());
+        const double ms = std::chrono::duration<double, std::milli>(Clock::now() - t0).count();
+        if (run == 0)
+            r.First = ms;
+        r.Best = std::min(r.Best, ms);
     }
     if (tree.Count() < nodes)
         std::fprintf(stderr, "only %zu nodes\n", tree.Count());
-    return best;
+    return r;
 }
 
 } // namespace
@@ -162,17 +171,20 @@ int main() {
     // beside every item.
     const int n = 500;
     Fill(app.folders.UserStartupFolder, app.folders.CommonStartupFolder, n);
-    const double four = BestRefresh(app, 4 * n + 20);
+    const double four = BestRefresh(app, 4 * n + 20).Best;
     FillViews(n, true, false);
-    const double five = BestRefresh(app, 5 * n + 20);
+    const double five = BestRefresh(app, 5 * n + 20).Best;
     FillViews(n, true, true);
-    const double switched = BestRefresh(app, 5 * n + 20);
+    const Refreshes switched = BestRefresh(app, 5 * n + 20);
     FillViews(n, false, true);
     Empty(app.folders.UserStartupFolder, app.folders.CommonStartupFolder, n);
     std::printf("refresh alone, %d items in four locations: %.1f ms; %d in five (the 32-bit Run "
-                "key too): %.1f ms, ratio %.2f; five with a Task Manager switch beside each: "
-                "%.1f ms, ratio %.2f (goal: at most 1.3)\n",
-                4 * n, four, 5 * n, five, five / four, switched, switched / four);
+                "key too): %.1f ms, ratio %.2f\n",
+                4 * n, four, 5 * n, five, five / four);
+    std::printf("the same five with a Task Manager switch beside each: %.1f ms, ratio %.2f to "
+                "five without (goal: at most 1.3); its first refresh, which reads the switches, "
+                "%.1f ms, ratio %.2f\n",
+                switched.Best, switched.Best / five, switched.First, switched.First / five);
     DestroyWindow(window);
     return 0;
 }

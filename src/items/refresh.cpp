@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <exception>
+#include <iterator>
 
 #include "config/delay_load.h"
 #include "config/delayed_program.h"
@@ -25,16 +26,36 @@ long long SecondsSinceMidnight() {
 
 namespace {
 
-// Task Manager's switches of every location, one listing of each of its keys.
+// Task Manager's switches of every location, one listing of each of its keys that was written
+// since the last refresh read it.
 void ReadSwitchedOff(CRegistry& registry, StartupListing& listing) {
-    auto off = [&](RegistryRoot root, const char* key) {
-        return SwitchedOffNames(registry.EnumValues(root, key));
+    const struct {
+        RegistryRoot Root;
+        const char* Key;
+        SwitchedOffNames* Off;
+    } keys[] = {
+        {RegistryRoot::CurrentUser, kApprovedFolderKey, &listing.OffUserFolder},
+        {RegistryRoot::CurrentUser, kApprovedRunKey, &listing.OffUserRun},
+        {RegistryRoot::LocalMachine, kApprovedFolderKey, &listing.OffCommonFolder},
+        {RegistryRoot::LocalMachine, kApprovedRunKey, &listing.OffMachineRun},
+        {RegistryRoot::LocalMachine, kApprovedRun32Key, &listing.OffMachineRun32},
     };
-    listing.OffUserFolder = off(RegistryRoot::CurrentUser, kApprovedFolderKey);
-    listing.OffUserRun = off(RegistryRoot::CurrentUser, kApprovedRunKey);
-    listing.OffCommonFolder = off(RegistryRoot::LocalMachine, kApprovedFolderKey);
-    listing.OffMachineRun = off(RegistryRoot::LocalMachine, kApprovedRunKey);
-    listing.OffMachineRun32 = off(RegistryRoot::LocalMachine, kApprovedRun32Key);
+    // A key written within the clock's last ticks may be written again within the same tick,
+    // under the same time: it is read again until its last write is older than that.
+    constexpr uint64_t kTrustedAfter = 2 * 10'000'000ull; // two seconds in FILETIME units
+    FILETIME nowTime{};
+    GetSystemTimeAsFileTime(&nowTime);
+    const uint64_t now =
+        (static_cast<uint64_t>(nowTime.dwHighDateTime) << 32) | nowTime.dwLowDateTime;
+    for (size_t i = 0; i < std::size(keys); ++i) {
+        StartupListing::SwitchKeyRead& read = listing.SwitchKeysRead[i];
+        const std::optional<uint64_t> written = registry.LastWriteTime(keys[i].Root, keys[i].Key);
+        if (read.Read && written && read.Written == written)
+            continue;
+        *keys[i].Off = SwitchedOffNames(registry.EnumValues(keys[i].Root, keys[i].Key));
+        const bool settled = written && *written + kTrustedAfter < now;
+        read = {settled, written};
+    }
 }
 
 } // namespace

@@ -79,6 +79,15 @@ struct StartupListing {
 
     // The items Task Manager switched off, by their names, in each location.
     SwitchedOffNames OffUserFolder, OffUserRun, OffCommonFolder, OffMachineRun, OffMachineRun32;
+    // When each of Task Manager's five keys was last written as the names above were read: a
+    // refresh reads a key again only once it has been written since. Switches change seldom,
+    // and each one is a value beside an item: read every time, they would cost as much again
+    // as the items themselves.
+    struct SwitchKeyRead {
+        bool Read = false;
+        std::optional<uint64_t> Written;
+    };
+    SwitchKeyRead SwitchKeysRead[5];
 
     // The saved copies of the user's values, and of the machine's from both views as
     // ReadSavedCopies lists them, with which are the 32-bit view's: a delayed or stopped value

@@ -277,6 +277,15 @@ bool CRegistry::SetValue(RegistryRoot root, std::string_view path, std::string_v
                           static_cast<DWORD>(value.Data.size())) == ERROR_SUCCESS;
 }
 
+std::optional<uint64_t> CRegistry::LastWriteTime(RegistryRoot root, std::string_view path) {
+    UniqueHKey key = OpenKey(root, path, KEY_QUERY_VALUE);
+    FILETIME written{};
+    if (!key || RegQueryInfoKeyA(key.get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                 nullptr, nullptr, nullptr, nullptr, &written) != ERROR_SUCCESS)
+        return std::nullopt;
+    return (static_cast<uint64_t>(written.dwHighDateTime) << 32) | written.dwLowDateTime;
+}
+
 UniqueHKey OpenKeyToWatch(RegistryRoot root, std::string_view path) {
     return OpenKey(root, path, KEY_NOTIFY);
 }

@@ -66,6 +66,9 @@ public:
                                                                   std::string_view path);
     bool SetValue(RegistryRoot root, std::string_view path, std::string_view name,
                   const RegistryValue& value);
+    // When the key was last written (a value set or removed), as a FILETIME; nothing when the
+    // key is missing.
+    std::optional<uint64_t> LastWriteTime(RegistryRoot root, std::string_view path);
 };
 
 } // namespace tolvane

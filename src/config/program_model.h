@@ -46,7 +46,6 @@ struct GroupProgram {
     std::string Command;
     float Delay = 0;
     std::string RegistryKeyName;
-    int MenuCommandId = 0; // not stored in the file
 };
 
 // A slot that holds no program: no path and no value name. A Run value whose command is empty

@@ -53,16 +53,13 @@ void StartStopped(AppState& app, int index, const ProgramLauncher& launch) {
 
 } // namespace
 
-TrayMenu BuildTrayMenuModel(AppState& app) {
-    ProgramModel& model = app.model;
+TrayMenu BuildTrayMenuModel(const ProgramModel& model, const TextTables& text) {
     TrayMenuSource source;
-    const TextTables& text = app.text;
     source.RunAll = TextTables::Entry(text.Menus, kRunAllText);
     source.Stopped = TextTables::Entry(text.Menus, kStoppedText);
     source.Open = TextTables::Entry(text.Menus, kOpenText);
     source.Quit = TextTables::Entry(text.Menus, kQuitText);
-    ProgramGroup* group = model.StartupGroup();
-    if (group) {
+    if (const ProgramGroup* group = model.StartupGroup()) {
         source.StartupGroupIndex = model.StartupGroupIndex;
         source.GroupName = group->Name;
         for (const GroupProgram& p : group->Programs)
@@ -71,11 +68,7 @@ TrayMenu BuildTrayMenuModel(AppState& app) {
     for (const std::string& entry : model.StoppedPrograms)
         source.StoppedNames.push_back(entry.size() > kPrefixLength ? entry.substr(kPrefixLength)
                                                                    : std::string());
-    TrayMenu menu = TrayMenu::Build(source);
-    if (group)
-        for (size_t i = 0; i < group->Programs.size(); ++i)
-            group->Programs[i].MenuCommandId = menu.ProgramNumber(i);
-    return menu;
+    return TrayMenu::Build(source);
 }
 
 void RunGroupNow(AppState& app, int groupIndex, RunClock& clock, const ProgramLauncher& launch) {

@@ -9,10 +9,12 @@
 namespace tolvane {
 
 class AppState;
+class ProgramModel;
+struct TextTables;
 
-// The menu of the "Startup" group and the stopped items as they are now. Each program's
-// MenuCommandId gets its number.
-TrayMenu BuildTrayMenuModel(AppState& app);
+// The menu of the "Startup" group and the stopped items as they are now; the menu itself knows
+// which number stands for which program.
+TrayMenu BuildTrayMenuModel(const ProgramModel& model, const TextTables& text);
 
 // Carries out the entry of that number; 0 or an unknown number does nothing. Its waits serve
 // the message loop and end when the program quits.

@@ -210,7 +210,7 @@ void MainWindow::Ready() {
 }
 
 int MainWindow::TrayMenuChoice() {
-    trayMenu_ = BuildTrayMenuModel(app_);
+    trayMenu_ = BuildTrayMenuModel(app_.model, app_.text);
     return ShowTrayMenu(Hwnd(), trayMenu_);
 }
 

@@ -516,7 +516,7 @@ TEST_F(DelayedRunTest, HandStartsFromTheTrayCountAndNothingStartsTwice) {
     app.model.ProgramGroups[0].Programs = {{Program("a.exe"), "", "Execute", 1, ""},
                                            {Program("b.exe"), "", "Execute", 2, ""},
                                            {Program("c.exe"), "", "Execute", 3, ""}};
-    const TrayMenu menu = BuildTrayMenuModel(app);
+    const TrayMenu menu = BuildTrayMenuModel(app.model, app.text);
     int waits = 0;
     // During the main wait the user starts b (waiting its 2 s); during c's wait, all.
     whileWaiting = [&] {
@@ -628,8 +628,8 @@ TEST_F(DelayedRunTest, TrayMenuEntriesStartWhatTheyShow) {
                                            {Program("format.exe"), "", "Execute", 0, ""}};
     app.model.StoppedPrograms = {"_REGCU_Exp=%OS%.exe -s", "", "_STPAU_Word.lnk",
                                  "_REGCU_Wipe=cmd.exe /c del C:\\x"};
-    const TrayMenu menu = BuildTrayMenuModel(app);
-    EXPECT_EQ(app.model.ProgramGroups[0].Programs[1].MenuCommandId, 1003);
+    const TrayMenu menu = BuildTrayMenuModel(app.model, app.text);
+    EXPECT_EQ(menu.ProgramNumber(1), 1003);
     char os[64] = {};
     GetEnvironmentVariableA("OS", os, sizeof os);
     auto choose = [&](int number) {

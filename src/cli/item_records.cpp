@@ -11,18 +11,6 @@ namespace tolvane {
 
 namespace {
 
-const GroupProgram* DelayedProgram(const ProgramModel& model, const ItemRecord& r) {
-    const ProgramGroup* startup = model.StartupGroup();
-    if (!startup)
-        return nullptr;
-    const bool registry = r.Location == kUserRun || r.Location == kMachineRun;
-    for (const GroupProgram& p : startup->Programs)
-        if (p.Command == CommandOfLocation(r.Location) &&
-            (registry ? DelayedRunItemText(p) : p.Path) == r.Name)
-            return &p;
-    return nullptr;
-}
-
 std::string JsonText(const std::string& s) {
     std::string out = "\"";
     for (unsigned char c : s) {
@@ -106,7 +94,7 @@ std::vector<ItemRecord> ItemRecords(const TreeModel& tree, const ProgramModel& m
                 useCommand(
                     lookups.StoppedCommand(std::string(LocationPrefix(r.Location)) + r.Name));
         } else if (r.State == ItemState::Delayed) {
-            if (const GroupProgram* p = DelayedProgram(model, r)) {
+            if (const GroupProgram* p = DelayedProgramOf(model, r.Location, r.Name)) {
                 r.Delay = p->Delay;
                 if (!place->Registry()) {
                     keptShortcut(p->Path);

@@ -117,6 +117,19 @@ std::string DelayedRunItemText(const GroupProgram& program) {
     return program.RegistryKeyName + "=" + program.Path + " " + program.Parameters;
 }
 
+const GroupProgram* DelayedProgramOf(const ProgramModel& model, int location,
+                                     std::string_view itemText) {
+    const ProgramGroup* startup = model.StartupGroup();
+    if (!startup)
+        return nullptr;
+    const bool registry = location == kUserRun || location == kMachineRun;
+    for (const GroupProgram& p : startup->Programs)
+        if (p.Command == CommandOfLocation(location) &&
+            (registry ? DelayedRunItemText(p) : p.Path) == itemText)
+            return &p;
+    return nullptr;
+}
+
 void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramModel& model,
                       std::string_view ownRunEntry, const StartupTreeHooks& hooks) {
     // What the user had opened.

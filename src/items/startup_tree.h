@@ -54,6 +54,11 @@ std::string OwnRunEntry(const AppFolders& folders);
 
 // The tree text of a delayed Run value: value name, "=", path, " ", parameters.
 std::string DelayedRunItemText(const GroupProgram& program);
+// The program of the "Startup" group that a delayed item of that location and tree text stands
+// for: its command word the location's, and its Run value's text or its shortcut's name the
+// item's. nullptr when the group holds none.
+const GroupProgram* DelayedProgramOf(const ProgramModel& model, int location,
+                                     std::string_view itemText);
 
 struct StartupTreeHooks {
     // Seconds since midnight, rounded: part of every item's key.

@@ -57,13 +57,6 @@ std::vector<ItemRecord> ItemRecords(const TreeModel& tree, const StartupListing&
                                     const std::vector<SafeEntry>& safeList,
                                     const RecordLookups& lookups) {
     std::vector<ItemRecord> records;
-    const ProgramGroup* startup = model.StartupGroup();
-    auto program = [&](const StartupItem& item) -> const GroupProgram* {
-        if (item.State != ItemState::Delayed || !startup || item.Record < 0 ||
-            static_cast<size_t>(item.Record) >= startup->Programs.size())
-            return nullptr;
-        return &startup->Programs[static_cast<size_t>(item.Record)];
-    };
     for (size_t i = 0; i < tree.Count(); ++i) {
         const int node = static_cast<int>(i);
         const StartupItem* item = ItemOfNode(tree, listing, node);
@@ -82,7 +75,7 @@ std::vector<ItemRecord> ItemRecords(const TreeModel& tree, const StartupListing&
         r.Known = n.Bold || !r.Description.empty();
         r.SwitchedOff = item->SwitchedOff;
         r.Movable = n.Tag == kPopupTag;
-        const GroupProgram* delayed = program(*item);
+        const GroupProgram* delayed = DelayedRecord(model, *item);
         if (delayed)
             r.Delay = delayed->Delay;
         const bool user = r.Location == kUserStartup || r.Location == kUserRun;

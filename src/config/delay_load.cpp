@@ -178,7 +178,6 @@ void CDelayLoad::LoadItems(bool writeMissing) {
         context.AllUsersItemsFolder = app_.folders.AllUsersItemsFolder;
         context.Languages = &app_.text.Languages;
         context.LanguageChosen = [this](const std::string&) { LoadLanguageFiles(app_); };
-        context.Tree = tree_;
         result = ReadProgramGroupFile(*bytes, model, context);
     }
     if (result.Ok)

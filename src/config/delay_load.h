@@ -1,6 +1,5 @@
 // CDelayLoad: the program-group model's file and the lookups that need the platform. The model
-// itself is the process-wide one in AppState; an object holds only its file path and the tree
-// that a load fills.
+// itself is the process-wide one in AppState; an object holds only its file path.
 #pragma once
 
 #include <string>
@@ -12,8 +11,6 @@
 #include "platform/registry.h"
 
 namespace tolvane {
-
-class TreeModel;
 
 // A stopped item's command as its value holds it (variables kept), and whether Windows fills
 // in its variables before it starts it (an expandable value).
@@ -41,20 +38,16 @@ public:
     ProgramModel& Model() { return app_.model; }
     const std::string& FilePath() const { return filePath_; }
 
-    void SetBoundTreeView(TreeModel* tree) { tree_ = tree; }
-    TreeModel* BoundTreeView() const { return tree_; }
-
     // The command that starts a stopped item, given its whole entry (prefix and name) or its
     // index. Shortcuts lie in the items folders; Run values are found among the saved copies
     // and read as Windows reads them. False when the entry is unknown.
     bool GetStoppedInfo(std::string_view entry, StoppedCommand& command);
     bool GetStoppedInfo(int index, StoppedCommand& command);
 
-    // Rebuilds the model from the file (and fills the bound tree). A missing file gives the
-    // model of a first start, which is written at once unless writeMissing is false. A file that
-    // cannot be read whole is reported with message 13; the model keeps what was read, and the file
-    // as it was is kept beside it (".unreadable"), since the next write replaces it with what was
-    // read.
+    // Rebuilds the model from the file. A missing file gives the model of a first start, which
+    // is written at once unless writeMissing is false. A file that cannot be read whole is
+    // reported with message 13; the model keeps what was read, and the file as it was is kept
+    // beside it (".unreadable"), since the next write replaces it with what was read.
     void LoadItems(bool writeMissing = true);
     // Writes the whole model; throws FileError when it cannot, leaving the old file intact.
     void WriteItems();
@@ -70,7 +63,6 @@ private:
 
     AppState& app_;
     std::string filePath_;
-    TreeModel* tree_ = nullptr;
 };
 
 // The saved copies of one location's Run values, each its name and data as MatchSavedCopies

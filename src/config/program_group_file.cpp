@@ -633,8 +633,9 @@ private:
         std::string name = trimmed.size() > 5 ? trimmed.substr(5) : std::string();
         if (EndsWith(name, "()"))
             name.resize(name.size() - 2);
-        // Only a real "_": a double-byte character may end in its byte (Shift-JIS 83 5F).
-        name = ReplaceAllCharacters(name, "_", " ");
+        // Blanks as the model spells them; only a real "_": a double-byte character may end in
+        // its byte (Shift-JIS 83 5F).
+        name = NormalGroupName(name);
         auto& groups = model_.ProgramGroups;
         if (!groups.back().Name.empty())
             groups.push_back(ProgramGroup{"", {GroupProgram{}}});

@@ -38,9 +38,8 @@ bool ProgramGroupStore::Changing() {
     return changesUnderWay > 0;
 }
 
-void ProgramGroupStore::Load(TreeModel* tree, bool look) {
+void ProgramGroupStore::Load(bool look) {
     CDelayLoad file(app_);
-    file.SetBoundTreeView(tree);
     if (look || IsFile(file.FilePath())) {
         // Whole files only ever replace it, so a read needs no lock.
         file.LoadItems(!look);

@@ -12,8 +12,6 @@
 
 namespace tolvane {
 
-class TreeModel;
-
 // Another Tolvane process held the file for longer than a change waits; nothing was changed.
 class StoreBusy : public std::runtime_error {
 public:
@@ -24,9 +22,9 @@ class ProgramGroupStore {
 public:
     explicit ProgramGroupStore(AppState& app);
 
-    // Reads the file into the model (and fills the tree with its groups). A missing file is
-    // the model of a first start, written under the lock unless this is only a look.
-    void Load(TreeModel* tree = nullptr, bool look = false);
+    // Reads the file into the model. A missing file is the model of a first start, written
+    // under the lock unless this is only a look.
+    void Load(bool look = false);
 
     // Makes the change on the file as it is now. The model afterwards holds what was written.
     // A change that throws writes nothing, the model holds the file as read, and the exception

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/path_rules.h"
+#include "text/code_page.h"
 #include "text/strings.h"
 
 namespace tolvane {
@@ -43,6 +44,15 @@ std::string_view LocationPrefix(int code) {
     default:
         return "";
     }
+}
+
+std::string NormalGroupName(std::string_view name) {
+    return ReplaceAllCharacters(name, "_", " ");
+}
+
+bool SameRecord(const GroupProgram& a, const GroupProgram& b) {
+    return a.Command == b.Command && a.Path == b.Path && a.Parameters == b.Parameters &&
+           a.Delay == b.Delay && a.RegistryKeyName == b.RegistryKeyName;
 }
 
 static bool ValidIndex(const auto& list, int index) {
@@ -155,8 +165,9 @@ std::vector<std::string> ProgramModel::RemoveDisallowed() {
 }
 
 int ProgramModel::GetGroupID(std::string_view name) const {
+    const std::string sought = NormalGroupName(name);
     for (size_t i = 0; i < ProgramGroups.size(); ++i)
-        if (ProgramGroups[i].Name == name)
+        if (NormalGroupName(ProgramGroups[i].Name) == sought)
             return static_cast<int>(i);
     return -1;
 }
@@ -201,21 +212,56 @@ void ProgramModel::RemoveStoppedProgram(std::string_view name, int code) {
 }
 
 int ProgramModel::AddGroup(std::string_view name) {
-    std::string converted = ReplaceAll(name, " ", "_");
-    int existing = GetGroupID(converted);
+    std::string normal = NormalGroupName(name);
+    int existing = GetGroupID(normal);
     if (existing >= 0)
         return existing;
-    ProgramGroups.push_back(ProgramGroup{converted, std::vector<GroupProgram>(1)});
+    ProgramGroups.push_back(ProgramGroup{normal, std::vector<GroupProgram>(1)});
     int index = static_cast<int>(ProgramGroups.size()) - 1;
-    if (converted == kStartupGroup)
+    if (normal == kStartupGroup)
         StartupGroupIndex = index;
     return index;
 }
 
-bool ProgramModel::UpdateGroupName(int groupIndex, std::string_view newName) {
+namespace {
+
+bool LooksLikeStartup(std::string_view normalName) {
+    return ToLower(normalName) == ToLower(kStartupGroup);
+}
+
+} // namespace
+
+GroupNameProblem ProgramModel::NewGroupProblem(std::string_view name) const {
+    const std::string normal = NormalGroupName(Trim(name));
+    if (normal.empty())
+        return GroupNameProblem::Empty;
+    if (GetGroupID(normal) >= 0)
+        return GroupNameProblem::Taken;
+    return LooksLikeStartup(normal) && normal != kStartupGroup ? GroupNameProblem::StartupReserved
+                                                               : GroupNameProblem::None;
+}
+
+GroupNameProblem ProgramModel::RenameProblem(int groupIndex, std::string_view newName) const {
     if (!ValidIndex(ProgramGroups, groupIndex))
+        return GroupNameProblem::None; // nothing to rename: UpdateGroupName says so
+    const std::string own = NormalGroupName(ProgramGroups[groupIndex].Name);
+    const std::string normal = NormalGroupName(Trim(newName));
+    if (normal == own)
+        return GroupNameProblem::None;
+    if (own == kStartupGroup)
+        return GroupNameProblem::StartupKeepsName;
+    if (normal.empty())
+        return GroupNameProblem::Empty;
+    if (LooksLikeStartup(normal))
+        return GroupNameProblem::StartupReserved;
+    return GetGroupID(normal) >= 0 ? GroupNameProblem::Taken : GroupNameProblem::None;
+}
+
+bool ProgramModel::UpdateGroupName(int groupIndex, std::string_view newName) {
+    if (!ValidIndex(ProgramGroups, groupIndex) || ProgramGroups[groupIndex].Name.empty() ||
+        RenameProblem(groupIndex, newName) != GroupNameProblem::None)
         return false;
-    ProgramGroups[groupIndex].Name = std::string(newName);
+    ProgramGroups[groupIndex].Name = NormalGroupName(Trim(newName));
     return true;
 }
 

@@ -12,6 +12,20 @@ namespace tolvane {
 
 inline constexpr std::string_view kStartupGroup = "Startup";
 
+// The one spelling of a group name that every lookup compares: the file writes a blank as "_"
+// (`void My_Tools()`) and reads it back as a blank, so "My Tools" and "My_Tools" are one group.
+// Only a whole "_" counts: a double-byte character may end in its byte.
+std::string NormalGroupName(std::string_view name);
+
+// Why a group cannot take a name, as a new group or by renaming.
+enum class GroupNameProblem {
+    None,
+    Empty,            // nothing but blanks
+    StartupKeepsName, // the "Startup" group is the one to be renamed
+    StartupReserved,  // "Startup" in any letter case: only the log-on group is called so
+    Taken,            // another group has the name, in either spelling
+};
+
 // Command words of program lines: where a delayed program came from.
 inline constexpr std::string_view kExecute = "Execute";           // user's Startup folder, editor
 inline constexpr std::string_view kExecuteReg = "ExecuteReg";     // user's Run key
@@ -53,6 +67,9 @@ struct GroupProgram {
 inline bool IsFreeSlot(const GroupProgram& program) {
     return program.Path.empty() && program.RegistryKeyName.empty();
 }
+
+// The same program line: command, path, parameters, delay and value name.
+bool SameRecord(const GroupProgram& a, const GroupProgram& b);
 
 struct ProgramGroup {
     std::string Name; // empty: a hole left by RemoveProgramGroup
@@ -105,7 +122,16 @@ public:
     // Index of the stopped entry for this name and code, or -1.
     int FindStoppedProgram(std::string_view name, int code) const;
 
+    // Adds a group of the name's normal spelling, or gives the group that has it already.
     int AddGroup(std::string_view name);
+    // Why a new group cannot have this name; None when it can. "Startup" in its own spelling
+    // can be added while the file has no such group: the log-on run needs it back.
+    GroupNameProblem NewGroupProblem(std::string_view name) const;
+    // Why the group cannot be renamed to this name; None when it can, also when the name is
+    // its own in another spelling.
+    GroupNameProblem RenameProblem(int groupIndex, std::string_view newName) const;
+    // False, and nothing renamed, for an index outside the list and for every problem above:
+    // the "Startup" group never loses its name, so the log-on run never loses its programs.
     bool UpdateGroupName(int groupIndex, std::string_view newName);
     bool UpdateGroupNameString(std::string_view oldName, std::string_view newName);
 

@@ -66,7 +66,7 @@ bool RefreshData(AppState& app, TreeModel& tree, StartupListing& listing,
         const ListedValue own = OwnRunEntry(app.folders);
         // The file first: the program's own Run value follows the settings and the delayed
         // items the file holds, not whatever this process held before it read them.
-        ProgramGroupStore(app).Load(nullptr, !ownRunEntry);
+        ProgramGroupStore(app).Load(!ownRunEntry);
         if (ownRunEntry)
             UpdateRunEntry(app, app.model.StartupType);
         CDirStruct folders;

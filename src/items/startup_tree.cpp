@@ -179,6 +179,14 @@ const StartupItem* ItemOfNode(const TreeModel& tree, const StartupListing& listi
     return &listing.Items[static_cast<size_t>(item)];
 }
 
+const GroupProgram* DelayedRecord(const ProgramModel& model, const StartupItem& item) {
+    const ProgramGroup* startup = model.StartupGroup();
+    if (!startup || item.State != ItemState::Delayed || item.Record < 0 ||
+        static_cast<size_t>(item.Record) >= startup->Programs.size())
+        return nullptr;
+    return &startup->Programs[static_cast<size_t>(item.Record)];
+}
+
 void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramModel& model,
                       const ListedValue& ownRunEntry, const StartupTreeHooks& hooks) {
     // What the user had opened.

@@ -134,6 +134,10 @@ void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramMod
 // The item a leaf of the tree shows; nothing for a container.
 const StartupItem* ItemOfNode(const TreeModel& tree, const StartupListing& listing, int node);
 
+// The program of the "Startup" group that a delayed item stands for, as the refresh that listed
+// the item read the model; nullptr for an item of another state.
+const GroupProgram* DelayedRecord(const ProgramModel& model, const StartupItem& item);
+
 // Items whose text holds a name of the safe list (exact letters) are known: bold.
 void MarkKnown(TreeModel& tree, const std::vector<SafeEntry>& safeList);
 

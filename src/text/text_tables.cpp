@@ -92,6 +92,14 @@ TextTables::TextTables() : Languages(1) {
         "is inside a user profile, which other users cannot read. Keep \"for me only\", or put "
         "Tolvane into a folder that every user can read (such as Program Files) and choose this "
         "again.",
+        "The \"Startup\" group cannot be renamed: its programs are the ones that Tolvane starts "
+        "when you log on.",
+        "No other group can be called \"Startup\", in any letter case: the name belongs to the "
+        "group whose programs Tolvane starts when you log on.",
+        "There is already a group of this name. A blank and \"_\" count as the same: \"My "
+        "Tools\" and \"My_Tools\" are one name.",
+        "A group needs a name. Type the new name of the selected group, or the name of a new "
+        "group.",
     };
     Toolbar = {
         "Save Changes",

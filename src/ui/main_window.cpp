@@ -89,9 +89,9 @@ MainWindow::MainWindow(AppState& app, HINSTANCE instance)
     OpenWithShell = [this](const std::string& target) {
         ShellExecuteA(Hwnd(), nullptr, target.c_str(), nullptr, "", SW_SHOWNORMAL);
     };
-    OpenGroupEditor = [this](std::optional<std::string> itemText) {
+    OpenGroupEditor = [this](std::optional<GroupProgram> record) {
         GroupEditorDialog editor(app_);
-        editor.OpenOn(std::move(itemText));
+        editor.OpenOn(std::move(record));
         editor.ShowModal(instance_, Hwnd());
         // The editor may have changed the delayed programs.
         Refresh();
@@ -172,8 +172,13 @@ void MainWindow::AddCommands() {
     commands_.Add(
         ID_CMD_PROPERTIES,
         [this] {
+            // The editor opens on the item's own record, never on a program of the same path.
+            std::optional<GroupProgram> record;
+            if (const StartupItem* item = ItemOfNode(tree_, listing_, tree_.Selected()))
+                if (const GroupProgram* p = DelayedRecord(app_.model, *item))
+                    record = *p;
             if (OpenGroupEditor)
-                OpenGroupEditor(tree_.Node(tree_.Selected()).Text);
+                OpenGroupEditor(record);
         },
         state([](ItemState s) { return s == ItemState::Delayed; }));
     commands_.Add(ID_CMD_SEARCH_ONLINE, [this] { SearchOnline(); });

@@ -80,9 +80,9 @@ public:
 
     // How addresses and files are opened: the shell's default action unless set.
     std::function<void(const std::string& target)> OpenWithShell;
-    // Opens the group editor (modal), on the program of a delayed item's text when one is
-    // given; the tree is rebuilt after it.
-    std::function<void(std::optional<std::string> itemText)> OpenGroupEditor;
+    // Opens the group editor (modal), on a delayed item's program when its record is given;
+    // the tree is rebuilt after it.
+    std::function<void(std::optional<GroupProgram> record)> OpenGroupEditor;
 
     static void ClassStyle(WNDCLASSEXA& wc);
     LRESULT HandleMessage(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp);

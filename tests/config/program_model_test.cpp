@@ -19,14 +19,47 @@ ProgramModel WithStartup(std::vector<GroupProgram> programs) {
     return m;
 }
 
-// What the group editor does to groups: indexes of the other groups never move.
+// What the group editor does to groups: indexes of the other groups never move, a blank and
+// "_" spell one name, and the "Startup" group keeps its name.
 TEST(ProgramModel, GroupsAreAddedRenamedAndRemovedInPlace) {
     ProgramModel m = WithStartup({{"C:\\a.exe", "-x"}, {"C:\\b.exe", ""}});
+    EXPECT_EQ(m.AddGroup("My_Group"), 1);
+    EXPECT_EQ(m.ProgramGroups[1].Name, "My Group"); // spelled as a reload of the file spells it
     EXPECT_EQ(m.AddGroup("My Group"), 1);
-    EXPECT_EQ(m.AddGroup("My_Group"), 1); // blanks are stored as "_": it exists
+    EXPECT_EQ(m.GetGroupID("My_Group"), 1);
+    EXPECT_EQ(m.NewGroupProblem(" My_Group "), GroupNameProblem::Taken);
+    EXPECT_EQ(m.NewGroupProblem("startup"), GroupNameProblem::StartupReserved);
+    EXPECT_EQ(m.NewGroupProblem("Startup"), GroupNameProblem::Taken);
+    EXPECT_EQ(m.NewGroupProblem("  "), GroupNameProblem::Empty);
+    EXPECT_EQ(m.NewGroupProblem("Tools"), GroupNameProblem::None);
+    ProgramModel withoutStartup;
+    withoutStartup.ProgramGroups.push_back({"Other", {GroupProgram{}}});
+    EXPECT_EQ(withoutStartup.NewGroupProblem("Startup"), GroupNameProblem::None); // it is back
+    EXPECT_EQ(withoutStartup.NewGroupProblem("startup"), GroupNameProblem::StartupReserved);
+
+    using enum GroupNameProblem;
+    const struct {
+        int group;
+        const char* name;
+        GroupNameProblem problem;
+    } renames[] = {{0, "Other", StartupKeepsName},
+                   {0, "", StartupKeepsName},
+                   {0, "Startup", None},
+                   {1, "STARTUP", StartupReserved},
+                   {1, "Startup", StartupReserved},
+                   {1, " ", Empty},
+                   {1, "My Group", None}};
+    for (const auto& r : renames) {
+        EXPECT_EQ(m.RenameProblem(r.group, r.name), r.problem) << r.group << r.name;
+        EXPECT_EQ(m.UpdateGroupName(r.group, r.name), r.problem == None) << r.group << r.name;
+    }
+    EXPECT_EQ(GroupNames(m), (Lines{"Startup", "My Group"}));
+    EXPECT_EQ(m.ProgramGroups[0].Programs.size(), 2u);
     EXPECT_TRUE(m.UpdateGroupNameString("My_Group", "Tools"));
     EXPECT_FALSE(m.UpdateGroupName(7, "x"));
     EXPECT_EQ(m.AddGroup("Last"), 2);
+    EXPECT_EQ(m.RenameProblem(2, "Tools"), Taken);
+    EXPECT_FALSE(m.UpdateGroupNameString("Last", "Tools"));
     m.RemoveProgramGroup(1); // not the last: a hole keeps the others' indexes
     EXPECT_EQ(GroupNames(m), (Lines{"Startup", "", "Last"}));
     m.RemoveProgramGroup(2); // the last: the list shrinks

@@ -3,6 +3,7 @@
 #include <windows.h>
 #include <commctrl.h>
 
+#include "config/program_group_store.h"
 #include "items/startup_fixture.h"
 #include "platform/message_pump.h"
 #include "ui/group_editor/group_editor_dialog.h"
@@ -44,15 +45,37 @@ protected:
         test::Type(keys);
         Pump();
     }
-    void SelectNode(const std::string& text) {
-        TreeModel& tree = dialog.Model().Tree;
+    int NodeOf(const std::string& text) {
+        const TreeModel& tree = dialog.Model().Tree;
         for (size_t i = 0; i < tree.Count(); ++i)
-            if (tree.Node(int(i)).Text == text) {
-                TreeView_SelectItem(dialog.TreeView()->Hwnd(), dialog.TreeView()->ItemOf(int(i)));
-                Pump();
-                return;
-            }
+            if (tree.Node(int(i)).Text == text)
+                return int(i);
         ADD_FAILURE() << text;
+        return TreeModel::kNone;
+    }
+    void SelectNode(const std::string& text) {
+        TreeView_SelectItem(dialog.TreeView()->Hwnd(), dialog.TreeView()->ItemOf(NodeOf(text)));
+        Pump();
+    }
+    // A node as the control shows it: its text, and whether it is open.
+    std::string ItemText(int node) {
+        char text[MAX_PATH] = {};
+        TVITEMA item{};
+        item.mask = TVIF_TEXT;
+        item.hItem = dialog.TreeView()->ItemOf(node);
+        item.pszText = text;
+        item.cchTextMax = sizeof text;
+        return item.hItem && TreeView_GetItem(dialog.TreeView()->Hwnd(), &item) ? text : "(none)";
+    }
+    bool ItemOpen(int node) {
+        HTREEITEM item = dialog.TreeView()->ItemOf(node);
+        return item && (TreeView_GetItemState(dialog.TreeView()->Hwnd(), item, TVIS_EXPANDED) &
+                        TVIS_EXPANDED) != 0;
+    }
+    std::string ControlText(HWND window, int control) {
+        char text[1024] = {};
+        GetDlgItemTextA(window, control, text, sizeof text);
+        return text;
     }
     bool Enabled(int control) { return IsWindowEnabled(GetDlgItem(hwnd, control)); }
 
@@ -85,30 +108,65 @@ TEST_F(GroupEditorDialogTest, AddRenameAndRemoveAGroupWithItsProgram) {
         << File();
     EXPECT_EQ(dialog.Model().Tree.Count(), 6u); // root, two groups, the program's three nodes
 
-    // Opened on a delayed item of the main window (its Properties), the editor shows the
-    // item's program, selected inside its closed group.
+    // It shows in its group, which opened; opened too, its rows say what they are.
+    const int program = NodeOf(folder / "Clock.exe");
+    EXPECT_TRUE(ItemOpen(NodeOf("tools")));
+    TreeView_Expand(dialog.TreeView()->Hwnd(), dialog.TreeView()->ItemOf(program), TVE_EXPAND);
+    Pump(2);
+    const std::vector<int> rows = dialog.Model().Tree.Node(program).Children;
+    ASSERT_EQ(rows.size(), 2u);
+    EXPECT_EQ(ItemText(rows[0]), "Parameters:");
+    EXPECT_EQ(ItemText(rows[1]), "Delay: 5");
+
+    // Opened on a delayed item of the main window (its Properties), the editor shows that
+    // item's program, selected inside its closed group: not another of the same path.
     {
+        const GroupProgram first{folder / "Clock.exe", "-a", "ExecuteReg", 1, "ClockA"};
+        const GroupProgram second{folder / "Clock.exe", "-b", "ExecuteReg", 1, "ClockB"};
+        ProgramGroupStore(app).Change([&](ProgramModel& file) {
+            for (const GroupProgram& p : {first, second})
+                file.AddProgramToGroup(-1, p.Command, p.Path, p.Parameters, p.Delay,
+                                       p.RegistryKeyName);
+        });
         GroupEditorDialog onItem(app);
-        onItem.OpenOn("Clock=" + folder / "Clock.exe" + " -min");
+        onItem.OpenOn(second);
         ASSERT_TRUE(onItem.ShowModeless(GetModuleHandleA(nullptr), nullptr));
         Pump();
-        char path[MAX_PATH] = {};
-        GetDlgItemTextA(onItem.Hwnd(), IDC_GE_PATH, path, sizeof path);
-        EXPECT_EQ(path, folder / "Clock.exe");
+        EXPECT_EQ(ControlText(onItem.Hwnd(), IDC_GE_PATH), folder / "Clock.exe");
+        EXPECT_EQ(ControlText(onItem.Hwnd(), IDC_GE_PARAMETERS), "-b");
+        const int shown = onItem.Model().FindProgramNode(second);
+        EXPECT_NE(shown, onItem.Model().FindProgramNode(first));
         EXPECT_EQ(onItem.TreeView()->NodeOf(TreeView_GetSelection(onItem.TreeView()->Hwnd())),
-                  onItem.Model().FindProgramNode(folder / "Clock.exe"));
+                  shown);
         onItem.Close(IDCANCEL);
         Pump();
     }
     SetForegroundWindow(hwnd);
 
+    // "Startup" keeps its name: Edit Group stays off, and the message line says why.
+    const std::string explanation = ControlText(hwnd, IDC_GE_MESSAGE);
+    SelectNode("Startup");
+    TypeInto(IDC_GE_GROUP, {'K', 'I', 'T'});
+    EXPECT_FALSE(Enabled(IDC_GE_EDIT_GROUP));
+    EXPECT_TRUE(Enabled(IDC_GE_ADD_GROUP));
+    EXPECT_EQ(ControlText(hwnd, IDC_GE_MESSAGE), app.text.Message(31));
+    EXPECT_NE(app.text.Message(31), explanation);
+
     // Renamed: the group's node is selected, a new name typed, "Edit Group" clicked.
     SelectNode("tools");
     TypeInto(IDC_GE_GROUP, {'K', 'I', 'T'});
     EXPECT_TRUE(Enabled(IDC_GE_EDIT_GROUP));
+    EXPECT_EQ(ControlText(hwnd, IDC_GE_MESSAGE), explanation);
     Click(IDC_GE_EDIT_GROUP);
     EXPECT_NE(File().find("void kit()"), std::string::npos) << File();
     EXPECT_EQ(File().find("void tools()"), std::string::npos);
+    EXPECT_NE(File().find("void Startup()"), std::string::npos);
+    // The tree is shown again with the group and its program open, the group selected.
+    EXPECT_EQ(ItemText(NodeOf("kit")), "kit");
+    EXPECT_TRUE(ItemOpen(NodeOf("kit")));
+    EXPECT_TRUE(ItemOpen(dialog.Model().Tree.Node(NodeOf("kit")).Children.at(0)));
+    EXPECT_EQ(dialog.TreeView()->NodeOf(TreeView_GetSelection(dialog.TreeView()->Hwnd())),
+              NodeOf("kit"));
 
     // Removed, after the question.
     SelectNode("kit");
@@ -117,8 +175,10 @@ TEST_F(GroupEditorDialogTest, AddRenameAndRemoveAGroupWithItsProgram) {
     ASSERT_FALSE(messages.shown.empty());
     EXPECT_EQ(messages.shown.back().Title, "Comfirm Group Remove");
     EXPECT_EQ(File().find("void kit()"), std::string::npos);
-    EXPECT_EQ(File().find("Clock.exe"), std::string::npos);
+    EXPECT_EQ(File().find("Execute (\"" + folder / "Clock.exe"), std::string::npos);
+    EXPECT_NE(File().find("ExecuteReg (\"" + folder / "Clock.exe"), std::string::npos);
     EXPECT_EQ(dialog.Model().GroupNames, std::vector<std::string>{"Startup"});
+    EXPECT_EQ(ControlText(hwnd, IDC_GE_GROUP), ""); // the box does not name it any more
 }
 
 } // namespace

@@ -74,6 +74,12 @@ TEST_F(MainWindowTest, MenusAndToolbarAsRenderedAndTickedItemsMoveFromTheToolbar
     };
     SelectItem("DelayedItemsStartupCurrentUser", "Tool.lnk");
     EXPECT_EQ(popup(), "0111");
+    // Properties opens the editor on the delayed item's own record.
+    std::optional<GroupProgram> editedRecord;
+    window->OpenGroupEditor = [&](std::optional<GroupProgram> record) { editedRecord = record; };
+    EXPECT_TRUE(window->Commands().Execute(ID_CMD_PROPERTIES));
+    ASSERT_TRUE(editedRecord);
+    EXPECT_EQ(editedRecord->Command + "|" + editedRecord->Path, "Execute|Tool.lnk");
     SelectItem("CurrentUserRoot", "Registry Run (2)");
     EXPECT_EQ(popup(), "0000"); // a container offers no popup
     SelectItem("CurrentUserRegistry", "Alpha=C:\\alpha.exe /a");

@@ -37,8 +37,8 @@ void GroupEditorDialog::Change(const std::function<void(ProgramModel&)>& change)
     ProgramGroupStore(app_).Change(change);
 }
 
-void GroupEditorDialog::LoadItems(TreeModel& tree) {
-    ProgramGroupStore(app_).Load(&tree);
+void GroupEditorDialog::LoadItems() {
+    ProgramGroupStore(app_).Load();
 }
 
 bool GroupEditorDialog::FileExists(const std::string& path) {
@@ -61,8 +61,8 @@ void GroupEditorDialog::Init() {
     ApplyCaptions();
     editor_.RefreshGroups();
     int shown = TreeModel::kNone;
-    if (itemText_) {
-        shown = editor_.FindProgramNode(*itemText_);
+    if (record_) {
+        shown = editor_.FindProgramNode(*record_);
         if (shown != TreeModel::kNone)
             editor_.ClickTV(shown);
     }
@@ -79,9 +79,11 @@ void GroupEditorDialog::ApplyCaptions() {
     LoadLanguageTextFile(app_, own, "properties");
     const int ownControls[] = {
         IDC_GE_ADD_NEW,          IDC_GE_EDIT,        IDC_GE_GROUP_LABEL, IDC_GE_PATH_LABEL,
-        IDC_GE_PARAMETERS_LABEL, IDC_GE_DELAY_LABEL, IDC_GE_SECONDS,     IDC_GE_MESSAGE};
+        IDC_GE_PARAMETERS_LABEL, IDC_GE_DELAY_LABEL, IDC_GE_SECONDS};
     for (size_t i = 0; i < std::size(ownControls); ++i)
         SetText(ownControls[i], own[i]);
+    // The tree's rows are labelled like the fields; the message line is the model's.
+    editor_.SetCaptions(own[4], own[5], own[7]);
     const auto& buttons = app_.text.Buttons;
     SetText(IDOK, TextTables::Entry(buttons, 0));
     SetText(IDCANCEL, TextTables::Entry(buttons, 1));
@@ -108,6 +110,8 @@ void GroupEditorDialog::RenderButtons() {
     SetChecked(IDC_GE_ADD_NEW, editor_.AddMode);
     SetChecked(IDC_GE_EDIT, !editor_.AddMode);
     SetText(IDC_GE_ADD, TextTables::Entry(app_.text.Buttons, editor_.AddMode ? 3 : 7));
+    if (Text(IDC_GE_MESSAGE) != editor_.Message)
+        SetText(IDC_GE_MESSAGE, editor_.Message);
 }
 
 void GroupEditorDialog::Render(bool tree) {

@@ -24,9 +24,9 @@ public:
     explicit GroupEditorDialog(AppState& app);
     ~GroupEditorDialog();
 
-    // Opens on the program of a delayed item's text when one is given (and found); the editor
-    // opens all the same when it is not.
-    void OpenOn(std::optional<std::string> itemText) { itemText_ = std::move(itemText); }
+    // Opens on this program of the "Startup" group, a delayed item's record, when one is given
+    // (and found); the editor opens all the same when it is not.
+    void OpenOn(std::optional<GroupProgram> record) { record_ = std::move(record); }
 
     GroupEditor& Model() { return editor_; }
     TreeViewControl* TreeView() { return tree_.get(); }
@@ -36,7 +36,7 @@ public:
 private:
     friend class Dialog<GroupEditorDialog>;
     void Change(const std::function<void(ProgramModel&)>& change) override;
-    void LoadItems(TreeModel& tree) override;
+    void LoadItems() override;
     bool FileExists(const std::string& path) override;
 
     void Init();
@@ -50,7 +50,7 @@ private:
     AppState& app_;
     GroupEditor editor_;
     std::unique_ptr<TreeViewControl> tree_;
-    std::optional<std::string> itemText_;
+    std::optional<GroupProgram> record_;
     bool rendering_ = false;
 };
 

@@ -1,6 +1,8 @@
 #include "ui/group_editor/group_editor_model.h"
 
+#include <algorithm>
 #include <exception>
+#include <set>
 
 #include "text/strings.h"
 #include "text/text_tables.h"
@@ -14,22 +16,74 @@ enum : size_t {
     kNoGroupName = 3,
     kNoPath = 4,
     kFileNotFound = 5,
-    kGroupNotMade = 6,
     kBadDelay = 7,
     kNotSaved = 8,
     kNotShown = 9,
     kConfirmRemove = 10,
     kStartupGroupStays = 11,
     kStartupProgramsStay = 12,
+    kStartupKeepsName = 31,
+    kStartupReserved = 32,
+    kNameTaken = 33,
+    kNameEmpty = 34,
 };
 
-constexpr const char* kStartup = "Startup";
+size_t MessageOf(GroupNameProblem problem) {
+    switch (problem) {
+    case GroupNameProblem::Empty:
+        return kNameEmpty;
+    case GroupNameProblem::StartupKeepsName:
+        return kStartupKeepsName;
+    case GroupNameProblem::StartupReserved:
+        return kStartupReserved;
+    case GroupNameProblem::Taken:
+        return kNameTaken;
+    case GroupNameProblem::None:
+        break;
+    }
+    return 0;
+}
+
+// Thrown inside a change that the file as it is now refuses: the store writes nothing.
+struct RefusedChange {};
+
+bool IsStartup(std::string_view groupName) {
+    return NormalGroupName(Trim(groupName)) == kStartupGroup;
+}
+
+// The program of the group that is this record; -1 when the group holds none (any more).
+int ProgramIndexOf(const ProgramModel& model, int group, const GroupProgram& record) {
+    if (group < 0 || static_cast<size_t>(group) >= model.ProgramGroups.size())
+        return -1;
+    const std::vector<GroupProgram>& programs = model.ProgramGroups[group].Programs;
+    for (size_t i = 0; i < programs.size(); ++i)
+        if (!programs[i].Path.empty() && SameRecord(programs[i], record))
+            return static_cast<int>(i);
+    return -1;
+}
+
+// Keys of the tree: a line break never occurs in a name or a program line, so it parts them.
+constexpr char kKeyBreak = '\n';
+constexpr const char* kRootKey = "root";
+
+std::string GroupKey(std::string_view groupName) {
+    return "group" + std::string(1, kKeyBreak) + NormalGroupName(groupName);
+}
+
+std::string ProgramKey(std::string_view groupName, const GroupProgram& p) {
+    std::string key = GroupKey(groupName);
+    for (const std::string* part : {&p.Command, &p.Path, &p.Parameters, &p.RegistryKeyName})
+        key += kKeyBreak + *part;
+    return key + kKeyBreak + FormatSingle(p.Delay);
+}
 
 } // namespace
 
 GroupEditor::GroupEditor(ProgramModel& model, GroupEditorFiles& files, UserMessages& messages,
                          GroupEditorTexts texts)
-    : model_(model), files_(files), messages_(messages), texts_(std::move(texts)) {}
+    : model_(model), files_(files), messages_(messages), texts_(std::move(texts)) {
+    Message = texts_.Explanation;
+}
 
 int GroupEditor::Show(size_t message, std::string_view title, unsigned style,
                       std::string_view extra) {
@@ -41,26 +95,117 @@ bool GroupEditor::DelayKeyAllowed(char key) {
     return (key >= '0' && key <= '9') || key == '.' || key == '\b';
 }
 
+std::string GroupEditor::Label(std::string_view caption) {
+    std::string label;
+    for (size_t i = 0; i < caption.size(); ++i) {
+        if (caption[i] == '&' && ++i == caption.size())
+            break;
+        label += caption[i];
+    }
+    return label;
+}
+
+void GroupEditor::SetCaptions(std::string parametersCaption, std::string delayCaption,
+                              std::string explanation) {
+    texts_.ParametersCaption = std::move(parametersCaption);
+    texts_.DelayCaption = std::move(delayCaption);
+    texts_.Explanation = std::move(explanation);
+    if (!Tree.Empty())
+        Rebuild();
+    UpdateGroupButtons();
+}
+
 bool GroupEditor::RefreshGroups() {
     try {
-        files_.LoadItems(Tree);
+        files_.LoadItems();
     } catch (const std::exception&) {
         Show(kNotShown, "Tolvane - Error", kMbOk | kMbIconCritical);
         return false;
     }
-    GroupNames.clear();
-    for (const ProgramGroup& group : model_.ProgramGroups)
-        if (!group.Name.empty())
-            GroupNames.push_back(group.Name);
-    if (!Tree.Empty())
-        Tree.Node(Tree.Roots()[0]).Expanded = true;
+    Rebuild();
+    UpdateButtons();
     return true;
+}
+
+void GroupEditor::Rebuild(const KeyMoves& moves) {
+    auto moved = [&](const std::string& key) {
+        for (const auto& [from, to] : moves)
+            if (key == from || StartsWith(key, from + kKeyBreak))
+                return to + key.substr(from.size());
+        return key;
+    };
+    std::set<std::string> open;
+    for (size_t i = 0; i < Tree.Count(); ++i)
+        if (Tree.Node(static_cast<int>(i)).Expanded)
+            open.insert(moved(Tree.Node(static_cast<int>(i)).Key));
+    const int selected = Tree.Selected();
+    const std::string selectedKey = selected >= 0 && static_cast<size_t>(selected) < Tree.Count()
+                                        ? moved(Tree.Node(selected).Key)
+                                        : std::string();
+
+    Tree.Clear();
+    records_.clear();
+    GroupNames.clear();
+    // A key the tree holds already (a file edited by hand may spell one group twice) gets a
+    // number: keys stay unique, and the first of the same keeps the plain one.
+    auto add = [&](int parent, std::string key, const std::string& text, NodeRecord record) {
+        if (Tree.Find(key) != TreeModel::kNone) {
+            int n = 2;
+            while (Tree.Find(key + kKeyBreak + std::to_string(n)) != TreeModel::kNone)
+                ++n;
+            key += kKeyBreak + std::to_string(n);
+        }
+        const int node = Tree.AddChild(parent, key, text);
+        Tree.Node(node).Expanded = open.count(key) != 0;
+        records_.push_back(std::move(record));
+        return node;
+    };
+    const int root = add(TreeModel::kNone, kRootKey, "Program Groups", {NodeKind::Root, {}, {}});
+    Tree.Node(root).Expanded = true;
+    const std::string parametersLabel = Label(texts_.ParametersCaption);
+    const std::string delayLabel = Label(texts_.DelayCaption);
+    for (const ProgramGroup& group : model_.ProgramGroups) {
+        if (group.Name.empty())
+            continue; // a removed group's hole
+        GroupNames.push_back(group.Name);
+        const int groupNode =
+            add(root, GroupKey(group.Name), group.Name, {NodeKind::Group, group.Name, {}});
+        // In the order that the log-on run starts them, whatever order the change left.
+        std::vector<const GroupProgram*> programs;
+        for (const GroupProgram& p : group.Programs)
+            if (!p.Path.empty())
+                programs.push_back(&p);
+        std::stable_sort(
+            programs.begin(), programs.end(),
+            [](const GroupProgram* a, const GroupProgram* b) { return a->Delay < b->Delay; });
+        for (const GroupProgram* p : programs) {
+            const int node = add(groupNode, ProgramKey(group.Name, *p), p->Path,
+                                 {NodeKind::Program, group.Name, *p});
+            const std::string key = Tree.Node(node).Key;
+            add(node, key + kKeyBreak + "parameters",
+                TrimRight(parametersLabel + ": " + p->Parameters),
+                {NodeKind::Parameters, group.Name, *p});
+            add(node, key + kKeyBreak + "delay", delayLabel + ": " + FormatSingle(p->Delay),
+                {NodeKind::DelayValue, group.Name, *p});
+        }
+    }
+    SelectKey(selectedKey);
+}
+
+void GroupEditor::SelectKey(const std::string& key) {
+    Tree.Select(key.empty() ? TreeModel::kNone : Tree.Find(key));
+}
+
+const GroupEditor::NodeRecord* GroupEditor::RecordOf(int node) const {
+    return node >= 0 && static_cast<size_t>(node) < records_.size() ? &records_[node] : nullptr;
 }
 
 bool GroupEditor::Apply(const std::function<void(ProgramModel&)>& change) {
     try {
         files_.Change(change);
         return true;
+    } catch (const RefusedChange&) {
+        return false;
     } catch (const std::exception& e) {
         Show(kNotSaved, "Tolvane - Error", kMbOk | kMbIconCritical, e.what());
         return false;
@@ -71,128 +216,103 @@ bool GroupEditor::SaveGroups() {
     return Apply([](ProgramModel&) {});
 }
 
-GroupEditor::NodeKind GroupEditor::KindOf(int node) const {
-    if (node < 0 || static_cast<size_t>(node) >= Tree.Count())
-        return NodeKind::None;
-    int depth = 0;
-    for (int n = node; Tree.Node(n).Parent != TreeModel::kNone; n = Tree.Node(n).Parent)
-        ++depth;
-    switch (depth) {
-    case 0:
-        return NodeKind::Root;
-    case 1:
-        return NodeKind::Group;
-    case 2:
-        return NodeKind::Program;
-    case 3: {
-        const std::vector<int>& siblings = Tree.Node(Tree.Node(node).Parent).Children;
-        return !siblings.empty() && siblings[0] == node ? NodeKind::Parameters
-                                                        : NodeKind::DelayValue;
-    }
-    }
-    return NodeKind::None;
-}
-
-int GroupEditor::ProgramNodeOf(int node) const {
-    switch (KindOf(node)) {
-    case NodeKind::Program:
-        return node;
-    case NodeKind::Parameters:
-    case NodeKind::DelayValue:
-        return Tree.Node(node).Parent;
-    default:
-        return TreeModel::kNone;
-    }
-}
-
 void GroupEditor::ClickTV(int node) {
     Tree.Select(node);
-    const NodeKind kind = KindOf(node);
-    if (kind == NodeKind::None || kind == NodeKind::Root) {
+    const NodeRecord* record = RecordOf(node);
+    if (!record || record->Kind == NodeKind::Root) {
         RemoveEnabled = false;
         ClearSelection();
+        UpdateGroupButtons();
         return;
     }
-    RemoveEnabled = true;
-    if (const int program = ProgramNodeOf(node); program != TreeModel::kNone) {
-        const TreeNode& p = Tree.Node(program);
-        Path = p.Text;
-        Parameters = p.Children.size() > 0 ? Tree.Node(p.Children[0]).Text : "";
-        Delay = p.Children.size() > 1 ? Tree.Node(p.Children[1]).Text : "";
-        GroupName = Tree.Node(p.Parent).Text;
-    } else {
+    GroupName = record->Group;
+    SelectedGroupName = record->Group;
+    if (record->Kind == NodeKind::Group) {
         Path.clear();
         Parameters.clear();
         Delay.clear();
-        GroupName = Tree.Node(node).Text;
-        if (GroupName == kStartup)
-            RemoveEnabled = false;
+        SelectedProgram.reset();
+        AddMode = true; // a group holds nothing to update; UpdateMode keeps "Startup" in edit
+    } else {
+        Path = record->Program.Path;
+        Parameters = record->Program.Parameters;
+        Delay = FormatSingle(record->Program.Delay);
+        SelectedProgram = record->Program;
     }
-    // Nothing below the "Startup" group, or any group whose name holds the word, is removed
-    // here: its programs belong to the main window's moves.
-    if (Contains(ToLower(Tree.FullPath(node)), "startup"))
-        RemoveEnabled = false;
-    SelectedGroupName = GroupName;
-    SelectedPath = Path;
-    SelectedDelay = ParseSingle(Delay).value_or(0);
-    SelectedParameters = Parameters;
-    UpdateAddButton();
-    UpdateGroupButtons();
+    // Nothing of the "Startup" group, or of any group whose name holds the word, nor a program
+    // whose path holds it, is removed here: such programs belong to the main window's moves.
+    const bool startupWord =
+        Contains(ToLower(record->Group), "startup") ||
+        (record->Kind != NodeKind::Group && Contains(ToLower(record->Program.Path), "startup"));
+    RemoveEnabled = !startupWord;
+    UpdateButtons();
 }
 
-int GroupEditor::FindProgramNode(std::string_view itemText) const {
-    const std::string lower = ToLower(itemText);
-    int contained = TreeModel::kNone;
-    for (size_t i = 0; i < Tree.Count(); ++i) {
-        const int node = static_cast<int>(i);
-        if (KindOf(node) != NodeKind::Program || Tree.Node(node).Text.empty())
-            continue;
-        if (Tree.Node(node).Text == itemText)
-            return node;
-        if (contained == TreeModel::kNone && Contains(lower, ToLower(Tree.Node(node).Text)))
-            contained = node;
-    }
-    return contained;
+int GroupEditor::FindProgramNode(const GroupProgram& record) const {
+    for (size_t i = 0; i < records_.size(); ++i)
+        if (records_[i].Kind == NodeKind::Program && IsStartup(records_[i].Group) &&
+            SameRecord(records_[i].Program, record))
+            return static_cast<int>(i);
+    return TreeModel::kNone;
 }
 
 bool GroupEditor::IsListedGroup(std::string_view name) const {
+    const std::string normal = NormalGroupName(name);
     for (const std::string& listed : GroupNames)
-        if (listed == name)
+        if (NormalGroupName(listed) == normal)
             return true;
     return false;
+}
+
+void GroupEditor::UpdateButtons() {
+    UpdateAddButton();
+    UpdateMode();
+    UpdateGroupButtons();
 }
 
 void GroupEditor::UpdateAddButton() {
     const std::string group = Trim(GroupName);
     AddEnabled = !group.empty() && IsListedGroup(group) && !Trim(Path).empty();
-    if (GroupName == kStartup) {
+}
+
+void GroupEditor::UpdateMode() {
+    // The "Startup" group's programs come from the main window: here they are only edited.
+    if (IsStartup(GroupName)) {
         AddModeEnabled = false;
         AddMode = false;
+    } else if (!AddModeEnabled) {
+        AddModeEnabled = true;
+        AddMode = true;
     }
 }
 
 void GroupEditor::UpdateGroupButtons() {
-    AddGroupEnabled = true;
-    if (!Tree.Empty())
-        for (int group : Tree.Node(Tree.Roots()[0]).Children)
-            if (Tree.Node(group).Text == GroupName)
-                AddGroupEnabled = false;
-    if (GroupName != kStartup) {
-        // Renaming needs a group to rename and a name that is not taken.
-        EditGroupEnabled = !SelectedGroupName.empty() && AddGroupEnabled;
-        AddModeEnabled = true;
-        AddMode = true;
-    } else {
-        AddModeEnabled = false;
-        AddMode = false;
-    }
+    const std::string typed = NormalGroupName(Trim(GroupName));
+    const GroupNameProblem adding = model_.NewGroupProblem(typed);
+    AddGroupEnabled = adding == GroupNameProblem::None;
+    const int selected = SelectedGroupName.empty() ? -1 : model_.GetGroupID(SelectedGroupName);
+    const bool renaming = selected >= 0 && NormalGroupName(SelectedGroupName) != typed;
+    const GroupNameProblem renameProblem =
+        renaming ? model_.RenameProblem(selected, typed) : GroupNameProblem::None;
+    EditGroupEnabled = renaming && renameProblem == GroupNameProblem::None;
+    // An empty box is no refusal until it would rename a group, nor is the selected group's
+    // own name.
+    GroupNameProblem shown = renameProblem;
+    if (!renaming && selected < 0 && !typed.empty())
+        shown = adding;
+    Message = shown == GroupNameProblem::None
+                  ? texts_.Explanation
+                  : TextTables::Entry(texts_.Messages, MessageOf(shown));
 }
 
 void GroupEditor::GroupNameChanged(bool chosenFromList) {
-    if (chosenFromList)
+    if (chosenFromList) {
+        // Chosen from the list is as good as the group clicked.
         SelectedGroupName = GroupName;
-    UpdateAddButton();
-    UpdateGroupButtons();
+        SelectedProgram.reset();
+        AddMode = true;
+    }
+    UpdateButtons();
 }
 
 void GroupEditor::PathChanged() {
@@ -207,9 +327,14 @@ void GroupEditor::ChooseAddMode(bool add) {
 
 void GroupEditor::ClearSelection() {
     SelectedGroupName.clear();
-    SelectedPath.clear();
-    SelectedParameters.clear();
-    SelectedDelay = 0;
+    SelectedProgram.reset();
+}
+
+void GroupEditor::ClearFields() {
+    GroupName.clear();
+    Path.clear();
+    Parameters.clear();
+    Delay = "0";
 }
 
 void GroupEditor::Add() {
@@ -217,10 +342,7 @@ void GroupEditor::Add() {
         AddNewProgram();
     else
         UpdateSelectedProgram();
-    ClearSelection();
-    if (AddModeEnabled)
-        AddMode = true;
-    UpdateAddButton();
+    UpdateButtons();
 }
 
 void GroupEditor::AddNewProgram() {
@@ -247,33 +369,37 @@ void GroupEditor::AddNewProgram() {
         Show(kFileNotFound, "Tolvane - File not Found", kMbOk | kMbIconExclamation);
         return;
     }
-    // The group as the list shows it, or a new one.
-    bool made = true;
-    Apply([&](ProgramModel& file) {
+    // The group as the list shows it, or a new one of a name that a new group may have.
+    GroupNameProblem problem = GroupNameProblem::None;
+    const bool written = Apply([&](ProgramModel& file) {
         int index = file.GetGroupID(group);
-        if (index < 0)
+        if (index < 0) {
+            problem = file.NewGroupProblem(group);
+            if (problem != GroupNameProblem::None)
+                throw RefusedChange();
             index = file.AddGroup(group);
-        made = index >= 0;
-        if (made)
-            file.AddProgramToGroup(index, "Execute", path, parameters, *delay, "");
+        }
+        file.AddProgramToGroup(index, kExecute, path, parameters, *delay, "");
     });
-    if (!made)
-        Show(kGroupNotMade, "Error", kMbOk | kMbIconInformation);
-    RefreshGroups();
-    GroupName.clear();
-    Path.clear();
-    Parameters.clear();
-    Delay = "0";
+    if (problem != GroupNameProblem::None)
+        Show(MessageOf(problem), "Tolvane", kMbOk | kMbIconExclamation);
+    Rebuild();
+    if (!written)
+        return;
+    // The new program shows in its group, opened.
+    if (const int node = Tree.Find(GroupKey(group)); node != TreeModel::kNone)
+        Tree.Node(node).Expanded = true;
+    ClearFields();
+    ClearSelection();
+    Tree.Select(TreeModel::kNone);
 }
 
 void GroupEditor::UpdateSelectedProgram() {
-    if (Path.empty() || SelectedPath.empty()) {
-        if (GroupName == kStartup) {
+    if (Trim(Path).empty() || !SelectedProgram) {
+        if (IsStartup(GroupName)) {
             Path.clear();
             Parameters.clear();
             Delay = "0";
-            AddModeEnabled = false;
-            AddMode = false;
         }
         return;
     }
@@ -282,87 +408,123 @@ void GroupEditor::UpdateSelectedProgram() {
         Show(kBadDelay, "Tolvane", kMbOk | kMbIconExclamation);
         return;
     }
-    const bool changed =
-        *delay != SelectedDelay || Parameters != SelectedParameters || Path != SelectedPath;
-    if (!changed && GroupName == SelectedGroupName)
+    const GroupProgram before = *SelectedProgram;
+    GroupProgram after = before;
+    after.Path = Trim(Path);
+    after.Parameters = Trim(Parameters);
+    after.Delay = *delay;
+    if (SameRecord(before, after))
         return;
-    // Another group name alone moves nothing: the program stays in its group.
-    Apply([&](ProgramModel& file) {
-        const int group = file.GetGroupID(SelectedGroupName);
-        const int program = file.GetProgramID(SelectedPath, group);
-        if (changed && program >= 0)
-            file.UpdateProgramInGroup(group, program, Path, Parameters, *delay);
+    // The program as it was clicked, in its own group: another group name typed meanwhile
+    // moves nothing.
+    const std::string group = SelectedGroupName;
+    bool found = false;
+    const bool written = Apply([&](ProgramModel& file) {
+        const int g = file.GetGroupID(group);
+        const int p = ProgramIndexOf(file, g, before);
+        found = p >= 0;
+        if (found)
+            file.UpdateProgramInGroup(g, p, after.Path, after.Parameters, after.Delay);
     });
-    RefreshGroups();
+    if (!written || !found) {
+        Rebuild();
+        // Not written: the fields stay for another try. Changed or removed elsewhere meanwhile:
+        // the tree shows what the file holds now, and there is nothing left to update.
+        if (written) {
+            ClearSelection();
+            Tree.Select(TreeModel::kNone);
+        }
+        return;
+    }
+    Rebuild({{ProgramKey(group, before), ProgramKey(group, after)}});
+    // Edit mode stays on the program as it is now: a second click changes nothing more.
+    SelectedProgram = after;
+    GroupName = group;
+    Path = after.Path;
+    Parameters = after.Parameters;
+    Delay = FormatSingle(after.Delay);
+    AddMode = false;
+    SelectKey(ProgramKey(group, after));
 }
 
 void GroupEditor::AddGroup() {
-    if (!Trim(GroupName).empty() && model_.GetGroupID(GroupName) < 0) {
-        Apply([&](ProgramModel& file) {
-            if (file.GetGroupID(GroupName) < 0)
-                file.AddGroup(GroupName);
-        });
-        RefreshGroups();
+    const std::string name = NormalGroupName(Trim(GroupName));
+    if (model_.NewGroupProblem(name) == GroupNameProblem::None && Apply([&](ProgramModel& file) {
+            if (file.NewGroupProblem(name) != GroupNameProblem::None)
+                throw RefusedChange();
+            file.AddGroup(name);
+        })) {
+        Rebuild();
+        // The new group is the selected one: a name typed next renames it.
+        GroupName = name;
+        SelectedGroupName = name;
+        SelectedProgram.reset();
+        SelectKey(GroupKey(name));
+    } else {
+        Rebuild();
     }
-    UpdateGroupButtons();
+    UpdateButtons();
 }
 
 void GroupEditor::EditGroup() {
-    if (SelectedGroupName != GroupName && !SelectedGroupName.empty()) {
-        const std::string oldName = SelectedGroupName;
-        Apply([&](ProgramModel& file) {
-            (void)file.UpdateGroupName(file.GetGroupID(oldName), GroupName);
+    const std::string oldName = SelectedGroupName, newName = NormalGroupName(Trim(GroupName));
+    const int index = oldName.empty() ? -1 : model_.GetGroupID(oldName);
+    if (index >= 0 && NormalGroupName(oldName) != newName &&
+        model_.RenameProblem(index, newName) == GroupNameProblem::None) {
+        // Checked again on the file as it is now: another Tolvane may have made a group of
+        // that name meanwhile.
+        const bool renamed = Apply([&](ProgramModel& file) {
+            if (!file.UpdateGroupName(file.GetGroupID(oldName), newName))
+                throw RefusedChange();
         });
-        // The tree keeps its nodes: only the group's caption and the list change.
-        for (size_t i = 0; i < Tree.Count(); ++i)
-            if (KindOf(static_cast<int>(i)) == NodeKind::Group &&
-                Tree.Node(static_cast<int>(i)).Text == oldName)
-                Tree.Node(static_cast<int>(i)).Text = GroupName;
-        for (std::string& listed : GroupNames)
-            if (listed == oldName)
-                listed = GroupName;
-        SelectedGroupName = GroupName;
+        Rebuild(renamed ? KeyMoves{{GroupKey(oldName), GroupKey(newName)}} : KeyMoves{});
+        if (renamed)
+            SelectedGroupName = newName;
+        else if (model_.GetGroupID(oldName) < 0)
+            ClearSelection();
     }
-    UpdateGroupButtons();
+    UpdateButtons();
 }
 
 void GroupEditor::Remove() {
-    const int node = Tree.Selected();
-    const NodeKind kind = KindOf(node);
-    if (kind == NodeKind::None || kind == NodeKind::Root)
+    const NodeRecord* selected = RecordOf(Tree.Selected());
+    if (!selected || selected->Kind == NodeKind::Root)
         return;
-    if (const int program = ProgramNodeOf(node); program != TreeModel::kNone) {
-        const std::string groupName = Tree.Node(Tree.Node(program).Parent).Text;
-        const std::string programText = Tree.Node(program).Text;
-        if (groupName == kStartup) {
+    const NodeRecord record = *selected;
+    if (record.Kind != NodeKind::Group) {
+        if (IsStartup(record.Group)) {
             Show(kStartupProgramsStay, "Tolvane", kMbOk | kMbIconInformation);
             return;
         }
         Apply([&](ProgramModel& file) {
-            const int group = file.GetGroupID(groupName);
-            const int index = file.GetProgramID(programText, group);
+            const int group = file.GetGroupID(record.Group);
+            const int index = ProgramIndexOf(file, group, record.Program);
             if (index >= 0) // gone meanwhile: nothing left to remove
                 (void)file.RemoveProgramFromGroup(group, index);
         });
+        // The group stays, and stays named in the box.
+        ClearFields();
+        GroupName = record.Group;
     } else {
-        const std::string& groupName = Tree.Node(node).Text;
-        if (groupName == kStartup) {
+        if (IsStartup(record.Group)) {
             Show(kStartupGroupStays, "Tolvane", kMbOk | kMbIconInformation);
             return;
         }
         if (Show(kConfirmRemove, "Comfirm Group Remove",
                  kMbYesNo | kMbIconQuestion | kMbDefButton2) != kIdYes)
             return;
-        const std::string name = groupName;
         Apply([&](ProgramModel& file) {
-            const int group = file.GetGroupID(name);
-            if (group >= 0)
+            const int group = file.GetGroupID(record.Group);
+            if (group >= 0 && !IsStartup(file.ProgramGroups[group].Name))
                 file.RemoveProgramGroup(group);
         });
+        ClearFields(); // the box no longer names the group that is gone
     }
-    RefreshGroups();
+    Rebuild();
+    Tree.Select(TreeModel::kNone);
     RemoveEnabled = false;
     ClearSelection();
+    UpdateButtons();
 }
 
 void GroupEditor::Browse() {

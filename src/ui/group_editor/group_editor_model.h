@@ -1,12 +1,15 @@
 // The program group editor's rules, without a window: the groups and programs as a tree, the
 // fields the user types into, which buttons can be used, and what each button does to the
-// program-group model. Every change is written to the file at once and the tree is read back
-// from it. The dialog renders this model and hands the user's input back.
+// program-group model. Every change is made on the file as it is now and written at once; the
+// tree is built from the model as written. The dialog renders this model and hands the user's
+// input back.
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "config/program_model.h"
@@ -22,8 +25,8 @@ public:
     // Makes the change on the file as it is now and writes it; the model then holds what was
     // written. Throws when it cannot, leaving the model as the file holds it.
     virtual void Change(const std::function<void(ProgramModel&)>& change) = 0;
-    // Reads the model back from the file, filling the tree with its groups and programs.
-    virtual void LoadItems(TreeModel& tree) = 0;
+    // Reads the model back from the file.
+    virtual void LoadItems() = 0;
     virtual bool FileExists(const std::string& path) = 0;
 };
 
@@ -31,6 +34,11 @@ struct GroupEditorTexts {
     std::vector<std::string> Messages; // the shared message table
     std::string UserItemsFolder;       // both end with a backslash
     std::string AllUsersItemsFolder;
+    // The editor's own captions that label a program's rows in the tree ("&" marks the access
+    // key and is not shown there), and the message line's text when no name is refused.
+    std::string ParametersCaption = "Para&meters";
+    std::string DelayCaption = "&Delay";
+    std::string Explanation;
 };
 
 class GroupEditor {
@@ -38,8 +46,8 @@ public:
     GroupEditor(ProgramModel& model, GroupEditorFiles& files, UserMessages& messages,
                 GroupEditorTexts texts);
 
-    // The groups and programs: root, groups below it, each program's path with its parameters
-    // and its delay below that.
+    // The groups and programs: root, groups below it, each program's path with its labelled
+    // parameters and delay below that. Every node's key leads back to its record.
     TreeModel Tree;
     std::vector<std::string> GroupNames; // the combo box's list
 
@@ -52,21 +60,30 @@ public:
     bool AddGroupEnabled = true;
     bool EditGroupEnabled = false;
     bool RemoveEnabled = false;
+    // The message line: why the typed group name cannot be added or given to the selected
+    // group, or the explanation when nothing is refused.
+    std::string Message;
 
-    // What the last click on the tree selected.
-    std::string SelectedGroupName, SelectedPath, SelectedParameters;
-    float SelectedDelay = 0;
+    // The group that Edit Group renames (clicked, or chosen from the list), and the program
+    // that Update changes, as the file held it when it was clicked.
+    std::string SelectedGroupName;
+    std::optional<GroupProgram> SelectedProgram;
 
-    // Reloads the tree and the group list from the file. False (and a message) when it fails.
+    // The captions as the language file gives them: the rows' labels and the explanation.
+    void SetCaptions(std::string parametersCaption, std::string delayCaption,
+                     std::string explanation);
+
+    // Reads the file again and rebuilds the tree and the group list; open nodes stay open.
+    // False (and a message) when it fails.
     bool RefreshGroups();
 
     // A node of the tree was clicked (or selected by the main window's Properties): its
-    // program's or group's fields are shown. Nodes are told apart by their depth, never by
-    // their names, so a group may be called "Path Tools" or "Delay".
+    // program's or group's fields are shown, from its record, never from its caption.
     void ClickTV(int node);
-    // The program node that a delayed item of the main window stands for: its path as the
-    // item's text, or contained in it (letter case ignored); TreeModel::kNone when none.
-    int FindProgramNode(std::string_view itemText) const;
+    // The node of this program of the "Startup" group: the same command, path, parameters,
+    // value name and delay, so that a program that shares another's path is never taken for
+    // it. TreeModel::kNone when the group holds no such program.
+    int FindProgramNode(const GroupProgram& record) const;
 
     // The group name was typed into (or, clicked, chosen from the list).
     void GroupNameChanged(bool chosenFromList = false);
@@ -85,26 +102,44 @@ public:
 
     // The delay box takes digits, a full stop and Backspace; every other key is dropped.
     static bool DelayKeyAllowed(char key);
+    // A caption as a label: without the "&" that marks its access key ("&&" is one "&").
+    static std::string Label(std::string_view caption);
 
 private:
     enum class NodeKind { None, Root, Group, Program, Parameters, DelayValue };
-    NodeKind KindOf(int node) const;
-    // The program node of a program, parameters or delay node; kNone otherwise.
-    int ProgramNodeOf(int node) const;
+    // What a node of the tree stands for, as the model held it when the tree was built.
+    struct NodeRecord {
+        NodeKind Kind = NodeKind::None;
+        std::string Group;
+        GroupProgram Program;
+    };
+    // Old keys and the keys they have now (a renamed group, a changed program): what was open
+    // or selected under the old key is so under the new one.
+    using KeyMoves = std::vector<std::pair<std::string, std::string>>;
+
+    const NodeRecord* RecordOf(int node) const;
+    void Rebuild(const KeyMoves& moves = {});
+    void SelectKey(const std::string& key);
+    void UpdateButtons();
     void UpdateAddButton();
+    void UpdateMode();
     void UpdateGroupButtons();
     void AddNewProgram();
     void UpdateSelectedProgram();
     void ClearSelection();
+    void ClearFields();
     bool IsListedGroup(std::string_view name) const;
     int Show(size_t message, std::string_view title, unsigned style, std::string_view extra = "");
-    // One change of the editor, made on the file as it is now; told when it fails.
+    // One change of the editor, made on the file as it is now; told when it fails. A change
+    // that the file as it is now refuses writes nothing and returns false quietly: the tree
+    // and the message line show why.
     bool Apply(const std::function<void(ProgramModel&)>& change);
 
     ProgramModel& model_;
     GroupEditorFiles& files_;
     UserMessages& messages_;
     GroupEditorTexts texts_;
+    std::vector<NodeRecord> records_; // by node of Tree
 };
 
 } // namespace tolvane

@@ -132,7 +132,7 @@ int RunInstallerStep(std::string_view arguments) {
         } else if (CDirStruct::OrdinaryFileExists(CDelayLoad(app).FilePath())) {
             InitGlobals(app);
             ProgramGroupStore(app).Load();
-            UpdateRunEntry(app, app.model.StartupType);
+            (void)UpdateRunEntry(app, app.model.StartupType); // logged: nobody to tell
         } // else a first install: nothing kept, nothing to start at log-on
     } catch (const std::exception& e) {
         app.log.WriteLog(std::string("Installer step: ") + e.what(), kLogError);

@@ -67,8 +67,7 @@ bool RefreshData(AppState& app, TreeModel& tree, StartupListing& listing,
         // The file first: the program's own Run value follows the settings and the delayed
         // items the file holds, not whatever this process held before it read them.
         ProgramGroupStore(app).Load(!ownRunEntry);
-        if (ownRunEntry)
-            UpdateRunEntry(app, app.model.StartupType);
+        listing.OwnRunEntryFailed = ownRunEntry && !UpdateRunEntry(app, app.model.StartupType);
         CDirStruct folders;
         folders.ReturnFiles(app.folders.UserStartupFolder, listing.UserStartupFiles);
         folders.ReturnFiles(app.folders.CommonStartupFolder, listing.CommonStartupFiles);

@@ -36,21 +36,17 @@ private:
 } // namespace
 
 bool UpdateRunEntry(AppState& app, int mode) {
-    if (mode == -1) {
-        if (app.model.StartupType > 1)
-            return true;
-        if (app.model.StartupType <= 0)
-            return false;
-        return app.model.AreAllUserDelays() || app.model.AreUserDelays();
-    }
     if (mode < 0 || mode > 3)
-        return false;
+        return true; // no start-up type chosen: nothing to bring in step
     RegistryRunValues values;
+    bool asSet = true;
     for (const RunEntryProblem& problem :
          ApplyRunEntryMode(values, mode, app.folders.RunCommand, app.model.AreAllUserDelays(),
-                           app.model.AreUserDelays()))
+                           app.model.AreUserDelays())) {
         app.log.WriteLog(problem.Text, problem.Level);
-    return false;
+        asSet = asSet && problem.Level != kLogError;
+    }
+    return asSet;
 }
 
 void RemoveOwnRunEntries(AppState& app) {

@@ -8,10 +8,12 @@ class AppState;
 
 inline constexpr const char* kOwnRunValue = "Tolvane";
 
-// Mode -1 asks whether the program is to run at log-on. Modes 0 to 3 bring the values up to
-// date: 0 none, 1 only while items are delayed (the machine's key when one of them belongs to
-// all users), 2 the user's key, 3 the machine's key. An existing value is never rewritten.
-bool UpdateRunEntry(AppState& app, int mode);
+// Brings the values up to date with the mode: 0 none, 1 only while items are delayed (the
+// machine's key when one of them belongs to all users), 2 the user's key, 3 the machine's key;
+// any other mode changes nothing. An existing value is never rewritten. False when Windows will
+// not start the program as the mode asks (a value could not be written or removed, or one of
+// another program stands in the way); every problem is logged.
+[[nodiscard]] bool UpdateRunEntry(AppState& app, int mode);
 
 // Removes the values that start this copy of the program, for its uninstall.
 void RemoveOwnRunEntries(AppState& app);

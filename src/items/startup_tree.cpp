@@ -442,6 +442,8 @@ std::string ItemToolTip(const TreeNode& node, const std::vector<SafeEntry>& safe
             tip += (tip.empty() ? "" : "\r\n") + text;
     };
     line(node.Notice);
+    if (node.Item >= 0 && node.Tag != kPopupTag)
+        line(lines.AllUsers);
     if (node.Cut)
         line(lines.SwitchedOff);
     if (node.Data == kWow32Item)

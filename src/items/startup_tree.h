@@ -107,6 +107,9 @@ struct StartupListing {
 
     // Every item the tree shows, in its order; each leaf's TreeNode::Item is its index here.
     std::vector<StartupItem> Items;
+
+    // The refresh could not bring the program's own Run value in step with the settings.
+    bool OwnRunEntryFailed = false;
 };
 
 // The mark (TreeNode::Data) of an item of the machine's 32-bit Run key, whatever its state.
@@ -150,6 +153,7 @@ std::string SafeListDescription(std::string_view text, const std::vector<SafeEnt
 struct ItemTipLines {
     std::string SwitchedOff;
     std::string Wow32;
+    std::string AllUsers; // an active item of all users: why it cannot be ticked or moved
 };
 // `impact`, the line of the item's last measurement, comes last.
 std::string ItemToolTip(const TreeNode& node, const std::vector<SafeEntry>& safeList,

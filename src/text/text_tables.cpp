@@ -100,6 +100,11 @@ TextTables::TextTables() : Languages(1) {
         "Tools\" and \"My_Tools\" are one name.",
         "A group needs a name. Type the new name of the selected group, or the name of a new "
         "group.",
+        "Starts for every user of this computer: Tolvane lists it, but does not tick or move it",
+        "The list could not be read completely; log.txt in Tolvane's program folder says why.",
+        "Windows will not start Tolvane at log-on as set: its own Run value could not be "
+        "changed. log.txt in Tolvane's program folder says why.",
+        "proggroup.c could not be written:\r\n",
     };
     Toolbar = {
         "Save Changes",

@@ -40,6 +40,12 @@ constexpr int kTreeId = 100;
 // The lines of an item's tip: switched off in Task Manager, listed from the 32-bit Run key.
 constexpr size_t kSwitchedOffLine = 20;
 constexpr size_t kWow32Line = 21;
+// An active item of all users: why it is neither ticked nor moved.
+constexpr size_t kAllUsersLine = 35;
+// The status line: a refresh that failed, the program's own Run value not as set.
+constexpr size_t kNotReadLine = 36, kOwnRunEntryLine = 37;
+// Save could not write the file.
+constexpr size_t kNotWrittenMessage = 38;
 // Messages 22 to 24: the ratings; 25 and 26: a measurement with and without its ready time.
 constexpr size_t kImpactRatingFirst = 22, kImpactFiguresReady = 25, kImpactFigures = 26;
 // The first showing builds the tree once the window is on screen.
@@ -264,7 +270,8 @@ void MainWindow::EnsureContent() {
                 impact = ImpactTipLine(*record, texts);
             }
         return ItemToolTip(tree_.Node(node), app_.SafeList,
-                           {app_.text.Message(kSwitchedOffLine), app_.text.Message(kWow32Line)},
+                           {app_.text.Message(kSwitchedOffLine), app_.text.Message(kWow32Line),
+                            app_.text.Message(kAllUsersLine)},
                            impact);
     };
     CheckForOptions();
@@ -354,9 +361,14 @@ void MainWindow::Refresh(bool keepPlace) {
     }
     // A change made elsewhere is shown, not answered: the program's own Run value and a
     // missing file are left to whoever made it.
-    RefreshData(
+    const bool listed = RefreshData(
         app_, tree_, listing_,
         [this](double value) { progress_->SetValue(static_cast<float>(value)); }, !keepPlace);
+    // What went wrong is told where the user looks, not only in the log.
+    const std::string& status = !listed                      ? app_.text.Message(kNotReadLine)
+                                : listing_.OwnRunEntryFailed ? app_.text.Message(kOwnRunEntryLine)
+                                                             : std::string();
+    SendMessageA(statusBar_, SB_SETTEXTA, 0, reinterpret_cast<LPARAM>(status.c_str()));
     if (keepPlace) {
         for (size_t i = 0; i < tree_.Count(); ++i) {
             TreeNode& node = tree_.Node(static_cast<int>(i));
@@ -416,6 +428,8 @@ void MainWindow::Save() {
         (void)RunCheckedMove(CheckedMove::Save, tree_, passes);
     } catch (const std::exception& e) {
         app_.log.WriteLog(std::string("Menu Save Error: ") + e.what(), kLogError);
+        app_.messages.ShowMessage(app_.text.Message(kNotWrittenMessage) + e.what(), "Tolvane",
+                                  kMbOk | kMbIconExclamation);
     }
     CheckForOptions();
 }
@@ -530,7 +544,7 @@ void MainWindow::EndForGood() {
     tray_.RemoveTrayIcon();
     DestroyWindow(Hwnd());
     if (app_.model.StartupType == 1)
-        UpdateRunEntry(app_, 1);
+        (void)UpdateRunEntry(app_, 1); // its problems are logged: the program is ending
 }
 
 LRESULT MainWindow::HandleMessage(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {

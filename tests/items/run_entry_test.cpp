@@ -35,16 +35,23 @@ protected:
 
 // The order of the steps is tested natively; here the real Run keys and the model's answers.
 TEST_F(RunEntry, TheRunKeysFollowTheModeAndTheDelayedItems) {
-    UpdateRunEntry(app, 2);
+    EXPECT_TRUE(UpdateRunEntry(app, 2));
     EXPECT_EQ(Values(), command + " | -");
-    UpdateRunEntry(app, 3); // moves to the machine's key
+    EXPECT_TRUE(UpdateRunEntry(app, 3)); // moves to the machine's key
     EXPECT_EQ(Values(), "- | " + command);
     Delayed({{"Tool.lnk", "", "Execute"}});
-    UpdateRunEntry(app, 1);
+    EXPECT_TRUE(UpdateRunEntry(app, 1));
     EXPECT_EQ(Values(), command + " | -");
     Delayed({{}});
-    UpdateRunEntry(app, 1);
+    EXPECT_TRUE(UpdateRunEntry(app, 1));
     EXPECT_EQ(Values(), "- | -");
+    EXPECT_TRUE(UpdateRunEntry(app, -1)); // no type chosen: nothing to do
+    // Another program's value of that name stays, and Windows will not start this copy: said.
+    ASSERT_TRUE(reg.SaveSettingString(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue,
+                                      "\"C:\\Windows\\notepad.exe\""));
+    EXPECT_FALSE(UpdateRunEntry(app, 2));
+    EXPECT_EQ(Values(), "\"C:\\Windows\\notepad.exe\" | -");
+    reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue);
 }
 
 } // namespace

@@ -198,10 +198,16 @@ TEST_F(MainWindowTest, SaveHelpLinksSearchAndLanguage) {
 }
 
 // A delayed item's tip ends with its last measurement, read from the impact file at the
-// refresh; an active item that the program never started shows none.
-TEST_F(MainWindowTest, ADelayedItemsTipShowsItsLastMeasurement) {
+// refresh; an active item that the program never started shows none. What keeps an item from
+// starting, or from moving, is said in its tip; what went wrong with the program's own Run
+// value, in the status line.
+TEST_F(MainWindowTest, TipsAndTheStatusLineSayWhatTheUserMustKnow) {
     Shortcut(places.UserFolder, "Other.lnk");
+    Shortcut(places.CommonFolder, "Word.lnk");
+    // Another program's value of the program's own name: Windows will not start Tolvane.
+    RunValue(RegistryRoot::CurrentUser, kOwnRunValue, "C:\\Windows\\notepad.exe");
     SetDefaultModel(app.model);
+    app.model.StartupType = 2;
     app.model.ProgramGroups[0].Programs = {{"Tool.lnk", "", "Execute", 0, ""},
                                            {"Gone.lnk", "", "Execute", 0, ""},
                                            {"cmd.exe", "/c del C:\\x", "ExecuteReg", 0, "Wipe"}};
@@ -234,6 +240,12 @@ TEST_F(MainWindowTest, ADelayedItemsTipShowsItsLastMeasurement) {
               FillIn(app.text.Message(29), {"Gone.lnk"}));
     EXPECT_EQ(tip("DelayedItemsRegistryCurrentUser", "Wipe=cmd.exe /c del C:\\x"),
               FillIn(app.text.Message(27), {"del"}));
+    EXPECT_EQ(tip("AllUsersStartup", "Word.lnk"), app.text.Message(35));
+    char status[512] = {};
+    SendMessageA(FindWindowExA(hwnd, nullptr, "msctls_statusbar32", nullptr), SB_GETTEXTA, 0,
+                 reinterpret_cast<LPARAM>(status));
+    EXPECT_EQ(std::string(status), app.text.Message(37));
+    reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue);
 }
 
 TEST_F(MainWindowTest, MinimumSizeAndCloseRules) {

@@ -30,7 +30,11 @@ OptionsDialog::OptionsDialog(AppState& app)
       model_(app.model, *this, app.messages, app.text.Messages, LocaleDecimalSeparator()) {}
 
 void OptionsDialog::UpdateRunEntry(int startupType) {
-    ::tolvane::UpdateRunEntry(app_, startupType);
+    // The settings are kept all the same; the user learns that Windows will not follow them.
+    constexpr size_t kOwnRunEntryMessage = 37;
+    if (!::tolvane::UpdateRunEntry(app_, startupType))
+        app_.messages.ShowMessage(app_.text.Message(kOwnRunEntryMessage), "Tolvane",
+                                  kMbOk | kMbIconExclamation);
 }
 
 void OptionsDialog::Change(const std::function<void(ProgramModel&)>& change) {

@@ -5,7 +5,6 @@
 #include "text/code_page.h"
 #include "text/language.h"
 #include "text/strings.h"
-#include "models/tree_model.h"
 
 namespace tolvane {
 
@@ -424,10 +423,6 @@ public:
 
     void Run() {
         model_.ProgramGroups.assign(1, ProgramGroup{"", {GroupProgram{}}});
-        if (TreeModel* tree = context_.Tree) {
-            tree->Clear();
-            tree->Add("", "Root", "Program Groups");
-        }
         // An existing file without a single line cannot be a program-group file.
         if (lines_.empty())
             throw ReadFailure{"the file is empty"};
@@ -641,8 +636,6 @@ private:
             groups.push_back(ProgramGroup{"", {GroupProgram{}}});
         ProgramGroup& group = groups.back();
         group.Name = name;
-        if (context_.Tree)
-            AddTreeNode("Root", name, name);
         group.Programs.reserve(group.Programs.size() + LinesBeforeNextGroup());
         while (More()) {
             std::string_view raw = Next();
@@ -703,7 +696,6 @@ private:
 
     void StoreProgram(ProgramGroup& group, ParsedProgram parsed) {
         GroupProgram& program = FreeSlot(group);
-        const int p = static_cast<int>(group.Programs.size()) - 1;
         program.Command = std::move(parsed.Command);
         program.Path = ShortenItemsFolderPath(std::move(parsed.Path));
         if (program.Path.empty() && parsed.RegistryKeyName.empty())
@@ -711,13 +703,6 @@ private:
         program.Parameters = std::move(parsed.Parameters);
         program.Delay = parsed.Delay;
         program.RegistryKeyName = std::move(parsed.RegistryKeyName);
-        if (context_.Tree) {
-            const std::string index = std::to_string(p);
-            const std::string pathKey = group.Name + "ProgramPath" + index;
-            AddTreeNode(group.Name, pathKey, program.Path);
-            AddTreeNode(pathKey, group.Name + "ProgramParameters" + index, program.Parameters);
-            AddTreeNode(pathKey, group.Name + "ProgramDelay" + index, FormatSingle(program.Delay));
-        }
     }
 
     // A shortcut that the program keeps in one of its items folders is stored by its name.
@@ -732,15 +717,6 @@ private:
             return rest;
         }
         return path;
-    }
-
-    void AddTreeNode(const std::string& parentKey, const std::string& key,
-                     const std::string& text) {
-        try {
-            context_.Tree->Add(parentKey, key, text);
-        } catch (const TreeKeyError& e) {
-            throw ReadFailure{e.what()};
-        }
     }
 
     std::vector<std::string_view> lines_; // views into the file's bytes

@@ -13,8 +13,6 @@
 
 namespace tolvane {
 
-class TreeModel;
-
 // Receives the file's bytes in order, a chunk at a time.
 using ProgramGroupSink = std::function<void(std::string_view chunk)>;
 
@@ -32,8 +30,6 @@ struct ProgramGroupReadContext {
     const std::vector<LanguageEntry>* Languages = nullptr;
     // Called with the language code when the file names a known language.
     std::function<void(const std::string& code)> LanguageChosen;
-    // Filled with the groups and their programs while reading, when set.
-    TreeModel* Tree = nullptr;
 };
 
 struct ProgramGroupReadResult {

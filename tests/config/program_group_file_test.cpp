@@ -6,7 +6,6 @@
 #include "text/code_page.h"
 #include "text/language.h"
 #include "text/strings.h"
-#include "models/tree_model.h"
 
 namespace tolvane {
 namespace {
@@ -19,12 +18,11 @@ const std::vector<LanguageEntry> kLanguages = {{"English", "en"}, {"Deutsch", "d
 const std::string kUserItems = "C:\\Tolvane\\Tolvane Items\\Current User\\";
 const std::string kAllItems = "C:\\Tolvane\\Tolvane Items\\All Users\\";
 
-ProgramGroupReadContext Context(TreeModel* tree = nullptr) {
+ProgramGroupReadContext Context() {
     ProgramGroupReadContext c;
     c.UserItemsFolder = kUserItems;
     c.AllUsersItemsFolder = kAllItems;
     c.Languages = &kLanguages;
-    c.Tree = tree;
     return c;
 }
 
@@ -47,14 +45,13 @@ std::string File(std::initializer_list<const char*> lines) {
     return s;
 }
 
-ProgramModel Read(const std::string& bytes, ProgramGroupReadResult* result = nullptr,
-                  TreeModel* tree = nullptr) {
+ProgramModel Read(const std::string& bytes, ProgramGroupReadResult* result = nullptr) {
     ProgramModel m;
     m.DisallowedPrograms = {"kept"};
     m.StoppedPrograms = {"_STPCU_kept.lnk"};
     m.StartupType = 3;
     m.StartupGroupIndex = 42;
-    auto r = ReadProgramGroupFile(bytes, m, Context(tree));
+    auto r = ReadProgramGroupFile(bytes, m, Context());
     if (result)
         *result = r;
     return m;
@@ -322,24 +319,6 @@ TEST(ProgramGroupFile, FailuresEndTheLoadAndKeepWhatWasRead) {
     ProgramGroupReadResult r;
     EXPECT_EQ(GroupNames(Read("", &r)), Lines{""});
     EXPECT_FALSE(r.Ok);
-}
-
-TEST(ProgramGroupFile, BoundTreeShowsGroupsAndProgramsWithUniqueKeys) {
-    TreeModel tree;
-    tree.Add("", "Old", "left over from before");
-    ProgramGroupReadResult r;
-    // The same program twice in a group: each has nodes of its own.
-    const char* program = "     Execute (\"C:\\a.exe\", \"-x\", 2.5, \"\");";
-    Read(File({"void Startup()", "{", program, program, "}", "void My_Tools()", "{", "}"}), &r,
-         &tree);
-    ASSERT_TRUE(r.Ok) << r.Error << " at line " << r.LineNumber;
-    EXPECT_EQ(test::Outline(tree),
-              "Program Groups[Startup[C:\\a.exe[-x, 2.5], C:\\a.exe[-x, 2.5]], My Tools]");
-
-    // Two groups of one name cannot both stand in the tree: the load ends.
-    Read(File({"void Twice()", "{", "}", "void Twice()", "{", "}"}), &r, &tree);
-    EXPECT_FALSE(r.Ok);
-    EXPECT_EQ(r.LineNumber, 4u);
 }
 
 } // namespace

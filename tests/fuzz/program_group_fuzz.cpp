@@ -7,7 +7,6 @@
 
 #include "config/program_group_file.h"
 #include "text/code_page.h"
-#include "models/tree_model.h"
 
 using namespace tolvane;
 
@@ -17,8 +16,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     context.UserItemsFolder = "C:\\T\\Tolvane Items\\Current User\\";
     context.AllUsersItemsFolder = "C:\\T\\Tolvane Items\\All Users\\";
     context.Languages = &languages;
-    TreeModel tree;
-    context.Tree = &tree;
 
     // Half the inputs are read as Shift-JIS, where a byte may be the second of a character.
     SetActiveCodePage(size > 0 && (data[0] & 1) ? 932 : kDefaultCodePage);
@@ -26,7 +23,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     ReadProgramGroupFile(std::string_view(reinterpret_cast<const char*>(data), size), model,
                          context);
 
-    context.Tree = nullptr;
     ProgramModel again;
     ProgramGroupReadResult result =
         ReadProgramGroupFile(FormatProgramGroupFile(model, languages), again, context);

@@ -1,5 +1,6 @@
 #include "cli/item_records.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "cli/cli_args.h"
@@ -18,9 +19,7 @@ std::string JsonText(const std::string& s) {
             out += '\\';
             out += static_cast<char>(c);
         } else if (c < 0x20) {
-            char escaped[8];
-            std::snprintf(escaped, sizeof escaped, "\\u%04x", c);
-            out += escaped;
+            out += "\\u" + HexPadded(c, 4);
         } else {
             out += static_cast<char>(c);
         }
@@ -114,10 +113,12 @@ std::vector<ItemRecord> ItemRecords(const TreeModel& tree, const StartupListing&
 std::string FormatRecordsTable(const std::vector<ItemRecord>& records) {
     std::string out = "STATE    LOCATION        DELAY  NAME\n";
     for (const ItemRecord& r : records) {
-        char head[64];
-        std::snprintf(head, sizeof head, "%-8s %-15s %-6s ", StateWord(r.State),
-                      CliLocationWord(r.Location, r.Wow32), DelayText(r).c_str());
-        out += head + r.Name;
+        auto column = [](std::string text, size_t width) {
+            text.resize(std::max(text.size(), width), ' ');
+            return text + " ";
+        };
+        out += column(StateWord(r.State), 8) + column(CliLocationWord(r.Location, r.Wow32), 15) +
+               column(DelayText(r), 6) + r.Name;
         if (r.SwitchedOff)
             out += "  (switched off in Task Manager)";
         if (r.Missing)

@@ -236,8 +236,8 @@ RegBackup::RegBackup(const AppState& app) {
     const std::string& program = app.folders.ProgramFolder;
     SYSTEMTIME now{};
     GetLocalTime(&now);
-    char date[16];
-    std::snprintf(date, sizeof date, "%04u-%02u-%02u", now.wYear, now.wMonth, now.wDay);
+    const std::string date =
+        ZeroPadded(now.wYear, 4) + "-" + ZeroPadded(now.wMonth, 2) + "-" + ZeroPadded(now.wDay, 2);
     (void)folders.DirectoryExists("Delayed Registry", program, true);
     (void)folders.DirectoryExists(date, program + "\\Delayed Registry", true);
     folder_ = program + "\\Delayed Registry\\" + date;
@@ -265,8 +265,8 @@ void RegBackup::Value(RegistryRoot root, const BackupValue& value) {
     if (!file_) {
         SYSTEMTIME now{};
         GetLocalTime(&now);
-        char time[16];
-        std::snprintf(time, sizeof time, "%02u %02u %02u", now.wHour, now.wMinute, now.wSecond);
+        const std::string time = ZeroPadded(now.wHour, 2) + " " + ZeroPadded(now.wMinute, 2) + " " +
+                                 ZeroPadded(now.wSecond, 2);
         const std::string base = folder_ + "\\" + time;
         // A second backup within the same second, of this process or another, gets a name of
         // its own: every backup is kept.

@@ -25,9 +25,7 @@ std::string HexData(uint32_t type, const std::vector<uint8_t>& data, size_t firs
     std::string out = type == kRegBinary ? "hex:" : "hex(" + std::to_string(type) + "):";
     size_t column = firstLineUsed + out.size();
     for (size_t i = 0; i < data.size(); ++i) {
-        char byte[4];
-        std::snprintf(byte, sizeof byte, "%02x", data[i]);
-        out += byte;
+        out += HexPadded(data[i], 2);
         column += 2;
         if (i + 1 < data.size()) {
             out += ',';
@@ -66,11 +64,9 @@ std::string RegValueLine(const BackupValue& value) {
     if (value.Type == kRegSz)
         return name + "\"" + RegEscape(value.Text) + "\"";
     if (value.Type == kRegDword && value.Data.size() == 4) {
-        char dword[16];
         const uint32_t v = value.Data[0] | value.Data[1] << 8 | value.Data[2] << 16 |
                            static_cast<uint32_t>(value.Data[3]) << 24;
-        std::snprintf(dword, sizeof dword, "dword:%08x", v);
-        return name + dword;
+        return name + "dword:" + HexPadded(v, 8);
     }
     if (value.Type == kRegExpandSz || value.Type == kRegMultiSz) {
         std::u16string text = value.Wide;

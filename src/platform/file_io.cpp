@@ -30,8 +30,11 @@ namespace {
 } // namespace
 
 std::optional<std::string> ReadFileBytes(const std::string& path) {
-    UniqueFile file(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    // Shared for deleting too: a writer may replace the file meanwhile, and this reader keeps
+    // what it opened.
+    UniqueFile file(CreateFileA(path.c_str(), GENERIC_READ,
+                                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file)
         return std::nullopt;
     LARGE_INTEGER size{};
@@ -97,8 +100,19 @@ void AtomicFileWriter::Commit() {
     if (!FlushFileBuffers(file_))
         Fail("Cannot write", temp_);
     CloseHandle(std::exchange(file_, INVALID_HANDLE_VALUE));
-    if (!MoveFileExA(temp_.c_str(), path_.c_str(),
-                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+    // Another process reading the file for a moment (a refresh, tolvanec's list) keeps it from
+    // being replaced: tried again for up to a second before the write counts as failed.
+    bool replaced = false;
+    for (int attempt = 0; attempt < 50 && !replaced; ++attempt) {
+        replaced = MoveFileExA(temp_.c_str(), path_.c_str(),
+                               MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+        const DWORD error = replaced ? 0 : GetLastError();
+        if (!replaced && error != ERROR_SHARING_VIOLATION && error != ERROR_ACCESS_DENIED)
+            break;
+        if (!replaced)
+            Sleep(20);
+    }
+    if (!replaced) {
         DWORD error = GetLastError();
         DeleteFileA(temp_.c_str());
         SetLastError(error);

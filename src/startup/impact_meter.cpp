@@ -21,10 +21,9 @@ constexpr uint64_t kSystemTicksPerMs = 10000;
 std::string LocalTimeText() {
     SYSTEMTIME t{};
     GetLocalTime(&t);
-    char text[32];
-    snprintf(text, sizeof text, "%04u-%02u-%02u %02u:%02u:%02u", t.wYear, t.wMonth, t.wDay, t.wHour,
-             t.wMinute, t.wSecond);
-    return text;
+    return ZeroPadded(t.wYear, 4) + "-" + ZeroPadded(t.wMonth, 2) + "-" + ZeroPadded(t.wDay, 2) +
+           " " + ZeroPadded(t.wHour, 2) + ":" + ZeroPadded(t.wMinute, 2) + ":" +
+           ZeroPadded(t.wSecond, 2);
 }
 
 } // namespace

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
+#include <vector>
 
 namespace tolvane {
 
@@ -102,14 +104,120 @@ std::vector<std::string> Split(std::string_view s, char separator) {
     }
 }
 
+std::string ZeroPadded(unsigned long long value, size_t width) {
+    std::string digits;
+    do {
+        digits.insert(digits.begin(), static_cast<char>('0' + value % 10));
+        value /= 10;
+    } while (value != 0);
+    if (digits.size() < width)
+        digits.insert(0, width - digits.size(), '0');
+    return digits;
+}
+
+std::string HexPadded(unsigned long long value, size_t width) {
+    static const char kHex[] = "0123456789abcdef";
+    std::string digits;
+    do {
+        digits.insert(digits.begin(), kHex[value & 15]);
+        value >>= 4;
+    } while (value != 0);
+    if (digits.size() < width)
+        digits.insert(0, width - digits.size(), '0');
+    return digits;
+}
+
+namespace {
+
+// The exact decimal digits of a single's magnitude (no leading zeros) and the power of ten of
+// the last one: a single is a whole number of 24 bits times a power of two, and that is a whole
+// number of decimal digits times a power of ten, which a small number in base 10^9 works out.
+void ExactDecimal(float value, std::string& digits, int& lastExponent) {
+    uint32_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    const uint32_t biased = (bits >> 23) & 0xFF, fraction = bits & 0x7FFFFF;
+    const uint32_t whole = biased == 0 ? fraction : (fraction | 0x800000);
+    const int exponent = biased == 0 ? -149 : static_cast<int>(biased) - 150;
+    constexpr uint32_t kBase = 1000000000;
+    std::vector<uint32_t> number{whole % kBase, whole / kBase}; // little-endian
+    auto times = [&](uint32_t factor) {
+        uint64_t carry = 0;
+        for (uint32_t& part : number) {
+            const uint64_t x = static_cast<uint64_t>(part) * factor + carry;
+            part = static_cast<uint32_t>(x % kBase);
+            carry = x / kBase;
+        }
+        if (carry != 0)
+            number.push_back(static_cast<uint32_t>(carry));
+    };
+    // whole * 2^exponent; with a negative exponent, whole * 5^-exponent / 10^-exponent.
+    for (int i = 0; i < (exponent < 0 ? -exponent : exponent); ++i)
+        times(exponent < 0 ? 5 : 2);
+    lastExponent = exponent < 0 ? exponent : 0;
+    while (number.size() > 1 && number.back() == 0)
+        number.pop_back();
+    digits = std::to_string(number.back());
+    for (size_t i = number.size() - 1; i-- > 0;)
+        digits += ZeroPadded(number[i], 9);
+}
+
+} // namespace
+
 std::string FormatSingle(float value) {
     if (value == 0)
         return "0"; // also for -0, which would otherwise read "-0"
-    // Seven significant digits always read back to the same single. printf rather than
-    // std::to_chars: the latter's tables for the shortest form are a fifth of the exe.
-    char buf[32];
-    const int n = std::snprintf(buf, sizeof buf, "%.7g", static_cast<double>(value));
-    return std::string(buf, n > 0 ? static_cast<size_t>(n) : 0);
+    if (value != value)
+        return "nan";
+    const std::string sign = value < 0 ? "-" : "";
+    if (value > 3.4028235e38f || value < -3.4028235e38f)
+        return sign + "inf";
+    // Seven significant digits, as printf's "%.7g" writes them: they always read back to the
+    // same single. Worked out here rather than by printf, whose float machinery would come
+    // into the exe with it, or by std::to_chars, whose tables are a fifth of the exe.
+    constexpr size_t kSignificant = 7;
+    std::string digits;
+    int last = 0;
+    ExactDecimal(value, digits, last);
+    if (digits.size() > kSignificant) {
+        // Rounded half to even on the exact value, as printf rounds.
+        const char next = digits[kSignificant];
+        const bool beyond = digits.find_first_not_of('0', kSignificant + 1) != std::string::npos;
+        const bool up =
+            next > '5' || (next == '5' && (beyond || (digits[kSignificant - 1] - '0') % 2));
+        last += static_cast<int>(digits.size() - kSignificant);
+        digits.resize(kSignificant);
+        if (up) {
+            size_t i = kSignificant;
+            while (i > 0 && digits[i - 1] == '9')
+                digits[--i] = '0';
+            if (i == 0) {
+                digits.insert(digits.begin(), '1');
+                digits.pop_back();
+                ++last;
+            } else {
+                ++digits[i - 1];
+            }
+        }
+    }
+    while (digits.size() > 1 && digits.back() == '0') {
+        digits.pop_back();
+        ++last;
+    }
+    const int first = last + static_cast<int>(digits.size()) - 1; // the power of the first digit
+    if (first < -4 || first >= static_cast<int>(kSignificant)) {
+        std::string out = sign + digits.substr(0, 1);
+        if (digits.size() > 1)
+            out += "." + digits.substr(1);
+        out += first < 0 ? "e-" : "e+";
+        return out + ZeroPadded(static_cast<unsigned>(first < 0 ? -first : first), 2);
+    }
+    if (last >= 0)
+        return sign + digits + std::string(static_cast<size_t>(last), '0');
+    const int whole = static_cast<int>(digits.size()) + last; // digits before the point
+    if (whole > 0)
+        return sign + digits.substr(0, static_cast<size_t>(whole)) + "." +
+               digits.substr(static_cast<size_t>(whole));
+    return sign + "0." + std::string(static_cast<size_t>(-whole), '0') + digits;
 }
 
 namespace {

@@ -41,6 +41,9 @@ std::vector<std::string> Split(std::string_view s, char separator);
 // Shortest text of a single-precision number with up to 7 significant digits and "." as the
 // decimal separator: 30 -> "30", 2.5 -> "2.5", 0.5 -> "0.5".
 std::string FormatSingle(float value);
+// A whole number in decimal or lower-case hex digits, with zeros in front up to the width.
+std::string ZeroPadded(unsigned long long value, size_t width = 0);
+std::string HexPadded(unsigned long long value, size_t width = 0);
 
 // A decimal number with "." or "," as the separator (files written under either locale read
 // back), optional sign and exponent, blanks around it allowed. Anything else is no number.

@@ -62,8 +62,17 @@ HTREEITEM TreeViewControl::ItemOf(int node) const {
 }
 
 int TreeViewControl::NodeOf(HTREEITEM item) const {
-    auto it = nodes_.find(item);
-    return it == nodes_.end() ? TreeModel::kNone : it->second;
+    // Each item carries its node's index; an item of an earlier rendering leads nowhere.
+    TVITEMA data{};
+    data.mask = TVIF_PARAM | TVIF_HANDLE;
+    data.hItem = item;
+    if (!item || !SendMessageA(tree_, TVM_GETITEMA, 0, reinterpret_cast<LPARAM>(&data)))
+        return TreeModel::kNone;
+    const LPARAM index = data.lParam;
+    return index >= 0 && static_cast<size_t>(index) < items_.size() &&
+                   items_[static_cast<size_t>(index)] == item
+               ? static_cast<int>(index)
+               : TreeModel::kNone;
 }
 
 HTREEITEM TreeViewControl::Insert(const TreeModel& model, int index) {
@@ -86,7 +95,6 @@ HTREEITEM TreeViewControl::Insert(const TreeModel& model, int index) {
     HTREEITEM handle = reinterpret_cast<HTREEITEM>(
         SendMessageA(tree_, TVM_INSERTITEMA, 0, reinterpret_cast<LPARAM>(&insert)));
     items_[static_cast<size_t>(index)] = handle;
-    nodes_[handle] = index;
     return handle;
 }
 
@@ -106,8 +114,6 @@ void TreeViewControl::Render(const TreeModel& model) {
     SendMessageA(tree, WM_SETREDRAW, FALSE, 0);
     SendMessageA(tree, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
     items_.assign(model.Count(), nullptr);
-    nodes_.clear();
-    nodes_.reserve(model.Count());
     // Parents come before their children in the model's order. A lazy tree leaves the items
     // of a closed node out until it first opens.
     for (size_t i = 0; i < model.Count(); ++i) {

@@ -9,7 +9,6 @@
 #include <functional>
 #include <map>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "platform/handles.h"
@@ -70,7 +69,6 @@ private:
     UniqueImageList images_;
     std::map<std::string, int, std::less<>> imageIndex_;
     std::vector<HTREEITEM> items_;
-    std::unordered_map<HTREEITEM, int> nodes_;
     std::string tipText_;
     bool lazy_ = false;
 };

@@ -383,6 +383,8 @@ TEST_F(RandomMoves, MovesFromTheWindowAndTwoConsolesAtOnceLoseNothing) {
     // Each console move ended with an answer: done, no such item, or refused.
     EXPECT_EQ(doneA + doneB, 2 * kConsoleMoves);
     ExpectEachItemInOnePlace("after the moves at once", {});
+    if (HasFailure())
+        std::printf("log.txt:\n%s\n", test::ReadFileBytes(folder / "log.txt").c_str());
     PutEverythingBack();
 }
 

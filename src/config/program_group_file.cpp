@@ -359,9 +359,17 @@ std::optional<ParsedProgram> ParseWrittenFields(std::string_view body) {
             continue;
         std::string_view left = inner.substr(0, q);
         std::string_view name = inner.substr(i + 1);
-        // Path and parameters part at the first `", "`: a path holds no quote but around it (an
-        // empty one, of a Run value whose command is empty, closes at once).
-        for (size_t p = left.find('"'); p != std::string_view::npos; p = left.find('"', p + 1)) {
+        // A Run value whose command is empty: no path and no parameters, as the writer writes
+        // them. Any other path is never empty.
+        if (left == "\", \"") {
+            ParsedProgram parsed;
+            parsed.Delay = *delay;
+            parsed.RegistryKeyName = Trim(name);
+            return parsed;
+        }
+        // Path and parameters part at the first `", "` after the path's first character: a
+        // path holds no quote but around it.
+        for (size_t p = left.find('"', 1); p != std::string_view::npos; p = left.find('"', p + 1)) {
             size_t paramsStart = QuoteCommaQuote(left, p);
             if (paramsStart == std::string_view::npos)
                 continue;

@@ -114,6 +114,10 @@ TEST(ProgramGroupFile, WhatIsWrittenReadsBackAndWritesTheSameBytes) {
         {"C:\\ProgramData\\{4F1A}\\setup.exe", "--url=https://example.com/a?b=1", "ExecuteRegAU", 4,
          "Vendor (x86), Updater"},
         {"C:\\last.exe", "", "ExecuteReg", 20, "Last"}, // after the braces: still in its group
+        // A Run value whose command is empty is kept by its name; a quoted path of a comma is
+        // no empty path.
+        {"", "", "ExecuteReg", 21, "Empty"},
+        {"\",\"", "a\"\" -b", "ExecuteRegAU", 22, "Comma"},
     };
     m.ProgramGroups.push_back({"My_Tools", {{"C:\\Tools\\Clock.exe", "-min", "Execute", 5, ""}}});
 

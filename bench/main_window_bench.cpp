@@ -18,6 +18,7 @@
 #include <string>
 #include <vector>
 
+#include "config/app_state.h"
 #include "config/delay_load.h"
 #include "config/language_files.h"
 #include "config/program_group_file.h"
@@ -133,14 +134,16 @@ double DelayPass(int n) {
     AppState app(folder.Path(), quiet);
     app.folders.UserStartupFolder = places.UserFolder;
     app.folders.CommonStartupFolder = places.CommonFolder;
-    CDelayLoad(app).LoadItems();
+    app.Store().File().LoadItems();
     app.model.StartupType = 0;
     TreeModel tree;
     StartupListing listing;
-    RefreshData(app, tree, listing);
+    (void)RefreshData(app.Store(), app.text, app.SafeList, app.log, tree, listing);
     for (int child : tree.Node(tree.Find("CurrentUserRegistry")).Children)
         tree.Node(child).Checked = true;
-    ItemMovePasses passes(app, tree, listing, nullptr, [&] { RefreshData(app, tree, listing); });
+    ItemMovePasses passes(
+        ItemMoves({app.Store(), app.text, app.messages, app.log}, nullptr), tree, listing,
+        [&] { (void)RefreshData(app.Store(), app.text, app.SafeList, app.log, tree, listing); });
     const auto t0 = Clock::now();
     RunCheckedMove(CheckedMove::Delay, tree, passes);
     const double ms = Ms(t0);
@@ -175,7 +178,7 @@ void OpenEditor() {
     test::MakeFolder(folder / WindowsUserName());
     test::WriteFileBytes(folder / (WindowsUserName() + "\\proggroup.c"),
                          FormatProgramGroupFile(model, app.text.Languages));
-    CDelayLoad(app).LoadItems();
+    app.Store().File().LoadItems();
 
     double editor = 1e300, bare = 1e300;
     for (int round = 0; round < 5; ++round) {
@@ -271,10 +274,10 @@ void OpenDialogs(const std::string& bin) {
     test::CopyTree(bin + "\\lang", folder / "lang");
     Quiet quiet;
     AppState app(folder.Path(), quiet);
-    LoadLanguageList(app);
-    LoadLanguageFiles(app);
+    LoadLanguageList(app.folders.ProgramFolder, app.text);
+    LoadLanguageFiles(app.folders.ProgramFolder, app.model.Language, app.text);
     test::MakeFolder(folder / WindowsUserName());
-    CDelayLoad(app).LoadItems();
+    app.Store().File().LoadItems();
     const double options = OpenClose<OptionsDialog>(app), tip = OpenClose<TipDialog>(app);
     const double bareOptions = OpenBare(OptionsDialog::kTemplateId),
                  bareTip = OpenBare(TipDialog::kTemplateId);

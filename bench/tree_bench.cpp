@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <string>
 
+#include "config/app_state.h"
 #include "config/delay_load.h"
 #include "items/startup_approved.h"
 #include "items/refresh.h"
@@ -110,7 +111,7 @@ Refreshes BestRefresh(AppState& app, size_t nodes) {
     Sleep(2500);
     for (int run = 0; run < 7; ++run) {
         const auto t0 = Clock::now();
-        RefreshData(app, tree, listing);
+        (void)RefreshData(app.Store(), app.text, app.SafeList, app.log, tree, listing);
         const double ms = std::chrono::duration<double, std::milli>(Clock::now() - t0).count();
         if (run == 0)
             r.First = ms;
@@ -133,7 +134,7 @@ int main() {
     AppState app(programFolder, quiet);
     app.folders.UserStartupFolder = ShellFolderPath(CSIDL_STARTUP);
     app.folders.CommonStartupFolder = ShellFolderPath(CSIDL_COMMON_STARTUP);
-    CDelayLoad(app).LoadItems();
+    app.Store().File().LoadItems();
 
     WNDCLASSA wc{};
     wc.lpfnWndProc = DefWindowProcA;
@@ -153,7 +154,7 @@ int main() {
         StartupListing listing;
         for (int run = 0; run < 5; ++run) {
             const auto t0 = Clock::now();
-            RefreshData(app, tree, listing);
+            (void)RefreshData(app.Store(), app.text, app.SafeList, app.log, tree, listing);
             view.Render(tree);
             UpdateWindow(view.Hwnd());
             best[size] = std::min(

@@ -30,8 +30,8 @@ namespace tolvane {
 void InitGlobals(AppState& app) {
     if (app.model.Language.empty())
         app.model.Language = "en";
-    LoadLanguageList(app);
-    LoadLanguageFiles(app);
+    LoadLanguageList(app.folders.ProgramFolder, app.text);
+    LoadLanguageFiles(app.folders.ProgramFolder, app.model.Language, app.text);
     LoadOnlineList(app);
     LoadSafePrograms(app);
 }
@@ -128,11 +128,12 @@ int RunInstallerStep(std::string_view arguments) {
     try {
         if (ArgumentsAskForUninstall(arguments)) {
             EndRunningCopies();
-            RemoveOwnRunEntries(app);
-        } else if (CDirStruct::OrdinaryFileExists(CDelayLoad(app).FilePath())) {
+            RemoveOwnRunEntries(app.folders.RunCommand, app.log);
+        } else if (CDirStruct::OrdinaryFileExists(app.Store().File().FilePath())) {
             InitGlobals(app);
-            ProgramGroupStore(app).Load();
-            (void)UpdateRunEntry(app, app.model.StartupType); // logged: nobody to tell
+            app.Store().Load();
+            (void)UpdateRunEntry(app.model.StartupType, app.folders.RunCommand, app.model,
+                                 app.log); // logged: nobody to tell
         } // else a first install: nothing kept, nothing to start at log-on
     } catch (const std::exception& e) {
         app.log.WriteLog(std::string("Installer step: ") + e.what(), kLogError);
@@ -154,7 +155,7 @@ int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& mes
             return RunInstallerStep(arguments);
         app = std::make_unique<AppState>(RunningProgramFolder(), messages);
         InitGlobals(*app);
-        ProgramGroupStore(*app).Load();
+        app->Store().Load();
 
         instanceMutex.reset(CreateMutexA(nullptr, FALSE, InstanceMutexName().c_str()));
         if (GetLastError() == ERROR_ALREADY_EXISTS) {
@@ -172,11 +173,11 @@ int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& mes
 
         app->ShowGui = !ArgumentsAskForLogOnMode(arguments);
         if (app->ShowGui)
-            EnsureStartupFolders(*app);
+            EnsureStartupFolders(app->folders);
         if (!app->ShowGui && app->model.StartupType <= 0)
             return 0; // a log-on start with start-up turned off does nothing
 
-        meter = std::make_unique<ImpactMeter>(CDelayLoad(*app).ImpactFilePath(), &app->log);
+        meter = std::make_unique<ImpactMeter>(app->Store().File().ImpactFilePath(), &app->log);
         app->watcher = meter.get();
         window = std::make_unique<MainWindow>(*app, instance);
         if (!app->ShowGui) {

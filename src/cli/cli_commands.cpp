@@ -16,6 +16,7 @@
 #include "platform/registry.h"
 #include "items/item_moves.h"
 #include "items/refresh.h"
+#include "items/run_entry.h"
 #include "items/startup_folders.h"
 #include "platform/processes.h"
 #include "startup/delayed_run.h"
@@ -71,7 +72,7 @@ std::string Joined(const std::vector<std::string>& lines, size_t from) {
 
 // A delayed item's own delay, set after its move, on the file as it is now.
 void SetDelay(AppState& app, const ImpactKey& item, float delay) {
-    ProgramGroupStore(app).Change([&](ProgramModel& model) {
+    app.Store().Change([&](ProgramModel& model) {
         ProgramGroup* startup = model.StartupGroup();
         if (!startup)
             return;
@@ -96,15 +97,19 @@ int ConsoleMessages::ShowMessage(std::string_view text, std::string_view, unsign
 
 int RunCliRequest(AppState& app, ConsoleMessages& messages, const CliRequest& request,
                   std::string& out, std::string& err) {
-    EnsureStartupFolders(app);
+    EnsureStartupFolders(app.folders);
     TreeModel tree;
     StartupListing listing;
     // A list changes nothing; a move brings the program's own Run value up to date, as the
     // window does around each move.
-    if (!RefreshData(app, tree, listing, {}, request.Verb != CliVerb::List)) {
+    const bool look = request.Verb == CliVerb::List;
+    if (!RefreshData(app.Store(), app.text, app.SafeList, app.log, tree, listing, {}, look)) {
         err = "The startup items could not be read; log.txt says why.\n";
         return kCliRefused;
     }
+    if (!look)
+        (void)UpdateRunEntry(app.model.StartupType, app.folders.RunCommand, app.model,
+                             app.log); // logged: the move goes on all the same
     if (request.Verb == CliVerb::RunStartup) {
         RunGroupNow(app, app.model.StartupGroupIndex, MessageLoopClock(),
                     [&](const std::string& path, const std::string& parameters,
@@ -162,7 +167,7 @@ int RunCliRequest(AppState& app, ConsoleMessages& messages, const CliRequest& re
     const StartupItem listed = listing.Items.at(static_cast<size_t>(item.Item));
     bool ok = true;
     if (item.State != to || (to == ItemState::Active && item.SwitchedOff))
-        ok = ItemMoves(app, nullptr).Move(listed, to);
+        ok = ItemMoves({app.Store(), app.text, app.messages, app.log}, nullptr).Move(listed, to);
     if (!ok || messages.Shown.size() > shownBefore) {
         err = Joined(messages.Shown, shownBefore);
         if (err.empty())
@@ -178,7 +183,8 @@ int RunCliRequest(AppState& app, ConsoleMessages& messages, const CliRequest& re
             return kCliRefused;
         }
     }
-    (void)RefreshData(app, tree, listing);
+    if (RefreshData(app.Store(), app.text, app.SafeList, app.log, tree, listing))
+        (void)UpdateRunEntry(app.model.StartupType, app.folders.RunCommand, app.model, app.log);
     return kCliDone;
 }
 

@@ -1,6 +1,6 @@
-// The one place that holds what the whole process shares: the program-group model, the
-// folders, the wait flags, the text tables and the lists read at start. The program makes one
-// AppState in its entry and hands it down; tests make their own, with their own program folder.
+// What the whole process shares: the program-group model, the folders, the wait flags, the text
+// tables and the lists read at start. The program makes one AppState in its entry and hands each
+// part to what uses it; tests make their own, with their own program folder.
 #pragma once
 
 #include <cstdint>
@@ -8,22 +8,16 @@
 #include <string>
 #include <vector>
 
+#include "config/app_folders.h"
 #include "config/impact_file.h"
+#include "config/program_group_store.h"
 #include "config/program_model.h"
+#include "config/safe_list.h"
 #include "platform/event_log.h"
 #include "text/text_tables.h"
 #include "models/user_messages.h"
 
 namespace tolvane {
-
-struct AppFolders {
-    std::string ProgramFolder;       // the exe's folder, no trailing backslash
-    std::string RunCommand;          // "\"<folder>\Tolvane.exe\" -nogui"
-    std::string UserStartupFolder;   // no trailing backslash; "" when the shell has none
-    std::string CommonStartupFolder; // no trailing backslash
-    std::string UserItemsFolder;     // ends with a backslash
-    std::string AllUsersItemsFolder; // ends with a backslash
-};
 
 struct WaitFlags {
     bool WaitActive = false;    // a timed wait is running
@@ -43,11 +37,6 @@ struct StartLog {
 
 // What tells two delayed programs apart for the start log: where each came from and its command.
 std::string DelayedProgramId(const GroupProgram& program);
-
-struct SafeEntry {
-    std::string Name;
-    std::string Description;
-};
 
 // Watches the programs that the log-on run and the tray start, and keeps what each cost the
 // machine in its first half minute.
@@ -83,10 +72,9 @@ public:
     EventLog log; // "log.txt" in the program folder
     UserMessages& messages;
     StartWatcher* watcher = nullptr; // none: nothing is measured
-};
 
-// The folders that follow from the program folder alone. They are known before the model is
-// first read, so the reader can shorten items-folder paths from the very first load.
-AppFolders FoldersForProgramFolder(std::string programFolder);
+    // The program-group file and the model it fills, for whatever changes or reads it.
+    ProgramGroupStore Store() { return ProgramGroupStore(model, folders, text, messages); }
+};
 
 } // namespace tolvane

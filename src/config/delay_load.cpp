@@ -22,10 +22,12 @@ std::string WindowsUserName() {
     return std::string(buffer, strnlen(buffer, sizeof buffer));
 }
 
-CDelayLoad::CDelayLoad(AppState& app) : app_(app) {
+CDelayLoad::CDelayLoad(ProgramModel& model, const AppFolders& folders, TextTables& text,
+                       UserMessages& messages)
+    : model_(model), folders_(folders), text_(text), messages_(messages) {
     const std::string user = WindowsUserName();
-    CDirStruct().DirectoryExists(user, app_.folders.ProgramFolder, true);
-    filePath_ = app_.folders.ProgramFolder + "\\" + user + "\\proggroup.c";
+    CDirStruct().DirectoryExists(user, folders_.ProgramFolder, true);
+    filePath_ = folders_.ProgramFolder + "\\" + user + "\\proggroup.c";
 }
 
 std::string CDelayLoad::ImpactFilePath() const {
@@ -39,7 +41,7 @@ StoppedCommand::Start StoppedCommand::ToStart() const {
 }
 
 bool CDelayLoad::GetStoppedInfo(std::string_view entry, StoppedCommand& command) {
-    const auto& stopped = app_.model.StoppedPrograms;
+    const auto& stopped = model_.StoppedPrograms;
     for (size_t i = 0; i < stopped.size(); ++i)
         if (stopped[i] == entry)
             return StoppedInfoOf(static_cast<int>(i), command);
@@ -47,28 +49,28 @@ bool CDelayLoad::GetStoppedInfo(std::string_view entry, StoppedCommand& command)
 }
 
 bool CDelayLoad::GetStoppedInfo(int index, StoppedCommand& command) {
-    const auto& stopped = app_.model.StoppedPrograms;
+    const auto& stopped = model_.StoppedPrograms;
     if (index < 0 || static_cast<size_t>(index) >= stopped.size())
         return false;
     return StoppedInfoOf(index, command);
 }
 
 bool CDelayLoad::StoppedInfoOf(int index, StoppedCommand& command) {
-    const std::string& entry = app_.model.StoppedPrograms[static_cast<size_t>(index)];
+    const std::string& entry = model_.StoppedPrograms[static_cast<size_t>(index)];
     std::string_view prefix = std::string_view(entry).substr(0, kPrefixLength);
     std::string name = entry.size() > kPrefixLength ? entry.substr(kPrefixLength) : std::string();
     if (prefix == LocationPrefix(kUserStartup)) {
-        command.Program = app_.folders.UserItemsFolder + name;
+        command.Program = folders_.UserItemsFolder + name;
         return true;
     }
     if (prefix == LocationPrefix(kCommonStartup)) {
-        command.Program = app_.folders.AllUsersItemsFolder + name;
+        command.Program = folders_.AllUsersItemsFolder + name;
         return true;
     }
     if (prefix == LocationPrefix(kMachineRun) || prefix == LocationPrefix(kUserRun)) {
         const int location = prefix == LocationPrefix(kMachineRun) ? kMachineRun : kUserRun;
         const SavedCopies saved = ReadSavedCopies(location);
-        const int i = SavedCopyOfStopped(app_.model, index, saved.Copies);
+        const int i = SavedCopyOfStopped(model_, index, saved.Copies);
         // The saved copy holds the command exactly; an entry that names its value holds it too,
         // without its quotes, should the copy be gone.
         std::string data;
@@ -150,13 +152,13 @@ std::vector<bool> DelayedCopiesExpandable(const ProgramModel& model) {
 
 void CDelayLoad::WriteItems() {
     AtomicFileWriter file(filePath_);
-    WriteProgramGroupFile(app_.model, app_.text.Languages,
+    WriteProgramGroupFile(model_, text_.Languages,
                           [&](std::string_view chunk) { file.Write(chunk); });
     file.Commit();
 }
 
 void CDelayLoad::LoadItems(bool writeMissing) {
-    ProgramModel& model = app_.model;
+    ProgramModel& model = model_;
     if (!IsFile(filePath_)) {
         SetDefaultModel(model);
         try {
@@ -164,8 +166,7 @@ void CDelayLoad::LoadItems(bool writeMissing) {
                 WriteItems();
         } catch (const FileError&) {
             // The folder cannot be written: the model of a first start holds all the same.
-            app_.messages.ShowMessage(app_.text.Message(13), "Tolvane - Error",
-                                      kMbOk | kMbIconInformation);
+            messages_.ShowMessage(text_.Message(13), "Tolvane - Error", kMbOk | kMbIconInformation);
         }
         model.SortArray();
         model.StartupGroupIndex = model.GetGroupID(kStartupGroup);
@@ -174,16 +175,18 @@ void CDelayLoad::LoadItems(bool writeMissing) {
     ProgramGroupReadResult result{false, "the file cannot be read"};
     if (auto bytes = ReadFileBytes(filePath_)) {
         ProgramGroupReadContext context;
-        context.UserItemsFolder = app_.folders.UserItemsFolder;
-        context.AllUsersItemsFolder = app_.folders.AllUsersItemsFolder;
-        context.Languages = &app_.text.Languages;
-        context.LanguageChosen = [this](const std::string&) { LoadLanguageFiles(app_); };
+        context.UserItemsFolder = folders_.UserItemsFolder;
+        context.AllUsersItemsFolder = folders_.AllUsersItemsFolder;
+        context.Languages = &text_.Languages;
+        context.LanguageChosen = [this](const std::string& code) {
+            LoadLanguageFiles(folders_.ProgramFolder, code, text_);
+        };
         result = ReadProgramGroupFile(*bytes, model, context);
     }
     if (result.Ok)
         return;
     CopyFileA(filePath_.c_str(), UnreadableCopyPath().c_str(), FALSE);
-    app_.messages.ShowMessage(app_.text.Message(13), "Tolvane - Error", kMbOk | kMbIconInformation);
+    messages_.ShowMessage(text_.Message(13), "Tolvane - Error", kMbOk | kMbIconInformation);
 }
 
 } // namespace tolvane

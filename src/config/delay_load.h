@@ -1,14 +1,17 @@
 // CDelayLoad: the program-group model's file and the lookups that need the platform. The model
-// itself is the process-wide one in AppState; an object holds only its file path.
+// itself is the process-wide one; an object holds only its file path.
 #pragma once
 
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "config/app_state.h"
+#include "config/app_folders.h"
+#include "config/program_model.h"
 #include "config/run_data.h"
 #include "platform/registry.h"
+#include "text/text_tables.h"
+#include "models/user_messages.h"
 
 namespace tolvane {
 
@@ -32,10 +35,12 @@ inline constexpr const char* kSavedMachineRunKey = "Software\\Hexmoor\\Tolvane\\
 class CDelayLoad {
 public:
     // Makes sure the folder named after the Windows user exists in the program folder: the
-    // file is per user.
-    explicit CDelayLoad(AppState& app);
+    // file is per user. The model is read into and written from; the items folders shorten its
+    // paths; a language the file names loads its texts; a file that cannot be read is told.
+    CDelayLoad(ProgramModel& model, const AppFolders& folders, TextTables& text,
+               UserMessages& messages);
 
-    ProgramModel& Model() { return app_.model; }
+    ProgramModel& Model() { return model_; }
     const std::string& FilePath() const { return filePath_; }
 
     // The command that starts a stopped item, given its whole entry (prefix and name) or its
@@ -61,7 +66,10 @@ public:
 private:
     bool StoppedInfoOf(int index, StoppedCommand& command);
 
-    AppState& app_;
+    ProgramModel& model_;
+    const AppFolders& folders_;
+    TextTables& text_;
+    UserMessages& messages_;
     std::string filePath_;
 };
 

@@ -21,14 +21,14 @@ bool IsBareName(std::string_view path) {
 
 } // namespace
 
-std::string ItemsFolderLookup(const AppState& app, const std::string& path,
+std::string ItemsFolderLookup(const AppFolders& folders, const std::string& path,
                               std::string_view command) {
     // A file taken out of a Startup folder is kept by its bare name: whatever its kind, it
     // must be found again, or a delayed item would never start and nobody would be told.
     if (!IsBareName(path))
         return path;
-    const std::string* own = &app.folders.UserItemsFolder;
-    const std::string* other = &app.folders.AllUsersItemsFolder;
+    const std::string* own = &folders.UserItemsFolder;
+    const std::string* other = &folders.AllUsersItemsFolder;
     if (command == kExecuteAU || command == kExecuteRegAU)
         std::swap(own, other);
     for (const std::string* folder : {own, other}) {
@@ -43,7 +43,7 @@ std::string ItemsFolderLookup(const AppState& app, const std::string& path,
 
 namespace {
 
-std::optional<ProgramStart> Resolve(const AppState& app, const GroupProgram& program,
+std::optional<ProgramStart> Resolve(const AppFolders& folders, const GroupProgram& program,
                                     bool expandable) {
     const CommandLineSystem& system = SystemCommandLine();
     if (program.Command == kExecuteReg || program.Command == kExecuteRegAU) {
@@ -55,8 +55,9 @@ std::optional<ProgramStart> Resolve(const AppState& app, const GroupProgram& pro
         return ProgramStart{ExpandEnvironment(command.Path), ExpandEnvironment(command.Parameters)};
     }
     // Quotes around a path are no part of the file's name.
-    ProgramStart start{ItemsFolderLookup(app, Trim(RemoveAll(program.Path, '"')), program.Command),
-                       program.Parameters};
+    ProgramStart start{
+        ItemsFolderLookup(folders, Trim(RemoveAll(program.Path, '"')), program.Command),
+        program.Parameters};
     // A bare name counts as there when Windows finds the program by that name.
     if (start.Path.empty() || !ProgramFound(start.Path, false, system))
         return std::nullopt;
@@ -65,26 +66,27 @@ std::optional<ProgramStart> Resolve(const AppState& app, const GroupProgram& pro
 
 } // namespace
 
-std::optional<ProgramStart> ResolveDelayedProgram(const AppState& app,
+std::optional<ProgramStart> ResolveDelayedProgram(const AppFolders& folders,
                                                   const GroupProgram& program) {
-    return Resolve(app, program, SavedCopyIsExpandable(program));
+    return Resolve(folders, program, SavedCopyIsExpandable(program));
 }
 
-std::vector<std::string> WhyNotStarted(const AppState& app) {
+std::vector<std::string> WhyNotStarted(const ProgramModel& model, const AppFolders& folders,
+                                       const TextTables& text) {
     std::vector<std::string> why;
-    const ProgramGroup* group = app.model.StartupGroup();
+    const ProgramGroup* group = model.StartupGroup();
     if (!group)
         return why;
-    const std::vector<bool> expandable = DelayedCopiesExpandable(app.model);
+    const std::vector<bool> expandable = DelayedCopiesExpandable(model);
     for (size_t i = 0; i < group->Programs.size(); ++i) {
         const GroupProgram& program = group->Programs[i];
         std::string line;
         if (!Trim(program.Path).empty()) {
-            const std::string word = app.model.BlockingWord(program.Path, program.Parameters);
+            const std::string word = model.BlockingWord(program.Path, program.Parameters);
             if (!word.empty())
-                line = FillIn(app.text.Message(kNotStartedLine), {word});
-            else if (!Resolve(app, program, expandable[i]))
-                line = FillIn(app.text.Message(kNotFoundLine), {Trim(program.Path)});
+                line = FillIn(text.Message(kNotStartedLine), {word});
+            else if (!Resolve(folders, program, expandable[i]))
+                line = FillIn(text.Message(kNotFoundLine), {Trim(program.Path)});
         }
         why.push_back(std::move(line));
     }

@@ -7,7 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "config/app_state.h"
+#include "config/app_folders.h"
+#include "config/program_model.h"
+#include "text/text_tables.h"
 
 namespace tolvane {
 
@@ -15,7 +17,7 @@ namespace tolvane {
 // those of the command's own location first, whatever the kind of file and the letter case of
 // its name; then where it stands. A shortcut found nowhere gives "": it cannot start. Anything
 // else comes back unchanged, and the shell finds it as it would any command.
-std::string ItemsFolderLookup(const AppState& app, const std::string& path,
+std::string ItemsFolderLookup(const AppFolders& folders, const std::string& path,
                               std::string_view command);
 
 // How a delayed program starts: its file found in the items folders, or for a Run value its
@@ -26,11 +28,13 @@ struct ProgramStart {
     std::string Path;
     std::string Parameters;
 };
-std::optional<ProgramStart> ResolveDelayedProgram(const AppState& app, const GroupProgram& program);
+std::optional<ProgramStart> ResolveDelayedProgram(const AppFolders& folders,
+                                                  const GroupProgram& program);
 
 // Why the log-on run will not start each program of the Startup group, in its order: the tip
 // line of its item, from the language's texts (the disallowed word that blocks it, or its file
 // that is not there); "" for one that will start.
-std::vector<std::string> WhyNotStarted(const AppState& app);
+std::vector<std::string> WhyNotStarted(const ProgramModel& model, const AppFolders& folders,
+                                       const TextTables& text);
 
 } // namespace tolvane

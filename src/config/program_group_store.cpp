@@ -1,6 +1,5 @@
 #include "config/program_group_store.h"
 
-#include "config/delay_load.h"
 #include "platform/file_io.h"
 #include "platform/path_rules.h"
 #include "platform/threads.h"
@@ -24,14 +23,8 @@ struct UnderWay {
 
 } // namespace
 
-ProgramGroupStore::ProgramGroupStore(AppState& app) : app_(app) {}
-
 std::string ProgramGroupStore::LockName(const std::string& filePath) {
     return "Local\\Tolvane-groups-" + PathHashText(filePath);
-}
-
-std::string ProgramGroupStore::FilePath(AppState& app) {
-    return CDelayLoad(app).FilePath();
 }
 
 bool ProgramGroupStore::Changing() {
@@ -39,7 +32,7 @@ bool ProgramGroupStore::Changing() {
 }
 
 void ProgramGroupStore::Load(bool look) {
-    CDelayLoad file(app_);
+    CDelayLoad file = File();
     if (look || IsFile(file.FilePath())) {
         // Whole files only ever replace it, so a read needs no lock.
         file.LoadItems(!look);
@@ -51,14 +44,14 @@ void ProgramGroupStore::Load(bool look) {
 
 void ProgramGroupStore::Change(const std::function<void(ProgramModel&)>& change) {
     const UnderWay underWay;
-    CDelayLoad file(app_);
+    CDelayLoad file = File();
     const SharedLock lock(LockName(file.FilePath()), kLockWaitMs);
     if (!lock.Held())
         throw StoreBusy("another Tolvane is changing " + file.FilePath() +
                         " and did not finish; nothing was changed. Try again in a moment.");
     file.LoadItems();
     try {
-        change(app_.model);
+        change(model_);
         file.WriteItems();
     } catch (...) {
         file.LoadItems(); // the model as the file still holds it

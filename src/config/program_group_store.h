@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "config/app_state.h"
+#include "config/delay_load.h"
 
 namespace tolvane {
 
@@ -20,7 +20,17 @@ public:
 
 class ProgramGroupStore {
 public:
-    explicit ProgramGroupStore(AppState& app);
+    // The model that every change is made on and that holds the file as last read or written;
+    // the folders the file lies in; the texts a language named in the file loads; where a
+    // file that cannot be read is told.
+    ProgramGroupStore(ProgramModel& model, const AppFolders& folders, TextTables& text,
+                      UserMessages& messages)
+        : model_(model), folders_(folders), text_(text), messages_(messages) {}
+
+    ProgramModel& Model() const { return model_; }
+    const AppFolders& Folders() const { return folders_; }
+    // The file itself, for a look that needs no lock (its path, a stopped item's command).
+    CDelayLoad File() const { return CDelayLoad(model_, folders_, text_, messages_); }
 
     // Reads the file into the model. A missing file is the model of a first start, written
     // under the lock unless this is only a look.
@@ -37,11 +47,12 @@ public:
 
     // The name of the lock of a program-group file, the same in every process.
     static std::string LockName(const std::string& filePath);
-    // The file of the Windows user, in the folder named after the user.
-    static std::string FilePath(AppState& app);
 
 private:
-    AppState& app_;
+    ProgramModel& model_;
+    const AppFolders& folders_;
+    TextTables& text_;
+    UserMessages& messages_;
 };
 
 } // namespace tolvane

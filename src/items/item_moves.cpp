@@ -13,7 +13,7 @@
 #include "items/startup_approved.h"
 #include "platform/dir_struct.h"
 #include "platform/file_functions.h"
-#include "config/app_state.h"
+#include "config/program_group_store.h"
 #include "text/placeholders.h"
 #include "platform/path_rules.h"
 #include "text/strings.h"
@@ -94,12 +94,11 @@ struct PassEnds {};
 // What the moves share: the folders, the model and its file, and how a move ends.
 class Mover {
 public:
-    Mover(AppState& app, HWND owner, const FileMover& mover)
-        : app_(app), owner_(owner), mover_(mover) {}
+    Mover(ItemMoves::Needs needs, HWND owner, const FileMover& mover)
+        : needs_(needs), owner_(owner), mover_(mover) {}
 
-    ProgramModel& Model() { return app_.model; }
-    const AppFolders& Folders() const { return app_.folders; }
-    AppState& App() { return app_; }
+    ProgramModel& Model() const { return needs_.Store.Model(); }
+    const AppFolders& Folders() const { return needs_.Store.Folders(); }
 
     std::string StartupPath(bool user, std::string_view name) const {
         return (user ? Folders().UserStartupFolder : Folders().CommonStartupFolder) + "\\" +
@@ -116,7 +115,7 @@ public:
     // The delayed program of a shortcut, by its file name. The command tells the two Startup
     // folders apart.
     int DelayedShortcut(std::string_view name, bool user) const {
-        const ProgramGroup* group = app_.model.StartupGroup();
+        const ProgramGroup* group = Model().StartupGroup();
         if (!group)
             return -1;
         const std::string_view command = user ? kExecute : kExecuteAU;
@@ -129,7 +128,7 @@ public:
     }
     // The stopped entry of a shortcut.
     int StoppedShortcut(std::string_view name, int location) const {
-        const auto& stopped = app_.model.StoppedPrograms;
+        const auto& stopped = Model().StoppedPrograms;
         for (size_t i = 0; i < stopped.size(); ++i)
             if (std::string_view(stopped[i]).substr(0, kPrefixLength) == LocationPrefix(location) &&
                 SameName(Trim(std::string_view(stopped[i]).substr(kPrefixLength)), name))
@@ -141,11 +140,11 @@ public:
     // A program without a name (a hand-written line) is found by its command instead, among the
     // others without one.
     int DelayedValue(const ValueKey& at, const StartupItem& item) const {
-        const ProgramGroup* group = app_.model.StartupGroup();
+        const ProgramGroup* group = Model().StartupGroup();
         if (!group)
             return -1;
         const SavedCopies saved = ReadSavedCopies(at.Location);
-        const SavedCopyMatch match = MatchSavedCopies(app_.model, at.Location, saved.Copies);
+        const SavedCopyMatch match = MatchSavedCopies(Model(), at.Location, saved.Copies);
         for (size_t i = 0; i < group->Programs.size(); ++i) {
             const GroupProgram& p = group->Programs[i];
             if (IsFreeSlot(p) || p.Command != CommandOfLocation(at.Location))
@@ -168,15 +167,15 @@ public:
         return i;
     }
     void RemoveProgram(int index) {
-        if (index < 0 || !app_.model.RemoveProgramFromGroup(app_.model.StartupGroupIndex, index))
+        if (index < 0 || !Model().RemoveProgramFromGroup(Model().StartupGroupIndex, index))
             throw MoveFailure("the delayed program could not be removed from the Startup group");
     }
 
-    void Log(const std::string& text, int level = kLogError) { app_.log.WriteLog(text, level); }
+    void Log(const std::string& text, int level = kLogError) { needs_.Log.WriteLog(text, level); }
     void Show(const std::string& text) {
-        app_.messages.ShowMessage(text, "Tolvane", kMbOk | kMbIconExclamation);
+        needs_.Messages.ShowMessage(text, "Tolvane", kMbOk | kMbIconExclamation);
     }
-    std::string Message(int index) const { return app_.text.Message(static_cast<size_t>(index)); }
+    std::string Message(int index) const { return needs_.Text.Message(static_cast<size_t>(index)); }
 
     // What the user is told of a move that was not done: the reason, with the conflict named.
     std::string Why(std::string_view item, const std::exception& e) const {
@@ -215,7 +214,7 @@ public:
                 const std::function<void(UndoSteps&)>& move) {
         UndoSteps undo;
         try {
-            ProgramGroupStore(app_).Change([&](ProgramModel&) { move(undo); });
+            needs_.Store.Change([&](ProgramModel&) { move(undo); });
         } catch (const std::exception& e) {
             const std::vector<std::string> notTakenBack = undo.TakeBack();
             Report(routine, item, e.what(), Why(item, e), notTakenBack);
@@ -241,7 +240,7 @@ public:
         int message = registry ? kRegistryMessage : kStartupFolderMessage;
         auto item = [&](const StartupItem& it, const ItemStep& move) {
             UndoSteps steps;
-            ModelSnapshot before(app_.model);
+            ModelSnapshot before(Model());
             try {
                 move(steps);
             } catch (const std::exception& e) {
@@ -256,7 +255,7 @@ public:
             steps.MoveInto(done);
         };
         try {
-            ProgramGroupStore(app_).Change([&](ProgramModel&) {
+            needs_.Store.Change([&](ProgramModel&) {
                 try {
                     body(item);
                 } catch (const PassEnds&) {
@@ -281,7 +280,7 @@ public:
     }
 
 private:
-    AppState& app_;
+    ItemMoves::Needs needs_;
     HWND owner_;
     const FileMover& mover_;
 };
@@ -576,7 +575,7 @@ void MoveOne(Mover& m, const StartupItem& item, ItemState to, RegBackup*& backup
     }
     // The backup folders are made with the first value a move takes out or stops.
     if (!backup) {
-        owned = std::make_unique<RegBackup>(m.App());
+        owned = std::make_unique<RegBackup>(m.Folders().ProgramFolder);
         backup = owned.get();
     }
     MoveValueItem(m, item, to, *backup, undo);
@@ -584,10 +583,10 @@ void MoveOne(Mover& m, const StartupItem& item, ItemState to, RegBackup*& backup
 
 } // namespace
 
-ItemMoves::ItemMoves(AppState& app, HWND owner) : app_(app), owner_(owner) {}
+ItemMoves::ItemMoves(Needs needs, HWND owner) : needs_(needs), owner_(owner) {}
 
 bool ItemMoves::Move(const StartupItem& item, ItemState to) {
-    Mover m(app_, owner_, mover_);
+    Mover m(needs_, owner_, mover_);
     return m.Single(RoutineOf(item, to), item.Text(), [&](UndoSteps& undo) {
         RegBackup* backup = nullptr;
         std::unique_ptr<RegBackup> owned;
@@ -598,7 +597,7 @@ bool ItemMoves::Move(const StartupItem& item, ItemState to) {
 }
 
 bool ItemMoves::MovePass(const std::vector<ItemMove>& moves) {
-    Mover m(app_, owner_, mover_);
+    Mover m(needs_, owner_, mover_);
     const bool registry = std::any_of(moves.begin(), moves.end(),
                                       [](const ItemMove& move) { return move.Item.Registry(); });
     RegBackup* backup = nullptr;
@@ -621,7 +620,7 @@ void ItemMovePasses::Move(const std::vector<CheckedTarget>& targets) {
 
 void ItemMovePasses::WriteItems() {
     // Save writes the file as it is now, in the program's own form.
-    ProgramGroupStore(app_).Change([](ProgramModel&) {});
+    moves_.Store().Change([](ProgramModel&) {});
 }
 
 } // namespace tolvane

@@ -17,14 +17,15 @@
 #include <functional>
 #include <vector>
 
+#include "config/program_group_store.h"
 #include "items/checked_items.h"
-
 #include "items/move_steps.h"
 #include "items/startup_tree.h"
+#include "platform/event_log.h"
+#include "models/user_messages.h"
+#include "text/text_tables.h"
 
 namespace tolvane {
-
-class AppState;
 
 // An item and where it is to go.
 struct ItemMove {
@@ -34,7 +35,17 @@ struct ItemMove {
 
 class ItemMoves {
 public:
-    ItemMoves(AppState& app, HWND owner);
+    // What the moves work with: the program-group store and its folders, and how a move that
+    // was not done is logged and told, in the language's texts.
+    struct Needs {
+        ProgramGroupStore Store;
+        const TextTables& Text;
+        UserMessages& Messages;
+        EventLog& Log;
+    };
+    // owner: the window that the shell's file moves and the messages belong to; none for a
+    // console.
+    ItemMoves(Needs needs, HWND owner);
 
     // Moves the item from the state the list shows it in to the one asked for; one asked to go
     // where it is stays there, once. Asked to go back to Windows while it is there already, an
@@ -49,8 +60,10 @@ public:
     // How shortcuts are moved; the shell's move unless set.
     void SetFileMover(FileMover mover) { mover_ = std::move(mover); }
 
+    ProgramGroupStore Store() const { return needs_.Store; }
+
 private:
-    AppState& app_;
+    Needs needs_;
     HWND owner_;
     FileMover mover_;
 };
@@ -59,10 +72,9 @@ private:
 // refresh rebuilds whatever shows the tree.
 class ItemMovePasses : public CheckedPasses {
 public:
-    ItemMovePasses(AppState& app, const TreeModel& tree, const StartupListing& listing, HWND owner,
+    ItemMovePasses(ItemMoves moves, const TreeModel& tree, const StartupListing& listing,
                    std::function<void()> refresh)
-        : app_(app), tree_(tree), listing_(listing), moves_(app, owner),
-          refresh_(std::move(refresh)) {}
+        : tree_(tree), listing_(listing), moves_(std::move(moves)), refresh_(std::move(refresh)) {}
     void Move(const std::vector<CheckedTarget>& targets) override;
     void WriteItems() override;
     void RefreshData() override {
@@ -72,7 +84,6 @@ public:
     ItemMoves& Moves() { return moves_; }
 
 private:
-    AppState& app_;
     const TreeModel& tree_;
     const StartupListing& listing_;
     ItemMoves moves_;

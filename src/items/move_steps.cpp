@@ -5,7 +5,6 @@
 #include "platform/dir_struct.h"
 #include "platform/file_functions.h"
 #include "platform/file_io.h"
-#include "config/app_state.h"
 #include "items/startup_approved.h"
 #include "text/strings.h"
 
@@ -231,9 +230,8 @@ BackupValue ToBackupValue(const std::string& name, const RegistryValue& value) {
     return backup;
 }
 
-RegBackup::RegBackup(const AppState& app) {
+RegBackup::RegBackup(const std::string& program) {
     CDirStruct folders;
-    const std::string& program = app.folders.ProgramFolder;
     SYSTEMTIME now{};
     GetLocalTime(&now);
     const std::string date =

@@ -19,8 +19,6 @@
 
 namespace tolvane {
 
-class AppState;
-
 // Why a move was not done; each reason has its own message for the user.
 enum class Refusal {
     Failed,       // a step could not be taken (no rights, a full disk)
@@ -118,7 +116,7 @@ BackupValue ToBackupValue(const std::string& name, const RegistryValue& value);
 // move that takes out nothing leaves none. Each line reaches the disk when it is written.
 class RegBackup {
 public:
-    explicit RegBackup(const AppState& app);
+    explicit RegBackup(const std::string& programFolder);
     ~RegBackup();
     RegBackup(const RegBackup&) = delete;
     RegBackup& operator=(const RegBackup&) = delete;

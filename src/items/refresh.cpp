@@ -11,7 +11,6 @@
 #include "platform/dir_struct.h"
 #include "platform/file_io.h"
 #include "platform/registry.h"
-#include "items/run_entry.h"
 #include "text/strings.h"
 
 namespace tolvane {
@@ -60,17 +59,17 @@ void ReadSwitchedOff(CRegistry& registry, StartupListing& listing) {
 
 } // namespace
 
-bool RefreshData(AppState& app, TreeModel& tree, StartupListing& listing,
-                 const std::function<void(double)>& progress, bool ownRunEntry) {
+bool RefreshData(ProgramGroupStore store, const TextTables& text,
+                 const std::vector<SafeEntry>& safeList, EventLog& log, TreeModel& tree,
+                 StartupListing& listing, const std::function<void(double)>& progress, bool look) {
+    const AppFolders& folders = store.Folders();
+    ProgramModel& model = store.Model();
     try {
-        const ListedValue own = OwnRunEntry(app.folders);
-        // The file first: the program's own Run value follows the settings and the delayed
-        // items the file holds, not whatever this process held before it read them.
-        ProgramGroupStore(app).Load(!ownRunEntry);
-        listing.OwnRunEntryFailed = ownRunEntry && !UpdateRunEntry(app, app.model.StartupType);
-        CDirStruct folders;
-        folders.ReturnFiles(app.folders.UserStartupFolder, listing.UserStartupFiles);
-        folders.ReturnFiles(app.folders.CommonStartupFolder, listing.CommonStartupFiles);
+        const ListedValue own = OwnRunEntry(folders);
+        store.Load(look);
+        CDirStruct files;
+        files.ReturnFiles(folders.UserStartupFolder, listing.UserStartupFiles);
+        files.ReturnFiles(folders.CommonStartupFolder, listing.CommonStartupFiles);
         CRegistry registry;
         // Each value by its name and its data, read apart: a name may hold "=".
         auto values = [&](RegistryRoot root) {
@@ -94,21 +93,21 @@ bool RefreshData(AppState& app, TreeModel& tree, StartupListing& listing,
         for (RegistryRoot root : machineCopies.Roots)
             listing.SavedMachineCopyIs32.push_back(root == RegistryRoot::LocalMachine32);
         // Measurements are shown, never needed: a missing or unreadable file shows none.
-        const std::optional<std::string> impact = ReadFileBytes(CDelayLoad(app).ImpactFilePath());
+        const std::optional<std::string> impact = ReadFileBytes(store.File().ImpactFilePath());
         listing.Impacts = impact ? ParseImpactFile(*impact).Records : std::vector<ImpactRecord>();
-        listing.DelayedNotices = WhyNotStarted(app);
+        listing.DelayedNotices = WhyNotStarted(model, folders, text);
         StartupTreeHooks hooks;
         hooks.Timer = SecondsSinceMidnight;
         hooks.Progress = progress;
-        BuildStartupTree(tree, listing, app.model, own, hooks);
+        BuildStartupTree(tree, listing, model, own, hooks);
     } catch (const std::exception& e) {
-        app.log.WriteLog(std::string("RefreshData Error: ") + e.what(), kLogError);
+        log.WriteLog(std::string("RefreshData Error: ") + e.what(), kLogError);
         return false;
     }
     try {
-        MarkKnown(tree, app.SafeList);
+        MarkKnown(tree, safeList);
     } catch (const std::exception& e) {
-        app.log.WriteLog(std::string("MarkKnown Error: ") + e.what(), kLogError);
+        log.WriteLog(std::string("MarkKnown Error: ") + e.what(), kLogError);
     }
     return true;
 }

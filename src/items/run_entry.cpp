@@ -3,7 +3,8 @@
 #include <windows.h>
 
 #include "platform/registry.h"
-#include "config/app_state.h"
+#include "config/program_model.h"
+#include "platform/event_log.h"
 #include "items/run_entry_steps.h"
 
 namespace tolvane {
@@ -35,24 +36,24 @@ private:
 
 } // namespace
 
-bool UpdateRunEntry(AppState& app, int mode) {
+bool UpdateRunEntry(int mode, const std::string& runCommand, const ProgramModel& model,
+                    EventLog& log) {
     if (mode < 0 || mode > 3)
         return true; // no start-up type chosen: nothing to bring in step
     RegistryRunValues values;
     bool asSet = true;
-    for (const RunEntryProblem& problem :
-         ApplyRunEntryMode(values, mode, app.folders.RunCommand, app.model.AreAllUserDelays(),
-                           app.model.AreUserDelays())) {
-        app.log.WriteLog(problem.Text, problem.Level);
+    for (const RunEntryProblem& problem : ApplyRunEntryMode(
+             values, mode, runCommand, model.AreAllUserDelays(), model.AreUserDelays())) {
+        log.WriteLog(problem.Text, problem.Level);
         asSet = asSet && problem.Level != kLogError;
     }
     return asSet;
 }
 
-void RemoveOwnRunEntries(AppState& app) {
+void RemoveOwnRunEntries(const std::string& runCommand, EventLog& log) {
     RegistryRunValues values;
-    for (const RunEntryProblem& problem : RemoveRunEntriesOf(values, app.folders.RunCommand))
-        app.log.WriteLog(problem.Text, problem.Level);
+    for (const RunEntryProblem& problem : RemoveRunEntriesOf(values, runCommand))
+        log.WriteLog(problem.Text, problem.Level);
 }
 
 } // namespace tolvane

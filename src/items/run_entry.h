@@ -2,9 +2,12 @@
 // log-on, kept in step with the StartupType setting.
 #pragma once
 
+#include <string>
+
 namespace tolvane {
 
-class AppState;
+class EventLog;
+class ProgramModel;
 
 inline constexpr const char* kOwnRunValue = "Tolvane";
 
@@ -13,9 +16,11 @@ inline constexpr const char* kOwnRunValue = "Tolvane";
 // any other mode changes nothing. An existing value is never rewritten. False when Windows will
 // not start the program as the mode asks (a value could not be written or removed, or one of
 // another program stands in the way); every problem is logged.
-[[nodiscard]] bool UpdateRunEntry(AppState& app, int mode);
+// runCommand: the command of this copy of the program; model: its delayed items.
+[[nodiscard]] bool UpdateRunEntry(int mode, const std::string& runCommand,
+                                  const ProgramModel& model, EventLog& log);
 
 // Removes the values that start this copy of the program, for its uninstall.
-void RemoveOwnRunEntries(AppState& app);
+void RemoveOwnRunEntries(const std::string& runCommand, EventLog& log);
 
 } // namespace tolvane

@@ -3,7 +3,7 @@
 #include <windows.h>
 #include <shlobj.h>
 
-#include "config/app_state.h"
+#include "config/app_folders.h"
 #include "platform/handles.h"
 
 namespace tolvane {
@@ -18,11 +18,11 @@ std::string GetSpecialFolder(int csidl) {
     return std::string(path, strnlen(path, sizeof path));
 }
 
-void EnsureStartupFolders(AppState& app) {
-    if (app.folders.UserStartupFolder.empty())
-        app.folders.UserStartupFolder = GetSpecialFolder(CSIDL_STARTUP);
-    if (app.folders.CommonStartupFolder.empty())
-        app.folders.CommonStartupFolder = GetSpecialFolder(CSIDL_COMMON_STARTUP);
+void EnsureStartupFolders(AppFolders& folders) {
+    if (folders.UserStartupFolder.empty())
+        folders.UserStartupFolder = GetSpecialFolder(CSIDL_STARTUP);
+    if (folders.CommonStartupFolder.empty())
+        folders.CommonStartupFolder = GetSpecialFolder(CSIDL_COMMON_STARTUP);
 }
 
 } // namespace tolvane

@@ -9,9 +9,10 @@
 #include <string_view>
 #include <vector>
 
-#include "config/app_state.h"
+#include "config/app_folders.h"
 #include "config/impact_file.h"
 #include "config/program_model.h"
+#include "config/safe_list.h"
 #include "config/run_data.h"
 #include "items/startup_approved.h"
 #include "models/tree_model.h"
@@ -107,9 +108,6 @@ struct StartupListing {
 
     // Every item the tree shows, in its order; each leaf's TreeNode::Item is its index here.
     std::vector<StartupItem> Items;
-
-    // The refresh could not bring the program's own Run value in step with the settings.
-    bool OwnRunEntryFailed = false;
 };
 
 // The mark (TreeNode::Data) of an item of the machine's 32-bit Run key, whatever its state.

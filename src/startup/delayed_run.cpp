@@ -194,7 +194,7 @@ void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
             const std::string id = DelayedProgramId(program);
             if (app.starts.Has(id))
                 continue; // started by hand from the tray meanwhile
-            const std::optional<ProgramStart> start = ResolveDelayedProgram(app, program);
+            const std::optional<ProgramStart> start = ResolveDelayedProgram(app.folders, program);
             if (!start) {
                 // Not there: said in the log, and the others still start.
                 app.log.WriteLog("Startup Item Not Found: " + Trim(program.Path), kLogWarning);

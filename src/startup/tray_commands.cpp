@@ -29,7 +29,7 @@ void Start(AppState& app, RunClock& clock, const GroupProgram& program,
            const ProgramLauncher& launch) {
     if (program.Path.empty() || Refused(app, program.Path, program.Parameters))
         return;
-    if (const std::optional<ProgramStart> start = ResolveDelayedProgram(app, program))
+    if (const std::optional<ProgramStart> start = ResolveDelayedProgram(app.folders, program))
         StartDelayedProgram(app, clock, program, *start, launch);
     else
         app.log.WriteLog("Startup Item Not Found: " + Trim(program.Path), kLogWarning);
@@ -40,7 +40,7 @@ void StartStopped(AppState& app, int index, const ProgramLauncher& launch) {
     if (index < 0 || static_cast<size_t>(index) >= stopped.size() || stopped[index].empty())
         return;
     StoppedCommand command;
-    (void)CDelayLoad(app).GetStoppedInfo(index, command);
+    (void)app.Store().File().GetStoppedInfo(index, command);
     // Nothing found to start it from: the launcher names the item in the log.
     if (command.Program.empty())
         command.Program = stopped[index].substr(std::min(kPrefixLength, stopped[index].size()));

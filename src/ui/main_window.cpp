@@ -229,7 +229,7 @@ void MainWindow::EnsureContent() {
     if (treeView_)
         return;
     EnsureCommonControls();
-    EnsureStartupFolders(app_);
+    EnsureStartupFolders(app_.folders);
     // The captions: a window without its menu bar still shows and moves the items.
     try {
         std::vector<MenuItem> items =
@@ -281,7 +281,7 @@ void MainWindow::EnsureContent() {
 
 void MainWindow::WatchForChanges() {
     watch_ = std::make_unique<ChangeWatch>(Hwnd(), kChangedElsewhere);
-    const std::string file = ProgramGroupStore::FilePath(app_);
+    const std::string file = app_.Store().File().FilePath();
     watch_->Folder(file.substr(0, file.find_last_of('\\')));
     watch_->Folder(app_.folders.UserStartupFolder);
     watch_->Folder(app_.folders.CommonStartupFolder);
@@ -362,12 +362,17 @@ void MainWindow::Refresh(bool keepPlace) {
     // A change made elsewhere is shown, not answered: the program's own Run value and a
     // missing file are left to whoever made it.
     const bool listed = RefreshData(
-        app_, tree_, listing_,
-        [this](double value) { progress_->SetValue(static_cast<float>(value)); }, !keepPlace);
+        app_.Store(), app_.text, app_.SafeList, app_.log, tree_, listing_,
+        [this](double value) { progress_->SetValue(static_cast<float>(value)); }, keepPlace);
+    // The program's own Run value follows the settings and the delayed items as the file holds
+    // them now, not whatever this process held before it read them.
+    const bool ownInStep =
+        keepPlace || !listed ||
+        UpdateRunEntry(app_.model.StartupType, app_.folders.RunCommand, app_.model, app_.log);
     // What went wrong is told where the user looks, not only in the log.
-    const std::string& status = !listed                      ? app_.text.Message(kNotReadLine)
-                                : listing_.OwnRunEntryFailed ? app_.text.Message(kOwnRunEntryLine)
-                                                             : std::string();
+    const std::string& status = !listed      ? app_.text.Message(kNotReadLine)
+                                : !ownInStep ? app_.text.Message(kOwnRunEntryLine)
+                                             : std::string();
     SendMessageA(statusBar_, SB_SETTEXTA, 0, reinterpret_cast<LPARAM>(status.c_str()));
     if (keepPlace) {
         for (size_t i = 0; i < tree_.Count(); ++i) {
@@ -416,15 +421,19 @@ void MainWindow::ChecksMayHaveChanged() {
     CheckForOptions();
 }
 
+ItemMoves MainWindow::Moves() {
+    return ItemMoves({app_.Store(), app_.text, app_.messages, app_.log}, Hwnd());
+}
+
 void MainWindow::MoveChecked(CheckedMove move) {
-    ItemMovePasses passes(app_, tree_, listing_, Hwnd(), [this] { Refresh(); });
+    ItemMovePasses passes(Moves(), tree_, listing_, [this] { Refresh(); });
     (void)RunCheckedMove(move, tree_, passes);
     CheckForOptions();
 }
 
 void MainWindow::Save() {
     try {
-        ItemMovePasses passes(app_, tree_, listing_, Hwnd(), [this] { Refresh(); });
+        ItemMovePasses passes(Moves(), tree_, listing_, [this] { Refresh(); });
         (void)RunCheckedMove(CheckedMove::Save, tree_, passes);
     } catch (const std::exception& e) {
         app_.log.WriteLog(std::string("Menu Save Error: ") + e.what(), kLogError);
@@ -480,7 +489,7 @@ void MainWindow::MoveSelected(UINT command) {
     const ItemState to = command == ID_CMD_RUN    ? ItemState::Active
                          : command == ID_CMD_STOP ? ItemState::Stopped
                                                   : ItemState::Delayed;
-    (void)ItemMoves(app_, Hwnd()).Move(StartupItem(*item), to);
+    (void)Moves().Move(StartupItem(*item), to);
     Refresh();
 }
 
@@ -495,7 +504,7 @@ void MainWindow::SearchOnline() {
 }
 
 void MainWindow::ChooseLanguage(size_t index) {
-    if (!::tolvane::ChooseLanguage(app_, index))
+    if (!::tolvane::ChooseLanguage(app_.Store(), app_.text, app_.log, index))
         return;
     // The captions on screen stay until the next start; the menu shows the choice at once.
     for (size_t i = 0; i < app_.text.Languages.size(); ++i)
@@ -544,7 +553,8 @@ void MainWindow::EndForGood() {
     tray_.RemoveTrayIcon();
     DestroyWindow(Hwnd());
     if (app_.model.StartupType == 1)
-        (void)UpdateRunEntry(app_, 1); // its problems are logged: the program is ending
+        (void)UpdateRunEntry(1, app_.folders.RunCommand, app_.model,
+                             app_.log); // its problems are logged: the program is ending
 }
 
 LRESULT MainWindow::HandleMessage(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {

@@ -13,6 +13,7 @@
 #include <string>
 
 #include "items/checked_items.h"
+#include "items/item_moves.h"
 #include "items/startup_tree.h"
 #include "models/command_table.h"
 #include "models/tray_menu.h"
@@ -97,6 +98,8 @@ private:
     void ChecksMayHaveChanged();
     // Which toolbar moves the ticked items allow; all-users items lose their ticks.
     void CheckForOptions();
+    // The moves of this window: its messages and the shell's file moves belong to it.
+    ItemMoves Moves();
     void MoveChecked(CheckedMove move);
     void Save();
     // The popup of an item: at the point on the screen, or below the selected item for the

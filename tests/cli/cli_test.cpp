@@ -22,8 +22,8 @@ protected:
         test::CopyTree(built + "\\lang", folder / "lang");
         test::CopyTree(built + "\\data", folder / "data");
         // The file as the console program writes it, with the language the list names.
-        LoadLanguageList(app);
-        CDelayLoad(app).WriteItems();
+        LoadLanguageList(app.folders.ProgramFolder, app.text);
+        app.Store().File().WriteItems();
     }
     void TearDown() override {
         reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, "Dup");
@@ -52,8 +52,10 @@ protected:
         PROCESS_INFORMATION pi{};
         std::string line = "\"" + folder / "tolvanec.exe" + "\" " + arguments;
         Ran ran;
-        if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr,
-                           nullptr, &si, &pi)) {
+        const bool started = CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE,
+                                            CREATE_NO_WINDOW, nullptr, nullptr, &si, &pi);
+        const DWORD notStarted = started ? 0 : GetLastError();
+        if (started) {
             WaitForSingleObject(pi.hProcess, 60000);
             GetExitCodeProcess(pi.hProcess, &ran.code);
             CloseHandle(pi.hProcess);
@@ -62,7 +64,8 @@ protected:
         CloseHandle(out);
         CloseHandle(err);
         ran.out = test::ReadFileBytes(outPath);
-        ran.err = test::ReadFileBytes(errPath);
+        ran.err = started ? test::ReadFileBytes(errPath)
+                          : "tolvanec did not start: error " + std::to_string(notStarted);
         return ran;
     }
     // Everything a move may touch.
@@ -77,7 +80,7 @@ protected:
             state += "|" + f;
         return state;
     }
-    std::string File() { return test::ReadFileBytes(CDelayLoad(app).FilePath()); }
+    std::string File() { return test::ReadFileBytes(app.Store().File().FilePath()); }
 
 private:
     int runs_ = 0;
@@ -165,7 +168,7 @@ TEST_F(Console, MovesAnItemByNameAsTheListDoes) {
     RunValue(RegistryRoot::CurrentUser, "Dup", "C:\\dup.exe");
     RunValue(RegistryRoot::LocalMachine, "Dup", "C:\\dup64.exe");
     app.model.StartupType = 1; // Windows starts Tolvane while something is delayed
-    CDelayLoad(app).WriteItems();
+    app.Store().File().WriteItems();
     const std::string start = State();
 
     // By its value name, in another letter case: the same outcome as the popup's Delay.
@@ -202,7 +205,8 @@ TEST_F(Console, MovesAnItemByNameAsTheListDoes) {
     EXPECT_EQ(ran.code, 0u) << ran.err;
     EXPECT_TRUE(test::PathExists(UserItems("Tool.lnk")));
     EXPECT_NE(File().find("Execute (\"Tool.lnk\", \"\", 7.5, \"\");"), std::string::npos);
-    EXPECT_EQ(Cli("restore tool.lnk").code, 0u);
+    ran = Cli("restore tool.lnk");
+    EXPECT_EQ(ran.code, 0u) << ran.err;
     EXPECT_EQ(State(), start);
 
     // Two items of one name, none of another, an item without moves, bad usage: each its own

@@ -4,6 +4,7 @@
 
 #include <random>
 
+#include "config/app_state.h"
 #include "config/delay_load.h"
 #include "config/program_group_file.h"
 #include "platform/file_io.h"
@@ -22,13 +23,13 @@ protected:
         test::MakeFolder(folder / "lang\\de");
         test::WriteFileBytes(folder / "lang\\languagefile.dat", "English, en\r\nDeutsch, de\r\n");
         test::WriteFileBytes(folder / "lang\\de\\messages.de", "null\r\neins\r\n");
-        LoadLanguageList(app);
+        LoadLanguageList(app.folders.ProgramFolder, app.text);
     }
 
     test::TempFolder folder{"program"};
     test::CapturedMessages messages;
     AppState app{folder.Path(), messages};
-    CDelayLoad dl{app};
+    CDelayLoad dl = app.Store().File();
 };
 
 TEST_F(ProgramGroupFileOnDisk, AMissingFileIsCreatedWithTheFirstStartModel) {

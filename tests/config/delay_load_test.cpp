@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "config/app_state.h"
 #include "config/delay_load.h"
 #include "platform/registry.h"
 #include "support/win_test_support.h"
@@ -21,7 +22,7 @@ protected:
 TEST_F(DelayLoadTest, TheFileIsPerWindowsUser) {
     const std::string user = WindowsUserName();
     ASSERT_FALSE(user.empty());
-    EXPECT_EQ(CDelayLoad(app).FilePath(), folder / (user + "\\proggroup.c"));
+    EXPECT_EQ(app.Store().File().FilePath(), folder / (user + "\\proggroup.c"));
     EXPECT_TRUE(test::PathExists(folder / user));
 }
 
@@ -39,7 +40,7 @@ TEST_F(DelayLoadTest, StoppedItemsAreFoundInTheItemsFoldersAndSavedCopies) {
         "_STPCU_Tool.lnk",           "_STPAU_Word.lnk",  "_REGCU_C:\\a.exe ",   "_REGCU_C:\\a.exe",
         "_REGCU_\"C:\\c d.exe\" ",   "_REGAU_C:\\m.exe", "_REGCU_C:\\gone.exe", "plain",
         "_REGCU_Named=C:\\n.exe -n", "_REGCU_E=" + data};
-    CDelayLoad dl(app);
+    CDelayLoad dl = app.Store().File();
     // Program, arguments and whether it expands, or "(none)"; what is not found is left empty.
     auto info = [&](auto entry) {
         StoppedCommand c;

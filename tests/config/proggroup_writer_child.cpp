@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "config/app_state.h"
 #include "config/delay_load.h"
 #include "support/test_support.h"
 #include "support/writer_models.h"
@@ -15,8 +16,9 @@ int main(int argc, char** argv) {
         return 2;
     tolvane::test::CapturedMessages messages;
     tolvane::AppState app(argv[1], messages);
-    tolvane::LoadLanguageList(app); // the same list as the test that compares the bytes
-    tolvane::CDelayLoad delayLoad(app);
+    tolvane::LoadLanguageList(app.folders.ProgramFolder,
+                              app.text); // the same list as the test that compares the bytes
+    tolvane::CDelayLoad delayLoad = app.Store().File();
     const int programs = std::atoi(argv[2]);
     HANDLE started = OpenEventA(EVENT_MODIFY_STATE, FALSE, argv[3]);
     for (unsigned round = 0;; ++round) {

@@ -31,9 +31,9 @@ protected:
 TEST_F(BackupTest, APassLeavesABackupThatImportsBackWhatItTookOut) {
     // Nothing ticked: the file is written as it is, and no backup made.
     Refresh();
-    DeleteFileA(CDelayLoad(app).FilePath().c_str());
+    DeleteFileA(app.Store().File().FilePath().c_str());
     EXPECT_TRUE(Pass(CheckedMove::Delay));
-    EXPECT_TRUE(test::PathExists(CDelayLoad(app).FilePath()));
+    EXPECT_TRUE(test::PathExists(app.Store().File().FilePath()));
     EXPECT_TRUE(Backups().empty());
 
     // Plain, quoted with escapes, and expandable with a letter outside ASCII: each must come

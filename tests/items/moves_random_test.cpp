@@ -19,6 +19,7 @@
 #include <thread>
 #include <tuple>
 
+#include "config/app_state.h"
 #include "config/run_data.h"
 #include "text/strings.h"
 
@@ -114,7 +115,7 @@ protected:
         test::CapturedMessages quiet;
         AppState reader(folder.Path(), quiet);
         reader.text.Languages = app.text.Languages;
-        CDelayLoad(reader).LoadItems();
+        reader.Store().File().LoadItems();
         const ProgramModel& model = reader.model;
         const ProgramGroup* startup = model.StartupGroup();
         auto delayed = [&](std::string_view command, auto matches) {

@@ -58,7 +58,7 @@ protected:
                 "Tolvane", 0x30};
     }
     std::string Log() { return test::ReadFileBytes(folder / "log.txt"); }
-    std::string File() { return test::ReadFileBytes(CDelayLoad(app).FilePath()); }
+    std::string File() { return test::ReadFileBytes(app.Store().File().FilePath()); }
 };
 
 constexpr auto kActive = ItemState::Active;
@@ -71,7 +71,7 @@ TEST_F(ItemMovesTest, ConflictsAreRefusedToldAndNothingIsOverwritten) {
     Refresh();
     ASSERT_TRUE(Move("CurrentUserStartup", "Tool.lnk", kDelayed));
     // Written at once, with the items-folder path (two backslashes before the name).
-    EXPECT_NE(test::ReadFileBytes(CDelayLoad(app).FilePath())
+    EXPECT_NE(test::ReadFileBytes(app.Store().File().FilePath())
                   .find("     Execute (\"" + app.folders.UserItemsFolder +
                         "\\Tool.lnk\", \"\", 0, \"\");"),
               std::string::npos);
@@ -154,7 +154,7 @@ TEST_F(ItemMovesTest, OlderStoppedEntriesOfAPathAloneEachFindTheirOwnCopy) {
     reg.SaveSettingString(user, kSavedUserRunKey, "E", "C:\\a=b\\e.exe");
     for (const char* entry : {"C:\\p.exe ", "C:\\p.exe ", "C:\\a=b\\e.exe"})
         app.model.AddStoppedProgram(entry, kUserRun);
-    CDelayLoad(app).WriteItems();
+    app.Store().File().WriteItems();
     Refresh();
     // Each is listed by the value its copy holds.
     EXPECT_EQ(Items("StoppedItemsCurrentReg"),
@@ -206,7 +206,7 @@ TEST_F(ItemMovesTest, RunValuesAreSavedBackedUpAndPutBackExactly) {
     EXPECT_TRUE(Move("StoppedItemsAllReg", "Machine=C:\\m.exe", kActive));
     EXPECT_EQ(Run(RegistryRoot::LocalMachine, "Machine"), "C:\\m.exe");
     app.model.AddStoppedProgram("C:\\gone.exe", kUserRun);
-    CDelayLoad(app).WriteItems();
+    app.Store().File().WriteItems();
     Refresh();
     EXPECT_TRUE(Move("StoppedItemsCurrentReg", "C:\\gone.exe", kActive));
     EXPECT_EQ(ValueState("Gone", "C:\\gone.exe"), "");
@@ -273,7 +273,7 @@ TEST_F(ItemMovesTest, AFailedMoveIsTakenBackAndWhatCannotBeIsReported) {
     moves.SetFileMover([&](const std::string& from, const std::string& to) {
         return ++calls == 1 && MoveFileA(from.c_str(), to.c_str()) ? 0 : 5;
     });
-    const std::string blocked = CDelayLoad(app).FilePath() + ".new";
+    const std::string blocked = app.Store().File().FilePath() + ".new";
     test::MakeFolder(blocked);
     EXPECT_FALSE(moves.Move(ItemIn("CurrentUserStartup", "Tool.lnk"), kDelayed));
     test::RemoveTree(blocked);

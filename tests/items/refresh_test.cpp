@@ -15,22 +15,21 @@ TEST_F(StartupRefresh, ListsTheRealLocationsAndTheFileAndHidesTheProgramsOwnValu
     test::WriteFileBytes(UserStartup("desktop.ini"), "");
     RunValue(RegistryRoot::CurrentUser, "A", "C:\\a.exe /x=1");
     RunValue(RegistryRoot::LocalMachine, "M", "\"C:\\m m\\m.exe\"");
+    RunValue(RegistryRoot::CurrentUser, kOwnRunValue, app.folders.RunCommand);
 
     ProgramModel file;
     SetDefaultModel(file);
-    file.StartupType = 2; // the program enters itself for this user
     file.ProgramGroups[0].Programs = {{"Delayed.lnk", "", "Execute"},
                                       {"C:\\d.exe", "-q", "ExecuteReg", 5, "D"}};
     file.StoppedPrograms = {"_STPCU_Stopped.lnk"};
-    test::WriteFileBytes(CDelayLoad(app).FilePath(),
+    test::WriteFileBytes(app.Store().File().FilePath(),
                          FormatProgramGroupFile(file, app.text.Languages));
     app.SafeList = {{"Gamma", "known"}};
 
-    CDelayLoad(app).LoadItems(); // as the program's start does
+    app.Store().File().LoadItems(); // as the program's start does
     std::vector<double> progress;
-    ASSERT_TRUE(RefreshData(app, tree, listing, [&](double v) { progress.push_back(v); }));
-    EXPECT_EQ(reg.GetSettingString(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue),
-              app.folders.RunCommand);
+    ASSERT_TRUE(RefreshData(app.Store(), app.text, app.SafeList, app.log, tree, listing,
+                            [&](double v) { progress.push_back(v); }));
     // Neither desktop.ini nor the program's own value is an item.
     EXPECT_EQ(
         test::Outline(tree, true),
@@ -46,7 +45,7 @@ TEST_F(StartupRefresh, ListsTheRealLocationsAndTheFileAndHidesTheProgramsOwnValu
 
     // A Startup folder that is not there lists nothing.
     app.folders.UserStartupFolder = folder / "no such folder";
-    ASSERT_TRUE(RefreshData(app, tree, listing));
+    ASSERT_TRUE(RefreshData(app.Store(), app.text, app.SafeList, app.log, tree, listing));
     EXPECT_EQ(Caption("CurrentUserStartup"), "Startup Folder (0)");
 }
 

@@ -35,21 +35,23 @@ protected:
 
 // The order of the steps is tested natively; here the real Run keys and the model's answers.
 TEST_F(RunEntry, TheRunKeysFollowTheModeAndTheDelayedItems) {
-    EXPECT_TRUE(UpdateRunEntry(app, 2));
+    EXPECT_TRUE(UpdateRunEntry(2, app.folders.RunCommand, app.model, app.log));
     EXPECT_EQ(Values(), command + " | -");
-    EXPECT_TRUE(UpdateRunEntry(app, 3)); // moves to the machine's key
+    EXPECT_TRUE(UpdateRunEntry(3, app.folders.RunCommand, app.model,
+                               app.log)); // moves to the machine's key
     EXPECT_EQ(Values(), "- | " + command);
     Delayed({{"Tool.lnk", "", "Execute"}});
-    EXPECT_TRUE(UpdateRunEntry(app, 1));
+    EXPECT_TRUE(UpdateRunEntry(1, app.folders.RunCommand, app.model, app.log));
     EXPECT_EQ(Values(), command + " | -");
     Delayed({{}});
-    EXPECT_TRUE(UpdateRunEntry(app, 1));
+    EXPECT_TRUE(UpdateRunEntry(1, app.folders.RunCommand, app.model, app.log));
     EXPECT_EQ(Values(), "- | -");
-    EXPECT_TRUE(UpdateRunEntry(app, -1)); // no type chosen: nothing to do
+    EXPECT_TRUE(UpdateRunEntry(-1, app.folders.RunCommand, app.model,
+                               app.log)); // no type chosen: nothing to do
     // Another program's value of that name stays, and Windows will not start this copy: said.
     ASSERT_TRUE(reg.SaveSettingString(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue,
                                       "\"C:\\Windows\\notepad.exe\""));
-    EXPECT_FALSE(UpdateRunEntry(app, 2));
+    EXPECT_FALSE(UpdateRunEntry(2, app.folders.RunCommand, app.model, app.log));
     EXPECT_EQ(Values(), "\"C:\\Windows\\notepad.exe\" | -");
     reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue);
 }

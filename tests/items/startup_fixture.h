@@ -23,15 +23,17 @@ protected:
         places.Clear();
         app.folders.UserStartupFolder = places.UserFolder;
         app.folders.CommonStartupFolder = places.CommonFolder;
-        CDelayLoad(app).LoadItems();
+        app.Store().File().LoadItems();
         app.model.StartupType = 0; // the program's own Run value stays out of these tests
-        CDelayLoad(app).WriteItems();
+        app.Store().File().WriteItems();
     }
     void TearDown() override { places.Clear(); }
 
     // As the main window does after every move.
-    void Refresh() { ASSERT_TRUE(RefreshData(app, tree, listing)); }
-    ItemMoves Moves() { return ItemMoves(app, nullptr); }
+    void Refresh() {
+        ASSERT_TRUE(RefreshData(app.Store(), app.text, app.SafeList, app.log, tree, listing));
+    }
+    ItemMoves Moves() { return ItemMoves({app.Store(), app.text, app.messages, app.log}, nullptr); }
     // The item a leaf of the container shows, as the last refresh listed it.
     StartupItem ItemIn(const std::string& container, const std::string& text) {
         const StartupItem* item = ItemOfNode(tree, listing, Node(container, text));

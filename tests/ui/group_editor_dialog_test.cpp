@@ -123,7 +123,7 @@ TEST_F(GroupEditorDialogTest, AddRenameAndRemoveAGroupWithItsProgram) {
     {
         const GroupProgram first{folder / "Clock.exe", "-a", "ExecuteReg", 1, "ClockA"};
         const GroupProgram second{folder / "Clock.exe", "-b", "ExecuteReg", 1, "ClockB"};
-        ProgramGroupStore(app).Change([&](ProgramModel& file) {
+        app.Store().Change([&](ProgramModel& file) {
             for (const GroupProgram& p : {first, second})
                 file.AddProgramToGroup(-1, p.Command, p.Path, p.Parameters, p.Delay,
                                        p.RegistryKeyName);

@@ -21,8 +21,8 @@ protected:
     void SetUp() override {
         StartupFixture::SetUp();
         CopyTree(BuiltProgramFolder() + "\\lang", folder / "lang");
-        LoadLanguageList(app);
-        LoadLanguageFiles(app);
+        LoadLanguageList(app.folders.ProgramFolder, app.text);
+        LoadLanguageFiles(app.folders.ProgramFolder, app.model.Language, app.text);
         app.OnlineSearchTemplate = "https://s.example/?q={SEARCHTERMS}";
     }
     void TearDown() override {

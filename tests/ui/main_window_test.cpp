@@ -213,9 +213,9 @@ TEST_F(MainWindowTest, TipsAndTheStatusLineSayWhatTheUserMustKnow) {
                                            {"cmd.exe", "/c del C:\\x", "ExecuteReg", 0, "Wipe"}};
     test::MakeFolder(app.folders.UserItemsFolder);
     test::WriteFileBytes(app.folders.UserItemsFolder + "Tool.lnk", "x");
-    CDelayLoad(app).WriteItems();
+    app.Store().File().WriteItems();
     test::WriteFileBytes(
-        CDelayLoad(app).ImpactFilePath(),
+        app.Store().File().ImpactFilePath(),
         FormatImpactFile({{{kUserStartup, "TOOL.LNK"}, "", 4140, 2260, 45 << 20, 0, 9000},
                           {{kUserStartup, "Other.lnk"}, "", 100, 100, 0, 0, 9000}}));
     Open();
@@ -256,7 +256,7 @@ TEST_F(MainWindowTest, MinimumSizeAndCloseRules) {
     test::MakeFolder(items);
     Shortcut(items, "Kept.lnk");
     app.model.AddProgramToGroup(app.model.StartupGroupIndex, "Execute", "Kept.lnk", "", 0, "");
-    CDelayLoad(app).WriteItems();
+    app.Store().File().WriteItems();
     Open();
 
     // The left border dragged far to the right stops at the minimum width; the right border
@@ -299,7 +299,7 @@ TEST_F(MainWindowTest, MinimumSizeAndCloseRules) {
     TakeQuitMessage();
     app.model.CloseType = 0;
     app.wait.QuitRequested = false;
-    CDelayLoad(app).WriteItems(); // the window reads its settings from the file
+    app.Store().File().WriteItems(); // the window reads its settings from the file
     Open();
     test::Chord({VK_MENU, VK_F4});
     Pump();

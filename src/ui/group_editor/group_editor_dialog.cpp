@@ -34,11 +34,11 @@ GroupEditorDialog::GroupEditorDialog(AppState& app)
 GroupEditorDialog::~GroupEditorDialog() = default;
 
 void GroupEditorDialog::Change(const std::function<void(ProgramModel&)>& change) {
-    ProgramGroupStore(app_).Change(change);
+    app_.Store().Change(change);
 }
 
 void GroupEditorDialog::LoadItems() {
-    ProgramGroupStore(app_).Load();
+    app_.Store().Load();
 }
 
 bool GroupEditorDialog::FileExists(const std::string& path) {
@@ -76,7 +76,7 @@ void GroupEditorDialog::Init() {
 
 void GroupEditorDialog::ApplyCaptions() {
     std::vector<std::string> own = kOwnCaptions;
-    LoadLanguageTextFile(app_, own, "properties");
+    LoadLanguageTextFile(app_.folders.ProgramFolder, app_.model.Language, own, "properties");
     const int ownControls[] = {
         IDC_GE_ADD_NEW,          IDC_GE_EDIT,        IDC_GE_GROUP_LABEL, IDC_GE_PATH_LABEL,
         IDC_GE_PARAMETERS_LABEL, IDC_GE_DELAY_LABEL, IDC_GE_SECONDS};

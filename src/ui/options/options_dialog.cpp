@@ -32,13 +32,13 @@ OptionsDialog::OptionsDialog(AppState& app)
 void OptionsDialog::UpdateRunEntry(int startupType) {
     // The settings are kept all the same; the user learns that Windows will not follow them.
     constexpr size_t kOwnRunEntryMessage = 37;
-    if (!::tolvane::UpdateRunEntry(app_, startupType))
+    if (!::tolvane::UpdateRunEntry(startupType, app_.folders.RunCommand, app_.model, app_.log))
         app_.messages.ShowMessage(app_.text.Message(kOwnRunEntryMessage), "Tolvane",
                                   kMbOk | kMbIconExclamation);
 }
 
 void OptionsDialog::Change(const std::function<void(ProgramModel&)>& change) {
-    ProgramGroupStore(app_).Change(change);
+    app_.Store().Change(change);
 }
 
 void OptionsDialog::Log(std::string_view text, int level) {
@@ -52,7 +52,7 @@ std::string OptionsDialog::ProgramFolderOfOneUser() {
 
 void OptionsDialog::Init() {
     std::vector<std::string> texts = BuiltInOptionsTexts();
-    LoadLanguageTextFile(app_, texts, "options");
+    LoadLanguageTextFile(app_.folders.ProgramFolder, app_.model.Language, texts, "options");
     auto text = [&](size_t entry) { return TextTables::Entry(texts, entry); };
 
     const std::string caption =

@@ -27,13 +27,13 @@ TipDialog::TipDialog(AppState& app, std::function<double()> random)
       tips_(random ? std::move(random) : ClockSeededRandom()) {}
 
 std::string TipDialog::TipFilePath(const AppState& app) {
-    return app.folders.ProgramFolder + "\\lang\\" + LanguageFile(app, "tipofday");
+    return app.folders.ProgramFolder + "\\lang\\" + LanguageFile(app.model.Language, "tipofday");
 }
 
 void TipDialog::Init() {
     SetChecked(IDC_TIP_SHOW, app_.model.ShowTipsAtStartup != 0);
     texts_ = BuiltInTipTexts();
-    LoadLanguageTextFile(app_, texts_, "tips");
+    LoadLanguageTextFile(app_.folders.ProgramFolder, app_.model.Language, texts_, "tips");
     SetWindowTextA(Hwnd(), TextTables::Entry(texts_, kTipCaption).c_str());
     SetText(IDC_TIP_NEXT, TextTables::Entry(texts_, kTipNextTip));
     SetText(IDC_TIP_HEADING, TextTables::Entry(texts_, kTipDidYouKnow));
@@ -56,8 +56,7 @@ void TipDialog::WriteBack() {
     if (!value)
         return;
     try {
-        ProgramGroupStore(app_).Change(
-            [&](ProgramModel& file) { file.ShowTipsAtStartup = *value; });
+        app_.Store().Change([&](ProgramModel& file) { file.ShowTipsAtStartup = *value; });
     } catch (const std::exception& e) {
         // The setting stays as the file has it: the next start shows what the file says.
         app_.log.WriteLog(std::string("Tip of the Day: ") + e.what(), kLogError);

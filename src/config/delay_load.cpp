@@ -137,12 +137,13 @@ bool SavedCopyIsExpandable(const GroupProgram& program) {
     return saved.Expandable(MatchSavedCopies(one, location, saved.Copies).Delayed[0]);
 }
 
-std::vector<bool> DelayedCopiesExpandable(const ProgramModel& model) {
+std::vector<bool> DelayedCopiesExpandable(const ProgramModel& model, const SavedCopies& user,
+                                          const SavedCopies& machine) {
     const ProgramGroup* group = model.StartupGroup();
     std::vector<bool> expandable(group ? group->Programs.size() : 0, false);
-    for (int location : {kUserRun, kMachineRun}) {
-        const SavedCopies saved = ReadSavedCopies(location);
-        const SavedCopyMatch match = MatchSavedCopies(model, location, saved.Copies);
+    for (const SavedCopies* copies : {&user, &machine}) {
+        const SavedCopies& saved = *copies;
+        const SavedCopyMatch match = MatchSavedCopies(model, saved.Location, saved.Copies);
         for (size_t i = 0; i < expandable.size(); ++i)
             if (match.Delayed[i] >= 0)
                 expandable[i] = saved.Expandable(match.Delayed[i]);

@@ -72,12 +72,12 @@ std::optional<ProgramStart> ResolveDelayedProgram(const AppFolders& folders,
 }
 
 std::vector<std::string> WhyNotStarted(const ProgramModel& model, const AppFolders& folders,
-                                       const TextTables& text) {
+                                       const TextTables& text,
+                                       const std::vector<bool>& expandable) {
     std::vector<std::string> why;
     const ProgramGroup* group = model.StartupGroup();
     if (!group)
         return why;
-    const std::vector<bool> expandable = DelayedCopiesExpandable(model);
     for (size_t i = 0; i < group->Programs.size(); ++i) {
         const GroupProgram& program = group->Programs[i];
         std::string line;
@@ -85,7 +85,7 @@ std::vector<std::string> WhyNotStarted(const ProgramModel& model, const AppFolde
             const std::string word = model.BlockingWord(program.Path, program.Parameters);
             if (!word.empty())
                 line = FillIn(text.Message(kNotStartedLine), {word});
-            else if (!Resolve(folders, program, expandable[i]))
+            else if (!Resolve(folders, program, i < expandable.size() && expandable[i]))
                 line = FillIn(text.Message(kNotFoundLine), {Trim(program.Path)});
         }
         why.push_back(std::move(line));

@@ -34,7 +34,8 @@ std::optional<ProgramStart> ResolveDelayedProgram(const AppFolders& folders,
 // Why the log-on run will not start each program of the Startup group, in its order: the tip
 // line of its item, from the language's texts (the disallowed word that blocks it, or its file
 // that is not there); "" for one that will start.
+// expandable: whether each program's saved copy is an expandable value, in the group's order.
 std::vector<std::string> WhyNotStarted(const ProgramModel& model, const AppFolders& folders,
-                                       const TextTables& text);
+                                       const TextTables& text, const std::vector<bool>& expandable);
 
 } // namespace tolvane

@@ -95,7 +95,8 @@ bool RefreshData(ProgramGroupStore store, const TextTables& text,
         // Measurements are shown, never needed: a missing or unreadable file shows none.
         const std::optional<std::string> impact = ReadFileBytes(store.File().ImpactFilePath());
         listing.Impacts = impact ? ParseImpactFile(*impact).Records : std::vector<ImpactRecord>();
-        listing.DelayedNotices = WhyNotStarted(model, folders, text);
+        listing.DelayedNotices = WhyNotStarted(
+            model, folders, text, DelayedCopiesExpandable(model, userCopies, machineCopies));
         StartupTreeHooks hooks;
         hooks.Timer = SecondsSinceMidnight;
         hooks.Progress = progress;

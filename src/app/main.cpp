@@ -32,8 +32,9 @@ void InitGlobals(AppState& app) {
         app.model.Language = "en";
     LoadLanguageList(app.folders.ProgramFolder, app.text);
     LoadLanguageFiles(app.folders.ProgramFolder, app.model.Language, app.text);
-    LoadOnlineList(app);
-    LoadSafePrograms(app);
+    if (std::optional<std::string> online = LoadOnlineTemplate(app.folders.ProgramFolder))
+        app.OnlineSearchTemplate = std::move(*online);
+    app.SafeList = LoadSafePrograms(app.folders.ProgramFolder, app.log);
 }
 
 bool ArgumentsAskForLogOnMode(std::string_view arguments) {
@@ -187,7 +188,7 @@ int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& mes
         } else if (!window->Load()) {
             throw std::runtime_error("the main window could not be made");
         } else if (app->model.ShowTipsAtStartup != 0) {
-            TipDialog tip(*app);
+            TipDialog tip(app->Store(), app->text, app->log);
             tip.ShowModal(instance, window->Handle());
         }
     } catch (const std::exception& e) {

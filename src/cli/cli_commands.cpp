@@ -111,9 +111,11 @@ int RunCliRequest(AppState& app, ConsoleMessages& messages, const CliRequest& re
         (void)UpdateRunEntry(app.model.StartupType, app.folders.RunCommand, app.model,
                              app.log); // logged: the move goes on all the same
     if (request.Verb == CliVerb::RunStartup) {
-        RunGroupNow(app, app.model.StartupGroupIndex, MessageLoopClock(),
-                    [&](const std::string& path, const std::string& parameters,
-                        const ImpactKey* item) { LaunchMeasured(app, path, parameters, item); });
+        RunGroupNow(
+            app, app.model.StartupGroupIndex, MessageLoopClock(),
+            [&](const std::string& path, const std::string& parameters, const ImpactKey* item) {
+                LaunchMeasured(app.log, app.watcher, path, parameters, item);
+            });
         return kCliDone;
     }
     std::vector<ItemRecord> records =

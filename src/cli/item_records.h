@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "config/app_state.h"
+#include "config/safe_list.h"
 #include "config/program_model.h"
 #include "items/startup_tree.h"
 #include "models/tree_model.h"

@@ -3,57 +3,19 @@
 // part to what uses it; tests make their own, with their own program folder.
 #pragma once
 
-#include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "config/app_folders.h"
-#include "config/impact_file.h"
 #include "config/program_group_store.h"
 #include "config/program_model.h"
+#include "config/run_state.h"
 #include "config/safe_list.h"
 #include "platform/event_log.h"
 #include "text/text_tables.h"
 #include "models/user_messages.h"
 
 namespace tolvane {
-
-struct WaitFlags {
-    bool WaitActive = false;    // a timed wait is running
-    bool QuitRequested = false; // the program is ending: stop waiting, start nothing more
-};
-
-// The delayed programs started by this process, by the log-on run or by hand from the tray, and
-// when the last start was: each program starts once, and no start comes sooner after the one
-// before than its own delay, however the run was held up.
-struct StartLog {
-    std::vector<std::string> Started; // DelayedProgramId of each
-    std::optional<uint64_t> LastMs;   // the run's clock at the last start
-    unsigned Changes = 0;             // counts the starts, so a wait sees one happen
-    bool Has(const std::string& id) const;
-    void Add(std::string id, uint64_t ms);
-};
-
-// What tells two delayed programs apart for the start log: where each came from and its command.
-std::string DelayedProgramId(const GroupProgram& program);
-
-// Watches the programs that the log-on run and the tray start, and keeps what each cost the
-// machine in its first half minute.
-class StartWatcher {
-public:
-    virtual ~StartWatcher() = default;
-    // process: the started program's handle, owned from here on; null when the shell handed
-    // none over (a shortcut), and then `launched`, the path started, tells what to look for.
-    // startedMs: the steady clock when the start began.
-    virtual void Watch(const ImpactKey& item, void* process, const std::string& launched,
-                       uint64_t startedMs) = 0;
-    // A program is about to start: whatever the watch needs is made now, before the start,
-    // so that nothing competes with the program's own start afterwards.
-    virtual void Prepare() {}
-    // A measurement is still being taken.
-    virtual bool Busy() const = 0;
-};
 
 class AppState {
 public:

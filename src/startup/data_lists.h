@@ -2,13 +2,17 @@
 // description each) and the online-search template.
 #pragma once
 
+#include <optional>
+
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "config/app_state.h"
+#include "config/safe_list.h"
 
 namespace tolvane {
+
+class EventLog;
 
 // One entry per usable line: "name// description", or a bare name. At least one entry, empty
 // when the text has none.
@@ -17,7 +21,7 @@ std::vector<SafeEntry> ParseSafeList(std::string_view text);
 std::string ParseOnlineTemplate(std::string_view text);
 
 // "data\safelist.dat" and "data\online.txt" beside the exe; a missing file keeps the default.
-void LoadSafePrograms(AppState& app);
-void LoadOnlineList(AppState& app);
+std::vector<SafeEntry> LoadSafePrograms(const std::string& programFolder, EventLog& log);
+std::optional<std::string> LoadOnlineTemplate(const std::string& programFolder);
 
 } // namespace tolvane

@@ -6,24 +6,25 @@
 
 namespace tolvane {
 
-void LoadSafePrograms(AppState& app) {
-    app.SafeList.assign(1, SafeEntry{});
-    const std::string path = app.folders.ProgramFolder + "\\data\\safelist.dat";
+std::vector<SafeEntry> LoadSafePrograms(const std::string& programFolder, EventLog& log) {
+    const std::string path = programFolder + "\\data\\safelist.dat";
     if (!IsFile(path))
-        return;
+        return std::vector<SafeEntry>(1);
     try {
         auto bytes = ReadFileBytes(path);
         if (!bytes)
             throw FileError("cannot read \"" + path + "\"");
-        app.SafeList = ParseSafeList(*bytes);
+        return ParseSafeList(*bytes);
     } catch (const std::exception& e) {
-        app.log.WriteLog(std::string("LoadSafePrograms:") + e.what(), kLogWarning);
+        log.WriteLog(std::string("LoadSafePrograms:") + e.what(), kLogWarning);
     }
+    return std::vector<SafeEntry>(1);
 }
 
-void LoadOnlineList(AppState& app) {
-    if (auto bytes = ReadFileBytes(app.folders.ProgramFolder + "\\data\\online.txt"))
-        app.OnlineSearchTemplate = ParseOnlineTemplate(*bytes);
+std::optional<std::string> LoadOnlineTemplate(const std::string& programFolder) {
+    if (auto bytes = ReadFileBytes(programFolder + "\\data\\online.txt"))
+        return ParseOnlineTemplate(*bytes);
+    return std::nullopt;
 }
 
 } // namespace tolvane

@@ -48,16 +48,16 @@ private:
 
 // Waits until the deadline, or until `done` turns true, with the wait flags as the tray and the
 // window read them.
-void WaitUntil(AppState& app, RunClock& clock, uint64_t deadline,
+void WaitUntil(WaitFlags& wait, EventLog& log, RunClock& clock, uint64_t deadline,
                const std::function<bool()>& done = nullptr) {
-    const bool outer = app.wait.WaitActive;
-    app.wait.WaitActive = true;
+    const bool outer = wait.WaitActive;
+    wait.WaitActive = true;
     try {
-        clock.WaitUntil(deadline, [&] { return app.wait.QuitRequested || (done && done()); });
+        clock.WaitUntil(deadline, [&] { return wait.QuitRequested || (done && done()); });
     } catch (const std::exception& e) {
-        app.log.WriteLog(std::string("Error in wait: ") + e.what(), kLogWarning);
+        log.WriteLog(std::string("Error in wait: ") + e.what(), kLogWarning);
     }
-    app.wait.WaitActive = outer;
+    wait.WaitActive = outer;
 }
 
 // Waits, from now, until the machine has been idle long enough or the delay and the longest
@@ -66,7 +66,7 @@ void WaitForIdleMachine(AppState& app, RunClock& clock, uint64_t delayMs) {
     const uint64_t begun = clock.NowMs();
     const uint64_t latest = begun + delayMs + kIdleLongestExtraMs;
     if (!clock.CanSampleLoad()) {
-        WaitUntil(app, clock, begun + delayMs);
+        WaitUntil(app.wait, app.log, clock, begun + delayMs);
         return;
     }
     IdleDetector detector;
@@ -75,12 +75,12 @@ void WaitForIdleMachine(AppState& app, RunClock& clock, uint64_t delayMs) {
         const uint64_t now = clock.NowMs();
         if (now >= latest)
             return;
-        WaitUntil(app, clock, std::min(latest, now + kIdleWindowMs));
+        WaitUntil(app.wait, app.log, clock, std::min(latest, now + kIdleWindowMs));
         if (app.wait.QuitRequested)
             return;
         const std::optional<LoadSample> load = clock.SampleLoad();
         if (!load) {
-            WaitUntil(app, clock, begun + delayMs);
+            WaitUntil(app.wait, app.log, clock, begun + delayMs);
             return;
         }
         if (detector.Add(*load))
@@ -104,14 +104,10 @@ RunClock& MessageLoopClock() {
     return clock;
 }
 
-void WaitMilliseconds(AppState& app, long long milliseconds) {
-    WaitMilliseconds(app, MessageLoopClock(), milliseconds);
-}
-
-void WaitMilliseconds(AppState& app, RunClock& clock, long long milliseconds) {
+void WaitMilliseconds(WaitFlags& wait, EventLog& log, RunClock& clock, long long milliseconds) {
     if (milliseconds <= 0)
         return;
-    WaitUntil(app, clock, clock.NowMs() + static_cast<uint64_t>(milliseconds));
+    WaitUntil(wait, log, clock, clock.NowMs() + static_cast<uint64_t>(milliseconds));
 }
 
 void StartDelayedProgram(AppState& app, RunClock& clock, const GroupProgram& program,
@@ -124,7 +120,7 @@ void StartDelayedProgram(AppState& app, RunClock& clock, const GroupProgram& pro
 void DelayedRun(AppState& app, MainWindowControl& window) {
     DelayedRun(app, window, MessageLoopClock(),
                [&](const std::string& path, const std::string& parameters, const ImpactKey* item) {
-                   LaunchMeasured(app, path, parameters, item);
+                   LaunchMeasured(app.log, app.watcher, path, parameters, item);
                });
 }
 
@@ -141,7 +137,7 @@ void WaitForTurn(AppState& app, RunClock& clock, uint64_t notBefore, uint64_t de
             return;
         beforeWaiting();
         const unsigned seen = app.starts.Changes;
-        WaitUntil(app, clock, deadline, [&] { return app.starts.Changes != seen; });
+        WaitUntil(app.wait, app.log, clock, deadline, [&] { return app.starts.Changes != seen; });
     }
 }
 
@@ -168,7 +164,7 @@ void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
         // A program started before the window gets a head start: making the window and its
         // tray icon at that very moment would compete with the program's own start.
         if (app.starts.LastMs)
-            WaitUntil(app, clock, *app.starts.LastMs + kHeadStartMs);
+            WaitUntil(app.wait, app.log, clock, *app.starts.LastMs + kHeadStartMs);
         window.Ready();
     };
 
@@ -184,7 +180,7 @@ void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
         if (waitForIdle)
             WaitForIdleMachine(app, clock, mainDelay);
         else
-            WaitUntil(app, clock, runStart + mainDelay);
+            WaitUntil(app.wait, app.log, clock, runStart + mainDelay);
         const uint64_t mainWaitOver = clock.NowMs();
         LogInfo(app, TimeOfDayText() + "  Wait over.");
 
@@ -220,7 +216,7 @@ void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
     // with the tray still there. Opening the window meanwhile keeps the program.
     auto ends = [&] { return !window.IsVisible() && model.StartupType == 1; };
     if (!app.wait.QuitRequested && ends() && app.watcher)
-        WaitUntil(app, clock, clock.NowMs() + kImpactWatchMs + kSliceMs,
+        WaitUntil(app.wait, app.log, clock, clock.NowMs() + kImpactWatchMs + kSliceMs,
                   [&] { return !app.watcher->Busy() || !ends(); });
     if (!app.wait.QuitRequested) {
         if (ends())

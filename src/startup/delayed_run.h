@@ -14,6 +14,8 @@
 namespace tolvane {
 
 class AppState;
+class EventLog;
+struct WaitFlags;
 struct GroupProgram;
 struct ImpactKey;
 
@@ -61,8 +63,7 @@ uint64_t DelayMilliseconds(float seconds);
 // Waits the time while the message loop is served; stops at once when the program is quitting.
 // A wait inside another (a tray command while the log-on run waits) leaves WaitActive as the
 // outer wait has it.
-void WaitMilliseconds(AppState& app, long long milliseconds);
-void WaitMilliseconds(AppState& app, RunClock& clock, long long milliseconds);
+void WaitMilliseconds(WaitFlags& wait, EventLog& log, RunClock& clock, long long milliseconds);
 
 // Starts a delayed program now, by hand or by the run, and notes the start, so that the run
 // starts it no second time and spaces its next start from this one.

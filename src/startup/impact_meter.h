@@ -12,7 +12,8 @@
 
 #include <windows.h>
 
-#include "config/app_state.h"
+#include "config/run_state.h"
+#include "platform/event_log.h"
 #include "platform/handles.h"
 #include "platform/threads.h"
 

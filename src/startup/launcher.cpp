@@ -6,7 +6,8 @@
 
 #include "platform/handles.h"
 #include "platform/message_pump.h"
-#include "config/app_state.h"
+#include "config/run_state.h"
+#include "platform/event_log.h"
 #include "text/strings.h"
 
 namespace tolvane {
@@ -42,29 +43,29 @@ bool ShellOpen(const std::string& path, const std::string& parameters, UniqueHan
 
 } // namespace
 
-UniqueHandle LaunchProgram(AppState& app, std::string_view path, std::string_view parameters) {
+UniqueHandle LaunchProgram(EventLog& log, std::string_view path, std::string_view parameters) {
     YieldToMessageLoop();
     const std::string file(path);
     UniqueHandle process;
     if (!ShellOpen(file, std::string(parameters), process)) {
         if (Contains(file, "\"")) {
-            process = LaunchProgram(app, RemoveAll(file, '"'), parameters);
+            process = LaunchProgram(log, RemoveAll(file, '"'), parameters);
         } else {
-            app.log.WriteLog("Program: " + file + " failed to start.", kLogError);
+            log.WriteLog("Program: " + file + " failed to start.", kLogError);
         }
     }
     YieldToMessageLoop();
     return process;
 }
 
-void LaunchMeasured(AppState& app, const std::string& path, const std::string& parameters,
-                    const ImpactKey* item) {
-    if (item && app.watcher)
-        app.watcher->Prepare();
+void LaunchMeasured(EventLog& log, StartWatcher* watcher, const std::string& path,
+                    const std::string& parameters, const ImpactKey* item) {
+    if (item && watcher)
+        watcher->Prepare();
     const uint64_t started = NowMs();
-    UniqueHandle process = LaunchProgram(app, path, parameters);
-    if (item && app.watcher)
-        app.watcher->Watch(*item, process.release(), RemoveAll(path, '"'), started);
+    UniqueHandle process = LaunchProgram(log, path, parameters);
+    if (item && watcher)
+        watcher->Watch(*item, process.release(), RemoveAll(path, '"'), started);
 }
 
 } // namespace tolvane

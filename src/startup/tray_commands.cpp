@@ -82,7 +82,8 @@ void RunGroupNow(AppState& app, int groupIndex, RunClock& clock, const ProgramLa
             continue;
         if (app.wait.QuitRequested)
             return;
-        WaitMilliseconds(app, clock, static_cast<long long>(DelayMilliseconds(program.Delay)));
+        WaitMilliseconds(app.wait, app.log, clock,
+                         static_cast<long long>(DelayMilliseconds(program.Delay)));
         if (app.wait.QuitRequested)
             return;
         Start(app, clock, program, launch);
@@ -106,7 +107,8 @@ void TrayMenuCommand(AppState& app, MainWindowControl& window, const TrayMenu& m
         const GroupProgram program = group->Programs[static_cast<size_t>(choice.Index)];
         if (program.Path.empty())
             return;
-        WaitMilliseconds(app, clock, static_cast<long long>(DelayMilliseconds(program.Delay)));
+        WaitMilliseconds(app.wait, app.log, clock,
+                         static_cast<long long>(DelayMilliseconds(program.Delay)));
         if (!app.wait.QuitRequested)
             Start(app, clock, program, launch);
         return;
@@ -128,9 +130,11 @@ void TrayMenuCommand(AppState& app, MainWindowControl& window, const TrayMenu& m
 }
 
 void TrayMenuCommand(AppState& app, MainWindowControl& window, const TrayMenu& menu, int number) {
-    TrayMenuCommand(app, window, menu, number, MessageLoopClock(),
-                    [&](const std::string& path, const std::string& parameters,
-                        const ImpactKey* item) { LaunchMeasured(app, path, parameters, item); });
+    TrayMenuCommand(
+        app, window, menu, number, MessageLoopClock(),
+        [&](const std::string& path, const std::string& parameters, const ImpactKey* item) {
+            LaunchMeasured(app.log, app.watcher, path, parameters, item);
+        });
 }
 
 } // namespace tolvane

@@ -72,12 +72,12 @@ const std::map<int, int>& ToolbarIcons() {
 
 // Shows a modeless dialog, or brings it to the front when it is open already.
 template <class D, class... Args>
-void OpenModeless(std::unique_ptr<D>& dialog, HINSTANCE instance, HWND owner, Args&... args) {
+void OpenModeless(std::unique_ptr<D>& dialog, HINSTANCE instance, HWND owner, Args&&... args) {
     if (dialog && dialog->Hwnd()) {
         SetForegroundWindow(dialog->Hwnd());
         return;
     }
-    dialog = std::make_unique<D>(args...);
+    dialog = std::make_unique<D>(std::forward<Args>(args)...);
     if (!dialog->ShowModeless(instance, owner))
         dialog.reset();
 }
@@ -96,7 +96,7 @@ MainWindow::MainWindow(AppState& app, HINSTANCE instance)
         ShellExecuteA(Hwnd(), nullptr, target.c_str(), nullptr, "", SW_SHOWNORMAL);
     };
     OpenGroupEditor = [this](std::optional<GroupProgram> record) {
-        GroupEditorDialog editor(app_);
+        GroupEditorDialog editor(app_.Store(), app_.text, app_.messages, app_.log);
         editor.OpenOn(std::move(record));
         editor.ShowModal(instance_, Hwnd());
         // The editor may have changed the delayed programs.
@@ -133,10 +133,14 @@ void MainWindow::AddCommands() {
         if (OpenGroupEditor)
             OpenGroupEditor(std::nullopt);
     });
-    commands_.Add(ID_CMD_OPTIONS, [this] { OpenModeless(options_, instance_, Hwnd(), app_); });
-    commands_.Add(ID_CMD_TIPS, [this] { OpenModeless(tip_, instance_, Hwnd(), app_); });
+    commands_.Add(ID_CMD_OPTIONS, [this] {
+        OpenModeless(options_, instance_, Hwnd(), app_.Store(), app_.text, app_.messages, app_.log);
+    });
+    commands_.Add(ID_CMD_TIPS, [this] {
+        OpenModeless(tip_, instance_, Hwnd(), app_.Store(), app_.text, app_.log);
+    });
     commands_.Add(ID_CMD_ABOUT, [this] {
-        AboutDialog about(app_, OpenWithShell);
+        AboutDialog about(app_.text, app_.log, OpenWithShell);
         about.ShowModal(instance_, Hwnd());
     });
     commands_.Add(ID_CMD_HELP, [this] { OpenHelp(); });

@@ -23,13 +23,13 @@ TEST(Launcher, AQuotedPathStartsOnTheSecondAttemptAndAFailureIsLoggedOnce) {
     AppState app{folder.Path(), messages};
     const std::string recorder = test::HelperProgram("start_recorder.exe");
     const std::string record = folder / "record.txt";
-    LaunchProgram(app, "\"" + recorder + "\"", record + " quoted"); // as a Run value holds it
+    LaunchProgram(app.log, "\"" + recorder + "\"", record + " quoted"); // as a Run value holds it
     EXPECT_EQ(test::Names(test::WaitForStarts(record, 1)), std::vector<std::string>{"quoted"});
     EXPECT_EQ(ReadFileBytes(folder / "log.txt"), ""); // nothing failed
 
-    LaunchProgram(app, "C:\\no\\such.exe", "");
-    LaunchProgram(app, "\"C:\\no\\quoted.exe\"", "-x");
-    LaunchProgram(app, "", "");
+    LaunchProgram(app.log, "C:\\no\\such.exe", "");
+    LaunchProgram(app.log, "\"C:\\no\\quoted.exe\"", "-x");
+    LaunchProgram(app.log, "", "");
     EXPECT_EQ(ReadFileBytes(folder / "log.txt"),
               "Error: Program: C:\\no\\such.exe failed to start.\r\n"
               "Error: Program: C:\\no\\quoted.exe failed to start.\r\n"

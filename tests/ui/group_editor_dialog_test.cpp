@@ -79,7 +79,7 @@ protected:
     }
     bool Enabled(int control) { return IsWindowEnabled(GetDlgItem(hwnd, control)); }
 
-    GroupEditorDialog dialog{app};
+    GroupEditorDialog dialog{app.Store(), app.text, app.messages, app.log};
     HWND hwnd = nullptr;
 };
 
@@ -128,7 +128,7 @@ TEST_F(GroupEditorDialogTest, AddRenameAndRemoveAGroupWithItsProgram) {
                 file.AddProgramToGroup(-1, p.Command, p.Path, p.Parameters, p.Delay,
                                        p.RegistryKeyName);
         });
-        GroupEditorDialog onItem(app);
+        GroupEditorDialog onItem(app.Store(), app.text, app.messages, app.log);
         onItem.OpenOn(second);
         ASSERT_TRUE(onItem.ShowModeless(GetModuleHandleA(nullptr), nullptr));
         Pump();

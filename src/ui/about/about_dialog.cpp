@@ -4,7 +4,6 @@
 
 #include <cstdlib>
 
-#include "config/app_state.h"
 #include "platform/version_info.h"
 #include "ui/about/about_ids.h"
 #include "ui/maker_links.h"
@@ -31,8 +30,9 @@ std::string VersionText(unsigned major, unsigned minor, unsigned revision) {
            std::to_string(revision);
 }
 
-AboutDialog::AboutDialog(AppState& app, std::function<void(const std::string&)> open)
-    : Dialog(&app.log, "About Error: "), app_(app), open_(std::move(open)) {
+AboutDialog::AboutDialog(const TextTables& text, EventLog& log,
+                         std::function<void(const std::string&)> open)
+    : Dialog(&log, "About Error: "), text_(text), open_(std::move(open)) {
     if (!open_)
         open_ = [](const std::string& address) {
             ShellExecuteA(nullptr, nullptr, address.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
@@ -54,7 +54,7 @@ void AboutDialog::Init() {
         SetText(IDC_AB_VERSION, VersionText(version->Major, version->Minor, version->Revision));
     SetText(IDC_AB_FORUM, kForumsAddress);
     SetText(IDC_AB_UPDATES, kMainPageAddress);
-    SetText(IDOK, TextTables::Entry(app_.text.Buttons, 0));
+    SetText(IDOK, TextTables::Entry(text_.Buttons, 0));
 
     // The links underlined, in the dialog's face.
     linkFont_ =

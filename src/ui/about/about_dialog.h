@@ -9,11 +9,11 @@
 
 #include "platform/handles.h"
 #include "ui/about/about_ids.h"
+#include "platform/event_log.h"
+#include "text/text_tables.h"
 #include "ui/dialog.h"
 
 namespace tolvane {
-
-class AppState;
 
 // "Version " and the major, minor and revision numbers joined by full stops.
 std::string VersionText(unsigned major, unsigned minor, unsigned revision);
@@ -23,7 +23,8 @@ public:
     static constexpr int kTemplateId = IDD_ABOUT;
 
     // open: how an address is opened; by default the shell, with no owner window.
-    explicit AboutDialog(AppState& app, std::function<void(const std::string&)> open = {});
+    AboutDialog(const TextTables& text, EventLog& log,
+                std::function<void(const std::string&)> open = {});
 
     bool OnMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result);
 
@@ -33,7 +34,7 @@ private:
     // The address behind a link control; nullptr for any other control.
     static const char* AddressOf(int control);
 
-    AppState& app_;
+    const TextTables& text_;
     std::function<void(const std::string&)> open_;
     UniqueGdiObject linkFont_;
 };

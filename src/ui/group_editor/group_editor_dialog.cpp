@@ -2,7 +2,6 @@
 
 #include <windowsx.h>
 
-#include "config/app_state.h"
 #include "config/program_group_store.h"
 #include "config/language_files.h"
 #include "platform/dir_struct.h"
@@ -25,20 +24,21 @@ const std::vector<std::string> kOwnCaptions = {"Add &New",
 
 } // namespace
 
-GroupEditorDialog::GroupEditorDialog(AppState& app)
-    : Dialog(&app.log, "Program Groups Error: "), app_(app),
-      editor_(app.model, *this, app.messages,
-              GroupEditorTexts{app.text.Messages, app.folders.UserItemsFolder,
-                               app.folders.AllUsersItemsFolder}) {}
+GroupEditorDialog::GroupEditorDialog(ProgramGroupStore store, const TextTables& text,
+                                     UserMessages& messages, EventLog& log)
+    : Dialog(&log, "Program Groups Error: "), store_(store), text_(text),
+      editor_(store.Model(), *this, messages,
+              GroupEditorTexts{text.Messages, store.Folders().UserItemsFolder,
+                               store.Folders().AllUsersItemsFolder}) {}
 
 GroupEditorDialog::~GroupEditorDialog() = default;
 
 void GroupEditorDialog::Change(const std::function<void(ProgramModel&)>& change) {
-    app_.Store().Change(change);
+    store_.Change(change);
 }
 
 void GroupEditorDialog::LoadItems() {
-    app_.Store().Load();
+    store_.Load();
 }
 
 bool GroupEditorDialog::FileExists(const std::string& path) {
@@ -76,7 +76,8 @@ void GroupEditorDialog::Init() {
 
 void GroupEditorDialog::ApplyCaptions() {
     std::vector<std::string> own = kOwnCaptions;
-    LoadLanguageTextFile(app_.folders.ProgramFolder, app_.model.Language, own, "properties");
+    LoadLanguageTextFile(store_.Folders().ProgramFolder, store_.Model().Language, own,
+                         "properties");
     const int ownControls[] = {
         IDC_GE_ADD_NEW,          IDC_GE_EDIT,        IDC_GE_GROUP_LABEL, IDC_GE_PATH_LABEL,
         IDC_GE_PARAMETERS_LABEL, IDC_GE_DELAY_LABEL, IDC_GE_SECONDS};
@@ -84,7 +85,7 @@ void GroupEditorDialog::ApplyCaptions() {
         SetText(ownControls[i], own[i]);
     // The tree's rows are labelled like the fields; the message line is the model's.
     editor_.SetCaptions(own[4], own[5], own[7]);
-    const auto& buttons = app_.text.Buttons;
+    const auto& buttons = text_.Buttons;
     SetText(IDOK, TextTables::Entry(buttons, 0));
     SetText(IDCANCEL, TextTables::Entry(buttons, 1));
     SetText(IDC_GE_BROWSE, TextTables::Entry(buttons, 4));
@@ -109,7 +110,7 @@ void GroupEditorDialog::RenderButtons() {
     enable(IDC_GE_ADD_NEW, editor_.AddModeEnabled);
     SetChecked(IDC_GE_ADD_NEW, editor_.AddMode);
     SetChecked(IDC_GE_EDIT, !editor_.AddMode);
-    SetText(IDC_GE_ADD, TextTables::Entry(app_.text.Buttons, editor_.AddMode ? 3 : 7));
+    SetText(IDC_GE_ADD, TextTables::Entry(text_.Buttons, editor_.AddMode ? 3 : 7));
     if (Text(IDC_GE_MESSAGE) != editor_.Message)
         SetText(IDC_GE_MESSAGE, editor_.Message);
 }

@@ -9,19 +9,21 @@
 #include <string>
 #include <vector>
 
+#include "config/program_group_store.h"
+#include "platform/event_log.h"
+#include "text/text_tables.h"
 #include "ui/dialog.h"
 #include "ui/group_editor/group_editor_model.h"
 #include "ui/tree_view.h"
 
 namespace tolvane {
 
-class AppState;
-
 class GroupEditorDialog : public Dialog<GroupEditorDialog>, private GroupEditorFiles {
 public:
     static constexpr int kTemplateId = 300; // IDD_GROUP_EDITOR
 
-    explicit GroupEditorDialog(AppState& app);
+    GroupEditorDialog(ProgramGroupStore store, const TextTables& text, UserMessages& messages,
+                      EventLog& log);
     ~GroupEditorDialog();
 
     // Opens on this program of the "Startup" group, a delayed item's record, when one is given
@@ -47,7 +49,8 @@ private:
     void ReadFields();
     void Command(int control, int code);
 
-    AppState& app_;
+    ProgramGroupStore store_;
+    const TextTables& text_;
     GroupEditor editor_;
     std::unique_ptr<TreeViewControl> tree_;
     std::optional<GroupProgram> record_;

@@ -1,6 +1,5 @@
 #include "ui/options/options_dialog.h"
 
-#include "config/app_state.h"
 #include "config/program_group_store.h"
 #include "platform/environment.h"
 #include "config/language_files.h"
@@ -25,38 +24,38 @@ std::string LocaleDecimalSeparator() {
                : ".";
 }
 
-OptionsDialog::OptionsDialog(AppState& app)
-    : Dialog(&app.log, "Options Error: "), app_(app),
-      model_(app.model, *this, app.messages, app.text.Messages, LocaleDecimalSeparator()) {}
+OptionsDialog::OptionsDialog(ProgramGroupStore store, const TextTables& text,
+                             UserMessages& messages, EventLog& log)
+    : Dialog(&log, "Options Error: "), store_(store), text_(text), messages_(messages), log_(log),
+      model_(store.Model(), *this, messages, text.Messages, LocaleDecimalSeparator()) {}
 
 void OptionsDialog::UpdateRunEntry(int startupType) {
     // The settings are kept all the same; the user learns that Windows will not follow them.
     constexpr size_t kOwnRunEntryMessage = 37;
-    if (!::tolvane::UpdateRunEntry(startupType, app_.folders.RunCommand, app_.model, app_.log))
-        app_.messages.ShowMessage(app_.text.Message(kOwnRunEntryMessage), "Tolvane",
-                                  kMbOk | kMbIconExclamation);
+    if (!::tolvane::UpdateRunEntry(startupType, store_.Folders().RunCommand, store_.Model(), log_))
+        messages_.ShowMessage(text_.Message(kOwnRunEntryMessage), "Tolvane",
+                              kMbOk | kMbIconExclamation);
 }
 
 void OptionsDialog::Change(const std::function<void(ProgramModel&)>& change) {
-    app_.Store().Change(change);
+    store_.Change(change);
 }
 
 void OptionsDialog::Log(std::string_view text, int level) {
-    app_.log.WriteLog(text, level);
+    log_.WriteLog(text, level);
 }
 
 std::string OptionsDialog::ProgramFolderOfOneUser() {
-    return FolderInUserProfile(app_.folders.ProgramFolder) ? app_.folders.ProgramFolder
-                                                           : std::string();
+    return FolderInUserProfile(store_.Folders().ProgramFolder) ? store_.Folders().ProgramFolder
+                                                               : std::string();
 }
 
 void OptionsDialog::Init() {
     std::vector<std::string> texts = BuiltInOptionsTexts();
-    LoadLanguageTextFile(app_.folders.ProgramFolder, app_.model.Language, texts, "options");
+    LoadLanguageTextFile(store_.Folders().ProgramFolder, store_.Model().Language, texts, "options");
     auto text = [&](size_t entry) { return TextTables::Entry(texts, entry); };
 
-    const std::string caption =
-        WithoutMnemonic(TextTables::Entry(app_.text.Menus, kOptionsMenuEntry));
+    const std::string caption = WithoutMnemonic(TextTables::Entry(text_.Menus, kOptionsMenuEntry));
     if (!caption.empty())
         SetWindowTextA(Hwnd(), caption.c_str());
     HWND pages = GetDlgItem(Hwnd(), IDC_OPT_PAGES);
@@ -86,8 +85,8 @@ void OptionsDialog::Init() {
                                                {IDC_OPT_WAIT_IDLE, kOptionsWaitForIdle}};
     for (const auto& [control, entry] : captions)
         SetText(control, text(entry));
-    SetText(IDOK, TextTables::Entry(app_.text.Buttons, 0));
-    SetText(IDCANCEL, TextTables::Entry(app_.text.Buttons, 1));
+    SetText(IDOK, TextTables::Entry(text_.Buttons, 0));
+    SetText(IDCANCEL, TextTables::Entry(text_.Buttons, 1));
 
     HWND delay = GetDlgItem(Hwnd(), IDC_OPT_DELAY);
     SetText(IDC_OPT_DELAY, model_.DelayText);

@@ -8,18 +8,20 @@
 #include <vector>
 
 #include "ui/options/options_ids.h"
+#include "config/program_group_store.h"
+#include "platform/event_log.h"
+#include "text/text_tables.h"
 #include "ui/dialog.h"
 #include "ui/options/options_model.h"
 
 namespace tolvane {
 
-class AppState;
-
 class OptionsDialog : public Dialog<OptionsDialog>, private OptionsHost {
 public:
     static constexpr int kTemplateId = IDD_OPTIONS;
 
-    explicit OptionsDialog(AppState& app);
+    OptionsDialog(ProgramGroupStore store, const TextTables& text, UserMessages& messages,
+                  EventLog& log);
 
     OptionsModel& Model() { return model_; }
 
@@ -35,7 +37,10 @@ private:
     void Init();
     void ReadFields();
 
-    AppState& app_;
+    ProgramGroupStore store_;
+    const TextTables& text_;
+    UserMessages& messages_;
+    EventLog& log_;
     OptionsModel model_;
 };
 

@@ -4,7 +4,6 @@
 #include <exception>
 #include <random>
 
-#include "config/app_state.h"
 #include "config/program_group_store.h"
 #include "config/language_files.h"
 #include "platform/file_io.h"
@@ -22,23 +21,24 @@ std::function<double()> ClockSeededRandom() {
 
 } // namespace
 
-TipDialog::TipDialog(AppState& app, std::function<double()> random)
-    : Dialog(&app.log, "Tip of the Day Error: "), app_(app),
+TipDialog::TipDialog(ProgramGroupStore store, const TextTables& text, EventLog& log,
+                     std::function<double()> random)
+    : Dialog(&log, "Tip of the Day Error: "), store_(store), text_(text), log_(log),
       tips_(random ? std::move(random) : ClockSeededRandom()) {}
 
-std::string TipDialog::TipFilePath(const AppState& app) {
-    return app.folders.ProgramFolder + "\\lang\\" + LanguageFile(app.model.Language, "tipofday");
+std::string TipDialog::TipFilePath(const AppFolders& folders, const std::string& language) {
+    return folders.ProgramFolder + "\\lang\\" + LanguageFile(language, "tipofday");
 }
 
 void TipDialog::Init() {
-    SetChecked(IDC_TIP_SHOW, app_.model.ShowTipsAtStartup != 0);
+    SetChecked(IDC_TIP_SHOW, store_.Model().ShowTipsAtStartup != 0);
     texts_ = BuiltInTipTexts();
-    LoadLanguageTextFile(app_.folders.ProgramFolder, app_.model.Language, texts_, "tips");
+    LoadLanguageTextFile(store_.Folders().ProgramFolder, store_.Model().Language, texts_, "tips");
     SetWindowTextA(Hwnd(), TextTables::Entry(texts_, kTipCaption).c_str());
     SetText(IDC_TIP_NEXT, TextTables::Entry(texts_, kTipNextTip));
     SetText(IDC_TIP_HEADING, TextTables::Entry(texts_, kTipDidYouKnow));
     SetText(IDC_TIP_SHOW, TextTables::Entry(texts_, kTipShowAtStartup));
-    SetText(IDOK, TextTables::Entry(app_.text.Buttons, 0));
+    SetText(IDOK, TextTables::Entry(text_.Buttons, 0));
 
     // The heading in the bold face of the dialog's font, a little larger.
     headingFont_ = FontFor({IDC_TIP_HEADING}, [](LOGFONTA& face) {
@@ -46,20 +46,21 @@ void TipDialog::Init() {
         face.lfHeight = face.lfHeight * 5 / 4;
     });
 
-    tips_.LoadTips(ReadFileBytes(TipFilePath(app_))); // nothing when there is no such file
+    tips_.LoadTips(ReadFileBytes(TipFilePath(
+        store_.Folders(), store_.Model().Language))); // nothing when there is no such file
     SetText(IDC_TIP_TEXT, tips_.Shown(texts_));
 }
 
 void TipDialog::WriteBack() {
     const auto value =
-        TipOfDay::ShowTipsOnClose(Checked(IDC_TIP_SHOW), app_.model.ShowTipsAtStartup);
+        TipOfDay::ShowTipsOnClose(Checked(IDC_TIP_SHOW), store_.Model().ShowTipsAtStartup);
     if (!value)
         return;
     try {
-        app_.Store().Change([&](ProgramModel& file) { file.ShowTipsAtStartup = *value; });
+        store_.Change([&](ProgramModel& file) { file.ShowTipsAtStartup = *value; });
     } catch (const std::exception& e) {
         // The setting stays as the file has it: the next start shows what the file says.
-        app_.log.WriteLog(std::string("Tip of the Day: ") + e.what(), kLogError);
+        log_.WriteLog(std::string("Tip of the Day: ") + e.what(), kLogError);
     }
 }
 

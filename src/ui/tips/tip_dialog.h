@@ -10,33 +10,37 @@
 
 #include "platform/handles.h"
 #include "ui/tips/tip_ids.h"
+#include "config/program_group_store.h"
+#include "platform/event_log.h"
+#include "text/text_tables.h"
 #include "ui/dialog.h"
 #include "ui/tips/tip_model.h"
 
 namespace tolvane {
-
-class AppState;
 
 class TipDialog : public Dialog<TipDialog> {
 public:
     static constexpr int kTemplateId = IDD_TIP;
 
     // random gives a uniform number in [0, 1); by default a generator seeded from the clock.
-    explicit TipDialog(AppState& app, std::function<double()> random = {});
+    TipDialog(ProgramGroupStore store, const TextTables& text, EventLog& log,
+              std::function<double()> random = {});
 
     TipOfDay& Model() { return tips_; }
 
     bool OnMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result);
 
     // "lang\<code>\tipofday.<code>" in the program folder.
-    static std::string TipFilePath(const AppState& app);
+    static std::string TipFilePath(const AppFolders& folders, const std::string& language);
 
 private:
     friend class Dialog<TipDialog>;
     void Init();
     void WriteBack();
 
-    AppState& app_;
+    ProgramGroupStore store_;
+    const TextTables& text_;
+    EventLog& log_;
     TipOfDay tips_;
     std::vector<std::string> texts_;
     UniqueGdiObject headingFont_;

@@ -220,9 +220,30 @@ SavedCopyMatch MatchSavedCopies(const ProgramModel& model, int location,
             }
         return false;
     };
-    auto named = [](std::string_view name) {
-        return [name = Plain(name)](const NameData& c) { return Plain(c.Name) == name; };
+    // The copies by a key of each, in their order: a key is looked up instead of comparing every
+    // record with every copy, which a thousand delayed values would make a million comparisons.
+    using Keyed = std::vector<std::pair<std::string, size_t>>;
+    auto index = [&](auto keyOf) {
+        Keyed keyed;
+        keyed.reserve(copies.size());
+        for (size_t i = 0; i < copies.size(); ++i)
+            keyed.emplace_back(keyOf(copies[i]), i);
+        std::sort(keyed.begin(), keyed.end());
+        return keyed;
     };
+    // The first copy not yet taken among those of the key that also matches.
+    auto claimKeyed = [&](int& to, const Keyed& keyed, const std::string& key, auto matches) {
+        auto it = std::lower_bound(keyed.begin(), keyed.end(), std::make_pair(key, size_t{0}));
+        for (; it != keyed.end() && it->first == key; ++it)
+            if (!taken[it->second] && matches(copies[it->second])) {
+                taken[it->second] = true;
+                to = static_cast<int>(it->second);
+                return true;
+            }
+        return false;
+    };
+    auto any = [](const NameData&) { return true; };
+    const Keyed byName = index([](const NameData& c) { return Plain(c.Name); });
 
     // The delayed values first: their copies are theirs. A name is unique in one key, but the
     // machine's two views may each hold it; then the command tells the two copies apart.
@@ -233,16 +254,16 @@ SavedCopyMatch MatchSavedCopies(const ProgramModel& model, int location,
         };
         for (size_t i = 0; i < group->Programs.size(); ++i) {
             const GroupProgram& p = group->Programs[i];
-            if (ours(p))
-                claim(match.Delayed[i], [&](const NameData& c) {
-                    return named(p.RegistryKeyName)(c) &&
-                           CommandWords(c.Data) == CommandWords(p.Path + " " + p.Parameters);
-                });
+            if (!ours(p))
+                continue;
+            const std::string words = CommandWords(p.Path + " " + p.Parameters);
+            claimKeyed(match.Delayed[i], byName, Plain(p.RegistryKeyName),
+                       [&](const NameData& c) { return CommandWords(c.Data) == words; });
         }
         for (size_t i = 0; i < group->Programs.size(); ++i) {
             const GroupProgram& p = group->Programs[i];
             if (ours(p) && match.Delayed[i] < 0)
-                claim(match.Delayed[i], named(p.RegistryKeyName));
+                claimKeyed(match.Delayed[i], byName, Plain(p.RegistryKeyName), any);
         }
     }
 
@@ -254,17 +275,33 @@ SavedCopyMatch MatchSavedCopies(const ProgramModel& model, int location,
         return entry.substr(std::min(entry.size(), kPrefixLength));
     };
     // Entries that name their value: the copy with that name and command, then that name. The
-    // whole entry is compared, so a name that holds "=" is never cut at it.
-    for (int pass = 0; pass < 2; ++pass) {
-        for (size_t e = 0; e < match.Stopped.size(); ++e) {
-            const auto entry = entryOf(e);
-            if (!entry || !NamedStoppedValue(*entry) || match.Stopped[e] >= 0)
-                continue;
-            const std::string exact = Trim(*entry);
-            claim(match.Stopped[e], [&](const NameData& c) {
-                return pass == 0 ? StoppedRunEntry(c.Name, c.Data) == exact
-                                 : StoppedEntryNames(exact, c.Name);
-            });
+    // whole entry is compared, so a name that holds "=" is never cut at it: each "=" of the
+    // entry may end the name.
+    const Keyed byEntry = index([](const NameData& c) { return StoppedRunEntry(c.Name, c.Data); });
+    for (size_t e = 0; e < match.Stopped.size(); ++e) {
+        const auto entry = entryOf(e);
+        if (entry && NamedStoppedValue(*entry) && match.Stopped[e] < 0)
+            claimKeyed(match.Stopped[e], byEntry, Trim(*entry), any);
+    }
+    for (size_t e = 0; e < match.Stopped.size(); ++e) {
+        const auto entry = entryOf(e);
+        if (!entry || !NamedStoppedValue(*entry) || match.Stopped[e] >= 0)
+            continue;
+        const std::string exact = Trim(*entry);
+        size_t first = copies.size();
+        for (size_t eq = exact.find('='); eq != std::string::npos; eq = exact.find('=', eq + 1)) {
+            const std::string name = exact.substr(0, eq);
+            auto it =
+                std::lower_bound(byName.begin(), byName.end(), std::make_pair(name, size_t{0}));
+            for (; it != byName.end() && it->first == name; ++it)
+                if (!taken[it->second]) {
+                    first = std::min(first, it->second);
+                    break;
+                }
+        }
+        if (first < copies.size()) {
+            taken[first] = true;
+            match.Stopped[e] = static_cast<int>(first);
         }
     }
     // Then entries that hold a path alone, as older versions stored them; they are compared

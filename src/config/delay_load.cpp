@@ -137,20 +137,6 @@ bool SavedCopyIsExpandable(const GroupProgram& program) {
     return saved.Expandable(MatchSavedCopies(one, location, saved.Copies).Delayed[0]);
 }
 
-std::vector<bool> DelayedCopiesExpandable(const ProgramModel& model, const SavedCopies& user,
-                                          const SavedCopies& machine) {
-    const ProgramGroup* group = model.StartupGroup();
-    std::vector<bool> expandable(group ? group->Programs.size() : 0, false);
-    for (const SavedCopies* copies : {&user, &machine}) {
-        const SavedCopies& saved = *copies;
-        const SavedCopyMatch match = MatchSavedCopies(model, saved.Location, saved.Copies);
-        for (size_t i = 0; i < expandable.size(); ++i)
-            if (match.Delayed[i] >= 0)
-                expandable[i] = saved.Expandable(match.Delayed[i]);
-    }
-    return expandable;
-}
-
 void CDelayLoad::WriteItems() {
     AtomicFileWriter file(filePath_);
     WriteProgramGroupFile(model_, text_.Languages,

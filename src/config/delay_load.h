@@ -101,10 +101,6 @@ std::string SavedKeyOf(int location);
 // variables of such a command before it starts it, and so does the program. The copy is the
 // one of its name whose command is the program's, else the first of its name.
 bool SavedCopyIsExpandable(const GroupProgram& program);
-// The same for every program of the Startup group at once, in its order, from the saved copies
-// of the two locations as already read.
-std::vector<bool> DelayedCopiesExpandable(const ProgramModel& model, const SavedCopies& user,
-                                          const SavedCopies& machine);
 
 // The Windows user's name, as the per-user folder is named.
 std::string WindowsUserName();

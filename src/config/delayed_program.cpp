@@ -71,26 +71,16 @@ std::optional<ProgramStart> ResolveDelayedProgram(const AppFolders& folders,
     return Resolve(folders, program, SavedCopyIsExpandable(program));
 }
 
-std::vector<std::string> WhyNotStarted(const ProgramModel& model, const AppFolders& folders,
-                                       const TextTables& text,
-                                       const std::vector<bool>& expandable) {
-    std::vector<std::string> why;
-    const ProgramGroup* group = model.StartupGroup();
-    if (!group)
-        return why;
-    for (size_t i = 0; i < group->Programs.size(); ++i) {
-        const GroupProgram& program = group->Programs[i];
-        std::string line;
-        if (!Trim(program.Path).empty()) {
-            const std::string word = model.BlockingWord(program.Path, program.Parameters);
-            if (!word.empty())
-                line = FillIn(text.Message(kNotStartedLine), {word});
-            else if (!Resolve(folders, program, i < expandable.size() && expandable[i]))
-                line = FillIn(text.Message(kNotFoundLine), {Trim(program.Path)});
-        }
-        why.push_back(std::move(line));
-    }
-    return why;
+std::string WhyNotStarted(const GroupProgram& program, bool expandable, const ProgramModel& model,
+                          const AppFolders& folders, const TextTables& text) {
+    if (Trim(program.Path).empty())
+        return std::string();
+    const std::string word = model.BlockingWord(program.Path, program.Parameters);
+    if (!word.empty())
+        return FillIn(text.Message(kNotStartedLine), {word});
+    if (!Resolve(folders, program, expandable))
+        return FillIn(text.Message(kNotFoundLine), {Trim(program.Path)});
+    return std::string();
 }
 
 } // namespace tolvane

@@ -31,11 +31,10 @@ struct ProgramStart {
 std::optional<ProgramStart> ResolveDelayedProgram(const AppFolders& folders,
                                                   const GroupProgram& program);
 
-// Why the log-on run will not start each program of the Startup group, in its order: the tip
-// line of its item, from the language's texts (the disallowed word that blocks it, or its file
-// that is not there); "" for one that will start.
-// expandable: whether each program's saved copy is an expandable value, in the group's order.
-std::vector<std::string> WhyNotStarted(const ProgramModel& model, const AppFolders& folders,
-                                       const TextTables& text, const std::vector<bool>& expandable);
+// Why the log-on run will not start a program of the Startup group: the tip line of its item,
+// from the language's texts (the disallowed word that blocks it, or its file that is not there);
+// "" when it will start. expandable: its value's saved copy is an expandable string.
+std::string WhyNotStarted(const GroupProgram& program, bool expandable, const ProgramModel& model,
+                          const AppFolders& folders, const TextTables& text);
 
 } // namespace tolvane

@@ -267,27 +267,35 @@ SavedCopyMatch MatchSavedCopies(const ProgramModel& model, int location,
         }
     }
 
+    // The location's stopped entries, each read once: its text without the prefix, trimmed, and
+    // whether it names its value.
+    struct Entry {
+        size_t Index;
+        std::string Text, Exact;
+        bool Named;
+    };
+    std::vector<Entry> entries;
     const std::string_view prefix = LocationPrefix(location);
-    auto entryOf = [&](size_t e) -> std::optional<std::string> {
+    for (size_t e = 0; e < model.StoppedPrograms.size(); ++e) {
         const std::string& entry = model.StoppedPrograms[e];
         if (std::string_view(entry).substr(0, kPrefixLength) != prefix)
-            return std::nullopt;
-        return entry.substr(std::min(entry.size(), kPrefixLength));
-    };
+            continue;
+        std::string text = entry.substr(std::min(entry.size(), kPrefixLength));
+        const bool named = NamedStoppedValue(text).has_value();
+        std::string exact = Trim(text);
+        entries.push_back({e, std::move(text), std::move(exact), named});
+    }
     // Entries that name their value: the copy with that name and command, then that name. The
     // whole entry is compared, so a name that holds "=" is never cut at it: each "=" of the
     // entry may end the name.
     const Keyed byEntry = index([](const NameData& c) { return StoppedRunEntry(c.Name, c.Data); });
-    for (size_t e = 0; e < match.Stopped.size(); ++e) {
-        const auto entry = entryOf(e);
-        if (entry && NamedStoppedValue(*entry) && match.Stopped[e] < 0)
-            claimKeyed(match.Stopped[e], byEntry, Trim(*entry), any);
-    }
-    for (size_t e = 0; e < match.Stopped.size(); ++e) {
-        const auto entry = entryOf(e);
-        if (!entry || !NamedStoppedValue(*entry) || match.Stopped[e] >= 0)
+    for (const Entry& entry : entries)
+        if (entry.Named)
+            claimKeyed(match.Stopped[entry.Index], byEntry, entry.Exact, any);
+    for (const Entry& entry : entries) {
+        if (!entry.Named || match.Stopped[entry.Index] >= 0)
             continue;
-        const std::string exact = Trim(*entry);
+        const std::string& exact = entry.Exact;
         size_t first = copies.size();
         for (size_t eq = exact.find('='); eq != std::string::npos; eq = exact.find('=', eq + 1)) {
             const std::string name = exact.substr(0, eq);
@@ -301,21 +309,20 @@ SavedCopyMatch MatchSavedCopies(const ProgramModel& model, int location,
         }
         if (first < copies.size()) {
             taken[first] = true;
-            match.Stopped[e] = static_cast<int>(first);
+            match.Stopped[entry.Index] = static_cast<int>(first);
         }
     }
     // Then entries that hold a path alone, as older versions stored them; they are compared
     // with the copies' commands, never with their names: exact path, trimmed, then contained.
     auto pathOf = [](const NameData& copy) { return PathAsOlderVersionsSplitIt(Trim(copy.Data)); };
-    for (size_t e = 0; e < match.Stopped.size(); ++e) {
-        const auto entry = entryOf(e);
-        if (!entry || NamedStoppedValue(*entry) || match.Stopped[e] >= 0)
+    for (const Entry& entry : entries) {
+        if (entry.Named || match.Stopped[entry.Index] >= 0)
             continue;
-        const std::string path = Plain(*entry);
+        const std::string path = Plain(entry.Text);
         if (path.empty())
             continue;
-        int& to = match.Stopped[e];
-        claim(to, [&](const NameData& c) { return pathOf(c) == *entry; }) ||
+        int& to = match.Stopped[entry.Index];
+        claim(to, [&](const NameData& c) { return pathOf(c) == entry.Text; }) ||
             claim(to, [&](const NameData& c) { return Plain(pathOf(c)) == path; }) ||
             claim(to, [&](const NameData& c) { return Contains(Plain(c.Data), path); });
     }

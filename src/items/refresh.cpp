@@ -57,6 +57,16 @@ void ReadSwitchedOff(CRegistry& registry, StartupListing& listing) {
     }
 }
 
+// Why a delayed program will not start, for its item's tip.
+struct Notices {
+    const ProgramModel& Model;
+    const AppFolders& Folders;
+    const TextTables& Text;
+    std::string operator()(const GroupProgram& program, bool expandable) const {
+        return WhyNotStarted(program, expandable, Model, Folders, Text);
+    }
+};
+
 } // namespace
 
 bool RefreshData(ProgramGroupStore store, const TextTables& text,
@@ -95,11 +105,10 @@ bool RefreshData(ProgramGroupStore store, const TextTables& text,
         // Measurements are shown, never needed: a missing or unreadable file shows none.
         const std::optional<std::string> impact = ReadFileBytes(store.File().ImpactFilePath());
         listing.Impacts = impact ? ParseImpactFile(*impact).Records : std::vector<ImpactRecord>();
-        listing.DelayedNotices = WhyNotStarted(
-            model, folders, text, DelayedCopiesExpandable(model, userCopies, machineCopies));
         StartupTreeHooks hooks;
         hooks.Timer = SecondsSinceMidnight;
         hooks.Progress = progress;
+        hooks.Notice = Notices{model, folders, text};
         BuildStartupTree(tree, listing, model, own, hooks);
     } catch (const std::exception& e) {
         log.WriteLog(std::string("RefreshData Error: ") + e.what(), kLogError);

@@ -359,8 +359,8 @@ void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramMod
                 continue; // a command of no location of its own
             TreeNode& node =
                 leaf(container, i, origin, item, kPopupTag, item.Wow32() ? kWow32Item : 0);
-            if (i < listing.DelayedNotices.size())
-                node.Notice = listing.DelayedNotices[i];
+            if (hooks.Notice)
+                node.Notice = hooks.Notice(p, item.Expandable);
         }
     }
     build.Progress(95);

@@ -102,10 +102,6 @@ struct StartupListing {
     // The last measurement of every item the program started.
     std::vector<ImpactRecord> Impacts;
 
-    // Why each program of the Startup group will not start at log-on, in its order; "" for one
-    // that will. Shown in the item's tip.
-    std::vector<std::string> DelayedNotices;
-
     // Every item the tree shows, in its order; each leaf's TreeNode::Item is its index here.
     std::vector<StartupItem> Items;
 };
@@ -124,6 +120,9 @@ struct StartupTreeHooks {
     std::function<long long()> Timer;
     // The refresh's progress, 0 to 100.
     std::function<void(double)> Progress;
+    // Why the log-on run will not start a delayed program, "" when it will; expandable: its
+    // value's saved copy is an expandable string. Shown in the item's tip.
+    std::function<std::string(const GroupProgram& program, bool expandable)> Notice;
 };
 
 // Rebuilds the tree and the listing's items. The program's own Run value (the first copy in

@@ -50,6 +50,12 @@ std::string NormalGroupName(std::string_view name) {
     return ReplaceAllCharacters(name, "_", " ");
 }
 
+std::string TypedGroupName(std::string_view name) {
+    // Trimmed after "_" became a blank: "_Startup_" is "Startup", not another group beside it
+    // that would take the log-on run's programs out of its reach.
+    return Trim(NormalGroupName(name));
+}
+
 bool SameRecord(const GroupProgram& a, const GroupProgram& b) {
     return a.Command == b.Command && a.Path == b.Path && a.Parameters == b.Parameters &&
            a.Delay == b.Delay && a.RegistryKeyName == b.RegistryKeyName;
@@ -212,7 +218,7 @@ void ProgramModel::RemoveStoppedProgram(std::string_view name, int code) {
 }
 
 int ProgramModel::AddGroup(std::string_view name) {
-    std::string normal = NormalGroupName(name);
+    std::string normal = TypedGroupName(name);
     int existing = GetGroupID(normal);
     if (existing >= 0)
         return existing;
@@ -232,7 +238,7 @@ bool LooksLikeStartup(std::string_view normalName) {
 } // namespace
 
 GroupNameProblem ProgramModel::NewGroupProblem(std::string_view name) const {
-    const std::string normal = NormalGroupName(Trim(name));
+    const std::string normal = TypedGroupName(name);
     if (normal.empty())
         return GroupNameProblem::Empty;
     if (GetGroupID(normal) >= 0)
@@ -245,7 +251,7 @@ GroupNameProblem ProgramModel::RenameProblem(int groupIndex, std::string_view ne
     if (!ValidIndex(ProgramGroups, groupIndex))
         return GroupNameProblem::None; // nothing to rename: UpdateGroupName says so
     const std::string own = NormalGroupName(ProgramGroups[groupIndex].Name);
-    const std::string normal = NormalGroupName(Trim(newName));
+    const std::string normal = TypedGroupName(newName);
     if (normal == own)
         return GroupNameProblem::None;
     if (own == kStartupGroup)
@@ -261,7 +267,7 @@ bool ProgramModel::UpdateGroupName(int groupIndex, std::string_view newName) {
     if (!ValidIndex(ProgramGroups, groupIndex) || ProgramGroups[groupIndex].Name.empty() ||
         RenameProblem(groupIndex, newName) != GroupNameProblem::None)
         return false;
-    ProgramGroups[groupIndex].Name = NormalGroupName(Trim(newName));
+    ProgramGroups[groupIndex].Name = TypedGroupName(newName);
     return true;
 }
 

@@ -16,6 +16,8 @@ inline constexpr std::string_view kStartupGroup = "Startup";
 // (`void My_Tools()`) and reads it back as a blank, so "My Tools" and "My_Tools" are one group.
 // Only a whole "_" counts: a double-byte character may end in its byte.
 std::string NormalGroupName(std::string_view name);
+// A name typed for a new or renamed group: its one spelling, without blanks at either end.
+std::string TypedGroupName(std::string_view name);
 
 // Why a group cannot take a name, as a new group or by renaming.
 enum class GroupNameProblem {

@@ -30,7 +30,8 @@ TEST(ProgramModel, GroupsAreAddedRenamedAndRemovedInPlace) {
     EXPECT_EQ(m.NewGroupProblem(" My_Group "), GroupNameProblem::Taken);
     EXPECT_EQ(m.NewGroupProblem("startup"), GroupNameProblem::StartupReserved);
     EXPECT_EQ(m.NewGroupProblem("Startup"), GroupNameProblem::Taken);
-    EXPECT_EQ(m.NewGroupProblem("  "), GroupNameProblem::Empty);
+    EXPECT_EQ(m.NewGroupProblem(" _ "), GroupNameProblem::Empty);
+    EXPECT_EQ(m.NewGroupProblem("_startup_"), GroupNameProblem::StartupReserved);
     EXPECT_EQ(m.NewGroupProblem("Tools"), GroupNameProblem::None);
     ProgramModel withoutStartup;
     withoutStartup.ProgramGroups.push_back({"Other", {GroupProgram{}}});
@@ -47,6 +48,8 @@ TEST(ProgramModel, GroupsAreAddedRenamedAndRemovedInPlace) {
                    {0, "Startup", None},
                    {1, "STARTUP", StartupReserved},
                    {1, "Startup", StartupReserved},
+                   {1, "_Startup_", StartupReserved},
+                   {1, "Startup_", StartupReserved},
                    {1, " ", Empty},
                    {1, "My Group", None}};
     for (const auto& r : renames) {

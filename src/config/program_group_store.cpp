@@ -8,10 +8,6 @@ namespace tolvane {
 
 namespace {
 
-// Long enough for another process's move of a few hundred items; short enough that a process
-// that hangs holding the lock is told, not waited for forever.
-constexpr DWORD kLockWaitMs = 15000;
-
 int changesUnderWay = 0;
 
 struct UnderWay {
@@ -24,7 +20,10 @@ struct UnderWay {
 } // namespace
 
 std::string ProgramGroupStore::LockName(const std::string& filePath) {
-    return "Local\\Tolvane-groups-" + PathHashText(filePath);
+    // Global: the user's processes in other sessions (a script run as a scheduled task, a
+    // second log-on through Remote Desktop) change the same file. Named by the file itself, so
+    // that every spelling of its path (letter case, an 8.3 alias, "." and "..") shares it.
+    return "Global\\Tolvane-groups-" + PathHashText(FileIdentity(filePath));
 }
 
 bool ProgramGroupStore::Changing() {
@@ -38,14 +37,17 @@ void ProgramGroupStore::Load(bool look) {
         file.LoadItems(!look);
         return;
     }
-    const SharedLock lock(LockName(file.FilePath()), kLockWaitMs);
-    file.LoadItems(); // writes the model of a first start, unless another process just did
+    const SharedLock lock(LockName(file.FilePath()), lockWaitMs_);
+    // Writes the model of a first start, unless another process just did. Without the lock the
+    // model is only read: the process that holds it may be writing the file this moment, and
+    // the next change writes the file anyway.
+    file.LoadItems(lock.Held());
 }
 
 void ProgramGroupStore::Change(const std::function<void(ProgramModel&)>& change) {
     const UnderWay underWay;
     CDelayLoad file = File();
-    const SharedLock lock(LockName(file.FilePath()), kLockWaitMs);
+    const SharedLock lock(LockName(file.FilePath()), lockWaitMs_);
     if (!lock.Held())
         throw StoreBusy("another Tolvane is changing " + file.FilePath() +
                         " and did not finish; nothing was changed. Try again in a moment.");

@@ -48,7 +48,13 @@ public:
     // The name of the lock of a program-group file, the same in every process.
     static std::string LockName(const std::string& filePath);
 
+    // How long a change waits for another process to let go of the file.
+    void WaitAtMost(unsigned long milliseconds) { lockWaitMs_ = milliseconds; }
+
 private:
+    // Long enough for another process's move of a few hundred items; short enough that a
+    // process that hangs holding the lock is told, not waited for forever.
+    unsigned long lockWaitMs_ = 15000;
     ProgramModel& model_;
     const AppFolders& folders_;
     TextTables& text_;

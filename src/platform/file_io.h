@@ -23,6 +23,12 @@ bool IsFile(const std::string& path);
 
 std::optional<uint64_t> FileSize(const std::string& path);
 
+// The one name of the file at a path, whatever spelling reached it: the full path without
+// "." or "..", with each folder's long name instead of its 8.3 alias, in upper case as Windows
+// compares file names. A file that does not exist yet is named by its folder's long path and
+// its own name. Two processes that name one file in different ways get the same text.
+std::string FileIdentity(const std::string& path);
+
 // Replaces a file's content so that, whatever happens meanwhile (a crash, a kill, a full disk),
 // the file holds either its old content or the new one whole: the new bytes go to a temporary
 // file in the same folder, reach the disk, and only on Commit take the old file's place.

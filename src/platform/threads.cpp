@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace tolvane {
 
@@ -16,6 +17,13 @@ WorkerThread::WorkerThread(std::function<void()> work, std::function<void(const 
 
 SharedLock::SharedLock(const std::string& name, DWORD timeoutMs)
     : mutex_(CreateMutexA(nullptr, FALSE, name.c_str())) {
+    constexpr std::string_view kGlobal = "Global\\";
+    if (!mutex_ && GetLastError() == ERROR_ACCESS_DENIED && name.starts_with(kGlobal)) {
+        // A lock of that name made by another user, who may use it to shut this one out: the
+        // processes of this session still share the session's own.
+        mutex_.reset(
+            CreateMutexA(nullptr, FALSE, ("Local\\" + name.substr(kGlobal.size())).c_str()));
+    }
     if (!mutex_)
         return;
     const DWORD r = WaitForSingleObject(mutex_.get(), timeoutMs);

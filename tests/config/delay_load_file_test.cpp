@@ -2,13 +2,16 @@
 
 #include <windows.h>
 
+#include <future>
 #include <random>
+#include <thread>
 
 #include "config/app_state.h"
 #include "config/delay_load.h"
 #include "config/program_group_file.h"
 #include "platform/file_io.h"
 #include "platform/handles.h"
+#include "platform/threads.h"
 #include "support/test_support.h"
 #include "support/win_test_support.h"
 #include "support/writer_models.h"
@@ -68,6 +71,62 @@ TEST_F(ProgramGroupFileOnDisk, ALoadPicksTheLanguageAndAReadFailureKeepsTheFile)
               (std::vector<std::string>{"Execute|C:\\a.exe||1|", "|||0|"}));
     // The next write replaces the file with what was read; the copy keeps the rest.
     EXPECT_EQ(test::ReadFileBytes(dl.UnreadableCopyPath()), broken);
+}
+
+// Holds the lock of a name from a thread of its own, as another process would.
+class HeldElsewhere {
+public:
+    explicit HeldElsewhere(const std::string& name)
+        : thread_([this, name] {
+              const SharedLock lock(name, 0);
+              held_.set_value(lock.Held());
+              release_.get_future().wait();
+          }) {
+        EXPECT_TRUE(held_.get_future().get()) << name;
+    }
+    ~HeldElsewhere() {
+        release_.set_value();
+        thread_.join();
+    }
+
+private:
+    std::promise<bool> held_;
+    std::promise<void> release_;
+    std::thread thread_;
+};
+
+// Whatever spelling of the file another process holds it by, no change is made meanwhile and
+// nothing is written; a first start only reads until it has the file to itself.
+TEST_F(ProgramGroupFileOnDisk, AFileHeldByAnotherProcessIsNeitherWrittenNorChanged) {
+    ProgramGroupStore store = app.Store();
+    store.WaitAtMost(0);
+    std::string upper = dl.FilePath();
+    CharUpperBuffA(upper.data(), static_cast<DWORD>(upper.size()));
+    const size_t cut = dl.FilePath().find_last_of('\\');
+    const std::string dotted =
+        dl.FilePath().substr(0, cut) + "\\.\\" + dl.FilePath().substr(cut + 1);
+    {
+        const HeldElsewhere other(ProgramGroupStore::LockName(upper));
+        store.Load();
+        EXPECT_FALSE(test::PathExists(dl.FilePath()));
+        EXPECT_EQ(app.model.StartupGroupIndex, 0); // the model of a first start all the same
+    }
+    store.Load();
+    const std::string written = test::ReadFileBytes(dl.FilePath());
+    char shortPath[MAX_PATH] = {};
+    const DWORD n = GetShortPathNameA(dl.FilePath().c_str(), shortPath, MAX_PATH);
+    std::vector<std::string> spellings{upper, dotted};
+    if (n > 0 && n < MAX_PATH)
+        spellings.push_back(shortPath);
+    for (const std::string& spelling : spellings) {
+        const HeldElsewhere other(ProgramGroupStore::LockName(spelling));
+        EXPECT_THROW(store.Change([](ProgramModel& m) { m.AddGroup("Tools"); }), StoreBusy)
+            << spelling;
+        EXPECT_TRUE(test::ReadFileBytes(dl.FilePath()) == written) << spelling;
+        EXPECT_EQ(app.model.GetGroupID("Tools"), -1);
+    }
+    store.Change([](ProgramModel& m) { m.AddGroup("Tools"); });
+    EXPECT_GE(app.model.GetGroupID("Tools"), 0);
 }
 
 TEST_F(ProgramGroupFileOnDisk, AWriteThatCannotReplaceTheFileLeavesItAsItWas) {

@@ -42,11 +42,30 @@ bool ChangeWatch::Arm(const Watched& key) {
            ERROR_SUCCESS;
 }
 
+bool ChangeWatch::Reach(Watched& w) {
+    for (std::string path = w.Awaited;;) {
+        if (UniqueHKey key = OpenKeyToWatch(w.Root, path)) {
+            w.Key = std::move(key);
+            if (path == w.Awaited)
+                w.Awaited.clear();
+            return w.Awaited.empty();
+        }
+        const size_t cut = path.find_last_of('\\');
+        if (cut == std::string::npos) {
+            w.Key.reset();
+            return false;
+        }
+        path.resize(cut);
+    }
+}
+
 void ChangeWatch::Key(RegistryRoot root, const std::string& path) {
     if (waits_.size() >= MAXIMUM_WAIT_OBJECTS)
         return;
     Watched w;
-    w.Key = OpenKeyToWatch(root, path);
+    w.Root = root;
+    w.Awaited = path;
+    (void)Reach(w);
     w.Event.reset(CreateEventA(nullptr, FALSE, FALSE, nullptr));
     if (!w.Key || !w.Event || !Arm(w))
         return;
@@ -76,11 +95,19 @@ void ChangeWatch::Run() {
             return;
         // Asked again before the window hears of it: a change made while the window looks is
         // told once more, never lost.
-        const Watched& w = watched_[i];
-        if (w.Folder != INVALID_HANDLE_VALUE)
+        Watched& w = watched_[i];
+        if (w.Folder != INVALID_HANDLE_VALUE) {
             FindNextChangeNotification(w.Folder);
-        else
+        } else if (w.Awaited.empty()) {
             (void)Arm(w);
+        } else {
+            // Something was made above the awaited key: go down as far as there are keys now,
+            // and look once more after asking, in case the key was made in between.
+            while (!Reach(w) && Arm(w) && OpenKeyToWatch(w.Root, w.Awaited)) {
+            }
+            if (w.Awaited.empty())
+                (void)Arm(w);
+        }
         PostMessageA(window_, message_, 0, 0);
     }
 }

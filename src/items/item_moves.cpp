@@ -615,6 +615,7 @@ void ItemMovePasses::Move(const std::vector<CheckedTarget>& targets) {
     for (const CheckedTarget& target : targets)
         if (const StartupItem* item = ItemOfNode(tree_, listing_, target.Node))
             moves.push_back({*item, target.To});
+    // An item that was not moved is told the user, with why, by the pass itself.
     (void)moves_.MovePass(moves);
 }
 

@@ -51,11 +51,11 @@ public:
     // where it is stays there, once. Asked to go back to Windows while it is there already, an
     // active item has its switch in Task Manager turned on. Refusals and failures are told the
     // user; false when the item was not moved.
-    bool Move(const StartupItem& item, ItemState to);
+    [[nodiscard]] bool Move(const StartupItem& item, ItemState to);
     // The toolbar's passes and Save: each item where it is asked to go, in order, the file
     // written once. An item that fails is taken back and ends the pass; the items before it
     // stay moved. False when not every item was moved.
-    bool MovePass(const std::vector<ItemMove>& moves);
+    [[nodiscard]] bool MovePass(const std::vector<ItemMove>& moves);
 
     // How shortcuts are moved; the shell's move unless set.
     void SetFileMover(FileMover mover) { mover_ = std::move(mover); }

@@ -431,6 +431,7 @@ ItemMoves MainWindow::Moves() {
 
 void MainWindow::MoveChecked(CheckedMove move) {
     ItemMovePasses passes(Moves(), tree_, listing_, [this] { Refresh(); });
+    // Nothing ticked moves nothing, and the button was off; what failed the pass told.
     (void)RunCheckedMove(move, tree_, passes);
     CheckForOptions();
 }
@@ -438,6 +439,7 @@ void MainWindow::MoveChecked(CheckedMove move) {
 void MainWindow::Save() {
     try {
         ItemMovePasses passes(Moves(), tree_, listing_, [this] { Refresh(); });
+        // Nothing ticked writes nothing, as asked; a file not written throws to below.
         (void)RunCheckedMove(CheckedMove::Save, tree_, passes);
     } catch (const std::exception& e) {
         app_.log.WriteLog(std::string("Menu Save Error: ") + e.what(), kLogError);
@@ -493,6 +495,7 @@ void MainWindow::MoveSelected(UINT command) {
     const ItemState to = command == ID_CMD_RUN    ? ItemState::Active
                          : command == ID_CMD_STOP ? ItemState::Stopped
                                                   : ItemState::Delayed;
+    // A move that was not made is told the user, with why, by the move itself.
     (void)Moves().Move(StartupItem(*item), to);
     Refresh();
 }

@@ -26,7 +26,7 @@ protected:
         app.Store().File().WriteItems();
     }
     void TearDown() override {
-        reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, "Dup");
+        EXPECT_TRUE(reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, "Dup"));
         StartupFixture::TearDown();
     }
     struct Ran {
@@ -158,7 +158,7 @@ TEST_F(Console, ListsTheSameCommandInEveryState) {
     }
     EXPECT_EQ(Cli("restore Exp").code, 0u);
     EXPECT_EQ(reg.GetValue(RegistryRoot::CurrentUser, kRunKey, "Exp"), value);
-    reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, "Exp");
+    EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, "Exp"));
 }
 
 TEST_F(Console, MovesAnItemByNameAsTheListDoes) {
@@ -256,9 +256,9 @@ TEST_F(Console, NamesMatchInAnyLetterCaseAndTheListedTextRestores) {
     EXPECT_EQ(Run(RegistryRoot::CurrentUser, "\xdc"
                                              "ber Sync"),
               "\"C:\\U S\\u.exe\" -q");
-    reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey,
-                    "\xdc"
-                    "ber Sync");
+    EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey,
+                                "\xdc"
+                                "ber Sync"));
 }
 
 } // namespace

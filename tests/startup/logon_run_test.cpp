@@ -36,8 +36,8 @@ protected:
     }
     void TearDown() override { ClearRunValues(); }
     void ClearRunValues() {
-        reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue);
-        reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, kOwnRunValue);
+        EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue));
+        EXPECT_TRUE(reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, kOwnRunValue));
     }
     void WriteProgramGroups(int startupType, float mainDelay, std::vector<GroupProgram> programs,
                             std::vector<std::string> stopped = {""}) {
@@ -332,7 +332,7 @@ TEST_F(LogOnRun, TheTrayMenuWorksWhileTheRunWaits) {
     // "&Quit Program": the process ends, though the run still waits.
     menu({'Q'});
     EXPECT_TRUE(tolvane.WaitForExit(10000));
-    reg.DeleteValue(RegistryRoot::CurrentUser, kSavedUserRunKey, "Paused");
+    EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kSavedUserRunKey, "Paused"));
 }
 
 TEST_F(LogOnRun, StartupTypeZeroEndsAtOnceAndTouchesNothing) {

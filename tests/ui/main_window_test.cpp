@@ -285,7 +285,7 @@ TEST_F(MainWindowTest, MinimumSizeAndCloseRules) {
 
     // File > Exit ends for good and, with StartupType 1, brings the own Run entry up to date:
     // a current-user item is delayed, so the user's Run key starts the program.
-    reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue);
+    ASSERT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue));
     window->Open();
     Pump();
     test::Chord({VK_MENU, 'F'});

@@ -68,6 +68,12 @@ private:
     FileMover mover_;
 };
 
+// The program of the "Startup" group that stands for the delayed item in the model as it is
+// now, found by the item's key (its location, registry view and own name) as a move finds it;
+// -1 when it is delayed there no more. The record index a refresh gave the item may point at
+// another program once the file has changed.
+int FindDelayedRecord(const ProgramModel& model, const StartupItem& item);
+
 // The toolbar's and Save's pass over the ticked items of the tree, by the moves above. The
 // refresh rebuilds whatever shows the tree.
 class ItemMovePasses : public CheckedPasses {

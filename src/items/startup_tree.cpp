@@ -261,8 +261,33 @@ void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramMod
     build.Progress(100.0 / 3);
 
     listing.Items.clear();
+    // Where an item's file is, as the moves leave it: a shortcut in its Startup folder or the
+    // items folder; a value's program as its command, or a delayed value's record, reads.
+    auto locate = [&](StartupItem& item) {
+        if (!item.Registry()) {
+            if (!hooks.Folders || item.Name.empty())
+                return;
+            const AppFolders& f = *hooks.Folders;
+            const bool user = item.Location == ItemLocation::UserFolder;
+            item.File =
+                item.State == ItemState::Active
+                    ? (user ? f.UserStartupFolder : f.CommonStartupFolder) + "\\" + item.Name
+                    : (user ? f.UserItemsFolder : f.AllUsersItemsFolder) + item.Name;
+            return;
+        }
+        if (!hooks.System)
+            return;
+        const GroupProgram* record =
+            item.State == ItemState::Delayed ? DelayedRecord(model, item) : nullptr;
+        const RunCommandParts parts =
+            record ? DelayedCommand(*record, item.Expandable, *hooks.System)
+                   : SplitRunData(item.Command, item.Expandable, *hooks.System);
+        item.File = parts.Path;
+        item.Arguments = parts.Parameters;
+    };
     auto leaf = [&](const char* container, size_t index, std::string_view origin, StartupItem item,
                     std::string_view tag, int data = 0) -> TreeNode& {
+        locate(item);
         TreeNode& node = build.Leaf(container, index, origin, item.Text(), tag);
         node.Cut = item.SwitchedOff;
         node.Data = data;

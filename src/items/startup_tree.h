@@ -50,6 +50,12 @@ struct StartupItem {
     // whose copy is gone, the command its record holds.
     std::string Command;
     bool Expandable = false;
+    // What it starts, where it is now: a shortcut's full path (in its Startup folder while
+    // active, in the items folder while delayed or stopped); for a Run value the program its
+    // command names and the arguments it gives it, read as Windows reads the command (a delayed
+    // value's as the log-on run reads its record), variables kept as written.
+    std::string File;
+    std::string Arguments;
     // Its record in the program-group model: the program of the Startup group (delayed) or the
     // entry of StoppedPrograms (stopped) at the refresh; -1 for an active item.
     int Record = -1;
@@ -123,6 +129,10 @@ struct StartupTreeHooks {
     // Why the log-on run will not start a delayed program, "" when it will; expandable: its
     // value's saved copy is an expandable string. Shown in the item's tip.
     std::function<std::string(const GroupProgram& program, bool expandable)> Notice;
+    // Where the shortcuts lie; none: a shortcut's File stays empty.
+    const AppFolders* Folders = nullptr;
+    // How a Run value's command reads on this machine; none: a value's File stays empty.
+    const CommandLineSystem* System = nullptr;
 };
 
 // Rebuilds the tree and the listing's items. The program's own Run value (the first copy in

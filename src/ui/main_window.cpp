@@ -182,11 +182,13 @@ void MainWindow::AddCommands() {
     commands_.Add(
         ID_CMD_PROPERTIES,
         [this] {
-            // The editor opens on the item's own record, never on a program of the same path.
+            // The editor opens on the item's own record, never on a program of the same path:
+            // found by the item's key in the model as it is now, which a change since the
+            // refresh (Options, the tip box, another copy) may have reordered.
             std::optional<GroupProgram> record;
             if (const StartupItem* item = ItemOfNode(tree_, listing_, tree_.Selected()))
-                if (const GroupProgram* p = DelayedRecord(app_.model, *item))
-                    record = *p;
+                if (const int i = FindDelayedRecord(app_.model, *item); i >= 0)
+                    record = app_.model.StartupGroup()->Programs[static_cast<size_t>(i)];
             if (OpenGroupEditor)
                 OpenGroupEditor(record);
         },
@@ -264,7 +266,8 @@ void MainWindow::EnsureContent() {
             return std::string();
         std::string impact;
         if (const std::optional<ImpactKey> item = DelayedItemKey(tree_, listing_, node))
-            if (const ImpactRecord* record = FindImpact(listing_.Impacts, *item)) {
+            if (const ImpactRecord* record =
+                    FindImpact(listing_.Impacts, *item, CDirStruct::CompareNames)) {
                 ImpactTexts texts;
                 for (size_t i = 0; i < 3; ++i)
                     texts.Ratings[i] = app_.text.Message(kImpactRatingFirst + i);

@@ -213,8 +213,8 @@ TEST_F(LogOnRun, EachProgramItStartsIsMeasuredIntoTheImpactFile) {
     const ImpactFileContent impact = ParseImpactFile(test::ReadFileBytes(user + "\\impact.csv"));
     EXPECT_EQ(impact.SkippedLines, 0u);
     EXPECT_EQ(impact.Records.size(), 2u);
-    const ImpactRecord* burner = FindImpact(impact.Records, {kUserRun, "Burner"});
-    const ImpactRecord* shortcut = FindImpact(impact.Records, {kUserStartup, "Burn.lnk"});
+    const ImpactRecord* burner = FindImpact(impact.Records, {kUserRun, "Burner"}, nullptr);
+    const ImpactRecord* shortcut = FindImpact(impact.Records, {kUserStartup, "Burn.lnk"}, nullptr);
     ASSERT_TRUE(burner && shortcut);
     // It ended, so it was watched until then.
     // Its own CPU time and the little a start costs, less what Wine forgets of its last moments.

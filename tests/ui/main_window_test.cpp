@@ -74,7 +74,12 @@ TEST_F(MainWindowTest, MenusAndToolbarAsRenderedAndTickedItemsMoveFromTheToolbar
     };
     SelectItem("DelayedItemsStartupCurrentUser", "Tool.lnk");
     EXPECT_EQ(popup(), "0111");
-    // Properties opens the editor on the delayed item's own record.
+    // Properties opens the editor on the delayed item's own record, also after a change since
+    // the refresh (the tip box, Options, another copy) put another program in its place.
+    app.Store().Change([](ProgramModel& file) {
+        auto& programs = file.StartupGroup()->Programs;
+        programs.insert(programs.begin(), {"C:\\first.exe", "", "ExecuteReg", 0, "First"});
+    });
     std::optional<GroupProgram> editedRecord;
     window->OpenGroupEditor = [&](std::optional<GroupProgram> record) { editedRecord = record; };
     EXPECT_TRUE(window->Commands().Execute(ID_CMD_PROPERTIES));
@@ -208,15 +213,16 @@ TEST_F(MainWindowTest, TipsAndTheStatusLineSayWhatTheUserMustKnow) {
     RunValue(RegistryRoot::CurrentUser, kOwnRunValue, "C:\\Windows\\notepad.exe");
     SetDefaultModel(app.model);
     app.model.StartupType = 2;
-    app.model.ProgramGroups[0].Programs = {{"Tool.lnk", "", "Execute", 0, ""},
+    const std::string tool = "R\xe9sum\xe9.lnk"; // measured as "R\xc9SUM\xc9.LNK": one name
+    app.model.ProgramGroups[0].Programs = {{tool, "", "Execute", 0, ""},
                                            {"Gone.lnk", "", "Execute", 0, ""},
                                            {"cmd.exe", "/c del C:\\x", "ExecuteReg", 0, "Wipe"}};
     test::MakeFolder(app.folders.UserItemsFolder);
-    test::WriteFileBytes(app.folders.UserItemsFolder + "Tool.lnk", "x");
+    test::WriteFileBytes(app.folders.UserItemsFolder + tool, "x");
     app.Store().File().WriteItems();
     test::WriteFileBytes(
         app.Store().File().ImpactFilePath(),
-        FormatImpactFile({{{kUserStartup, "TOOL.LNK"}, "", 4140, 2260, 45 << 20, 0, 9000},
+        FormatImpactFile({{{kUserStartup, "R\xc9SUM\xc9.LNK"}, "", 4140, 2260, 45 << 20, 0, 9000},
                           {{kUserStartup, "Other.lnk"}, "", 100, 100, 0, 0, 9000}}));
     Open();
     tree = window->Tree();
@@ -231,7 +237,7 @@ TEST_F(MainWindowTest, TipsAndTheStatusLineSayWhatTheUserMustKnow) {
     };
     char decimal[8] = {};
     GetLocaleInfoA(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, decimal, sizeof decimal);
-    EXPECT_EQ(tip("DelayedItemsStartupCurrentUser", "Tool.lnk"),
+    EXPECT_EQ(tip("DelayedItemsStartupCurrentUser", tool),
               "High: 2" + std::string(decimal) + "3 s CPU, 45 MB read, ready after 4" + decimal +
                   "1 s");
     EXPECT_EQ(tip("CurrentUserStartup", "Other.lnk"), "");

@@ -164,6 +164,10 @@ ItemPlace StartupItem::Place() const {
     return ItemPlace{Code(), State, Wow32()};
 }
 
+ItemKey StartupItem::Key() const {
+    return {Location, State, Name, Name.empty() ? Command : std::string()};
+}
+
 std::string StartupItem::Text() const {
     if (!Registry())
         return Name;

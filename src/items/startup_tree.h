@@ -38,6 +38,16 @@ struct ListedValue {
 // machine's Run key in each of its two registry views.
 enum class ItemLocation { UserFolder, UserRun, CommonFolder, MachineRun, MachineRun32 };
 
+// An item as every refresh knows it again: its location (the registry view included), its state
+// and its own name; a record without a name by its command.
+struct ItemKey {
+    ItemLocation Location = ItemLocation::UserFolder;
+    ItemState State = ItemState::Active;
+    std::string Name;
+    std::string Command; // only for a record without a name
+    bool operator==(const ItemKey&) const = default;
+};
+
 // One startup item as a refresh found it. An item is its location and its own name (the
 // shortcut's file name, the Run value's name, exactly as Windows holds them); the rest says in
 // which state it is and what it starts. Moves find it again by that key, in the file and the
@@ -67,6 +77,7 @@ struct StartupItem {
     int Code() const;
     bool Wow32() const { return Location == ItemLocation::MachineRun32; }
     ItemPlace Place() const;
+    ItemKey Key() const;
     // The text the list shows, the same in every state: the file name, or the value as
     // name=data. A record without a value name shows its command alone.
     std::string Text() const;

@@ -111,6 +111,7 @@ bool RefreshData(ProgramGroupStore store, const TextTables& text,
         StartupTreeHooks hooks;
         hooks.Folders = &folders;
         hooks.System = &SystemCommandLine();
+        hooks.Order = CDirStruct::CompareNames;
         hooks.Timer = SecondsSinceMidnight;
         hooks.Progress = progress;
         hooks.Notice = Notices{model, folders, text};

@@ -64,14 +64,16 @@ int Count(const std::vector<std::string>& list) {
     return list.empty() || list[0].empty() ? 0 : static_cast<int>(list.size());
 }
 
-bool IsOwn(const ListedValue& value, const ListedValue& own) {
-    return value.Name == own.Name && value.Data == own.Data;
+// The value's name as Windows compares names (the key holds no second one of another case).
+bool IsOwn(const ListedValue& value, const ListedValue& own, NameOrder order) {
+    return value.Data == own.Data &&
+           (order ? order(value.Name, own.Name) == 0 : value.Name == own.Name);
 }
 
 // Takes the first value that is the program's own out; true when there was one.
-bool RemoveOwnEntry(std::vector<ListedValue>& list, const ListedValue& own) {
+bool RemoveOwnEntry(std::vector<ListedValue>& list, const ListedValue& own, NameOrder order) {
     for (auto v = list.begin(); v != list.end(); ++v) {
-        if (IsOwn(*v, own)) {
+        if (IsOwn(*v, own, order)) {
             list.erase(v);
             return true;
         }
@@ -205,12 +207,12 @@ void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramMod
     int userRun = static_cast<int>(listing.UserRunValues.size());
     int machineRun =
         static_cast<int>(listing.MachineRunValues.size() + listing.MachineRun32Values.size());
-    if (RemoveOwnEntry(listing.UserRunValues, ownRunEntry))
+    if (RemoveOwnEntry(listing.UserRunValues, ownRunEntry, hooks.Order))
         --userRun;
     // Under the machine's key every copy is hidden, though only the first is counted out.
-    if (RemoveOwnEntry(listing.MachineRunValues, ownRunEntry)) {
+    if (RemoveOwnEntry(listing.MachineRunValues, ownRunEntry, hooks.Order)) {
         --machineRun;
-        while (RemoveOwnEntry(listing.MachineRunValues, ownRunEntry)) {
+        while (RemoveOwnEntry(listing.MachineRunValues, ownRunEntry, hooks.Order)) {
         }
     }
 

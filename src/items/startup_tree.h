@@ -16,6 +16,7 @@
 #include "config/run_data.h"
 #include "items/startup_approved.h"
 #include "models/tree_model.h"
+#include "text/strings.h"
 
 namespace tolvane {
 
@@ -144,6 +145,9 @@ struct StartupTreeHooks {
     const AppFolders* Folders = nullptr;
     // How a Run value's command reads on this machine; none: a value's File stays empty.
     const CommandLineSystem* System = nullptr;
+    // How Windows compares value names (CDirStruct::CompareNames), by which the program's own
+    // value is known; none: exactly as written.
+    NameOrder Order = nullptr;
 };
 
 // Rebuilds the tree and the listing's items. The program's own Run value (the first copy in

@@ -35,8 +35,9 @@ protected:
     }
     void Fill() {
         listing.UserStartupFiles = {"Tool.lnk", "Notes.lnk"};
-        // The program's own value twice: the first copy is hidden, the second is an item.
-        listing.UserRunValues = {kOwn, {"A", "C:\\a.exe /x"}, kOwn};
+        // The program's own value twice, its name in any letter case: the first copy is hidden,
+        // the second is an item.
+        listing.UserRunValues = {{"TOLVANE", kOwn.Data}, {"A", "C:\\a.exe /x"}, kOwn};
         listing.CommonStartupFiles = {"Word.lnk"};
         // Under the machine's key every copy is hidden, though only one is counted out.
         listing.MachineRunValues = {kOwn, {"M", "C:\\m.exe"}, kOwn};
@@ -57,7 +58,8 @@ protected:
                           [this](double v) { progress.push_back(v); },
                           {},
                           &folders,
-                          &noFiles});
+                          &noFiles,
+                          test::AsciiNameOrder});
     }
     TreeNode& N(const std::string& key) { return tree.Node(tree.Find(key)); }
 

@@ -456,7 +456,7 @@ ItemMoves MainWindow::Moves() {
 
 void MainWindow::MoveChecked(CheckedMove move) {
     ItemMovePasses passes(Moves(), tree_, listing_, [this] { Refresh(); });
-    // Nothing ticked moves nothing, and the button was off; what failed the pass told.
+    // Nothing ticked moves nothing (the button was off); an item that failed, the pass told.
     (void)RunCheckedMove(move, tree_, passes);
     CheckForOptions();
 }

@@ -47,8 +47,9 @@ void Fill(const std::string& userFolder, const std::string& commonFolder, int co
         }
         const std::string data =
             std::string("\"C:\\Program Files\\Vendor\\") + name + ".exe\" /background";
-        reg.SaveSettingString(RegistryRoot::CurrentUser, kRunKey, name, data);
-        reg.SaveSettingString(RegistryRoot::LocalMachine, kRunKey, name, data);
+        if (!reg.SaveSettingString(RegistryRoot::CurrentUser, kRunKey, name, data) ||
+            !reg.SaveSettingString(RegistryRoot::LocalMachine, kRunKey, name, data))
+            std::fprintf(stderr, "tree_bench: could not write the value %s\n", name);
     }
 }
 
@@ -59,8 +60,9 @@ void Empty(const std::string& userFolder, const std::string& commonFolder, int c
         std::snprintf(name, sizeof name, "Item %04d", i);
         DeleteFileA((userFolder + "\\" + name + ".lnk").c_str());
         DeleteFileA((commonFolder + "\\" + name + ".lnk").c_str());
-        reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, name);
-        reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, name);
+        if (!reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, name) ||
+            !reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, name))
+            std::fprintf(stderr, "tree_bench: could not remove the value %s\n", name);
     }
 }
 
@@ -73,10 +75,9 @@ void FillViews(int count, bool add, bool switches) {
         std::snprintf(name, sizeof name, "Item %04d", i);
         const std::string data =
             std::string("\"C:\\Program Files (x86)\\Vendor\\") + name + ".exe\" /tray";
-        if (add)
-            reg.SaveSettingString(RegistryRoot::LocalMachine32, kRunKey, name, data);
-        else
-            reg.DeleteValue(RegistryRoot::LocalMachine32, kRunKey, name);
+        if (!(add ? reg.SaveSettingString(RegistryRoot::LocalMachine32, kRunKey, name, data)
+                  : reg.DeleteValue(RegistryRoot::LocalMachine32, kRunKey, name)))
+            std::fprintf(stderr, "tree_bench: could not change the 32-bit value %s\n", name);
         if (!switches)
             continue;
         const RegistryValue flag{
@@ -90,10 +91,10 @@ void FillViews(int count, bool add, bool switches) {
         for (const auto& [root, key] : keys) {
             const std::string flagName =
                 std::string(key) == kApprovedFolderKey ? std::string(name) + ".lnk" : name;
-            if (add)
-                reg.SetValue(root, key, flagName, flag);
-            else
-                reg.DeleteValue(root, key, flagName);
+            if (!(add ? reg.SetValue(root, key, flagName, flag)
+                      : reg.DeleteValue(root, key, flagName)))
+                std::fprintf(stderr, "tree_bench: could not change the switch %s\n",
+                             flagName.c_str());
         }
     }
 }

@@ -13,6 +13,9 @@
 #include "app/main.h"
 #include "cli/cli_commands.h"
 #include "config/app_state.h"
+#include "items/startup_folders.h"
+#include "startup/launcher.h"
+#include "startup/tray_commands.h"
 #include "text/code_page.h"
 
 int main(int argc, char** argv) {
@@ -38,7 +41,16 @@ int main(int argc, char** argv) {
     try {
         AppState app(RunningProgramFolder(), messages);
         InitGlobals(app);
-        code = RunCliRequest(app, messages, *parse.Request, out, err);
+        EnsureStartupFolders(app.folders);
+        const CliNeeds needs{
+            app.Store(), app.text, app.SafeList, app.log, [&app] {
+                RunGroupNow(app, app.model.StartupGroupIndex, MessageLoopClock(),
+                            [&app](const std::string& path, const std::string& parameters,
+                                   const ImpactKey* item) {
+                                LaunchMeasured(app.log, app.watcher, path, parameters, item);
+                            });
+            }};
+        code = RunCliRequest(needs, messages, *parse.Request, out, err);
     } catch (const std::exception& e) {
         err += std::string("tolvanec: ") + e.what() + "\n";
         code = kCliRefused;

@@ -110,7 +110,8 @@ std::string CliUsage() {
            "  run-startup                         starts the delayed programs now\n"
            "NAME is the item's text in the list or, for a Run value, its value name.\n"
            "L is user-folder, user-run, common-folder, machine-run or machine-run-32.\n"
-           "Exit codes: 0 done, 1 no such item or ambiguous, 2 refused, 3 bad usage.\n";
+           "Exit codes: 0 done, 1 no such item or ambiguous, 2 refused or not done in full,\n"
+           "3 bad usage.\n";
 }
 
 } // namespace tolvane

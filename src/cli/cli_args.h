@@ -9,6 +9,8 @@
 namespace tolvane {
 
 // Exit codes a script can rely on.
+// kCliRefused: refused, or not done in full (moved, but its delay or the program's own Run value
+// could not be set).
 enum CliExit : int { kCliDone = 0, kCliNoItem = 1, kCliRefused = 2, kCliUsage = 3 };
 
 enum class CliVerb { Help, List, Delay, Stop, Restore, RunStartup };

@@ -2,31 +2,29 @@
 
 #include <windows.h>
 
-#include <map>
-#include <memory>
+#include <stdexcept>
 
 #include "cli/item_records.h"
-#include "config/app_state.h"
 #include "config/delay_load.h"
 #include "config/program_group_store.h"
-#include "config/impact_file.h"
 #include "config/run_data.h"
 #include "config/system_command_line.h"
 #include "platform/dir_struct.h"
+#include "platform/processes.h"
 #include "platform/registry.h"
 #include "items/item_moves.h"
+#include "items/move_steps.h"
 #include "items/refresh.h"
 #include "items/run_entry.h"
-#include "items/startup_folders.h"
-#include "platform/processes.h"
-#include "startup/delayed_run.h"
-#include "startup/launcher.h"
-#include "startup/tray_commands.h"
 #include "text/strings.h"
 
 namespace tolvane {
 
 namespace {
+
+// Windows will not start the program as its settings ask: its own Run value could not be
+// changed (the window's status line says the same).
+constexpr size_t kOwnRunEntryMessage = 37;
 
 // Scripts read UTF-8; the program's own texts are in the system's code page.
 std::string Utf8(const std::string& text) {
@@ -42,24 +40,17 @@ std::string Utf8(const std::string& text) {
     return out;
 }
 
-RecordLookups Lookups(AppState& app) {
+// What the records ask of the files on this machine.
+RecordLookups FileLookups() {
     RecordLookups l;
     l.ShortcutTarget = [](const std::string& link) {
         const std::string target = ShortcutTarget(link);
         return target.empty() ? link : target;
     };
-    l.RunCommand = [](const std::string& command, bool expandable) {
-        const RunCommandParts parts = SplitRunData(command, expandable, SystemCommandLine());
-        return ItemCommand{parts.Path, parts.Parameters, expandable};
-    };
-    l.ProgramThere = [](const ItemCommand& command) {
-        return ProgramFound(command.Program, command.Expandable, SystemCommandLine());
+    l.ProgramThere = [](const std::string& program, bool expandable) {
+        return ProgramFound(program, expandable, SystemCommandLine());
     };
     l.FileThere = [](const std::string& file) { return FileThere(file); };
-    l.UserStartupFolder = app.folders.UserStartupFolder;
-    l.CommonStartupFolder = app.folders.CommonStartupFolder;
-    l.UserItemsFolder = app.folders.UserItemsFolder;
-    l.AllUsersItemsFolder = app.folders.AllUsersItemsFolder;
     return l;
 }
 
@@ -70,21 +61,17 @@ std::string Joined(const std::vector<std::string>& lines, size_t from) {
     return text;
 }
 
-// A delayed item's own delay, set after its move, on the file as it is now.
-void SetDelay(AppState& app, const ImpactKey& item, float delay) {
-    app.Store().Change([&](ProgramModel& model) {
-        ProgramGroup* startup = model.StartupGroup();
-        if (!startup)
-            return;
-        for (size_t i = 0; i < startup->Programs.size(); ++i) {
-            const GroupProgram& p = startup->Programs[i];
-            const std::optional<ImpactKey> key = ImpactKeyOf(p);
-            if (key && SameItem(*key, item)) {
-                (void)model.UpdateProgramInGroup(model.StartupGroupIndex, static_cast<int>(i),
-                                                 p.Path, p.Parameters, delay);
-                return;
-            }
-        }
+// A delayed item's own delay, set after its move, on the file as it is now: on the program that
+// stands for the item itself, found by its key (location, registry view, own name), never on
+// another of the same name. Throws when none does, and nothing is written then.
+void SetDelay(ProgramGroupStore store, const StartupItem& item, float delay) {
+    store.Change([&](ProgramModel& model) {
+        const int i = FindDelayedRecord(model, item);
+        if (i < 0)
+            throw std::runtime_error("it is no longer delayed");
+        const GroupProgram p = model.StartupGroup()->Programs[static_cast<size_t>(i)];
+        if (!model.UpdateProgramInGroup(model.StartupGroupIndex, i, p.Path, p.Parameters, delay))
+            throw std::runtime_error("its program could not be changed");
     });
 }
 
@@ -95,31 +82,41 @@ int ConsoleMessages::ShowMessage(std::string_view text, std::string_view, unsign
     return (style & kMbYesNo) ? kIdNo : kIdOk;
 }
 
-int RunCliRequest(AppState& app, ConsoleMessages& messages, const CliRequest& request,
+int RunCliRequest(const CliNeeds& needs, ConsoleMessages& messages, const CliRequest& request,
                   std::string& out, std::string& err) {
-    EnsureStartupFolders(app.folders);
+    ProgramGroupStore store = needs.Store;
+    ProgramModel& model = store.Model();
+    const AppFolders& folders = store.Folders();
     TreeModel tree;
     StartupListing listing;
     // A list changes nothing; a move brings the program's own Run value up to date, as the
     // window does around each move.
     const bool look = request.Verb == CliVerb::List;
-    if (!RefreshData(app.Store(), app.text, app.SafeList, app.log, tree, listing, {}, look)) {
+    if (!RefreshData(store, needs.Text, needs.SafeList, needs.Log, tree, listing, {}, look)) {
         err = "The startup items could not be read; log.txt says why.\n";
         return kCliRefused;
     }
+    // Whether Windows starts the program as its settings ask, after the last update of its own
+    // Run value. A script must know when it will not: the command is then not done in full.
+    bool ownInStep = true;
+    auto updateOwn = [&] {
+        ownInStep = UpdateRunEntry(model.StartupType, folders.RunCommand, model, needs.Log);
+    };
+    auto finish = [&](int code) {
+        if (ownInStep)
+            return code;
+        err += needs.Text.Message(kOwnRunEntryMessage) + "\n";
+        return code == kCliDone ? static_cast<int>(kCliRefused) : code;
+    };
     if (!look)
-        (void)UpdateRunEntry(app.model.StartupType, app.folders.RunCommand, app.model,
-                             app.log); // logged: the move goes on all the same
+        updateOwn(); // the move goes on all the same; the update after it decides
     if (request.Verb == CliVerb::RunStartup) {
-        RunGroupNow(
-            app, app.model.StartupGroupIndex, MessageLoopClock(),
-            [&](const std::string& path, const std::string& parameters, const ImpactKey* item) {
-                LaunchMeasured(app.log, app.watcher, path, parameters, item);
-            });
-        return kCliDone;
+        if (needs.RunStartup)
+            needs.RunStartup();
+        return finish(kCliDone);
     }
     std::vector<ItemRecord> records =
-        ItemRecords(tree, listing, app.model, app.SafeList, Lookups(app));
+        ItemRecords(tree, listing, model, needs.SafeList, FileLookups());
     if (request.Verb == CliVerb::List) {
         for (ItemRecord& r : records) {
             r.Name = Utf8(r.Name);
@@ -146,7 +143,7 @@ int RunCliRequest(AppState& app, ConsoleMessages& messages, const CliRequest& re
     }
     if (found.empty()) {
         err = "No startup item is named \"" + request.Name + "\".\n";
-        return kCliNoItem;
+        return finish(kCliNoItem);
     }
     if (found.size() > 1) {
         err = "\"" + request.Name + "\" names " + std::to_string(found.size()) + " items:";
@@ -154,12 +151,12 @@ int RunCliRequest(AppState& app, ConsoleMessages& messages, const CliRequest& re
             err += std::string(" ") + CliLocationWord(r->Location, r->Wow32) + " (" +
                    StateWord(r->State) + ")";
         err += ". Choose one with --location.\n";
-        return kCliNoItem;
+        return finish(kCliNoItem);
     }
     const ItemRecord& item = *found.front();
     if (!item.Movable) {
         err = "\"" + item.Name + "\" starts for every user; the list offers no moves for it.\n";
-        return kCliRefused;
+        return finish(kCliRefused);
     }
     const size_t shownBefore = messages.Shown.size();
     // Asked for where it already is, an item stays: a script may run the same command twice.
@@ -169,25 +166,30 @@ int RunCliRequest(AppState& app, ConsoleMessages& messages, const CliRequest& re
     const StartupItem listed = listing.Items.at(static_cast<size_t>(item.Item));
     bool ok = true;
     if (item.State != to || (to == ItemState::Active && item.SwitchedOff))
-        ok = ItemMoves({app.Store(), app.text, app.messages, app.log}, nullptr).Move(listed, to);
+        ok = ItemMoves({store, needs.Text, messages, needs.Log}, nullptr).Move(listed, to);
     if (!ok || messages.Shown.size() > shownBefore) {
         err = Joined(messages.Shown, shownBefore);
         if (err.empty())
             err = "\"" + item.Name + "\" could not be moved; log.txt says why.\n";
-        return kCliRefused;
+        return finish(kCliRefused);
     }
+    int code = kCliDone;
     if (request.Verb == CliVerb::Delay && request.Delay) {
+        StartupItem delayed = listed;
+        delayed.State = ItemState::Delayed;
         try {
-            SetDelay(app, {item.Location, item.OwnName}, *request.Delay);
+            SetDelay(store, delayed, *request.Delay);
         } catch (const std::exception& e) {
             err = "\"" + item.Name + "\" was delayed, but its delay could not be set: " + e.what() +
                   "\n";
-            return kCliRefused;
+            code = kCliRefused;
         }
     }
-    if (RefreshData(app.Store(), app.text, app.SafeList, app.log, tree, listing))
-        (void)UpdateRunEntry(app.model.StartupType, app.folders.RunCommand, app.model, app.log);
-    return kCliDone;
+    // The program's own Run value follows the delayed items as the file holds them now.
+    ownInStep = false;
+    if (RefreshData(store, needs.Text, needs.SafeList, needs.Log, tree, listing))
+        updateOwn();
+    return finish(code);
 }
 
 } // namespace tolvane

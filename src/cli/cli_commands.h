@@ -3,15 +3,18 @@
 // programs now, as the tray's "Run All" does.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "cli/cli_args.h"
+#include "config/program_group_store.h"
+#include "config/safe_list.h"
 #include "models/user_messages.h"
+#include "platform/event_log.h"
+#include "text/text_tables.h"
 
 namespace tolvane {
-
-class AppState;
 
 // The messages a move would show in a box, kept for standard error; a question is answered no.
 class ConsoleMessages : public UserMessages {
@@ -20,8 +23,20 @@ public:
     std::vector<std::string> Shown;
 };
 
-// Returns the exit code; `out` and `err` get what goes to standard output and error.
-int RunCliRequest(AppState& app, ConsoleMessages& messages, const CliRequest& request,
+// What the commands use: the program-group store (the model, its file and its folders, the
+// Startup folders looked up), the texts of the messages, the safe list, the log, and how the
+// "Startup" group is started now.
+struct CliNeeds {
+    ProgramGroupStore Store;
+    const TextTables& Text;
+    const std::vector<SafeEntry>& SafeList;
+    EventLog& Log;
+    std::function<void()> RunStartup;
+};
+
+// Returns the exit code; `out` and `err` get what goes to standard output and error. The moves'
+// messages go to `messages`, which the store is to tell as well.
+int RunCliRequest(const CliNeeds& needs, ConsoleMessages& messages, const CliRequest& request,
                   std::string& out, std::string& err);
 
 } // namespace tolvane

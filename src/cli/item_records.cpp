@@ -77,31 +77,19 @@ std::vector<ItemRecord> ItemRecords(const TreeModel& tree, const StartupListing&
         const GroupProgram* delayed = DelayedRecord(model, *item);
         if (delayed)
             r.Delay = delayed->Delay;
-        const bool user = r.Location == kUserStartup || r.Location == kUserRun;
         if (item->Registry()) {
-            if (lookups.RunCommand) {
-                const ItemCommand command = lookups.RunCommand(item->Command, item->Expandable);
-                r.Path = command.Program;
-                r.Parameters = command.Arguments;
-                r.Missing = lookups.ProgramThere && !lookups.ProgramThere(command);
-            }
-        } else if (item->State == ItemState::Active) {
-            const std::string file =
-                (user ? lookups.UserStartupFolder : lookups.CommonStartupFolder) + "\\" +
-                item->Name;
+            r.Path = item->File;
+            r.Parameters = item->Arguments;
+            r.Missing = lookups.ProgramThere && !lookups.ProgramThere(item->File, item->Expandable);
+        } else {
             const std::string target =
                 lookups.ShortcutTarget && EndsWith(ToLower(item->Name), ".lnk")
-                    ? lookups.ShortcutTarget(file)
+                    ? lookups.ShortcutTarget(item->File)
                     : std::string();
-            r.Path = target.empty() ? file : target;
-        } else {
+            r.Path = target.empty() ? item->File : target;
             // A shortcut kept in the items folder: missing when the file is gone from there.
-            const std::string file =
-                (user ? lookups.UserItemsFolder : lookups.AllUsersItemsFolder) + item->Name;
-            r.Missing = lookups.FileThere && !lookups.FileThere(file);
-            r.Path = lookups.ShortcutTarget && EndsWith(ToLower(item->Name), ".lnk")
-                         ? lookups.ShortcutTarget(file)
-                         : file;
+            if (item->State != ItemState::Active)
+                r.Missing = lookups.FileThere && !lookups.FileThere(item->File);
             if (delayed)
                 r.Parameters = delayed->Parameters;
         }

@@ -32,24 +32,13 @@ struct ItemRecord {
     bool Missing = false;     // what it starts is not there: its shortcut or its program file
 };
 
-// A command as an item holds it: program and arguments as Windows reads the command, variables
-// kept, and whether Windows fills them in (an expandable Run value).
-struct ItemCommand {
-    std::string Program;
-    std::string Arguments;
-    bool Expandable = false;
-};
-
-// What only the platform can tell: a shortcut's target, how a Run value's command reads, and
-// which files are there. A value's command is read the same way in every state, so an item
-// lists the same program and arguments in each.
+// What only the platform can tell: a shortcut's target and which files are there. What an
+// item starts is the item's own File and Arguments, read the same way in every state.
 struct RecordLookups {
     std::function<std::string(const std::string& shortcut)> ShortcutTarget;
-    std::function<ItemCommand(const std::string& command, bool expandable)> RunCommand;
-    std::function<bool(const ItemCommand& command)> ProgramThere;
+    // The program is there, its variables filled in when the command is expandable.
+    std::function<bool(const std::string& program, bool expandable)> ProgramThere;
     std::function<bool(const std::string& file)> FileThere;
-    std::string UserStartupFolder, CommonStartupFolder; // no trailing backslash
-    std::string UserItemsFolder, AllUsersItemsFolder;   // with a trailing backslash
 };
 
 // A record of each item of the tree, in its order.

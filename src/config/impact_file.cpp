@@ -2,6 +2,7 @@
 
 #include <charconv>
 
+#include "config/run_data.h"
 #include "platform/path_rules.h"
 #include "text/strings.h"
 
@@ -119,9 +120,8 @@ ImpactRating RateImpact(uint64_t cpuMs, uint64_t ioBytes) {
     return ImpactRating::Low;
 }
 
-bool SameItem(const ImpactKey& a, const ImpactKey& b) {
-    // Windows compares value names and file names without regard to letter case.
-    return a.Location == b.Location && ToLower(a.Name) == ToLower(b.Name);
+bool SameItem(const ImpactKey& a, const ImpactKey& b, NameOrder order) {
+    return a.Location == b.Location && (order ? order(a.Name, b.Name) == 0 : a.Name == b.Name);
 }
 
 std::optional<ImpactKey> ImpactKeyOf(const GroupProgram& program) {
@@ -134,7 +134,8 @@ std::optional<ImpactKey> ImpactKeyOf(const GroupProgram& program) {
     return ImpactKey{location, FileNameOf(program.Path)};
 }
 
-std::optional<ImpactKey> ImpactKeyOfStopped(std::string_view entry) {
+std::optional<ImpactKey> ImpactKeyOfStopped(std::string_view entry,
+                                            std::optional<std::string_view> copyName) {
     if (entry.size() <= kPrefixLength)
         return std::nullopt;
     const std::string_view prefix = entry.substr(0, kPrefixLength);
@@ -142,8 +143,18 @@ std::optional<ImpactKey> ImpactKeyOfStopped(std::string_view entry) {
     for (int code : {kMachineRun, kUserRun, kCommonStartup, kUserStartup}) {
         if (prefix != LocationPrefix(code))
             continue;
-        if (code == kMachineRun || code == kUserRun)
-            return ImpactKey{code, std::string(name.substr(0, name.find('=')))};
+        if (code == kMachineRun || code == kUserRun) {
+            if (copyName)
+                return ImpactKey{code, std::string(*copyName)};
+            // Without its copy an entry's name and command cannot be told apart for certain
+            // ("a=b=C:\x.exe"). The name before the first "=" is the one the list shows the
+            // item by, and the one a move puts the value back and delays it under: the
+            // measurement stays with that item. An older entry holds a path alone and names no
+            // value; the whole of it stands for the item, never a part cut at an "=" inside it.
+            if (const std::optional<NameData> named = NamedStoppedValue(name))
+                return ImpactKey{code, named->Name};
+            return ImpactKey{code, std::string(name)};
+        }
         return ImpactKey{code, FileNameOf(name)};
     }
     return std::nullopt;
@@ -161,7 +172,7 @@ std::string FormatImpactFile(const std::vector<ImpactRecord>& records) {
     return out;
 }
 
-ImpactFileContent ParseImpactFile(std::string_view bytes) {
+ImpactFileContent ParseImpactFile(std::string_view bytes, NameOrder order) {
     ImpactFileContent content;
     size_t start = 0;
     while (start < bytes.size()) {
@@ -177,25 +188,26 @@ ImpactFileContent ParseImpactFile(std::string_view bytes) {
         const auto fields = SplitFields(line);
         const auto record = fields ? RecordOf(*fields) : std::nullopt;
         if (record)
-            PutImpact(content.Records, *record);
+            PutImpact(content.Records, *record, order);
         else
             ++content.SkippedLines;
     }
     return content;
 }
 
-void PutImpact(std::vector<ImpactRecord>& records, ImpactRecord record) {
+void PutImpact(std::vector<ImpactRecord>& records, ImpactRecord record, NameOrder order) {
     for (ImpactRecord& r : records)
-        if (SameItem(r.Key, record.Key)) {
+        if (SameItem(r.Key, record.Key, order)) {
             r = std::move(record);
             return;
         }
     records.push_back(std::move(record));
 }
 
-const ImpactRecord* FindImpact(const std::vector<ImpactRecord>& records, const ImpactKey& key) {
+const ImpactRecord* FindImpact(const std::vector<ImpactRecord>& records, const ImpactKey& key,
+                               NameOrder order) {
     for (const ImpactRecord& r : records)
-        if (SameItem(r.Key, key))
+        if (SameItem(r.Key, key, order))
             return &r;
     return nullptr;
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "config/program_model.h"
+#include "text/strings.h"
 
 namespace tolvane {
 
@@ -25,16 +26,21 @@ inline constexpr uint64_t kImpactWatchMs = 30000;
 
 // An item is its location and its own name (the Run value's name, the shortcut's file name):
 // a program moved between delayed and stopped keeps its measurement, and two items that start
-// the same program keep their own.
+// the same program keep their own. Names compare as Windows compares them, in the order the
+// platform gives (CDirStruct::CompareNames); without one, exactly as written, which never takes
+// one item's measurement for another's.
 struct ImpactKey {
     int Location = kUserStartup;
     std::string Name;
 };
-bool SameItem(const ImpactKey& a, const ImpactKey& b);
+bool SameItem(const ImpactKey& a, const ImpactKey& b, NameOrder order);
 // A delayed program's item; nothing for a free slot or an unknown command.
 std::optional<ImpactKey> ImpactKeyOf(const GroupProgram& program);
-// A stopped entry's item ("_REGCU_name=command", "_STPAU_file.lnk").
-std::optional<ImpactKey> ImpactKeyOfStopped(std::string_view entry);
+// A stopped entry's item ("_REGCU_name=command", "_STPAU_file.lnk"). A Run value is named by
+// its saved copy where the caller knows it (copyName): a name may hold "=", and only the copy
+// tells where it ends.
+std::optional<ImpactKey> ImpactKeyOfStopped(std::string_view entry,
+                                            std::optional<std::string_view> copyName = {});
 
 struct ImpactRecord {
     ImpactKey Key;
@@ -54,10 +60,12 @@ struct ImpactFileContent {
     std::vector<ImpactRecord> Records;
     size_t SkippedLines = 0; // lines that are no measurement (edited, cut short)
 };
-ImpactFileContent ParseImpactFile(std::string_view bytes);
+// A later line of the same item replaces an earlier one.
+ImpactFileContent ParseImpactFile(std::string_view bytes, NameOrder order = nullptr);
 
 // Replaces the item's measurement, or adds it.
-void PutImpact(std::vector<ImpactRecord>& records, ImpactRecord record);
-const ImpactRecord* FindImpact(const std::vector<ImpactRecord>& records, const ImpactKey& key);
+void PutImpact(std::vector<ImpactRecord>& records, ImpactRecord record, NameOrder order = nullptr);
+const ImpactRecord* FindImpact(const std::vector<ImpactRecord>& records, const ImpactKey& key,
+                               NameOrder order);
 
 } // namespace tolvane

@@ -37,21 +37,24 @@ void LoadLanguageFiles(const std::string& programFolder, const std::string& lang
     LoadLanguageTextFile(programFolder, language, text.Toolbar, "toolbar");
 }
 
-bool ChooseLanguage(ProgramGroupStore store, TextTables& text, EventLog& log, size_t index) {
+LanguageChoice ChooseLanguage(ProgramGroupStore store, TextTables& text, EventLog& log,
+                              size_t index) {
     if (index >= text.Languages.size())
-        return false;
+        return LanguageChoice::None;
     const std::string code = text.Languages[index].Code;
     if (code.empty() || code == store.Model().Language)
-        return false;
+        return LanguageChoice::None;
+    LanguageChoice choice = LanguageChoice::Chosen;
     try {
         store.Change([&](ProgramModel& file) { file.Language = code; });
     } catch (const std::exception& e) {
         // The texts change all the same, for this run: the file keeps the language it had.
         log.WriteLog(std::string("Language choice: ") + e.what(), kLogError);
         store.Model().Language = code;
+        choice = LanguageChoice::NotKept;
     }
     LoadLanguageFiles(store.Folders().ProgramFolder, code, text);
-    return true;
+    return choice;
 }
 
 } // namespace tolvane

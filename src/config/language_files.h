@@ -26,9 +26,11 @@ void LoadLanguageFiles(const std::string& programFolder, const std::string& lang
                        TextTables& text);
 
 // Makes language i of the list the current one: its tables are loaded and the choice is written
-// to the program-group file, so that it lasts. False, and nothing done, when it is the current
-// language already or no language of the list. A file that cannot be written is logged; the
-// language stays chosen for this run.
-bool ChooseLanguage(ProgramGroupStore store, TextTables& text, EventLog& log, size_t index);
+// to the program-group file, so that it lasts. Nothing is done when it is the current language
+// already or no language of the list. A file that cannot be written is logged, and the language
+// stays chosen for this run only.
+enum class LanguageChoice { None, Chosen, NotKept };
+[[nodiscard]] LanguageChoice ChooseLanguage(ProgramGroupStore store, TextTables& text,
+                                            EventLog& log, size_t index);
 
 } // namespace tolvane

@@ -55,6 +55,6 @@ public:
 
 // Runs the move's pass over the ticked items and rebuilds the tree; nothing at all, the file
 // not even rewritten, when no item is ticked. False then.
-bool RunCheckedMove(CheckedMove move, const TreeModel& tree, CheckedPasses& passes);
+[[nodiscard]] bool RunCheckedMove(CheckedMove move, const TreeModel& tree, CheckedPasses& passes);
 
 } // namespace tolvane

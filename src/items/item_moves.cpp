@@ -88,6 +88,46 @@ std::string RecordCommand(const GroupProgram& p) {
     return p.Parameters.empty() ? path : path + " " + p.Parameters;
 }
 
+// The delayed program of a shortcut, by its file name. The command tells the two Startup
+// folders apart.
+int DelayedShortcutOf(const ProgramModel& model, std::string_view name, bool user) {
+    const ProgramGroup* group = model.StartupGroup();
+    if (!group)
+        return -1;
+    const std::string_view command = user ? kExecute : kExecuteAU;
+    for (size_t i = 0; i < group->Programs.size(); ++i) {
+        const GroupProgram& p = group->Programs[i];
+        if (p.Command == command && !p.Path.empty() && SameName(PathLastPart(p.Path), name))
+            return static_cast<int>(i);
+    }
+    return -1;
+}
+
+// The delayed program of a Run value, by the value's name, in the view of its saved copy.
+// A program without a name (a hand-written line) is found by its command instead, among the
+// others without one.
+int DelayedValueOf(const ProgramModel& model, const ValueKey& at, const StartupItem& item) {
+    const ProgramGroup* group = model.StartupGroup();
+    if (!group)
+        return -1;
+    const SavedCopies saved = ReadSavedCopies(at.Location);
+    const SavedCopyMatch match = MatchSavedCopies(model, at.Location, saved.Copies);
+    for (size_t i = 0; i < group->Programs.size(); ++i) {
+        const GroupProgram& p = group->Programs[i];
+        if (IsFreeSlot(p) || p.Command != CommandOfLocation(at.Location))
+            continue;
+        if (item.Name.empty()
+                ? !p.RegistryKeyName.empty() || (Trim(item.Command) != Trim(RecordCommand(p)) &&
+                                                 Trim(item.Command) != Trim(p.Path))
+                : !SameName(p.RegistryKeyName, item.Name))
+            continue;
+        if (saved.RootOf(match.Delayed[i]) != at.Root())
+            continue; // the value of that name in the other view
+        return static_cast<int>(i);
+    }
+    return -1;
+}
+
 // Ends a pass at the item that failed; that item's failure is already recorded.
 struct PassEnds {};
 
@@ -112,19 +152,8 @@ public:
         MoveShortcut(from, to, owner_, flags, undo, mover_);
     }
 
-    // The delayed program of a shortcut, by its file name. The command tells the two Startup
-    // folders apart.
     int DelayedShortcut(std::string_view name, bool user) const {
-        const ProgramGroup* group = Model().StartupGroup();
-        if (!group)
-            return -1;
-        const std::string_view command = user ? kExecute : kExecuteAU;
-        for (size_t i = 0; i < group->Programs.size(); ++i) {
-            const GroupProgram& p = group->Programs[i];
-            if (p.Command == command && !p.Path.empty() && SameName(PathLastPart(p.Path), name))
-                return static_cast<int>(i);
-        }
-        return -1;
+        return DelayedShortcutOf(Model(), name, user);
     }
     // The stopped entry of a shortcut.
     int StoppedShortcut(std::string_view name, int location) const {
@@ -136,29 +165,8 @@ public:
         return -1;
     }
 
-    // The delayed program of a Run value, by the value's name, in the view of its saved copy.
-    // A program without a name (a hand-written line) is found by its command instead, among the
-    // others without one.
     int DelayedValue(const ValueKey& at, const StartupItem& item) const {
-        const ProgramGroup* group = Model().StartupGroup();
-        if (!group)
-            return -1;
-        const SavedCopies saved = ReadSavedCopies(at.Location);
-        const SavedCopyMatch match = MatchSavedCopies(Model(), at.Location, saved.Copies);
-        for (size_t i = 0; i < group->Programs.size(); ++i) {
-            const GroupProgram& p = group->Programs[i];
-            if (IsFreeSlot(p) || p.Command != CommandOfLocation(at.Location))
-                continue;
-            if (item.Name.empty()
-                    ? !p.RegistryKeyName.empty() || (Trim(item.Command) != Trim(RecordCommand(p)) &&
-                                                     Trim(item.Command) != Trim(p.Path))
-                    : !SameName(p.RegistryKeyName, item.Name))
-                continue;
-            if (saved.RootOf(match.Delayed[i]) != at.Root())
-                continue; // the value of that name in the other view
-            return static_cast<int>(i);
-        }
-        return -1;
+        return DelayedValueOf(Model(), at, item);
     }
     int DelayedValueThere(const ValueKey& at, const StartupItem& item) const {
         const int i = DelayedValue(at, item);
@@ -583,6 +591,14 @@ void MoveOne(Mover& m, const StartupItem& item, ItemState to, RegBackup*& backup
 
 } // namespace
 
+int FindDelayedRecord(const ProgramModel& model, const StartupItem& item) {
+    if (item.Registry())
+        return DelayedValueOf(model, KeyOf(item), item);
+    return item.Name.empty()
+               ? -1
+               : DelayedShortcutOf(model, item.Name, item.Location == ItemLocation::UserFolder);
+}
+
 ItemMoves::ItemMoves(Needs needs, HWND owner) : needs_(needs), owner_(owner) {}
 
 bool ItemMoves::Move(const StartupItem& item, ItemState to) {
@@ -615,6 +631,7 @@ void ItemMovePasses::Move(const std::vector<CheckedTarget>& targets) {
     for (const CheckedTarget& target : targets)
         if (const StartupItem* item = ItemOfNode(tree_, listing_, target.Node))
             moves.push_back({*item, target.To});
+    // An item that was not moved is told the user, with why, by the pass itself.
     (void)moves_.MovePass(moves);
 }
 

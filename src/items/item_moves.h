@@ -51,11 +51,11 @@ public:
     // where it is stays there, once. Asked to go back to Windows while it is there already, an
     // active item has its switch in Task Manager turned on. Refusals and failures are told the
     // user; false when the item was not moved.
-    bool Move(const StartupItem& item, ItemState to);
+    [[nodiscard]] bool Move(const StartupItem& item, ItemState to);
     // The toolbar's passes and Save: each item where it is asked to go, in order, the file
     // written once. An item that fails is taken back and ends the pass; the items before it
     // stay moved. False when not every item was moved.
-    bool MovePass(const std::vector<ItemMove>& moves);
+    [[nodiscard]] bool MovePass(const std::vector<ItemMove>& moves);
 
     // How shortcuts are moved; the shell's move unless set.
     void SetFileMover(FileMover mover) { mover_ = std::move(mover); }
@@ -67,6 +67,12 @@ private:
     HWND owner_;
     FileMover mover_;
 };
+
+// The program of the "Startup" group that stands for the delayed item in the model as it is
+// now, found by the item's key (its location, registry view and own name) as a move finds it;
+// -1 when it is delayed there no more. The record index a refresh gave the item may point at
+// another program once the file has changed.
+int FindDelayedRecord(const ProgramModel& model, const StartupItem& item);
 
 // The toolbar's and Save's pass over the ticked items of the tree, by the moves above. The
 // refresh rebuilds whatever shows the tree.

@@ -152,8 +152,10 @@ void PutValue(RegistryRoot root, const std::string& key, const std::string& name
                           conflict, name + "=" + ValueText(*existing));
     }
     if (!WriteExactly(root, key, name, value)) {
-        (void)reg.DeleteValue(root, key, name);
-        throw MoveFailure("the value \"" + name + "\" could not be written to \"" + shown + "\"");
+        // Whatever was written of it goes again; what cannot go is said with the failure.
+        const bool cleared = reg.DeleteValue(root, key, name);
+        throw MoveFailure("the value \"" + name + "\" could not be written to \"" + shown + "\"" +
+                          (cleared ? "" : ", and what was written of it could not be removed"));
     }
     undo.Add([root, key, name, shown] {
         if (!CRegistry().DeleteValue(root, key, name))
@@ -190,9 +192,10 @@ void SwitchOnInTaskManager(RegistryRoot root, const char* key, const std::string
         flag->Type,
         SwitchedOnFlag(flag->Data, (uint64_t{now.dwHighDateTime} << 32) | now.dwLowDateTime)};
     if (!WriteExactly(root, key, name, on)) {
-        (void)reg.SetValue(root, key, name, *flag);
+        const bool restored = reg.SetValue(root, key, name, *flag);
         throw MoveFailure("Task Manager's switch of \"" + name + "\" (" + ShownKey(root, key) +
-                          ") could not be turned on, so Windows would not start it");
+                          ") could not be turned on, so Windows would not start it" +
+                          (restored ? "" : ", and its old state could not be written back"));
     }
     undo.Add([root, key = std::string(key), name, was = *flag] {
         if (!WriteExactly(root, key, name, was))

@@ -55,18 +55,17 @@ std::string URLEncode(std::string_view text) {
     return out;
 }
 
-std::string SearchTerms(const StartupItem& item, const CommandLineSystem& system) {
+std::string SearchTerms(const StartupItem& item) {
     if (!item.Registry())
         return item.Name;
-    const std::string program = SplitRunData(item.Command, item.Expandable, system).Path;
+    const std::string& program = item.File;
     if (item.Name.empty())
         return program;
     return program.empty() ? item.Name : item.Name + ", " + program;
 }
 
-std::string SearchAddress(std::string_view searchTemplate, const StartupItem& item,
-                          const CommandLineSystem& system) {
-    const std::string terms = SearchTerms(item, system);
+std::string SearchAddress(std::string_view searchTemplate, const StartupItem& item) {
+    const std::string terms = SearchTerms(item);
     if (searchTemplate.empty() || terms.empty())
         return std::string();
     return URLEncode(ReplaceAll(searchTemplate, "{SEARCHTERMS}", terms));

@@ -6,7 +6,6 @@
 #include <string>
 #include <string_view>
 
-#include "config/run_data.h"
 #include "items/startup_tree.h"
 
 namespace tolvane {
@@ -15,13 +14,12 @@ namespace tolvane {
 // "%" included, stays as it is.
 std::string URLEncode(std::string_view text);
 
-// What to search for: a shortcut's file name as it is; a Run value as "name, program", the
-// program read from its command as Windows reads it, variables kept as written.
-std::string SearchTerms(const StartupItem& item, const CommandLineSystem& system);
+// What to search for: a shortcut's file name as it is; a Run value as "name, program", its
+// program the item's File, variables kept as written.
+std::string SearchTerms(const StartupItem& item);
 
 // The address to open: the template with every "{SEARCHTERMS}" replaced, escaped as a whole.
 // "" when there is no template or the item has nothing to search for.
-std::string SearchAddress(std::string_view searchTemplate, const StartupItem& item,
-                          const CommandLineSystem& system);
+std::string SearchAddress(std::string_view searchTemplate, const StartupItem& item);
 
 } // namespace tolvane

@@ -8,6 +8,7 @@
 #include "config/delay_load.h"
 #include "config/delayed_program.h"
 #include "config/program_group_store.h"
+#include "config/system_command_line.h"
 #include "platform/dir_struct.h"
 #include "platform/file_io.h"
 #include "platform/registry.h"
@@ -51,7 +52,8 @@ void ReadSwitchedOff(CRegistry& registry, StartupListing& listing) {
         const std::optional<uint64_t> written = registry.LastWriteTime(keys[i].Root, keys[i].Key);
         if (read.Read && written && read.Written == written)
             continue;
-        *keys[i].Off = SwitchedOffNames(registry.EnumValues(keys[i].Root, keys[i].Key));
+        *keys[i].Off = SwitchedOffNames(registry.EnumValues(keys[i].Root, keys[i].Key),
+                                        CDirStruct::CompareNames);
         const bool settled = written && *written + kTrustedAfter < now;
         read = {settled, written};
     }
@@ -104,8 +106,12 @@ bool RefreshData(ProgramGroupStore store, const TextTables& text,
             listing.SavedMachineCopyIs32.push_back(root == RegistryRoot::LocalMachine32);
         // Measurements are shown, never needed: a missing or unreadable file shows none.
         const std::optional<std::string> impact = ReadFileBytes(store.File().ImpactFilePath());
-        listing.Impacts = impact ? ParseImpactFile(*impact).Records : std::vector<ImpactRecord>();
+        listing.Impacts = impact ? ParseImpactFile(*impact, CDirStruct::CompareNames).Records
+                                 : std::vector<ImpactRecord>();
         StartupTreeHooks hooks;
+        hooks.Folders = &folders;
+        hooks.System = &SystemCommandLine();
+        hooks.Order = CDirStruct::CompareNames;
         hooks.Timer = SecondsSinceMidnight;
         hooks.Progress = progress;
         hooks.Notice = Notices{model, folders, text};

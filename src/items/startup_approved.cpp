@@ -17,19 +17,16 @@ std::vector<uint8_t> SwitchedOnFlag(std::vector<uint8_t> data, uint64_t fileTime
     return data;
 }
 
-SwitchedOffNames::SwitchedOffNames(
-    const std::vector<std::pair<std::string, RegistryValue>>& values) {
+SwitchedOffNames::SwitchedOffNames(const std::vector<std::pair<std::string, RegistryValue>>& values,
+                                   NameOrder order)
+    : names_(Less{order}) {
     for (const auto& [name, value] : values)
         if (SwitchedOff(value.Type, value.Data))
-            Add(name);
-}
-
-void SwitchedOffNames::Add(std::string_view name) {
-    names_.insert(ToLower(name));
+            names_.insert(name);
 }
 
 bool SwitchedOffNames::Contains(std::string_view name) const {
-    return !names_.empty() && names_.count(ToLower(name)) != 0;
+    return !names_.empty() && names_.find(name) != names_.end();
 }
 
 } // namespace tolvane

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "platform/registry.h"
+#include "text/strings.h"
 
 namespace tolvane {
 
@@ -39,18 +40,24 @@ bool SwitchedOff(uint32_t type, const std::vector<uint8_t>& data);
 // 12 bytes long.
 std::vector<uint8_t> SwitchedOnFlag(std::vector<uint8_t> data, uint64_t fileTime);
 
-// The names whose flag in one key is off, compared without regard to letter case, as the
-// registry and the file system compare names.
+// The names whose flag in one key is off, compared as the registry and the file system compare
+// names: in the order the platform gives (CDirStruct::CompareNames), which folds letter case as
+// Windows does. An empty set without an order knows no name.
 class SwitchedOffNames {
 public:
     SwitchedOffNames() = default;
-    explicit SwitchedOffNames(const std::vector<std::pair<std::string, RegistryValue>>& values);
-    void Add(std::string_view name);
+    SwitchedOffNames(const std::vector<std::pair<std::string, RegistryValue>>& values,
+                     NameOrder order);
     bool Contains(std::string_view name) const;
     bool Empty() const { return names_.empty(); }
 
 private:
-    std::set<std::string, std::less<>> names_;
+    struct Less {
+        NameOrder Order = nullptr;
+        using is_transparent = void;
+        bool operator()(std::string_view a, std::string_view b) const { return Order(a, b) < 0; }
+    };
+    std::set<std::string, Less> names_;
 };
 
 } // namespace tolvane

@@ -64,14 +64,16 @@ int Count(const std::vector<std::string>& list) {
     return list.empty() || list[0].empty() ? 0 : static_cast<int>(list.size());
 }
 
-bool IsOwn(const ListedValue& value, const ListedValue& own) {
-    return value.Name == own.Name && value.Data == own.Data;
+// The value's name as Windows compares names (the key holds no second one of another case).
+bool IsOwn(const ListedValue& value, const ListedValue& own, NameOrder order) {
+    return value.Data == own.Data &&
+           (order ? order(value.Name, own.Name) == 0 : value.Name == own.Name);
 }
 
 // Takes the first value that is the program's own out; true when there was one.
-bool RemoveOwnEntry(std::vector<ListedValue>& list, const ListedValue& own) {
+bool RemoveOwnEntry(std::vector<ListedValue>& list, const ListedValue& own, NameOrder order) {
     for (auto v = list.begin(); v != list.end(); ++v) {
-        if (IsOwn(*v, own)) {
+        if (IsOwn(*v, own, order)) {
             list.erase(v);
             return true;
         }
@@ -164,6 +166,10 @@ ItemPlace StartupItem::Place() const {
     return ItemPlace{Code(), State, Wow32()};
 }
 
+ItemKey StartupItem::Key() const {
+    return {Location, State, Name, Name.empty() ? Command : std::string()};
+}
+
 std::string StartupItem::Text() const {
     if (!Registry())
         return Name;
@@ -201,12 +207,12 @@ void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramMod
     int userRun = static_cast<int>(listing.UserRunValues.size());
     int machineRun =
         static_cast<int>(listing.MachineRunValues.size() + listing.MachineRun32Values.size());
-    if (RemoveOwnEntry(listing.UserRunValues, ownRunEntry))
+    if (RemoveOwnEntry(listing.UserRunValues, ownRunEntry, hooks.Order))
         --userRun;
     // Under the machine's key every copy is hidden, though only the first is counted out.
-    if (RemoveOwnEntry(listing.MachineRunValues, ownRunEntry)) {
+    if (RemoveOwnEntry(listing.MachineRunValues, ownRunEntry, hooks.Order)) {
         --machineRun;
-        while (RemoveOwnEntry(listing.MachineRunValues, ownRunEntry)) {
+        while (RemoveOwnEntry(listing.MachineRunValues, ownRunEntry, hooks.Order)) {
         }
     }
 
@@ -261,8 +267,33 @@ void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramMod
     build.Progress(100.0 / 3);
 
     listing.Items.clear();
+    // Where an item's file is, as the moves leave it: a shortcut in its Startup folder or the
+    // items folder; a value's program as its command, or a delayed value's record, reads.
+    auto locate = [&](StartupItem& item) {
+        if (!item.Registry()) {
+            if (!hooks.Folders || item.Name.empty())
+                return;
+            const AppFolders& f = *hooks.Folders;
+            const bool user = item.Location == ItemLocation::UserFolder;
+            item.File =
+                item.State == ItemState::Active
+                    ? (user ? f.UserStartupFolder : f.CommonStartupFolder) + "\\" + item.Name
+                    : (user ? f.UserItemsFolder : f.AllUsersItemsFolder) + item.Name;
+            return;
+        }
+        if (!hooks.System)
+            return;
+        const GroupProgram* record =
+            item.State == ItemState::Delayed ? DelayedRecord(model, item) : nullptr;
+        const RunCommandParts parts =
+            record ? DelayedCommand(*record, item.Expandable, *hooks.System)
+                   : SplitRunData(item.Command, item.Expandable, *hooks.System);
+        item.File = parts.Path;
+        item.Arguments = parts.Parameters;
+    };
     auto leaf = [&](const char* container, size_t index, std::string_view origin, StartupItem item,
                     std::string_view tag, int data = 0) -> TreeNode& {
+        locate(item);
         TreeNode& node = build.Leaf(container, index, origin, item.Text(), tag);
         node.Cut = item.SwitchedOff;
         node.Data = data;

@@ -16,6 +16,7 @@
 #include "config/run_data.h"
 #include "items/startup_approved.h"
 #include "models/tree_model.h"
+#include "text/strings.h"
 
 namespace tolvane {
 
@@ -38,6 +39,16 @@ struct ListedValue {
 // machine's Run key in each of its two registry views.
 enum class ItemLocation { UserFolder, UserRun, CommonFolder, MachineRun, MachineRun32 };
 
+// An item as every refresh knows it again: its location (the registry view included), its state
+// and its own name; a record without a name by its command.
+struct ItemKey {
+    ItemLocation Location = ItemLocation::UserFolder;
+    ItemState State = ItemState::Active;
+    std::string Name;
+    std::string Command; // only for a record without a name
+    bool operator==(const ItemKey&) const = default;
+};
+
 // One startup item as a refresh found it. An item is its location and its own name (the
 // shortcut's file name, the Run value's name, exactly as Windows holds them); the rest says in
 // which state it is and what it starts. Moves find it again by that key, in the file and the
@@ -50,6 +61,12 @@ struct StartupItem {
     // whose copy is gone, the command its record holds.
     std::string Command;
     bool Expandable = false;
+    // What it starts, where it is now: a shortcut's full path (in its Startup folder while
+    // active, in the items folder while delayed or stopped); for a Run value the program its
+    // command names and the arguments it gives it, read as Windows reads the command (a delayed
+    // value's as the log-on run reads its record), variables kept as written.
+    std::string File;
+    std::string Arguments;
     // Its record in the program-group model: the program of the Startup group (delayed) or the
     // entry of StoppedPrograms (stopped) at the refresh; -1 for an active item.
     int Record = -1;
@@ -61,6 +78,7 @@ struct StartupItem {
     int Code() const;
     bool Wow32() const { return Location == ItemLocation::MachineRun32; }
     ItemPlace Place() const;
+    ItemKey Key() const;
     // The text the list shows, the same in every state: the file name, or the value as
     // name=data. A record without a value name shows its command alone.
     std::string Text() const;
@@ -123,6 +141,13 @@ struct StartupTreeHooks {
     // Why the log-on run will not start a delayed program, "" when it will; expandable: its
     // value's saved copy is an expandable string. Shown in the item's tip.
     std::function<std::string(const GroupProgram& program, bool expandable)> Notice;
+    // Where the shortcuts lie; none: a shortcut's File stays empty.
+    const AppFolders* Folders = nullptr;
+    // How a Run value's command reads on this machine; none: a value's File stays empty.
+    const CommandLineSystem* System = nullptr;
+    // How Windows compares value names (CDirStruct::CompareNames), by which the program's own
+    // value is known; none: exactly as written.
+    NameOrder Order = nullptr;
 };
 
 // Rebuilds the tree and the listing's items. The program's own Run value (the first copy in

@@ -47,11 +47,4 @@ int TreeModel::Find(std::string_view key) const {
     return it == byKey_.end() ? kNone : it->second;
 }
 
-std::string TreeModel::FullPath(int index) const {
-    std::string path = Node(index).Text;
-    for (int p = Node(index).Parent; p != kNone; p = Node(p).Parent)
-        path = Node(p).Text + kSeparator + path;
-    return path;
-}
-
 } // namespace tolvane

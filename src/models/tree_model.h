@@ -36,7 +36,6 @@ public:
 class TreeModel {
 public:
     static constexpr int kNone = -1;
-    static constexpr char kSeparator = '\\';
 
     void Clear();
     // Adds a node as the last child of the parent ("" = a root). Throws TreeKeyError.
@@ -52,9 +51,6 @@ public:
     TreeNode& Node(int index) { return nodes_.at(static_cast<size_t>(index)); }
     const TreeNode& Node(int index) const { return nodes_.at(static_cast<size_t>(index)); }
     const std::vector<int>& Roots() const { return roots_; }
-
-    // The texts from the root down to the node, joined by the separator.
-    std::string FullPath(int index) const;
 
     int Selected() const { return selected_; }
     void Select(int index) { selected_ = index; }

@@ -61,8 +61,10 @@ bool CDirStruct::ReturnFiles(std::string_view folder, std::vector<std::string>& 
 }
 
 bool CDirStruct::SameName(std::string_view a, std::string_view b) {
-    if (a == b)
-        return true;
+    return a == b || CompareNames(a, b) == 0;
+}
+
+int CDirStruct::CompareNames(std::string_view a, std::string_view b) {
     auto wide = [](std::string_view s) {
         const int n = MultiByteToWideChar(CP_ACP, 0, s.data(), static_cast<int>(s.size()),
                                           nullptr, 0);
@@ -72,8 +74,18 @@ bool CDirStruct::SameName(std::string_view a, std::string_view b) {
         return w;
     };
     const std::wstring wa = wide(a), wb = wide(b);
-    return CompareStringOrdinal(wa.data(), static_cast<int>(wa.size()), wb.data(),
-                                static_cast<int>(wb.size()), TRUE) == CSTR_EQUAL;
+    switch (CompareStringOrdinal(wa.data(), static_cast<int>(wa.size()), wb.data(),
+                                 static_cast<int>(wb.size()), TRUE)) {
+    case CSTR_LESS_THAN:
+        return -1;
+    case CSTR_EQUAL:
+        return 0;
+    case CSTR_GREATER_THAN:
+        return 1;
+    }
+    // The comparison failed (it cannot for valid lengths): the bytes decide, so that the order
+    // stays an order.
+    return a < b ? -1 : a == b ? 0 : 1;
 }
 
 bool CDirStruct::NamedFileExists(std::string_view path) {

@@ -28,6 +28,9 @@ public:
     // every letter the system folds (ordinal comparison, as the file system and the registry
     // compare names).
     static bool SameName(std::string_view a, std::string_view b);
+    // Their order in that comparison: below, equal to or above 0. What the Win32-free code is
+    // handed as its NameOrder.
+    static int CompareNames(std::string_view a, std::string_view b);
 
 private:
     bool FindEntry(std::string_view name, std::string_view folder, bool foldersOnly);

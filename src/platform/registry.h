@@ -38,19 +38,19 @@ struct RegistryValue {
 std::string ValueText(const RegistryValue& value);
 
 // Key paths are given with "\" separators and no leading one; a trailing "\" names the same
-// key. The write operations return whether the registry now holds what was asked: callers
-// that move a user's startup entry must know, even though most of them need not care.
+// key. The write operations return whether the registry now holds what was asked: a write
+// that did not happen must reach the user or the log, never pass unseen.
 class CRegistry {
 public:
     // True when the value is not there afterwards (a missing key or value counts as done).
-    bool DeleteValue(RegistryRoot root, std::string_view path, std::string_view name);
+    [[nodiscard]] bool DeleteValue(RegistryRoot root, std::string_view path, std::string_view name);
 
     // REG_SZ only, cut at its first NUL; anything else (REG_EXPAND_SZ included) is the default.
     std::string GetSettingString(RegistryRoot root, std::string_view path, std::string_view name,
                                  std::string_view defaultValue = "");
     // Stored as REG_SZ without a terminating NUL; "" is a zero-length value.
-    bool SaveSettingString(RegistryRoot root, std::string_view path, std::string_view name,
-                           std::string_view value);
+    [[nodiscard]] bool SaveSettingString(RegistryRoot root, std::string_view path,
+                                         std::string_view name, std::string_view value);
 
     // Every value of the key as "name=data", in the registry's order; one "" when there are
     // none or the key is missing. Values with no data are left out. Long names and data are
@@ -64,8 +64,8 @@ public:
     // reads them); empty when there are none or the key is missing.
     std::vector<std::pair<std::string, RegistryValue>> EnumValues(RegistryRoot root,
                                                                   std::string_view path);
-    bool SetValue(RegistryRoot root, std::string_view path, std::string_view name,
-                  const RegistryValue& value);
+    [[nodiscard]] bool SetValue(RegistryRoot root, std::string_view path, std::string_view name,
+                                const RegistryValue& value);
     // When the key was last written (a value set or removed), as a FILETIME; nothing when the
     // key is missing.
     std::optional<uint64_t> LastWriteTime(RegistryRoot root, std::string_view path);

@@ -25,6 +25,13 @@ std::string ToLower(std::string_view s);
 bool ContainsNoCase(std::string_view haystack, std::string_view needle);
 size_t FindNoCase(std::string_view haystack, std::string_view needle, size_t from = 0);
 
+// How Windows orders the names of files and registry values: below, equal to or above 0, every
+// letter of the code page folded as the system folds it (an ordinal comparison without regard to
+// letter case, accented letters included). Only the platform knows the system's folding
+// (CDirStruct::CompareNames): code without the platform is handed this function and never
+// folds names by itself.
+using NameOrder = int (*)(std::string_view a, std::string_view b);
+
 inline bool Contains(std::string_view s, std::string_view part) {
     return s.find(part) != std::string_view::npos;
 }

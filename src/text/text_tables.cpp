@@ -105,6 +105,8 @@ TextTables::TextTables() : Languages(1) {
         "Windows will not start Tolvane at log-on as set: its own Run value could not be "
         "changed. log.txt in Tolvane's program folder says why.",
         "proggroup.c could not be written:\r\n",
+        "Your choice could not be saved in proggroup.c; log.txt in Tolvane's program folder says "
+        "why.",
     };
     Toolbar = {
         "Save Changes",

@@ -11,7 +11,6 @@
 #include "config/app_state.h"
 #include "config/delay_load.h"
 #include "config/program_group_store.h"
-#include "config/system_command_line.h"
 #include "config/language_files.h"
 #include "items/item_moves.h"
 #include "items/online_search.h"
@@ -46,6 +45,8 @@ constexpr size_t kAllUsersLine = 35;
 constexpr size_t kNotReadLine = 36, kOwnRunEntryLine = 37;
 // Save could not write the file.
 constexpr size_t kNotWrittenMessage = 38;
+// The status line: the tip box or the language could not be kept in the file.
+constexpr size_t kNotKeptLine = 39;
 // Messages 22 to 24: the ratings; 25 and 26: a measurement with and without its ready time.
 constexpr size_t kImpactRatingFirst = 22, kImpactFiguresReady = 25, kImpactFigures = 26;
 // The first showing builds the tree once the window is on screen.
@@ -80,6 +81,20 @@ void OpenModeless(std::unique_ptr<D>& dialog, HINSTANCE instance, HWND owner, Ar
     dialog = std::make_unique<D>(std::forward<Args>(args)...);
     if (!dialog->ShowModeless(instance, owner))
         dialog.reset();
+}
+
+// A node as a rebuilt tree knows it again: an item by its key, a container by its own key;
+// never by a caption, which two items (a value in both of the machine's views) may share.
+struct NodePlace {
+    std::string Container;
+    std::optional<ItemKey> Item;
+    bool operator==(const NodePlace&) const = default;
+};
+
+NodePlace PlaceOfNode(const TreeModel& tree, const StartupListing& listing, int node) {
+    if (const StartupItem* item = ItemOfNode(tree, listing, node))
+        return {"", item->Key()};
+    return {tree.Node(node).Key, std::nullopt};
 }
 
 } // namespace
@@ -182,11 +197,13 @@ void MainWindow::AddCommands() {
     commands_.Add(
         ID_CMD_PROPERTIES,
         [this] {
-            // The editor opens on the item's own record, never on a program of the same path.
+            // The editor opens on the item's own record, never on a program of the same path:
+            // found by the item's key in the model as it is now, which a change since the
+            // refresh (Options, the tip box, another copy) may have reordered.
             std::optional<GroupProgram> record;
             if (const StartupItem* item = ItemOfNode(tree_, listing_, tree_.Selected()))
-                if (const GroupProgram* p = DelayedRecord(app_.model, *item))
-                    record = *p;
+                if (const int i = FindDelayedRecord(app_.model, *item); i >= 0)
+                    record = app_.model.StartupGroup()->Programs[static_cast<size_t>(i)];
             if (OpenGroupEditor)
                 OpenGroupEditor(record);
         },
@@ -264,7 +281,8 @@ void MainWindow::EnsureContent() {
             return std::string();
         std::string impact;
         if (const std::optional<ImpactKey> item = DelayedItemKey(tree_, listing_, node))
-            if (const ImpactRecord* record = FindImpact(listing_.Impacts, *item)) {
+            if (const ImpactRecord* record =
+                    FindImpact(listing_.Impacts, *item, CDirStruct::CompareNames)) {
                 ImpactTexts texts;
                 for (size_t i = 0; i < 3; ++i)
                     texts.Ratings[i] = app_.text.Message(kImpactRatingFirst + i);
@@ -346,22 +364,17 @@ void MainWindow::Layout() {
 void MainWindow::Refresh(bool keepPlace) {
     EnsureContent();
     HCURSOR previous = SetCursor(LoadCursorA(nullptr, MAKEINTRESOURCEA(32514)));
-    // An item is known again by its container and its text.
-    auto placeOf = [&](int node) {
-        return tree_.Node(tree_.Node(node).Parent).Key + "\n" + tree_.Node(node).Text;
-    };
-    std::string selected;
-    std::vector<std::string> ticked;
+    NodePlace selected;
+    std::vector<NodePlace> ticked;
     if (keepPlace) {
-        (void)treeView_->ReadChecks(tree_);
+        (void)treeView_->ReadChecks(tree_); // the ticks as the control shows them now
         const int node = tree_.Selected();
         if (node != TreeModel::kNone)
-            selected = tree_.Node(node).Parent == TreeModel::kNone ? tree_.Node(node).Key + "\n"
-                                                                   : placeOf(node);
+            selected = PlaceOfNode(tree_, listing_, node);
         for (size_t i = 0; i < tree_.Count(); ++i)
             if (tree_.Node(static_cast<int>(i)).Checked &&
                 tree_.Node(static_cast<int>(i)).Parent != TreeModel::kNone)
-                ticked.push_back(placeOf(static_cast<int>(i)));
+                ticked.push_back(PlaceOfNode(tree_, listing_, static_cast<int>(i)));
     }
     // A change made elsewhere is shown, not answered: the program's own Run value and a
     // missing file are left to whoever made it.
@@ -374,15 +387,18 @@ void MainWindow::Refresh(bool keepPlace) {
         keepPlace || !listed ||
         UpdateRunEntry(app_.model.StartupType, app_.folders.RunCommand, app_.model, app_.log);
     // What went wrong is told where the user looks, not only in the log.
-    const std::string& status = !listed      ? app_.text.Message(kNotReadLine)
-                                : !ownInStep ? app_.text.Message(kOwnRunEntryLine)
-                                             : std::string();
-    SendMessageA(statusBar_, SB_SETTEXTA, 0, reinterpret_cast<LPARAM>(status.c_str()));
+    // A choice not kept stays said until the user's own next refresh: a refresh for a change
+    // made elsewhere (the failed write's own traces, say) is no answer to it.
+    if (!keepPlace)
+        notKept_ = false;
+    ShowStatus(!listed      ? app_.text.Message(kNotReadLine)
+               : !ownInStep ? app_.text.Message(kOwnRunEntryLine)
+               : notKept_   ? app_.text.Message(kNotKeptLine)
+                            : std::string());
     if (keepPlace) {
         for (size_t i = 0; i < tree_.Count(); ++i) {
             TreeNode& node = tree_.Node(static_cast<int>(i));
-            const std::string place =
-                node.Parent == TreeModel::kNone ? node.Key + "\n" : placeOf(static_cast<int>(i));
+            const NodePlace place = PlaceOfNode(tree_, listing_, static_cast<int>(i));
             if (place == selected)
                 tree_.Select(static_cast<int>(i));
             node.Checked = node.Parent != TreeModel::kNone &&
@@ -393,6 +409,15 @@ void MainWindow::Refresh(bool keepPlace) {
     progress_->SetValue(0);
     SetCursor(previous);
     CheckForOptions();
+}
+
+void MainWindow::ShowStatus(const std::string& text) {
+    SendMessageA(statusBar_, SB_SETTEXTA, 0, reinterpret_cast<LPARAM>(text.c_str()));
+}
+
+void MainWindow::NotKept() {
+    notKept_ = true;
+    ShowStatus(app_.text.Message(kNotKeptLine));
 }
 
 void MainWindow::CheckForOptions() {
@@ -431,6 +456,7 @@ ItemMoves MainWindow::Moves() {
 
 void MainWindow::MoveChecked(CheckedMove move) {
     ItemMovePasses passes(Moves(), tree_, listing_, [this] { Refresh(); });
+    // Nothing ticked moves nothing (the button was off); an item that failed, the pass told.
     (void)RunCheckedMove(move, tree_, passes);
     CheckForOptions();
 }
@@ -438,6 +464,7 @@ void MainWindow::MoveChecked(CheckedMove move) {
 void MainWindow::Save() {
     try {
         ItemMovePasses passes(Moves(), tree_, listing_, [this] { Refresh(); });
+        // Nothing ticked writes nothing, as asked; a file not written throws to below.
         (void)RunCheckedMove(CheckedMove::Save, tree_, passes);
     } catch (const std::exception& e) {
         app_.log.WriteLog(std::string("Menu Save Error: ") + e.what(), kLogError);
@@ -493,6 +520,7 @@ void MainWindow::MoveSelected(UINT command) {
     const ItemState to = command == ID_CMD_RUN    ? ItemState::Active
                          : command == ID_CMD_STOP ? ItemState::Stopped
                                                   : ItemState::Delayed;
+    // A move that was not made is told the user, with why, by the move itself.
     (void)Moves().Move(StartupItem(*item), to);
     Refresh();
 }
@@ -501,15 +529,18 @@ void MainWindow::SearchOnline() {
     const StartupItem* item = ItemOfNode(tree_, listing_, tree_.Selected());
     if (!item)
         return;
-    const std::string address =
-        SearchAddress(app_.OnlineSearchTemplate, *item, SystemCommandLine());
+    const std::string address = SearchAddress(app_.OnlineSearchTemplate, *item);
     if (!address.empty())
         OpenWithShell(address);
 }
 
 void MainWindow::ChooseLanguage(size_t index) {
-    if (!::tolvane::ChooseLanguage(app_.Store(), app_.text, app_.log, index))
+    const LanguageChoice choice =
+        ::tolvane::ChooseLanguage(app_.Store(), app_.text, app_.log, index);
+    if (choice == LanguageChoice::None)
         return;
+    if (choice == LanguageChoice::NotKept)
+        NotKept();
     // The captions on screen stay until the next start; the menu shows the choice at once.
     for (size_t i = 0; i < app_.text.Languages.size(); ++i)
         CheckMenuItem(
@@ -564,6 +595,10 @@ void MainWindow::EndForGood() {
 LRESULT MainWindow::HandleMessage(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
     if (msg == OpenWindowMessage()) {
         Open();
+        return 0;
+    }
+    if (msg == TipNotKeptMessage()) {
+        NotKept();
         return 0;
     }
     if (msg == TaskbarCreatedMessage()) {

@@ -96,6 +96,10 @@ private:
     void ShowWindowNow(int command);
     void Layout();
     void ChecksMayHaveChanged();
+    // The status line's first part: what went wrong that the user must know, "" for nothing.
+    void ShowStatus(const std::string& text);
+    // A choice of the user (the tip box, the language) could not be kept in the file.
+    void NotKept();
     // Which toolbar moves the ticked items allow; all-users items lose their ticks.
     void CheckForOptions();
     // The moves of this window: its messages and the shell's file moves belong to it.
@@ -140,7 +144,8 @@ private:
     bool isVisible_ = false;
     bool ending_ = false;
     std::unique_ptr<ChangeWatch> watch_;
-    bool stale_ = false; // changed elsewhere while the window was hidden
+    bool stale_ = false;   // changed elsewhere while the window was hidden
+    bool notKept_ = false; // the status line says that a choice was not kept
 };
 
 } // namespace tolvane

@@ -5,6 +5,7 @@
 #include "cli/item_records.h"
 #include "config/run_data.h"
 #include "items/startup_tree.h"
+#include "support/test_support.h"
 
 namespace tolvane {
 namespace {
@@ -54,28 +55,26 @@ TEST(CliRecords, TheTreesItemsWithTheirCommandsInThreeFormats) {
     listing.UserRunValues = {{"Caf\xc3\xa9 \"q\"", "\"C:\\P F\\c.exe\" /a,b"},
                              {"Tool", "C:\\t.exe"}};
     listing.UserStartupFiles = {"Word.lnk"};
-    listing.OffUserRun = SwitchedOffNames({{"Tool", RegistryValue{kBinaryType, {3}}}});
+    listing.OffUserRun =
+        SwitchedOffNames({{"Tool", RegistryValue{kBinaryType, {3}}}}, test::AsciiNameOrder);
     ProgramModel model;
     model.ProgramGroups = {{"Startup", {{"Later.lnk", "-x", "Execute", 7.5f, ""}}}};
     model.StartupGroupIndex = 0;
     model.StoppedPrograms = {"_REGCU_Old=C:\\old.exe"};
-    TreeModel tree;
-    BuildStartupTree(tree, listing, model, {}, {});
-    RecordLookups lookups;
-    lookups.ShortcutTarget = [](const std::string& link) { return "target of " + link; };
     // Nothing on this machine: each command is read by its quotes and first word.
     struct NoFiles : CommandLineSystem {
         bool FileExists(const std::string&) const override { return false; }
         std::string Expand(const std::string& text) const override { return text; }
-    };
-    lookups.RunCommand = [](const std::string& command, bool) {
-        const RunCommandParts parts = SplitRunData(command, false, NoFiles());
-        return ItemCommand{parts.Path, parts.Parameters, false};
-    };
-    lookups.ProgramThere = [](const ItemCommand& c) { return c.Program != "C:\\t.exe"; };
+    } const noFiles;
+    AppFolders folders;
+    folders.UserStartupFolder = "C:\\Start";
+    folders.UserItemsFolder = "C:\\Items\\";
+    TreeModel tree;
+    BuildStartupTree(tree, listing, model, {}, {{}, {}, {}, &folders, &noFiles});
+    RecordLookups lookups;
+    lookups.ShortcutTarget = [](const std::string& link) { return "target of " + link; };
+    lookups.ProgramThere = [](const std::string& program, bool) { return program != "C:\\t.exe"; };
     lookups.FileThere = [](const std::string&) { return false; };
-    lookups.UserStartupFolder = "C:\\Start";
-    lookups.UserItemsFolder = "C:\\Items\\";
     const std::vector<ItemRecord> records =
         ItemRecords(tree, listing, model, {{"Tool", "A clock"}}, lookups);
 

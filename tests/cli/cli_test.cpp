@@ -6,6 +6,7 @@
 
 #include "cli/cli_args.h"
 #include "config/language_files.h"
+#include "items/run_entry.h"
 #include "items/startup_fixture.h"
 #include "text/strings.h"
 
@@ -26,7 +27,7 @@ protected:
         app.Store().File().WriteItems();
     }
     void TearDown() override {
-        reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, "Dup");
+        EXPECT_TRUE(reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, "Dup"));
         StartupFixture::TearDown();
     }
     struct Ran {
@@ -158,7 +159,7 @@ TEST_F(Console, ListsTheSameCommandInEveryState) {
     }
     EXPECT_EQ(Cli("restore Exp").code, 0u);
     EXPECT_EQ(reg.GetValue(RegistryRoot::CurrentUser, kRunKey, "Exp"), value);
-    reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, "Exp");
+    EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, "Exp"));
 }
 
 TEST_F(Console, MovesAnItemByNameAsTheListDoes) {
@@ -208,6 +209,23 @@ TEST_F(Console, MovesAnItemByNameAsTheListDoes) {
     ran = Cli("restore tool.lnk");
     EXPECT_EQ(ran.code, 0u) << ran.err;
     EXPECT_EQ(State(), start);
+    // A value whose command is empty has its delay set too.
+    RunValue(RegistryRoot::CurrentUser, "Empty", "");
+    ran = Cli("delay Empty --delay 4");
+    EXPECT_EQ(ran.code, 0u) << ran.err;
+    EXPECT_NE(File().find("ExecuteReg (\"\", \"\", 4, \"Empty\");"), std::string::npos) << File();
+    EXPECT_EQ(Cli("restore Empty").code, 0u);
+
+    // Another program's value of the program's own name: Windows will not start Tolvane as
+    // set. The move is made, and the script is told so, with exit code 2.
+    RunValue(RegistryRoot::CurrentUser, kOwnRunValue, "C:\\Windows\\notepad.exe");
+    ran = Cli("delay Clock");
+    EXPECT_EQ(ran.code, 2u);
+    EXPECT_NE(ran.err.find(app.text.Message(37)), std::string::npos) << ran.err;
+    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Clock"), "C:\\clock.exe -min");
+    ASSERT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue));
+    EXPECT_EQ(Cli("restore Clock").code, 0u);
+    EXPECT_EQ(State(), start);
 
     // Two items of one name, none of another, an item without moves, bad usage: each its own
     // exit code, and nothing changed.
@@ -226,6 +244,18 @@ TEST_F(Console, MovesAnItemByNameAsTheListDoes) {
     EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Dup"), "(none)");
     EXPECT_EQ(Run(RegistryRoot::LocalMachine, "Dup"), "C:\\dup64.exe");
     EXPECT_EQ(Cli("--help").code, 0u);
+
+    // One name in both of the machine's views, both delayed: a delay goes on the line of the
+    // view asked for, never on the other's.
+    RunValue(RegistryRoot::LocalMachine32, "Dup", "C:\\dup32.exe");
+    Refresh();
+    for (int leaf : Leaves("AllUsersRegistry"))
+        ASSERT_TRUE(Moves().Move(*ItemOfNode(tree, listing, leaf), ItemState::Delayed));
+    ran = Cli("delay Dup --location machine-run-32 --delay 5");
+    EXPECT_EQ(ran.code, 0u) << ran.err;
+    for (const char* line : {"ExecuteRegAU (\"C:\\dup32.exe\", \"\", 5, \"Dup\");",
+                             "ExecuteRegAU (\"C:\\dup64.exe\", \"\", 0, \"Dup\");"})
+        EXPECT_NE(File().find(line), std::string::npos) << line << "\n" << File();
 }
 
 // A script names an item in any letter case, as Windows compares names, accented letters
@@ -256,9 +286,9 @@ TEST_F(Console, NamesMatchInAnyLetterCaseAndTheListedTextRestores) {
     EXPECT_EQ(Run(RegistryRoot::CurrentUser, "\xdc"
                                              "ber Sync"),
               "\"C:\\U S\\u.exe\" -q");
-    reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey,
-                    "\xdc"
-                    "ber Sync");
+    EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey,
+                                "\xdc"
+                                "ber Sync"));
 }
 
 } // namespace

@@ -28,14 +28,18 @@ TEST_F(DelayLoadTest, TheFileIsPerWindowsUser) {
 
 TEST_F(DelayLoadTest, StoppedItemsAreFoundInTheItemsFoldersAndSavedCopies) {
     CRegistry reg;
-    reg.SaveSettingString(RegistryRoot::CurrentUser, kSavedUserRunKey, "A", "C:\\a.exe -min");
-    reg.SaveSettingString(RegistryRoot::CurrentUser, kSavedUserRunKey, "B", "C:\\a.exe");
-    reg.SaveSettingString(RegistryRoot::CurrentUser, kSavedUserRunKey, "C", "\"C:\\c d.exe\" /x");
-    reg.SaveSettingString(RegistryRoot::LocalMachine, kSavedMachineRunKey, "M", "C:\\m.exe");
+    ASSERT_TRUE(
+        reg.SaveSettingString(RegistryRoot::CurrentUser, kSavedUserRunKey, "A", "C:\\a.exe -min"));
+    ASSERT_TRUE(
+        reg.SaveSettingString(RegistryRoot::CurrentUser, kSavedUserRunKey, "B", "C:\\a.exe"));
+    ASSERT_TRUE(reg.SaveSettingString(RegistryRoot::CurrentUser, kSavedUserRunKey, "C",
+                                      "\"C:\\c d.exe\" /x"));
+    ASSERT_TRUE(
+        reg.SaveSettingString(RegistryRoot::LocalMachine, kSavedMachineRunKey, "M", "C:\\m.exe"));
     // An expandable copy: its variables are kept, and filled in when it starts.
     const std::string data = "%SystemRoot%\\notepad.exe %OS%";
-    reg.SetValue(RegistryRoot::CurrentUser, kSavedUserRunKey, "E",
-                 test::WideValue(REG_EXPAND_SZ, data));
+    ASSERT_TRUE(reg.SetValue(RegistryRoot::CurrentUser, kSavedUserRunKey, "E",
+                             test::WideValue(REG_EXPAND_SZ, data)));
     app.model.StoppedPrograms = {
         "_STPCU_Tool.lnk",           "_STPAU_Word.lnk",  "_REGCU_C:\\a.exe ",   "_REGCU_C:\\a.exe",
         "_REGCU_\"C:\\c d.exe\" ",   "_REGAU_C:\\m.exe", "_REGCU_C:\\gone.exe", "plain",

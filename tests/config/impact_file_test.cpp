@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "config/impact_file.h"
+#include "support/test_support.h"
 
 namespace tolvane {
 namespace {
@@ -39,13 +40,20 @@ TEST(ImpactKeys, AnItemIsItsLocationAndItsOwnNameWhateverItsState) {
     EXPECT_EQ(key(ImpactKeyOf({"C:\\Items\\Word.lnk", "", "ExecuteAU", 0, ""})), "2|Word.lnk");
     EXPECT_EQ(key(ImpactKeyOf({"", "", "Execute", 0, ""})), "none");
     EXPECT_EQ(key(ImpactKeyOf({"x.exe", "", "Close", 0, ""})), "none");
-    // Stopped, the same items keep their keys.
+    // Stopped, the same items keep their keys. A value's saved copy tells where a name that
+    // holds "=" ends; without it the name is the one the list shows, before the first "=". An
+    // older entry of a path alone is never cut at an "=" of the path.
     EXPECT_EQ(key(ImpactKeyOfStopped("_REGCU_Tool=\"C:\\a\\tool.exe\" -x")), "1|Tool");
+    EXPECT_EQ(key(ImpactKeyOfStopped("_REGAU_a=b=C:\\x.exe", "a=b")), "0|a=b");
+    EXPECT_EQ(key(ImpactKeyOfStopped("_REGAU_a=b=C:\\x.exe")), "0|a");
+    EXPECT_EQ(key(ImpactKeyOfStopped("_REGCU_C:\\a=b\\x.exe")), "1|C:\\a=b\\x.exe");
     EXPECT_EQ(key(ImpactKeyOfStopped("_STPAU_Word.lnk")), "2|Word.lnk");
     EXPECT_EQ(key(ImpactKeyOfStopped("_XXXXX_Word.lnk")), "none");
     EXPECT_EQ(key(ImpactKeyOfStopped("_REGCU_")), "none");
-    EXPECT_TRUE(SameItem({kUserRun, "TOOL"}, {kUserRun, "tool"}));
-    EXPECT_FALSE(SameItem({kUserRun, "Tool"}, {kMachineRun, "Tool"}));
+    // Names compare in the platform's order; without one, exactly as written.
+    EXPECT_TRUE(SameItem({kUserRun, "TOOL"}, {kUserRun, "tool"}, test::AsciiNameOrder));
+    EXPECT_FALSE(SameItem({kUserRun, "TOOL"}, {kUserRun, "tool"}, nullptr));
+    EXPECT_FALSE(SameItem({kUserRun, "Tool"}, {kMachineRun, "Tool"}, test::AsciiNameOrder));
 }
 
 TEST(ImpactFile, WritesCsvLinesThatReadBackAndPassesOverBrokenOnes) {
@@ -77,14 +85,20 @@ TEST(ImpactFile, WritesCsvLinesThatReadBackAndPassesOverBrokenOnes) {
     EXPECT_EQ(read.Records[2].Key.Name, "Later");
     EXPECT_EQ(read.Records[2].Rating(), ImpactRating::Low); // the figures decide, not the word
 
-    // A new measurement of an item replaces its last one, by name in any letter case.
+    // A new measurement of an item replaces its last one, by name in any letter case as the
+    // platform's order has it; read back, a later line of the item replaces an earlier one.
     records = read.Records;
-    PutImpact(records, {{kUserRun, "TOOL"}, "2026-11-24 08:00:00", 900, 200, 0, 0, 30000});
+    PutImpact(records, {{kUserRun, "TOOL"}, "2026-11-24 08:00:00", 900, 200, 0, 0, 30000},
+              test::AsciiNameOrder);
     ASSERT_EQ(records.size(), 3u);
-    const ImpactRecord* tool = FindImpact(records, {kUserRun, "tool"});
+    const ImpactRecord* tool = FindImpact(records, {kUserRun, "tool"}, test::AsciiNameOrder);
     ASSERT_TRUE(tool);
     EXPECT_EQ(tool->CpuMs, 200u);
-    EXPECT_FALSE(FindImpact(records, {kMachineRun, "Tool"}));
+    EXPECT_FALSE(FindImpact(records, {kMachineRun, "Tool"}, test::AsciiNameOrder));
+    const std::vector<ImpactRecord> twice =
+        ParseImpactFile(bytes + "HKCU Run,TOOL,t,Low,,7,0,0,900\r\n", test::AsciiNameOrder).Records;
+    ASSERT_EQ(twice.size(), 2u);
+    EXPECT_EQ(twice[0].CpuMs, 7u);
 }
 
 } // namespace

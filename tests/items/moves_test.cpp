@@ -149,9 +149,9 @@ TEST_F(ItemMovesTest, OlderStoppedEntriesOfAPathAloneEachFindTheirOwnCopy) {
     // Entries of an older version hold a path alone: each still finds a copy of its own, and
     // one with "=" in its path is told apart by its state, not by the "=".
     const RegistryRoot user = RegistryRoot::CurrentUser;
-    reg.SaveSettingString(user, kSavedUserRunKey, "P", "C:\\p.exe -1");
-    reg.SaveSettingString(user, kSavedUserRunKey, "Q", "C:\\p.exe -2");
-    reg.SaveSettingString(user, kSavedUserRunKey, "E", "C:\\a=b\\e.exe");
+    ASSERT_TRUE(reg.SaveSettingString(user, kSavedUserRunKey, "P", "C:\\p.exe -1"));
+    ASSERT_TRUE(reg.SaveSettingString(user, kSavedUserRunKey, "Q", "C:\\p.exe -2"));
+    ASSERT_TRUE(reg.SaveSettingString(user, kSavedUserRunKey, "E", "C:\\a=b\\e.exe"));
     for (const char* entry : {"C:\\p.exe ", "C:\\p.exe ", "C:\\a=b\\e.exe"})
         app.model.AddStoppedProgram(entry, kUserRun);
     app.Store().File().WriteItems();
@@ -201,7 +201,7 @@ TEST_F(ItemMovesTest, RunValuesAreSavedBackedUpAndPutBackExactly) {
     // A stopped value whose saved copy is gone comes back from its own entry, which names it;
     // an older entry that holds a path alone has nothing to put back: its entry goes, said in
     // the log.
-    reg.DeleteValue(RegistryRoot::LocalMachine, kSavedMachineRunKey, "Machine");
+    ASSERT_TRUE(reg.DeleteValue(RegistryRoot::LocalMachine, kSavedMachineRunKey, "Machine"));
     Refresh();
     EXPECT_TRUE(Move("StoppedItemsAllReg", "Machine=C:\\m.exe", kActive));
     EXPECT_EQ(Run(RegistryRoot::LocalMachine, "Machine"), "C:\\m.exe");

@@ -7,36 +7,27 @@ namespace {
 
 const char* kTemplate = "https://search.example/?q={SEARCHTERMS}";
 
-// A machine with one program with blanks in its path.
-struct OneProgram : CommandLineSystem {
-    bool FileExists(const std::string& path) const override {
-        return path == "C:\\Program Files\\T\\tool.exe";
-    }
-    std::string Expand(const std::string& text) const override { return text; }
-};
-
 TEST(OnlineSearch, TermsComeFromTheItemAndTheWholeAddressIsEscaped) {
-    const OneProgram machine;
     auto shortcut = [](std::string name) {
         return StartupItem{ItemLocation::UserFolder, ItemState::Active, std::move(name)};
     };
-    auto value = [](std::string name, std::string command) {
-        return StartupItem{ItemLocation::MachineRun, ItemState::Stopped, std::move(name),
-                           std::move(command)};
+    // A Run value with the program its command names, as the refresh read it.
+    auto value = [](std::string name, std::string program) {
+        StartupItem item{ItemLocation::MachineRun, ItemState::Stopped, std::move(name),
+                         "\"" + program + "\" /min"};
+        item.File = std::move(program);
+        return item;
     };
     auto address = [&](std::string_view t, const StartupItem& item) {
-        return SearchAddress(t, item, machine);
+        return SearchAddress(t, item);
     };
     // A shortcut searches for its file name; the template's own ? = / : stay.
     EXPECT_EQ(address(kTemplate, shortcut("Tool.lnk")), "https://search.example/?q=Tool.lnk");
-    // A Run value, in any state: its name and its program, read as Windows reads the command;
-    // a name that holds "=" whole.
-    EXPECT_EQ(address(kTemplate, value("Tool", "\"C:\\Program Files\\T\\tool.exe\" /min")),
+    // A Run value, in any state: its name and its program; a name that holds "=" whole.
+    EXPECT_EQ(address(kTemplate, value("Tool", "C:\\Program Files\\T\\tool.exe")),
               "https://search.example/?q=Tool,%20C:%5CProgram%20Files%5CT%5Ctool.exe");
-    EXPECT_EQ(SearchTerms(value("Tool", "C:\\Program Files\\T\\tool.exe /min"), machine),
-              "Tool, C:\\Program Files\\T\\tool.exe");
-    EXPECT_EQ(SearchTerms(value("Q=1", "  C:\\q.exe /min "), machine), "Q=1, C:\\q.exe");
-    EXPECT_EQ(SearchTerms(value("Empty", ""), machine), "Empty");
+    EXPECT_EQ(SearchTerms(value("Q=1", "C:\\q.exe")), "Q=1, C:\\q.exe");
+    EXPECT_EQ(SearchTerms(value("Empty", "")), "Empty");
     // "&" joining the template's parameters is escaped too; "%" passes unescaped.
     EXPECT_EQ(
         address("https://s.example/?a=1&q={SEARCHTERMS}&q2={SEARCHTERMS}", shortcut("50%.lnk")),

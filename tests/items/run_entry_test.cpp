@@ -13,8 +13,8 @@ protected:
     void SetUp() override { Clear(); }
     void TearDown() override { Clear(); }
     void Clear() {
-        reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue);
-        reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, kOwnRunValue);
+        EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue));
+        EXPECT_TRUE(reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, kOwnRunValue));
     }
     // The program's own Run value in the user's key and in the machine's, "-" where none.
     std::string Values() {
@@ -53,7 +53,7 @@ TEST_F(RunEntry, TheRunKeysFollowTheModeAndTheDelayedItems) {
                                       "\"C:\\Windows\\notepad.exe\""));
     EXPECT_FALSE(UpdateRunEntry(2, app.folders.RunCommand, app.model, app.log));
     EXPECT_EQ(Values(), "\"C:\\Windows\\notepad.exe\" | -");
-    reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue);
+    EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue));
 }
 
 } // namespace

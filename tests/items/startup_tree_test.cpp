@@ -12,6 +12,20 @@ namespace {
 
 const ListedValue kOwn = {"Tolvane", "\"C:\\T\\Tolvane.exe\" -nogui"};
 
+// A machine without files: each command is read by its quotes and its first word.
+struct NoFiles : CommandLineSystem {
+    bool FileExists(const std::string&) const override { return false; }
+    std::string Expand(const std::string& text) const override { return text; }
+};
+
+// Task Manager's switches of one key, off for each name.
+SwitchedOffNames Off(const std::vector<std::string>& names) {
+    std::vector<std::pair<std::string, RegistryValue>> flags;
+    for (const std::string& name : names)
+        flags.push_back({name, {kBinaryType, {0x03}}});
+    return SwitchedOffNames(flags, test::AsciiNameOrder);
+}
+
 // Items of every location, delayed and stopped, as a refresh at 12:34 builds them.
 class StartupTree : public ::testing::Test {
 protected:
@@ -21,8 +35,9 @@ protected:
     }
     void Fill() {
         listing.UserStartupFiles = {"Tool.lnk", "Notes.lnk"};
-        // The program's own value twice: the first copy is hidden, the second is an item.
-        listing.UserRunValues = {kOwn, {"A", "C:\\a.exe /x"}, kOwn};
+        // The program's own value twice, its name in any letter case: the first copy is hidden,
+        // the second is an item.
+        listing.UserRunValues = {{"TOLVANE", kOwn.Data}, {"A", "C:\\a.exe /x"}, kOwn};
         listing.CommonStartupFiles = {"Word.lnk"};
         // Under the machine's key every copy is hidden, though only one is counted out.
         listing.MachineRunValues = {kOwn, {"M", "C:\\m.exe"}, kOwn};
@@ -39,7 +54,12 @@ protected:
     }
     void Build(long long timer = 1234) {
         BuildStartupTree(tree, listing, model, kOwn,
-                         {[=] { return timer; }, [this](double v) { progress.push_back(v); }});
+                         {[=] { return timer; },
+                          [this](double v) { progress.push_back(v); },
+                          {},
+                          &folders,
+                          &noFiles,
+                          test::AsciiNameOrder});
     }
     TreeNode& N(const std::string& key) { return tree.Node(tree.Find(key)); }
 
@@ -47,6 +67,9 @@ protected:
     ProgramModel model;
     std::vector<double> progress;
     TreeModel tree;
+    const AppFolders folders{"C:\\T",       "", "C:\\Start", "C:\\Common", "C:\\T\\Items\\",
+                             "C:\\T\\All\\"};
+    const NoFiles noFiles;
 };
 
 TEST_F(StartupTree, ContainersCountAndShowEveryItemOfEachLocation) {
@@ -73,6 +96,19 @@ TEST_F(StartupTree, ContainersCountAndShowEveryItemOfEachLocation) {
     EXPECT_EQ(x->State, ItemState::Delayed);
     EXPECT_EQ(x->Name + "|" + x->Command + "|" + std::to_string(x->Record), "X|C:\\x.exe -m|4");
     EXPECT_EQ(ItemOfNode(tree, listing, tree.Find("DelayedItemsRoot")), nullptr);
+    // What each starts, where it is now: a shortcut's file in its Startup folder or the items
+    // folder, a value's program and arguments as its command (a delayed one's record) reads.
+    auto file = [&](const char* key) {
+        const StartupItem* item = ItemOfNode(tree, listing, tree.Find(key));
+        return item ? item->File + "|" + item->Arguments : std::string("none");
+    };
+    EXPECT_EQ(file("#12340#Tool.lnk"), "C:\\Start\\Tool.lnk|");
+    EXPECT_EQ(file("#12340#Word.lnk"), "C:\\Common\\Word.lnk|");
+    EXPECT_EQ(file("#12341#DELAYEDDelayed.lnk"), "C:\\T\\Items\\Delayed.lnk|");
+    EXPECT_EQ(file("#12343#STOPPED_STPAU_Common.lnk"), "C:\\T\\All\\Common.lnk|");
+    EXPECT_EQ(file("#12340#A=C:\\a.exe /x"), "C:\\a.exe|/x");
+    EXPECT_EQ(file("#12344#DELAYEDC:\\x.exe "), "C:\\x.exe|-m");
+    EXPECT_EQ(file("#12345#STOPPED_REGAU_C:\\i.exe"), "C:\\i.exe|");
 
     // Keys carry time, index and origin; all but the active all-users items offer moves.
     for (const char* key : {"#12340#Tool.lnk", "#12340#A=C:\\a.exe /x", "#12341#DELAYEDDelayed.lnk",
@@ -94,8 +130,6 @@ TEST_F(StartupTree, ContainersCountAndShowEveryItemOfEachLocation) {
     EXPECT_EQ(N("#12340#Tool.lnk").Image, "");
     EXPECT_EQ(N("StoppedItemsRoot").Image, "Stopped");
     EXPECT_EQ(N("DIR_AllUsers").Image, "Group");
-    EXPECT_EQ(tree.FullPath(tree.Find("#12341#DELAYEDDelayed.lnk")),
-              "Delayed Items (5)\\Current User (3)\\Startup Folder (2)\\Delayed.lnk");
 
     for (double& v : progress)
         v = std::round(v * 100) / 100;
@@ -144,7 +178,8 @@ TEST(TaskManagerFlag, TheFirstBytesLowestBitSwitchesAnItemOff) {
     // A key's switched-off names, found whatever their letter case; a missing name is on.
     const SwitchedOffNames names({{"Tool", {kBinaryType, flag(0x03)}},
                                   {"Notes.lnk", {kBinaryType, flag(0x06)}},
-                                  {"Short", {kBinaryType, {0x07}}}});
+                                  {"Short", {kBinaryType, {0x07}}}},
+                                 test::AsciiNameOrder);
     EXPECT_TRUE(names.Contains("TOOL"));
     EXPECT_TRUE(names.Contains("short"));
     EXPECT_FALSE(names.Contains("Notes.lnk"));
@@ -154,9 +189,9 @@ TEST(TaskManagerFlag, TheFirstBytesLowestBitSwitchesAnItemOff) {
 TEST_F(StartupTree, ThirtyTwoBitValuesJoinTheMachinesAndSwitchedOffItemsAreGhosted) {
     Fill();
     listing.MachineRun32Values = {{"M", "C:\\m32.exe"}, {"W", "C:\\w.exe"}};
-    listing.OffUserFolder.Add("NOTES.LNK");
-    listing.OffMachineRun32.Add("m");
-    listing.OffMachineRun.Add("W"); // the 64-bit key's switch: not the 32-bit value's
+    listing.OffUserFolder = Off({"NOTES.LNK"});
+    listing.OffMachineRun32 = Off({"m"});
+    listing.OffMachineRun = Off({"W"}); // the 64-bit key's switch: not the 32-bit value's
     // Copies of the machine's own view, then of the 32-bit one.
     listing.SavedMachineCopies = {
         {"Y", "C:\\y.exe"}, {"X", "\"C:\\x.exe\" -m"}, {"I", "C:\\i.exe"}};
@@ -207,7 +242,7 @@ TEST_F(StartupTree, ThirtyTwoBitValuesJoinTheMachinesAndSwitchedOffItemsAreGhost
     const std::optional<ImpactKey> delayed =
         DelayedItemKey(tree, listing, index("DelayedItemsRegistryAllUsers", "X=\"C:\\x.exe\" -m"));
     ASSERT_TRUE(delayed);
-    EXPECT_TRUE(SameItem(*delayed, {kMachineRun, "X"}));
+    EXPECT_TRUE(SameItem(*delayed, {kMachineRun, "X"}, nullptr));
     EXPECT_FALSE(DelayedItemKey(tree, listing, index("AllUsersRegistry", "M=C:\\m.exe")));
     EXPECT_FALSE(DelayedItemKey(tree, listing, tree.Find("DelayedItemsRegistryAllUsers")));
     const ImpactTexts texts{{"Low", "Medium", "High"},

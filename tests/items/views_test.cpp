@@ -43,20 +43,31 @@ protected:
     }
 };
 
+// Switches are found by the item's name as Windows compares names: in any letter case, accented
+// letters too (the names in the code page, 1252 here).
 TEST_F(ViewsAndSwitches, SwitchedOffItemsAreGhostedAndRunSwitchesThemOnAgain) {
     const RegistryRoot user = RegistryRoot::CurrentUser;
-    Shortcut(places.UserFolder, "Off.lnk");
+    const std::string off = "R\xe9sum\xe9.lnk", offFlag = "r\xc9SUM\xc9.LNK";
+    const std::string sync = "\xdc"
+                             "ber Sync";
+    Shortcut(places.UserFolder, off);
     Shortcut(places.UserFolder, "On.lnk");
     RunValue(user, "Tool", "C:\\T\\tool.exe");
+    RunValue(user, sync, "C:\\sync.exe");
     RunValue(user, "Plain", "C:\\plain.exe");
-    SetFlag(user, kApprovedFolderKey, "OFF.LNK", Flag(0x03));
+    SetFlag(user, kApprovedFolderKey, offFlag, Flag(0x03));
     SetFlag(user, kApprovedFolderKey, "On.lnk", Flag(0x02));
     ByteArray toolOff = Flag(0x07);
     toolOff[1] = 0x5A;
     SetFlag(user, kApprovedRunKey, "Tool", toolOff);
+    SetFlag(user, kApprovedRunKey,
+            "\xfc"
+            "ber sync",
+            Flag(0x03));
     SetFlag(user, kApprovedRunKey, "Other", Flag(0x03)); // no item's: never touched
     Refresh();
-    EXPECT_TRUE(tree.Node(Leaf("CurrentUserStartup", "Off.lnk")).Cut);
+    EXPECT_TRUE(tree.Node(Leaf("CurrentUserStartup", off)).Cut);
+    EXPECT_TRUE(tree.Node(Leaf("CurrentUserRegistry", sync + "=C:\\sync.exe")).Cut);
     EXPECT_FALSE(tree.Node(Leaf("CurrentUserStartup", "On.lnk")).Cut);
     EXPECT_TRUE(tree.Node(Leaf("CurrentUserRegistry", "Tool=C:\\T\\tool.exe")).Cut);
     EXPECT_FALSE(tree.Node(Leaf("CurrentUserRegistry", "Plain=C:\\plain.exe")).Cut);
@@ -82,15 +93,15 @@ TEST_F(ViewsAndSwitches, SwitchedOffItemsAreGhostedAndRunSwitchesThemOnAgain) {
     EXPECT_FALSE(reg.GetValue(user, kApprovedRunKey, "Plain")); // no switch: none is made
 
     // The ticked pass of Run does the same for a shortcut; a shortcut that is on stays as it is.
-    ASSERT_TRUE(Move("CurrentUserStartup", "Off.lnk", ItemState::Delayed));
+    ASSERT_TRUE(Move("CurrentUserStartup", off, ItemState::Delayed));
     ASSERT_TRUE(Move("CurrentUserStartup", "On.lnk", ItemState::Delayed));
-    EXPECT_EQ(FlagOf(user, kApprovedFolderKey, "OFF.LNK"), Flag(0x03));
+    EXPECT_EQ(FlagOf(user, kApprovedFolderKey, offFlag), Flag(0x03));
     Refresh();
-    Check("DelayedItemsStartupCurrentUser", "Off.lnk");
+    Check("DelayedItemsStartupCurrentUser", off);
     Check("DelayedItemsStartupCurrentUser", "On.lnk");
     EXPECT_TRUE(Pass(CheckedMove::Run));
-    EXPECT_TRUE(test::PathExists(UserStartup("Off.lnk")));
-    EXPECT_EQ(FlagOf(user, kApprovedFolderKey, "OFF.LNK")[0], 0x02);
+    EXPECT_TRUE(test::PathExists(UserStartup(off)));
+    EXPECT_EQ(FlagOf(user, kApprovedFolderKey, offFlag)[0], 0x02);
     EXPECT_EQ(FlagOf(user, kApprovedFolderKey, "On.lnk"), Flag(0x02));
 
     // An active item that is switched off: Run switches it on where it is.

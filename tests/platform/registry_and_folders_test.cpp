@@ -65,10 +65,10 @@ TEST_F(Registry, ListsEveryValueWholeAsNameEqualsData) {
     key.SetRaw("A", REG_SZ, std::string_view("\0", 1)); // only the NUL
     key.SetRaw("B", REG_SZ, std::string_view("", 0));   // no data: left out
     key.SetRaw("D", REG_SZ, "ends in z");               // no NUL: z survives
-    reg.SaveSettingString(root, path, longName, "C:\\long-name.exe");
-    reg.SaveSettingString(root, path, "E", longData);
-    reg.SaveSettingString(root, path, "F", LongText(255)); // exactly the classic buffer
-    reg.SaveSettingString(root, path, "G", LongText(256));
+    ASSERT_TRUE(reg.SaveSettingString(root, path, longName, "C:\\long-name.exe"));
+    ASSERT_TRUE(reg.SaveSettingString(root, path, "E", longData));
+    ASSERT_TRUE(reg.SaveSettingString(root, path, "F", LongText(255))); // the classic buffer
+    ASSERT_TRUE(reg.SaveSettingString(root, path, "G", LongText(256)));
     Lines expected = {"A=",
                       "D=ends in z",
                       longName + "=C:\\long-name.exe",

@@ -36,8 +36,8 @@ protected:
     }
     void TearDown() override { ClearRunValues(); }
     void ClearRunValues() {
-        reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue);
-        reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, kOwnRunValue);
+        EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue));
+        EXPECT_TRUE(reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, kOwnRunValue));
     }
     void WriteProgramGroups(int startupType, float mainDelay, std::vector<GroupProgram> programs,
                             std::vector<std::string> stopped = {""}) {
@@ -213,8 +213,8 @@ TEST_F(LogOnRun, EachProgramItStartsIsMeasuredIntoTheImpactFile) {
     const ImpactFileContent impact = ParseImpactFile(test::ReadFileBytes(user + "\\impact.csv"));
     EXPECT_EQ(impact.SkippedLines, 0u);
     EXPECT_EQ(impact.Records.size(), 2u);
-    const ImpactRecord* burner = FindImpact(impact.Records, {kUserRun, "Burner"});
-    const ImpactRecord* shortcut = FindImpact(impact.Records, {kUserStartup, "Burn.lnk"});
+    const ImpactRecord* burner = FindImpact(impact.Records, {kUserRun, "Burner"}, nullptr);
+    const ImpactRecord* shortcut = FindImpact(impact.Records, {kUserStartup, "Burn.lnk"}, nullptr);
     ASSERT_TRUE(burner && shortcut);
     // It ended, so it was watched until then.
     // Its own CPU time and the little a start costs, less what Wine forgets of its last moments.
@@ -332,7 +332,7 @@ TEST_F(LogOnRun, TheTrayMenuWorksWhileTheRunWaits) {
     // "&Quit Program": the process ends, though the run still waits.
     menu({'Q'});
     EXPECT_TRUE(tolvane.WaitForExit(10000));
-    reg.DeleteValue(RegistryRoot::CurrentUser, kSavedUserRunKey, "Paused");
+    EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kSavedUserRunKey, "Paused"));
 }
 
 TEST_F(LogOnRun, StartupTypeZeroEndsAtOnceAndTouchesNothing) {

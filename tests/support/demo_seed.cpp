@@ -25,8 +25,9 @@ void Shortcut(int csidl, const char* name, const char* target, const char* args)
 
 void RunValue(RegistryRoot root, const char* name, const char* data) {
     CRegistry reg;
-    if (reg.GetSettingString(root, kRunKey, name).empty())
-        reg.SaveSettingString(root, kRunKey, name, data);
+    if (reg.GetSettingString(root, kRunKey, name).empty() &&
+        !reg.SaveSettingString(root, kRunKey, name, data))
+        std::fprintf(stderr, "demo-seed: could not write the Run value %s\n", name);
 }
 
 } // namespace

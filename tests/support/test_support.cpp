@@ -7,7 +7,14 @@
 
 #include <gtest/gtest.h>
 
+#include "text/strings.h"
+
 namespace tolvane::test {
+
+int AsciiNameOrder(std::string_view a, std::string_view b) {
+    const std::string x = ToLower(a), y = ToLower(b);
+    return x < y ? -1 : x == y ? 0 : 1;
+}
 
 std::string LongText(size_t n, char first) {
     std::string s;

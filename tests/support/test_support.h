@@ -35,6 +35,11 @@ public:
     std::string chosenFile;
 };
 
+// Names in the order of their letters A to Z without regard to case, every other byte as it is:
+// what the tests without the platform hand the code as the platform's NameOrder. The tests
+// under Wine compare accented names with the platform's own (CDirStruct::CompareNames).
+int AsciiNameOrder(std::string_view a, std::string_view b);
+
 // A string of n characters cycling through printable letters, for long names and data.
 std::string LongText(size_t n, char first = 'a');
 

@@ -151,6 +151,18 @@ TEST_F(DialogsTest, TipOfTheDayFromTheHelpMenuWritesItsBoxBackOnlyWhenChanged) {
     ClickOn(tip, IDOK);
     EXPECT_FALSE(window->Tip());
     EXPECT_FALSE(test::PathExists(file));
+
+    // A file that cannot be written: the setting stays as the file has it, and the window's
+    // status line says the choice was not kept.
+    test::MakeFolder(file + ".new");
+    tip = openTip();
+    ASSERT_TRUE(tip);
+    ClickOn(tip, IDC_TIP_SHOW);
+    ClickOn(tip, IDOK);
+    test::RemoveTree(file + ".new");
+    EXPECT_FALSE(window->Tip());
+    EXPECT_FALSE(test::PathExists(file));
+    EXPECT_EQ(StatusLine(), kNotKeptLine);
 }
 
 TEST_F(DialogsTest, AboutBoxShowsTheExesVersionAndALinkOpensItsPageAndCloses) {

@@ -51,6 +51,17 @@ protected:
             YieldToMessageLoop();
     }
     HWND TreeHwnd() { return window->TreeView()->Hwnd(); }
+    // The status line's text when the tip box or the language could not be kept in the file.
+    static constexpr const char* kNotKeptLine =
+        "Your choice could not be saved in proggroup.c; log.txt in Tolvane's program folder says "
+        "why.";
+    // The status line's first part, as the control shows it.
+    std::string StatusLine() {
+        char status[512] = {};
+        SendMessageA(FindWindowExA(hwnd, nullptr, "msctls_statusbar32", nullptr), SB_GETTEXTA, 0,
+                     reinterpret_cast<LPARAM>(status));
+        return status;
+    }
     std::string File() { return ReadFileBytes(folder / (WindowsUserName() + "\\proggroup.c")); }
     // The tree's node of an item, selected in the control, with the keyboard in the tree.
     int SelectItem(const std::string& container, const std::string& text) {

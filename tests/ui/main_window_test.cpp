@@ -74,7 +74,12 @@ TEST_F(MainWindowTest, MenusAndToolbarAsRenderedAndTickedItemsMoveFromTheToolbar
     };
     SelectItem("DelayedItemsStartupCurrentUser", "Tool.lnk");
     EXPECT_EQ(popup(), "0111");
-    // Properties opens the editor on the delayed item's own record.
+    // Properties opens the editor on the delayed item's own record, also after a change since
+    // the refresh (the tip box, Options, another copy) put another program in its place.
+    app.Store().Change([](ProgramModel& file) {
+        auto& programs = file.StartupGroup()->Programs;
+        programs.insert(programs.begin(), {"C:\\first.exe", "", "ExecuteReg", 0, "First"});
+    });
     std::optional<GroupProgram> editedRecord;
     window->OpenGroupEditor = [&](std::optional<GroupProgram> record) { editedRecord = record; };
     EXPECT_TRUE(window->Commands().Execute(ID_CMD_PROPERTIES));
@@ -114,9 +119,15 @@ TEST_F(MainWindowTest, AMoveMadeMeanwhileByTolvanecIsShownAndKept) {
     RunValue(RegistryRoot::CurrentUser, "Alpha", "C:\\alpha.exe /a");
     RunValue(RegistryRoot::CurrentUser, "Beta", "C:\\beta.exe");
     Shortcut(places.UserFolder, "Tool.lnk");
+    // The same value in both of the machine's views, both delayed: two items of one text.
+    RunValue(RegistryRoot::LocalMachine, "Dup", "C:\\dup.exe");
+    RunValue(RegistryRoot::LocalMachine32, "Dup", "C:\\dup.exe");
+    Refresh();
+    for (int leaf : Leaves("AllUsersRegistry"))
+        ASSERT_TRUE(Moves().Move(*ItemOfNode(tree, listing, leaf), ItemState::Delayed));
     Open();
     Tick("CurrentUserStartup", "Tool.lnk");
-    SelectItem("CurrentUserRegistry", "Beta=C:\\beta.exe");
+    Tick("DelayedItemsRegistryAllUsers", "Dup=C:\\dup.exe"); // the first: the 64-bit one
     test::ChildProcess script("\"" + folder / "tolvanec.exe" + "\" delay Alpha");
     unsigned long code = 99;
     ASSERT_TRUE(script.WaitForExit(30000, &code));
@@ -131,12 +142,20 @@ TEST_F(MainWindowTest, AMoveMadeMeanwhileByTolvanecIsShownAndKept) {
         Pump(1);
     EXPECT_EQ(Items("DelayedItemsRegistryCurrentUser"),
               std::vector<std::string>{"Alpha=C:\\alpha.exe /a"});
+    // The selection and the ticks stay on the items themselves, not on their text.
     const int selected = tree.Selected();
     ASSERT_NE(selected, TreeModel::kNone);
-    EXPECT_EQ(tree.Node(selected).Text, "Beta=C:\\beta.exe");
+    EXPECT_EQ(tree.Node(selected).Text, "Dup=C:\\dup.exe");
+    EXPECT_FALSE(PlaceOf(tree, selected)->Wow32);
+    std::string dupTicks;
+    for (int leaf : Leaves("DelayedItemsRegistryAllUsers"))
+        dupTicks += std::string(PlaceOf(tree, leaf)->Wow32 ? "32:" : "64:") +
+                    (tree.Node(leaf).Checked ? "on " : "off ");
+    EXPECT_EQ(dupTicks, "64:on 32:off ");
     EXPECT_TRUE(tree.Node(Node("CurrentUserStartup", "Tool.lnk")).Checked);
     EXPECT_NE(Toolbar().find("40020 Delay on"), std::string::npos); // the tick still counts
 
+    SelectItem("CurrentUserRegistry", "Beta=C:\\beta.exe");
     EXPECT_TRUE(window->Commands().Execute(ID_CMD_DELAY));
     Pump(60);
     for (const char* line : {"ExecuteReg (\"C:\\alpha.exe\", \"/a\", 0, \"Alpha\");",
@@ -191,10 +210,24 @@ TEST_F(MainWindowTest, SaveHelpLinksSearchAndLanguage) {
     HMENU bar = GetMenu(hwnd);
     EXPECT_EQ(GetMenuState(bar, LanguageCommand(0), MF_BYCOMMAND) & MF_CHECKED, 0u);
     EXPECT_NE(GetMenuState(bar, LanguageCommand(1), MF_BYCOMMAND) & MF_CHECKED, 0u);
+
+    // A file that cannot be written: the status line says the choice was not kept, also once
+    // the window followed the traces of the failed write (in the texts the file names).
+    test::MakeFolder(file + ".new");
+    PostMessageA(hwnd, WM_COMMAND, LanguageCommand(0), 0);
+    Pump(60);
+    test::RemoveTree(file + ".new");
+    EXPECT_NE(File().find("const Language = Deutsch;"), std::string::npos);
+    ASSERT_FALSE(app.text.Message(39).empty());
+    EXPECT_EQ(StatusLine(), app.text.Message(39));
+    test::Type({VK_F5}); // the user's own refresh: the line is free again
+    Pump();
+    EXPECT_EQ(StatusLine(), "");
     ASSERT_TRUE(DeleteFileA(file.c_str()));
     PostMessageA(hwnd, WM_COMMAND, LanguageCommand(1), 0);
     Pump();
     EXPECT_FALSE(test::PathExists(file));
+
 }
 
 // A delayed item's tip ends with its last measurement, read from the impact file at the
@@ -208,15 +241,16 @@ TEST_F(MainWindowTest, TipsAndTheStatusLineSayWhatTheUserMustKnow) {
     RunValue(RegistryRoot::CurrentUser, kOwnRunValue, "C:\\Windows\\notepad.exe");
     SetDefaultModel(app.model);
     app.model.StartupType = 2;
-    app.model.ProgramGroups[0].Programs = {{"Tool.lnk", "", "Execute", 0, ""},
+    const std::string tool = "R\xe9sum\xe9.lnk"; // measured as "R\xc9SUM\xc9.LNK": one name
+    app.model.ProgramGroups[0].Programs = {{tool, "", "Execute", 0, ""},
                                            {"Gone.lnk", "", "Execute", 0, ""},
                                            {"cmd.exe", "/c del C:\\x", "ExecuteReg", 0, "Wipe"}};
     test::MakeFolder(app.folders.UserItemsFolder);
-    test::WriteFileBytes(app.folders.UserItemsFolder + "Tool.lnk", "x");
+    test::WriteFileBytes(app.folders.UserItemsFolder + tool, "x");
     app.Store().File().WriteItems();
     test::WriteFileBytes(
         app.Store().File().ImpactFilePath(),
-        FormatImpactFile({{{kUserStartup, "TOOL.LNK"}, "", 4140, 2260, 45 << 20, 0, 9000},
+        FormatImpactFile({{{kUserStartup, "R\xc9SUM\xc9.LNK"}, "", 4140, 2260, 45 << 20, 0, 9000},
                           {{kUserStartup, "Other.lnk"}, "", 100, 100, 0, 0, 9000}}));
     Open();
     tree = window->Tree();
@@ -231,7 +265,7 @@ TEST_F(MainWindowTest, TipsAndTheStatusLineSayWhatTheUserMustKnow) {
     };
     char decimal[8] = {};
     GetLocaleInfoA(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, decimal, sizeof decimal);
-    EXPECT_EQ(tip("DelayedItemsStartupCurrentUser", "Tool.lnk"),
+    EXPECT_EQ(tip("DelayedItemsStartupCurrentUser", tool),
               "High: 2" + std::string(decimal) + "3 s CPU, 45 MB read, ready after 4" + decimal +
                   "1 s");
     EXPECT_EQ(tip("CurrentUserStartup", "Other.lnk"), "");
@@ -241,11 +275,8 @@ TEST_F(MainWindowTest, TipsAndTheStatusLineSayWhatTheUserMustKnow) {
     EXPECT_EQ(tip("DelayedItemsRegistryCurrentUser", "Wipe=cmd.exe /c del C:\\x"),
               FillIn(app.text.Message(27), {"del"}));
     EXPECT_EQ(tip("AllUsersStartup", "Word.lnk"), app.text.Message(35));
-    char status[512] = {};
-    SendMessageA(FindWindowExA(hwnd, nullptr, "msctls_statusbar32", nullptr), SB_GETTEXTA, 0,
-                 reinterpret_cast<LPARAM>(status));
-    EXPECT_EQ(std::string(status), app.text.Message(37));
-    reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue);
+    EXPECT_EQ(StatusLine(), app.text.Message(37));
+    EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue));
 }
 
 TEST_F(MainWindowTest, MinimumSizeAndCloseRules) {
@@ -285,7 +316,7 @@ TEST_F(MainWindowTest, MinimumSizeAndCloseRules) {
 
     // File > Exit ends for good and, with StartupType 1, brings the own Run entry up to date:
     // a current-user item is delayed, so the user's Run key starts the program.
-    reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue);
+    ASSERT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue));
     window->Open();
     Pump();
     test::Chord({VK_MENU, 'F'});

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "items/startup_tree.h"
+#include "platform/dir_struct.h"
 #include "platform/handles.h"
 #include "resource_ids.h"
 #include "support/win_test_support.h"
@@ -121,7 +122,8 @@ TEST(TreeViewControl, ShowsTheModelWithTheProgramsIconsAndHandsTheUsersChangesBa
     // switched off in Task Manager.
     StartupListing listing;
     listing.UserStartupFiles = {"Tool.lnk", "Known.lnk"};
-    listing.OffUserFolder.Add("tool.lnk");
+    listing.OffUserFolder =
+        SwitchedOffNames({{"tool.lnk", {kBinaryType, {0x03}}}}, CDirStruct::CompareNames);
     BuildStartupTree(host.model, listing, ProgramModel(), {"Tolvane", "x"},
                      {[] { return 1LL; }, {}});
     MarkKnown(host.model, {{"Known", "a known one"}});

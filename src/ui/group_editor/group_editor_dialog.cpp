@@ -59,7 +59,8 @@ void GroupEditorDialog::Init() {
     FilterTypedKeys(GetDlgItem(Hwnd(), IDC_GE_DELAY), &GroupEditor::DelayKeyAllowed);
 
     ApplyCaptions();
-    editor_.RefreshGroups();
+    // A file that cannot be read is told by the editor; the window shows what the model holds.
+    (void)editor_.RefreshGroups();
     int shown = TreeModel::kNone;
     if (record_) {
         shown = editor_.FindProgramNode(*record_);
@@ -188,7 +189,10 @@ void GroupEditorDialog::Command(int control, int code) {
         editor_.Browse();
         break;
     case IDOK:
-        editor_.SaveGroups();
+        // A file that cannot be written is told by the editor; the window stays open, so that
+        // OK can try again (every change was written, or told, when it was made).
+        if (!editor_.SaveGroups())
+            break;
         Close(IDOK);
         return;
     case IDCANCEL:

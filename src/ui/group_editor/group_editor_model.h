@@ -75,7 +75,7 @@ public:
 
     // Reads the file again and rebuilds the tree and the group list; open nodes stay open.
     // False (and a message) when it fails.
-    bool RefreshGroups();
+    [[nodiscard]] bool RefreshGroups();
 
     // A node of the tree was clicked (or selected by the main window's Properties): its
     // program's or group's fields are shown, from its record, never from its caption.
@@ -98,7 +98,7 @@ public:
     // The file dialog's choice; a cancelled dialog empties the path.
     void Browse();
     // OK: the file is written once more, as it is now.
-    bool SaveGroups();
+    [[nodiscard]] bool SaveGroups();
 
     // The delay box takes digits, a full stop and Backspace; every other key is dropped.
     static bool DelayKeyAllowed(char key);

@@ -21,6 +21,11 @@ std::function<double()> ClockSeededRandom() {
 
 } // namespace
 
+UINT TipNotKeptMessage() {
+    static const UINT message = RegisterWindowMessageA("Tolvane.TipNotKept");
+    return message;
+}
+
 TipDialog::TipDialog(ProgramGroupStore store, const TextTables& text, EventLog& log,
                      std::function<double()> random)
     : Dialog(&log, "Tip of the Day Error: "), store_(store), text_(text), log_(log),
@@ -61,6 +66,8 @@ void TipDialog::WriteBack() {
     } catch (const std::exception& e) {
         // The setting stays as the file has it: the next start shows what the file says.
         log_.WriteLog(std::string("Tip of the Day: ") + e.what(), kLogError);
+        if (HWND owner = GetWindow(Hwnd(), GW_OWNER))
+            SendMessageA(owner, TipNotKeptMessage(), 0, 0);
     }
 }
 

@@ -18,6 +18,10 @@
 
 namespace tolvane {
 
+// Sent to the tip window's owner when its box could not be written back: the file could not be
+// written, and the owner tells the user so.
+UINT TipNotKeptMessage();
+
 class TipDialog : public Dialog<TipDialog> {
 public:
     static constexpr int kTemplateId = IDD_TIP;

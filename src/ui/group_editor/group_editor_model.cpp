@@ -48,7 +48,7 @@ size_t MessageOf(GroupNameProblem problem) {
 struct RefusedChange {};
 
 bool IsStartup(std::string_view groupName) {
-    return NormalGroupName(Trim(groupName)) == kStartupGroup;
+    return TypedGroupName(groupName) == kStartupGroup;
 }
 
 // The program of the group that is this record; -1 when the group holds none (any more).
@@ -287,7 +287,7 @@ void GroupEditor::UpdateMode() {
 }
 
 void GroupEditor::UpdateGroupButtons() {
-    const std::string typed = NormalGroupName(Trim(GroupName));
+    const std::string typed = TypedGroupName(GroupName);
     const GroupNameProblem adding = model_.NewGroupProblem(typed);
     AddGroupEnabled = adding == GroupNameProblem::None;
     const int selected = SelectedGroupName.empty() ? -1 : model_.GetGroupID(SelectedGroupName);
@@ -448,7 +448,7 @@ void GroupEditor::UpdateSelectedProgram() {
 }
 
 void GroupEditor::AddGroup() {
-    const std::string name = NormalGroupName(Trim(GroupName));
+    const std::string name = TypedGroupName(GroupName);
     if (model_.NewGroupProblem(name) == GroupNameProblem::None && Apply([&](ProgramModel& file) {
             if (file.NewGroupProblem(name) != GroupNameProblem::None)
                 throw RefusedChange();
@@ -467,7 +467,7 @@ void GroupEditor::AddGroup() {
 }
 
 void GroupEditor::EditGroup() {
-    const std::string oldName = SelectedGroupName, newName = NormalGroupName(Trim(GroupName));
+    const std::string oldName = SelectedGroupName, newName = TypedGroupName(GroupName);
     const int index = oldName.empty() ? -1 : model_.GetGroupID(oldName);
     if (index >= 0 && NormalGroupName(oldName) != newName &&
         model_.RenameProblem(index, newName) == GroupNameProblem::None) {

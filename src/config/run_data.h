@@ -66,6 +66,20 @@ struct GroupProgram;
 RunCommandParts DelayedCommand(const GroupProgram& program, bool expandable,
                                const CommandLineSystem& system);
 
+// The program and the arguments a delayed program starts with, before its file is looked for:
+// a Run value's command as DelayedCommand reads it, with its variables filled in when its saved
+// copy is expandable; a file of a Startup folder its path without quotes, and its parameters.
+RunCommandParts StartedCommand(const GroupProgram& program, bool expandable,
+                               const CommandLineSystem& system);
+
+// The disallowed word of the model that keeps a delayed program from starting, "" when none.
+// It is looked for in what starts (StartedCommand), never in the record as stored: a whole
+// command that an older version kept as the program ("cmd.exe /c del C:\x.exe") starts
+// cmd.exe with "/c del C:\x.exe", and blocks on "del". The log-on run, the tray, the tips and
+// the delay all ask this one question.
+std::string StartBlockingWord(const ProgramModel& model, const GroupProgram& program,
+                              bool expandable, const CommandLineSystem& system);
+
 // A stopped Run value as its stopped entry holds it, after the location's prefix: the value's
 // name, "=" and its command. The name makes the entry the value's own, since two values of one
 // key may start the same program. Quotes and the blanks at the ends are left out: the

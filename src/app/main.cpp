@@ -184,7 +184,7 @@ int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& mes
         if (!app->ShowGui) {
             // The run makes the window and its tray icon once it first waits: a program due
             // at once is not held up by them.
-            DelayedRun(*app, *window);
+            DelayedRun(RunNeedsOf(*app), *window);
         } else if (!window->Load()) {
             throw std::runtime_error("the main window could not be made");
         } else if (app->model.ShowTipsAtStartup != 0) {

@@ -112,7 +112,7 @@ int RunCliRequest(AppState& app, ConsoleMessages& messages, const CliRequest& re
                              app.log); // logged: the move goes on all the same
     if (request.Verb == CliVerb::RunStartup) {
         RunGroupNow(
-            app, app.model.StartupGroupIndex, MessageLoopClock(),
+            RunNeedsOf(app), app.model.StartupGroupIndex, MessageLoopClock(),
             [&](const std::string& path, const std::string& parameters, const ImpactKey* item) {
                 LaunchMeasured(app.log, app.watcher, path, parameters, item);
             });

@@ -60,36 +60,64 @@ void WaitUntil(WaitFlags& wait, EventLog& log, RunClock& clock, uint64_t deadlin
     wait.WaitActive = outer;
 }
 
+void LogInfo(EventLog& log, const std::string& text) {
+    log.WriteLog(text, kLogInfo);
+}
+
+// Waits until the delay has passed since the later of `notBefore` and the last start, by the
+// run or by hand: a start made meanwhile from the tray moves the turn on, and one of this very
+// program (`started`) ends the wait.
+void WaitForTurn(
+    const RunNeeds& run, RunClock& clock, uint64_t notBefore, uint64_t delayMs,
+    const std::function<bool()>& started, const std::function<void()>& beforeWaiting = [] {}) {
+    while (!run.Wait.QuitRequested && !started()) {
+        const uint64_t deadline = std::max(notBefore, run.Starts.LastMs.value_or(0)) + delayMs;
+        if (clock.NowMs() >= deadline)
+            return;
+        beforeWaiting();
+        const unsigned seen = run.Starts.Changes;
+        WaitUntil(run.Wait, run.Log, clock, deadline, [&] { return run.Starts.Changes != seen; });
+    }
+}
+
 // Waits, from now, until the machine has been idle long enough or the delay and the longest
-// extra time have passed. Where the load cannot be read, the delay alone is waited.
-void WaitForIdleMachine(AppState& app, RunClock& clock, uint64_t delayMs) {
+// extra time have passed. Where the load cannot be read, the delay alone is waited. A program's
+// wait (`spaced`) also ends no sooner than its delay after the last start, by the run or by
+// hand: an idle machine does not let two programs start closer together than the later one's
+// delay, and a start made from the tray meanwhile moves the earliest moment on.
+void WaitForIdleMachine(
+    const RunNeeds& run, RunClock& clock, uint64_t delayMs, bool spaced,
+    const std::function<bool()>& started = [] { return false; }) {
     const uint64_t begun = clock.NowMs();
-    const uint64_t latest = begun + delayMs + kIdleLongestExtraMs;
+    auto earliest = [&] { return spaced && run.Starts.LastMs ? *run.Starts.LastMs + delayMs : 0; };
+    auto latest = [&] { return std::max(begun + delayMs + kIdleLongestExtraMs, earliest()); };
+    auto delayOnly = [&] {
+        if (spaced)
+            WaitForTurn(run, clock, begun, delayMs, started);
+        else
+            WaitUntil(run.Wait, run.Log, clock, begun + delayMs);
+    };
     if (!clock.CanSampleLoad()) {
-        WaitUntil(app.wait, app.log, clock, begun + delayMs);
+        delayOnly();
         return;
     }
     IdleDetector detector;
     (void)clock.SampleLoad(); // starts the count: what came before this wait is not asked
-    while (!app.wait.QuitRequested) {
+    bool idle = false;
+    while (!run.Wait.QuitRequested && !started()) {
         const uint64_t now = clock.NowMs();
-        if (now >= latest)
+        if (now >= latest() || (idle && now >= earliest()))
             return;
-        WaitUntil(app.wait, app.log, clock, std::min(latest, now + kIdleWindowMs));
-        if (app.wait.QuitRequested)
+        WaitUntil(run.Wait, run.Log, clock, std::min(latest(), now + kIdleWindowMs));
+        if (run.Wait.QuitRequested)
             return;
         const std::optional<LoadSample> load = clock.SampleLoad();
         if (!load) {
-            WaitUntil(app.wait, app.log, clock, begun + delayMs);
+            delayOnly();
             return;
         }
-        if (detector.Add(*load))
-            return;
+        idle = detector.Add(*load);
     }
-}
-
-void LogInfo(AppState& app, const std::string& text) {
-    app.log.WriteLog(text, kLogInfo);
 }
 
 } // namespace
@@ -104,49 +132,41 @@ RunClock& MessageLoopClock() {
     return clock;
 }
 
+RunNeeds RunNeedsOf(AppState& app) {
+    return RunNeeds{app.Store(), app.wait, app.starts, app.log, app.watcher, app.ShowGui};
+}
+
 void WaitMilliseconds(WaitFlags& wait, EventLog& log, RunClock& clock, long long milliseconds) {
     if (milliseconds <= 0)
         return;
     WaitUntil(wait, log, clock, clock.NowMs() + static_cast<uint64_t>(milliseconds));
 }
 
-void StartDelayedProgram(AppState& app, RunClock& clock, const GroupProgram& program,
+void StartDelayedProgram(StartLog& starts, RunClock& clock, const GroupProgram& program,
                          const ProgramStart& start, const ProgramLauncher& launch) {
-    app.starts.Add(DelayedProgramId(program), clock.NowMs());
+    starts.Add(DelayedProgramId(program), clock.NowMs());
     const std::optional<ImpactKey> item = ImpactKeyOf(program);
     launch(start.Path, start.Parameters, item ? &*item : nullptr);
 }
 
-void DelayedRun(AppState& app, MainWindowControl& window) {
-    DelayedRun(app, window, MessageLoopClock(),
-               [&](const std::string& path, const std::string& parameters, const ImpactKey* item) {
-                   LaunchMeasured(app.log, app.watcher, path, parameters, item);
-               });
+ProgramLauncher MeasuredLauncher(const RunNeeds& run) {
+    EventLog& log = run.Log;
+    StartWatcher* watcher = run.Watcher;
+    return [&log, watcher](const std::string& path, const std::string& parameters,
+                           const ImpactKey* item) {
+        LaunchMeasured(log, watcher, path, parameters, item);
+    };
 }
 
-namespace {
-
-// Waits until the delay has passed since the later of `notBefore` and the last start, by the
-// run or by hand: a start made meanwhile from the tray moves the turn on, and one of this very
-// program ends the wait.
-void WaitForTurn(AppState& app, RunClock& clock, uint64_t notBefore, uint64_t delayMs,
-                 const std::string& id, const std::function<void()>& beforeWaiting) {
-    while (!app.wait.QuitRequested && !app.starts.Has(id)) {
-        const uint64_t deadline = std::max(notBefore, app.starts.LastMs.value_or(0)) + delayMs;
-        if (clock.NowMs() >= deadline)
-            return;
-        beforeWaiting();
-        const unsigned seen = app.starts.Changes;
-        WaitUntil(app.wait, app.log, clock, deadline, [&] { return app.starts.Changes != seen; });
-    }
+void DelayedRun(const RunNeeds& run, MainWindowControl& window) {
+    DelayedRun(run, window, MessageLoopClock(), MeasuredLauncher(run));
 }
 
-} // namespace
-
-void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
+void DelayedRun(const RunNeeds& run, MainWindowControl& window, RunClock& clock,
                 const ProgramLauncher& launch) {
-    ProgramModel& model = app.model;
-    const std::vector<std::string> notAllowed = model.RemoveDisallowed();
+    ProgramModel& model = run.Store.Model();
+    const std::vector<std::string> notAllowed =
+        model.RemoveDisallowed([](const GroupProgram& p) { return StartedCommand(p); });
     const uint64_t runStart = clock.NowMs();
 
     // The run works on the programs as they are now. A refresh while it waits (the user opened
@@ -163,51 +183,56 @@ void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
         readied = true;
         // A program started before the window gets a head start: making the window and its
         // tray icon at that very moment would compete with the program's own start.
-        if (app.starts.LastMs)
-            WaitUntil(app.wait, app.log, clock, *app.starts.LastMs + kHeadStartMs);
+        if (run.Starts.LastMs)
+            WaitUntil(run.Wait, run.Log, clock, *run.Starts.LastMs + kHeadStartMs);
         window.Ready();
     };
 
     if (!startup) {
-        LogInfo(app, "Start Delay was called, but there weren't delayed items!");
+        LogInfo(run.Log, "Start Delay was called, but there weren't delayed items!");
     } else if (std::any_of(programs.begin(), programs.end(),
                            [](const GroupProgram& p) { return !p.Path.empty(); })) {
-        LogInfo(app, TimeOfDayText() + "  Waiting for " + FormatSingle(model.MainStartupDelay) +
-                         " seconds.");
+        LogInfo(run.Log, TimeOfDayText() + "  Waiting for " + FormatSingle(model.MainStartupDelay) +
+                             " seconds.");
         const uint64_t mainDelay = DelayMilliseconds(model.MainStartupDelay);
         if (waitForIdle || mainDelay > 0)
             ready();
         if (waitForIdle)
-            WaitForIdleMachine(app, clock, mainDelay);
+            WaitForIdleMachine(run, clock, mainDelay, false);
         else
-            WaitUntil(app.wait, app.log, clock, runStart + mainDelay);
+            WaitUntil(run.Wait, run.Log, clock, runStart + mainDelay);
         const uint64_t mainWaitOver = clock.NowMs();
-        LogInfo(app, TimeOfDayText() + "  Wait over.");
+        LogInfo(run.Log, TimeOfDayText() + "  Wait over.");
 
-        for (const GroupProgram& program : programs) {
-            if (program.Path.empty() || app.wait.QuitRequested)
+        for (size_t i = 0; i < programs.size(); ++i) {
+            const GroupProgram& program = programs[i];
+            if (program.Path.empty() || run.Wait.QuitRequested)
                 continue;
             const std::string id = DelayedProgramId(program);
-            if (app.starts.Has(id))
+            const size_t alike = AlikeBefore(programs, i);
+            if (run.Starts.Has(id, alike))
                 continue; // started by hand from the tray meanwhile
-            const std::optional<ProgramStart> start = ResolveDelayedProgram(app.folders, program);
+            const std::optional<ProgramStart> start =
+                ResolveDelayedProgram(run.Store.Folders(), program);
             if (!start) {
                 // Not there: said in the log, and the others still start.
-                app.log.WriteLog("Startup Item Not Found: " + Trim(program.Path), kLogWarning);
+                run.Log.WriteLog("Startup Item Not Found: " + Trim(program.Path), kLogWarning);
                 continue;
             }
-            LogInfo(app,
+            LogInfo(run.Log,
                     TimeOfDayText() + " Waiting for " + FormatSingle(program.Delay) + " seconds.");
+            const uint64_t delay = DelayMilliseconds(program.Delay);
+            auto started = [&] { return run.Starts.Has(id, alike); };
             if (waitForIdle)
-                WaitForIdleMachine(app, clock, DelayMilliseconds(program.Delay));
+                WaitForIdleMachine(run, clock, delay, true, started);
             else
-                WaitForTurn(app, clock, mainWaitOver, DelayMilliseconds(program.Delay), id, ready);
-            if (app.wait.QuitRequested || app.starts.Has(id))
+                WaitForTurn(run, clock, mainWaitOver, delay, started, ready);
+            if (run.Wait.QuitRequested || run.Starts.Has(id, alike))
                 continue;
             // All four commands start: an all-users item is delayed for every user who logs
             // on, which is why the program enters itself in the machine's Run key for them.
-            LogInfo(app, TimeOfDayText() + "  " + program.Path + " " + program.Parameters);
-            StartDelayedProgram(app, clock, program, *start, launch);
+            LogInfo(run.Log, TimeOfDayText() + "  " + program.Path + " " + program.Parameters);
+            StartDelayedProgram(run.Starts, clock, program, *start, launch);
         }
     }
     ready();
@@ -215,18 +240,18 @@ void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
     // The program ends after the run: first the measurements of what it started are kept,
     // with the tray still there. Opening the window meanwhile keeps the program.
     auto ends = [&] { return !window.IsVisible() && model.StartupType == 1; };
-    if (!app.wait.QuitRequested && ends() && app.watcher)
-        WaitUntil(app.wait, app.log, clock, clock.NowMs() + kImpactWatchMs + kSliceMs,
-                  [&] { return !app.watcher->Busy() || !ends(); });
-    if (!app.wait.QuitRequested) {
+    if (!run.Wait.QuitRequested && ends() && run.Watcher)
+        WaitUntil(run.Wait, run.Log, clock, clock.NowMs() + kImpactWatchMs + kSliceMs,
+                  [&] { return !run.Watcher->Busy() || !ends(); });
+    if (!run.Wait.QuitRequested) {
         if (ends())
             window.Unload();
         else
-            app.ShowGui = true; // stays in the tray, as if started by the user
+            run.ShowGui = true; // stays in the tray, as if started by the user
     }
     for (const std::string& path : notAllowed)
         if (!path.empty())
-            app.log.WriteLog("Startup Item Not Allowed: " + path, kLogWarning);
+            run.Log.WriteLog("Startup Item Not Allowed: " + path, kLogWarning);
 }
 
 } // namespace tolvane

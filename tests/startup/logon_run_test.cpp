@@ -410,7 +410,7 @@ protected:
             now += launchMs; // a start takes its time
         };
     }
-    void Run() { DelayedRun(app, *this, *this, Launcher()); }
+    void Run() { DelayedRun(RunNeedsOf(app), *this, *this, Launcher()); }
     // The times of the starts.
     std::vector<uint64_t> Times() const {
         std::vector<uint64_t> times;
@@ -457,9 +457,10 @@ TEST_F(DelayedRunTest, EachProgramStartsItsDelayAfterTheOneBeforeFromWhereItIsKe
     app.model.ProgramGroups[0].Programs = {
         {"Go.bat", "", "Execute", 5, ""},
         {"Site.url", "", "Execute", 0, ""},
-        {"Gone.lnk", "", "Execute", 0, ""}, // nowhere: said in the log, no wait
+        {"Site.url", "", "Execute", 0, ""},    // two records alike: two programs, each started
+        {"Gone.lnk", "", "Execute", 0, ""},    // nowhere: said in the log, no wait
         {"Tool.LNK", "", "Execute", 2.5f, ""}, // its file's name in another letter case
-        {"Same.lnk", "", "ExecuteAU", 0, ""}, // its own location's folder first
+        {"Same.lnk", "", "ExecuteAU", 0, ""},  // its own location's folder first
         {"%TOLVANE_RUN_TEST%\\e.exe", "%OS%", "ExecuteReg", 0, "Exp"},
         {"%TOLVANE_RUN_TEST%\\e.exe", "", "ExecuteReg", 1, "Lit"}, // plain text: not there
         {"notepad.exe", "-x", "Execute", 0, ""},                   // found where Windows looks
@@ -469,19 +470,20 @@ TEST_F(DelayedRunTest, EachProgramStartsItsDelayAfterTheOneBeforeFromWhereItIsKe
     char os[64] = {};
     GetEnvironmentVariableA("OS", os, sizeof os);
     const std::string& user = app.folders.UserItemsFolder;
-    // Main delay 30 s, then 5, 0, 2.5, 0, 0 and 0 s, each from the actual start before: a start
-    // that takes 0.7 s moves the next one on.
+    // Main delay 30 s, then 5, 0, 0, 2.5, 0, 0 and 0 s, each from the actual start before: a
+    // start that takes 0.7 s moves the next one on.
     EXPECT_EQ(starts, (std::vector<std::string>{
                           "36000 " + user + "Go.bat|",
                           "36700 " + user + "Site.url|",
-                          "39200 " + user + "Tool.LNK|",
-                          "39900 " + app.folders.AllUsersItemsFolder + "Same.lnk|",
-                          "40600 " + e + "|" + os,
-                          "41300 notepad.exe|-x",
+                          "37400 " + user + "Site.url|",
+                          "39900 " + user + "Tool.LNK|",
+                          "40600 " + app.folders.AllUsersItemsFolder + "Same.lnk|",
+                          "41300 " + e + "|" + os,
+                          "42000 notepad.exe|-x",
                       }));
     // Each start names its item, for the measurement of what it costs.
-    EXPECT_EQ(items, (std::vector<std::string>{"3 Go.bat", "3 Site.url", "3 Tool.LNK", "2 Same.lnk",
-                                               "1 Exp", "3 notepad.exe"}));
+    EXPECT_EQ(items, (std::vector<std::string>{"3 Go.bat", "3 Site.url", "3 Site.url", "3 Tool.LNK",
+                                               "2 Same.lnk", "1 Exp", "3 notepad.exe"}));
     const std::string log = test::ReadFileBytes(folder / "log.txt");
     EXPECT_NE(log.find("Warning: Startup Item Not Found: Gone.lnk\r\n"), std::string::npos);
     EXPECT_NE(log.find("Warning: Startup Item Not Found: %TOLVANE_RUN_TEST%\\e.exe\r\n"),
@@ -509,28 +511,44 @@ TEST_F(DelayedRunTest, AStallNeverBunchesTheStartsThatFollow) {
     EXPECT_EQ(Times(), (std::vector<uint64_t>{12000, 22000, 23500, 23500}));
 }
 
-// Programs started by hand from the tray while the run waits are not started again, and the
-// run's next start keeps its delay after them.
+// Programs started by hand from the tray while the run waits are not started again, by the run
+// or by the tray, and the run's next start keeps its delay after them. Two records alike are two
+// programs: each starts once.
 TEST_F(DelayedRunTest, HandStartsFromTheTrayCountAndNothingStartsTwice) {
     app.model.MainStartupDelay = 10;
+    const std::string d = Program("d.exe");
     app.model.ProgramGroups[0].Programs = {{Program("a.exe"), "", "Execute", 1, ""},
                                            {Program("b.exe"), "", "Execute", 2, ""},
-                                           {Program("c.exe"), "", "Execute", 3, ""}};
-    const TrayMenu menu = BuildTrayMenuModel(app.model, app.text);
+                                           {Program("c.exe"), "", "Execute", 3, ""},
+                                           {d, "", "Execute", 0.5f, ""},
+                                           {d, "", "Execute", 0.5f, ""}};
+    const ShownTrayMenu menu = BuildTrayMenuModel(app.model, app.text);
+    auto choose = [&](int number) {
+        TrayMenuCommand(RunNeedsOf(app), *this, menu, number, *this, Launcher());
+    };
     int waits = 0;
-    // During the main wait the user starts b (waiting its 2 s); during c's wait, all.
     whileWaiting = [&] {
-        ++waits;
-        if (waits == 1 || waits == 4)
-            TrayMenuCommand(app, *this, menu, waits == 1 ? 1003 : 1000, *this, Launcher());
+        switch (++waits) {
+        case 1: // the main wait: b, after its 2 s
+            choose(1003);
+            break;
+        case 4: // c's turn: a, which the run started, then Run All
+            choose(1002);
+            choose(1000);
+            break;
+        case 5: // Run All waits for c: c by hand meanwhile
+            choose(1004);
+            break;
+        }
     };
     app.ShowGui = false; // the log-on mode
     Run();
-    // b by hand at 3 s; a after the main wait (11 s); c by Run All 3 s after a: the run's own
-    // start of c would have been the same moment, and it starts only once.
+    // b by hand at 3 s; a after the main wait (11 s); c by hand 3 s after a, and neither Run All
+    // after its wait nor the run starts it again; Run All starts both d, each after its delay.
     EXPECT_EQ(starts, (std::vector<std::string>{"3000 " + folder / "b.exe" + "|",
                                                 "12000 " + folder / "a.exe" + "|",
-                                                "15000 " + folder / "c.exe" + "|"}));
+                                                "15000 " + folder / "c.exe" + "|",
+                                                "15500 " + d + "|", "16000 " + d + "|"}));
 }
 
 TEST_F(DelayedRunTest, WaitingForIdleStartsAfterFiveQuietSecondsOrAtTheLatest) {
@@ -559,6 +577,28 @@ TEST_F(DelayedRunTest, WaitingForIdleStartsAfterFiveQuietSecondsOrAtTheLatest) {
     app.starts = {};
     Run();
     EXPECT_EQ(Times(), (std::vector<uint64_t>{36000, 36000, 37000}));
+
+    // A quiet machine never starts a program sooner than its delay after the start before, and
+    // a start by hand from the tray moves that on: b by hand at 2 s, so a (12 s) not before
+    // 14 s, though the machine was idle at 11.5 s; c (6 s) not before 20 s.
+    load = [](uint64_t) { return LoadSample{0.05, 0.05}; };
+    app.model.ProgramGroups[0].Programs = {{Program("a.exe"), "", "Execute", 12, ""},
+                                           {Program("b.exe"), "", "Execute", 1, ""},
+                                           {Program("c.exe"), "", "Execute", 6, ""}};
+    const ShownTrayMenu menu = BuildTrayMenuModel(app.model, app.text);
+    int waits = 0;
+    whileWaiting = [&] {
+        if (++waits == 1)
+            TrayMenuCommand(RunNeedsOf(app), *this, menu, 1003, *this, Launcher());
+    };
+    now = 1000;
+    starts.clear();
+    app.starts = {};
+    app.ShowGui = false;
+    Run();
+    EXPECT_EQ(starts, (std::vector<std::string>{"2000 " + folder / "b.exe" + "|",
+                                                "14000 " + folder / "a.exe" + "|",
+                                                "20000 " + folder / "c.exe" + "|"}));
 }
 
 // The measurements of what the run started are kept before the program ends, with the tray
@@ -625,20 +665,27 @@ TEST_F(DelayedRunTest, TrayMenuEntriesStartWhatTheyShow) {
     const std::string b = Program("b.exe");
     app.model.ProgramGroups[0].Programs = {{"Tool.lnk", "", "Execute", 2, ""},
                                            {b, "-b", "ExecuteReg", 0.5f, "B"},
-                                           {Program("format.exe"), "", "Execute", 0, ""}};
+                                           {Program("format.exe"), "", "Execute", 0, ""},
+                                           {"cmd.exe /c del " + b, "", "ExecuteReg", 0, "Wipe"}};
     app.model.StoppedPrograms = {"_REGCU_Exp=%OS%.exe -s", "", "_STPAU_Word.lnk",
                                  "_REGCU_Wipe=cmd.exe /c del C:\\x"};
-    const TrayMenu menu = BuildTrayMenuModel(app.model, app.text);
+    const ShownTrayMenu menu = BuildTrayMenuModel(app.model, app.text);
     EXPECT_EQ(menu.ProgramNumber(1), 1003);
+    // A reload while the menu is open moves every program and stopped entry one place on: each
+    // entry still starts what its caption showed.
+    auto& programs = app.model.ProgramGroups[0].Programs;
+    programs.insert(programs.begin(), {Program("new.exe"), "", "Execute", 0, ""});
+    app.model.StoppedPrograms.insert(app.model.StoppedPrograms.begin(), "_STPCU_New.lnk");
     char os[64] = {};
     GetEnvironmentVariableA("OS", os, sizeof os);
     auto choose = [&](int number) {
         starts.clear();
         items.clear();
-        TrayMenuCommand(app, *this, menu, number, *this, Launcher());
+        TrayMenuCommand(RunNeedsOf(app), *this, menu, number, *this, Launcher());
         return starts;
     };
-    // "Run All": one after another, each after its own delay; a disallowed word never starts.
+    // "Run All": one after another, each after its own delay; a disallowed word never starts,
+    // also where an older version kept a whole command as the program.
     EXPECT_EQ(choose(1000),
               (std::vector<std::string>{"3000 " + app.folders.UserItemsFolder + "Tool.lnk|",
                                         "3500 " + b + "|-b"}));
@@ -658,6 +705,8 @@ TEST_F(DelayedRunTest, TrayMenuEntriesStartWhatTheyShow) {
               std::string::npos);
     EXPECT_NE(log.find("Warning: Startup Item Not Allowed: cmd.exe (\"del\")\r\n"),
               std::string::npos);
+    EXPECT_NE(log.find("Warning: Startup Item Not Allowed: cmd.exe /c del " + b + " (\"del\")\r\n"),
+              std::string::npos);
     choose(5000);
     choose(6000);
     choose(0);
@@ -670,7 +719,7 @@ TEST_F(DelayedRunTest, TrayMenuEntriesStartWhatTheyShow) {
     int waits = 0;
     whileWaiting = [&] {
         if (++waits == 1) {
-            TrayMenuCommand(app, *this, menu, 1003, *this, [&](auto&, auto&, auto*) {});
+            TrayMenuCommand(RunNeedsOf(app), *this, menu, 1003, *this, [&](auto&, auto&, auto*) {});
             EXPECT_TRUE(app.wait.WaitActive);
             app.wait.QuitRequested = true;
         }

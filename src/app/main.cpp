@@ -121,7 +121,8 @@ public:
 // The installer's steps, without a window. Uninstalling ends this copy where it runs and
 // removes the Run values that start it; the user's data stays. After the files are in place
 // (a new install over kept data, or an upgrade, which removed the older version first), the
-// program's own Run value is brought in step with the kept settings, as every refresh does.
+// program's own Run value is brought in step with the kept settings, as every refresh does; "for
+// all users" installed inside a user's profile stays that user's value (see UpdateRunEntry).
 int RunInstallerStep(std::string_view arguments) {
     LoggedMessages messages;
     AppState app(RunningProgramFolder(), messages);

@@ -2,6 +2,10 @@
 
 #include <windows.h>
 
+#include "config/run_data.h"
+#include "config/system_command_line.h"
+#include "platform/environment.h"
+#include "platform/path_rules.h"
 #include "platform/registry.h"
 #include "config/program_model.h"
 #include "platform/event_log.h"
@@ -24,7 +28,8 @@ public:
         return reg_.DeleteValue(Root(key), kRunKey, kOwnRunValue);
     }
     bool FileExists(const std::string& path) override {
-        return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+        const DWORD attributes = GetFileAttributesA(path.c_str());
+        return attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY);
     }
 
 private:
@@ -42,8 +47,14 @@ bool UpdateRunEntry(int mode, const std::string& runCommand, const ProgramModel&
         return true; // no start-up type chosen: nothing to bring in step
     RegistryRunValues values;
     bool asSet = true;
-    for (const RunEntryProblem& problem : ApplyRunEntryMode(
-             values, mode, runCommand, model.AreAllUserDelays(), model.AreUserDelays())) {
+    // The folder of this copy: whether all users can start it from there.
+    const std::string program = SplitRunData(runCommand, false, SystemCommandLine()).Path;
+    std::string folder = program.substr(0, program.size() - PathLastPart(program).size());
+    if (!folder.empty())
+        folder.pop_back(); // the "\" before the file's name
+    for (const RunEntryProblem& problem :
+         ApplyRunEntryMode(values, mode, runCommand, model.AreAllUserDelays(),
+                           model.AreUserDelays(), FolderInUserProfile(folder) ? folder : "")) {
         log.WriteLog(problem.Text, problem.Level);
         asSet = asSet && problem.Level != kLogError;
     }

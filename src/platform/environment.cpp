@@ -37,18 +37,28 @@ bool Below(const std::string& folder, std::string parent) {
 } // namespace
 
 bool FolderInUserProfile(const std::string& folder) {
-    // The profiles folder as Windows keeps it ("%SystemDrive%\\Users"), read from the registry
-    // (and expanded there) rather than through userenv, which the waiting log-on process would
-    // load for nothing.
-    char profiles[MAX_PATH * 2] = {};
-    DWORD size = sizeof profiles;
-    if (RegGetValueA(HKEY_LOCAL_MACHINE,
-                     "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList",
-                     "ProfilesDirectory", RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ, nullptr, profiles,
-                     &size) == ERROR_SUCCESS &&
-        Below(folder, profiles))
-        return true;
-    return Below(folder, ExpandEnvironment("%USERPROFILE%"));
+    // The profiles folder as Windows keeps it ("%SystemDrive%\Users"), and the public profile
+    // beside the users' own, read from the registry (and expanded there) rather than through
+    // userenv, which the waiting log-on process would load for nothing.
+    auto profileList = [](const char* name) {
+        char path[MAX_PATH * 2] = {};
+        DWORD size = sizeof path;
+        return RegGetValueA(HKEY_LOCAL_MACHINE,
+                            "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList", name,
+                            RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ, nullptr, path,
+                            &size) == ERROR_SUCCESS
+                   ? std::string(path)
+                   : std::string();
+    };
+    // The public profile (C:\Users\Public) is there for every user to read.
+    std::string shared = profileList("Public");
+    if (shared.empty())
+        shared = ExpandEnvironment("%PUBLIC%");
+    if (shared.find('%') == std::string::npos && !shared.empty() &&
+        (Below(folder, shared) || ToLower(folder) == ToLower(shared)))
+        return false;
+    return Below(folder, profileList("ProfilesDirectory")) ||
+           Below(folder, ExpandEnvironment("%USERPROFILE%"));
 }
 
 } // namespace tolvane

@@ -75,7 +75,7 @@ TEST_F(LogOnRun, StartsTheStartupGroupInTurnLogsItAndEnds) {
     ASSERT_TRUE(test::CreateShortcut(userItems + "\\Tool.lnk", recorder, record + " B"));
     ASSERT_TRUE(test::CreateShortcut(allItems + "\\Word.lnk", recorder, record + " W"));
     // A program in a folder whose name holds the disallowed word "del" starts; a command that
-    // deletes does not.
+    // deletes does not, also where an older version kept it whole as the program.
     const std::string dell = folder / "Dell\\Support Assist\\agent.exe";
     test::MakeFolder(folder / "Dell\\Support Assist");
     ASSERT_TRUE(CopyFileA(recorder.c_str(), dell.c_str(), FALSE));
@@ -85,7 +85,7 @@ TEST_F(LogOnRun, StartsTheStartupGroupInTurnLogsItAndEnds) {
             {recorder, record + " A", "Execute", 0.5f, ""},
             {"Tool.lnk", "", "Execute", 0, ""},
             {"Gone.lnk", "", "Execute", 0, ""}, // in no items folder: said in the log
-            {"cmd.exe", "/c del " + record, "ExecuteReg", 0, "Wipe"},
+            {"cmd.exe /c del " + record, "", "ExecuteReg", 0, "Wipe"}, // kept whole
             {dell, record + " D", "ExecuteReg", 0.3f, "Dell"},
             {recorder, record + " C", "ExecuteReg", 0.5f, "Recorder"},
             {"Word.lnk", "", "ExecuteAU", 1, ""},
@@ -112,7 +112,7 @@ TEST_F(LogOnRun, StartsTheStartupGroupInTurnLogsItAndEnds) {
                                      "Info: <time>  " + recorder + " " + record + " C",
                                      "Info: <time> Waiting for 1 seconds.",
                                      "Info: <time>  Word.lnk ",
-                                     "Warning: Startup Item Not Allowed: cmd.exe",
+                                     "Warning: Startup Item Not Allowed: cmd.exe /c del " + record,
                                  }));
 
     // The order of the starts; their times are the in-process test's and the benchmark's.
@@ -280,13 +280,14 @@ TEST_F(LogOnRun, ASecondStartDuringTheWaitOpensTheWholeWindowAndKeepsTheProgram)
     EXPECT_FALSE(tolvane.WaitForExit(1500));
 }
 
-// The tray menu of a run that waits its main delay, used as a user would: a right click on the
-// icon, then the keyboard.
+// The tray menu of a run that waits its main delay, used as a user would: two clicks on the
+// icon, a right click, then the keyboard.
 TEST_F(LogOnRun, TheTrayMenuWorksWhileTheRunWaits) {
     CRegistry reg;
     ASSERT_TRUE(reg.SaveSettingString(RegistryRoot::CurrentUser, kSavedUserRunKey, "Paused",
                                       "\"" + recorder + "\" " + record + " S"));
-    WriteProgramGroups(1, 60,
+    // A main delay long enough for what the user does here.
+    WriteProgramGroups(1, 12,
                        {{recorder, record + " B", "Execute", 0.3f, ""},
                         {recorder, record + " C", "ExecuteReg", 0.3f, "Rec"}},
                        {"_REGCU_Paused=" + recorder + " " + record + " S"});
@@ -294,6 +295,15 @@ TEST_F(LogOnRun, TheTrayMenuWorksWhileTheRunWaits) {
     ASSERT_TRUE(tolvane.Started());
     HWND tray = test::WindowOf(tolvane.Id(), "TolvaneTrayIcon", false, 10000, HWND_MESSAGE);
     ASSERT_TRUE(tray);
+    // Two clicks on the icon: the window with its tree, opened as "&Open" opens it.
+    PostMessageA(tray, WM_APP + 1, 1, WM_LBUTTONUP);
+    PostMessageA(tray, WM_APP + 1, 1, WM_LBUTTONUP);
+    HWND window = test::WindowOf(tolvane.Id(), "TolvaneStartupItems", true, 10000);
+    ASSERT_TRUE(window);
+    HWND treeView = FindWindowExA(window, nullptr, "SysTreeView32", nullptr);
+    ASSERT_TRUE(treeView);
+    EXPECT_EQ(SendMessageA(treeView, TVM_GETCOUNT, 0, 0), 23); // containers, 2 delayed, 1 stopped
+
     auto menu = [&](std::initializer_list<WORD> keys) {
         PostMessageA(tray, WM_APP + 1, 1, WM_RBUTTONUP);
         ASSERT_TRUE(test::WindowOf(tolvane.Id(), "#32768", true, 5000)) << "no menu";
@@ -306,14 +316,6 @@ TEST_F(LogOnRun, TheTrayMenuWorksWhileTheRunWaits) {
     menu({VK_DOWN, VK_DOWN, VK_RIGHT, VK_RETURN});
     EXPECT_EQ(test::Names(test::WaitForStarts(record, 3)),
               (std::vector<std::string>{"B", "C", "S"}));
-    // Two clicks on the icon: the window with its tree, opened as "&Open" opens it.
-    PostMessageA(tray, WM_APP + 1, 1, WM_LBUTTONUP);
-    PostMessageA(tray, WM_APP + 1, 1, WM_LBUTTONUP);
-    HWND window = test::WindowOf(tolvane.Id(), "TolvaneStartupItems", true, 10000);
-    ASSERT_TRUE(window);
-    HWND treeView = FindWindowExA(window, nullptr, "SysTreeView32", nullptr);
-    ASSERT_TRUE(treeView);
-    EXPECT_EQ(SendMessageA(treeView, TVM_GETCOUNT, 0, 0), 23); // containers, 2 delayed, 1 stopped
 
     // Explorer started again: the icon comes back.
     NOTIFYICONDATAA icon{};
@@ -329,7 +331,19 @@ TEST_F(LogOnRun, TheTrayMenuWorksWhileTheRunWaits) {
         Sleep(50);
     EXPECT_TRUE(back);
 
-    // "&Quit Program": the process ends, though the run still waits.
+    // The run's wait ends, it has nothing left to start (both were started by hand), and the
+    // program stays: its window was opened during the run, though StartupType is 1.
+    auto over = [&] {
+        const std::vector<std::string> log = LogWithoutTimes();
+        return std::find(log.begin(), log.end(), "Info: <time>  Wait over.") != log.end();
+    };
+    for (int i = 0; i < 600 && !over(); ++i)
+        Sleep(50);
+    ASSERT_TRUE(over());
+    EXPECT_FALSE(tolvane.WaitForExit(3000));
+    EXPECT_EQ(test::ReadLines(record).size(), 3u); // nothing started twice
+
+    // "&Quit Program": the process ends.
     menu({'Q'});
     EXPECT_TRUE(tolvane.WaitForExit(10000));
     reg.DeleteValue(RegistryRoot::CurrentUser, kSavedUserRunKey, "Paused");

@@ -4,7 +4,6 @@
 #include "config/run_data.h"
 #include "config/system_command_line.h"
 #include "platform/dir_struct.h"
-#include "platform/environment.h"
 #include "text/placeholders.h"
 #include "text/strings.h"
 

@@ -41,7 +41,8 @@ RunCommandParts SplitRunData(std::string_view data, bool expandable,
 
 // The program is there: its variables filled in when the command is expandable, and ".exe"
 // added to a name without an extension, as the command line's own reading does.
-bool ProgramFound(std::string_view program, bool expandable, const CommandLineSystem& system);
+[[nodiscard]] bool ProgramFound(std::string_view program, bool expandable,
+                                const CommandLineSystem& system);
 
 // "name=data" split at the first "=": the name before it, the data (which may hold further
 // "=") after it. Without "=" the whole text is the name.

@@ -17,9 +17,9 @@ public:
     // "" when there is none.
     virtual std::string Read(RunEntryKey key) = 0;
     // True when the key holds the command afterwards.
-    virtual bool Write(RunEntryKey key, const std::string& command) = 0;
+    [[nodiscard]] virtual bool Write(RunEntryKey key, const std::string& command) = 0;
     // True when the value is gone afterwards.
-    virtual bool Delete(RunEntryKey key) = 0;
+    [[nodiscard]] virtual bool Delete(RunEntryKey key) = 0;
     // A file (not a folder) is at the path.
     virtual bool FileExists(const std::string& path) = 0;
 };

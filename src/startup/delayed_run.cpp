@@ -6,11 +6,6 @@
 #include <exception>
 #include <memory>
 
-#include "config/delay_load.h"
-#include "config/run_data.h"
-#include "config/system_command_line.h"
-#include "platform/dir_struct.h"
-#include "platform/environment.h"
 #include "platform/message_pump.h"
 #include "config/app_state.h"
 #include "startup/idle_detector.h"

@@ -47,9 +47,11 @@ std::optional<ProgramStart> Resolve(const AppFolders& folders, const GroupProgra
     const CommandLineSystem& system = SystemCommandLine();
     const RunCommandParts command = StartedCommand(program, expandable, system);
     if (program.Command == kExecuteReg || program.Command == kExecuteRegAU) {
-        if (!ProgramFound(command.Path, false, system))
+        if (!ProgramFound(command.Path, expandable, system))
             return std::nullopt;
-        return ProgramStart{command.Path, command.Parameters};
+        if (!expandable)
+            return ProgramStart{command.Path, command.Parameters};
+        return ProgramStart{system.Expand(command.Path), system.Expand(command.Parameters)};
     }
     ProgramStart start{ItemsFolderLookup(folders, command.Path, program.Command),
                        command.Parameters};

@@ -141,7 +141,7 @@ std::string ProgramModel::BlockingWord(std::string_view program, std::string_vie
 }
 
 std::vector<std::string>
-ProgramModel::RemoveDisallowed(const std::function<RunCommandParts(const GroupProgram&)>& started) {
+ProgramModel::RemoveDisallowed(RunCommandParts (*started)(const GroupProgram&)) {
     std::vector<std::string> removed(1);
     ProgramGroup* group = StartupGroup();
     if (!group)

@@ -3,7 +3,6 @@
 // change them. Plain data and rules; the file and the registry stay outside.
 #pragma once
 
-#include <functional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -105,8 +104,7 @@ public:
     // Empties the path of every "Startup" program that a disallowed word blocks and returns
     // those trimmed paths, once per blocking word; one "" when none. The words are looked for
     // in what each program starts with, as `started` reads it (StartedCommand).
-    std::vector<std::string>
-    RemoveDisallowed(const std::function<RunCommandParts(const GroupProgram&)>& started);
+    std::vector<std::string> RemoveDisallowed(RunCommandParts (*started)(const GroupProgram&));
     // The disallowed word that keeps this command from starting, or "" when none does. A word
     // blocks a command, never a name: it matches the program's own name ("del", "format.com",
     // "rmdir.exe") or a whole word of the arguments, also as a program there ("cmd /c del

@@ -163,10 +163,7 @@ RunCommandParts StartedCommand(const GroupProgram& program, bool expandable,
                                const CommandLineSystem& system) {
     if (program.Command != kExecuteReg && program.Command != kExecuteRegAU)
         return {Trim(RemoveAll(program.Path, '"')), program.Parameters};
-    RunCommandParts command = DelayedCommand(program, expandable, system);
-    if (expandable)
-        command = {system.Expand(command.Path), system.Expand(command.Parameters)};
-    return command;
+    return DelayedCommand(program, expandable, system);
 }
 
 std::string StartBlockingWord(const ProgramModel& model, const GroupProgram& program,

@@ -67,9 +67,10 @@ struct GroupProgram;
 RunCommandParts DelayedCommand(const GroupProgram& program, bool expandable,
                                const CommandLineSystem& system);
 
-// The program and the arguments a delayed program starts with, before its file is looked for:
-// a Run value's command as DelayedCommand reads it, with its variables filled in when its saved
-// copy is expandable; a file of a Startup folder its path without quotes, and its parameters.
+// The program and the arguments a delayed program starts with, before its file is looked for
+// and its variables are filled in: a Run value's command as DelayedCommand reads it (an
+// expandable one read with its variables filled in); a file of a Startup folder its path without
+// quotes, and its parameters.
 RunCommandParts StartedCommand(const GroupProgram& program, bool expandable,
                                const CommandLineSystem& system);
 

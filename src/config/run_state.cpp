@@ -15,15 +15,22 @@ void StartLog::Add(std::string id, uint64_t ms) {
 }
 
 std::string DelayedProgramId(const GroupProgram& program) {
-    return program.Command + '\n' + program.RegistryKeyName + '\n' + program.Path + '\n' +
-           program.Parameters;
+    std::string id;
+    for (const std::string* part :
+         {&program.Command, &program.RegistryKeyName, &program.Path, &program.Parameters})
+        id.append(*part).push_back('\n');
+    return id;
 }
 
 size_t AlikeBefore(const std::vector<GroupProgram>& programs, size_t index) {
-    const std::string id = DelayedProgramId(programs.at(index));
-    return static_cast<size_t>(
-        std::count_if(programs.begin(), programs.begin() + index,
-                      [&](const GroupProgram& p) { return DelayedProgramId(p) == id; }));
+    const GroupProgram& p = programs.at(index);
+    size_t alike = 0;
+    for (size_t i = 0; i < index; ++i) {
+        const GroupProgram& q = programs[i];
+        alike += q.Path == p.Path && q.Parameters == p.Parameters && q.Command == p.Command &&
+                 q.RegistryKeyName == p.RegistryKeyName;
+    }
+    return alike;
 }
 
 } // namespace tolvane

@@ -68,10 +68,10 @@ std::string Joined(const std::vector<std::string>& lines) {
 }
 
 // A delayed item that the log-on run would never start would be gone from the log-on: such a
-// delay is refused, and the item stays where Windows starts it (or stopped). The words are
-// looked for in what its record will start, as the log-on run looks for them.
-void RefuseBlocked(const ProgramModel& model, const GroupProgram& record, bool expandable = false) {
-    const std::string word = StartBlockingWord(model, record, expandable, SystemCommandLine());
+// delay is refused, and the item stays where Windows starts it (or stopped). The command is
+// the one its record will start (StartedCommand reads the same parts back from the record).
+void RefuseBlocked(const ProgramModel& model, const RunCommandParts& command) {
+    const std::string word = model.BlockingWord(command.Path, command.Parameters);
     if (!word.empty())
         throw MoveFailure("its command holds the disallowed word \"" + word + "\"",
                           Refusal::Blocked, word);
@@ -444,16 +444,8 @@ void PutBackValue(const ValueKey& at, const std::string& name, const std::string
 
 // A value's data read as Windows reads it; an expandable value (REG_EXPAND_SZ) with its
 // variables filled in for the reading.
-bool IsExpandable(const std::optional<RegistryValue>& value) {
-    return value && value->Type == REG_EXPAND_SZ;
-}
 RunCommandParts CommandOf(const std::string& data, const std::optional<RegistryValue>& value) {
-    return SplitRunData(data, IsExpandable(value), SystemCommandLine());
-}
-
-// The record of a delayed value of the location.
-GroupProgram RecordOf(const ValueKey& at, const RunCommandParts& parts) {
-    return {parts.Path, parts.Parameters, std::string(CommandOfLocation(at.Location))};
+    return SplitRunData(data, value && value->Type == REG_EXPAND_SZ, SystemCommandLine());
 }
 
 // Delays or stops an active value. The value must still read as the list showed it.
@@ -465,7 +457,7 @@ void DelayActiveValue(Mover& m, const ValueKey& at, const StartupItem& item, boo
     const std::optional<RegistryValue> now = CRegistry().GetValue(at.Root(), kRunKey, item.Name);
     const RunCommandParts parts = CommandOf(item.Command, now);
     if (!stop)
-        RefuseBlocked(model, RecordOf(at, parts), IsExpandable(now));
+        RefuseBlocked(model, parts);
     TakeOutValue(at, {item.Name, item.Command}, now, backup, undo);
     if (stop)
         model.AddStoppedProgram(StoppedRunEntry(item.Name, item.Command), at.Location);
@@ -501,9 +493,9 @@ void DelayStoppedValue(Mover& m, const ValueKey& at, const StartupItem& item, Re
     const std::string& name = stopped.Value.Name;
     if (name.empty())
         throw MoveFailure("no saved copy of \"" + item.Text() + "\" is left", Refusal::Gone);
-    const std::optional<RegistryValue> copy = CRegistry().GetValue(at.Root(), at.Saved(), name);
-    const RunCommandParts parts = CommandOf(stopped.Value.Data, copy);
-    RefuseBlocked(model, RecordOf(at, parts), IsExpandable(copy));
+    const RunCommandParts parts =
+        CommandOf(stopped.Value.Data, CRegistry().GetValue(at.Root(), at.Saved(), name));
+    RefuseBlocked(model, parts);
     if (!stopped.Saved) {
         // The copy is gone, but the entry names the value and its command: that becomes the
         // copy again, so the value can be put back later.

@@ -2,10 +2,7 @@
 
 #include <windows.h>
 
-#include "config/run_data.h"
-#include "config/system_command_line.h"
 #include "platform/environment.h"
-#include "platform/path_rules.h"
 #include "platform/registry.h"
 #include "config/program_model.h"
 #include "platform/event_log.h"
@@ -47,14 +44,14 @@ bool UpdateRunEntry(int mode, const std::string& runCommand, const ProgramModel&
         return true; // no start-up type chosen: nothing to bring in step
     RegistryRunValues values;
     bool asSet = true;
-    // The folder of this copy: whether all users can start it from there.
-    const std::string program = SplitRunData(runCommand, false, SystemCommandLine()).Path;
-    std::string folder = program.substr(0, program.size() - PathLastPart(program).size());
-    if (!folder.empty())
-        folder.pop_back(); // the "\" before the file's name
-    for (const RunEntryProblem& problem :
-         ApplyRunEntryMode(values, mode, runCommand, model.AreAllUserDelays(),
-                           model.AreUserDelays(), FolderInUserProfile(folder) ? folder : "")) {
+    // The folder of this copy, as its command names it ("\"<folder>\Tolvane.exe\" -nogui"):
+    // whether all users can start it from there.
+    const size_t file = runCommand.rfind('\\');
+    const std::string_view folder =
+        file == std::string::npos ? "" : std::string_view(runCommand).substr(1, file - 1);
+    for (const RunEntryProblem& problem : ApplyRunEntryMode(
+             values, mode, runCommand, model.AreAllUserDelays(), model.AreUserDelays(),
+             FolderInUserProfile(folder) ? folder : std::string_view())) {
         log.WriteLog(problem.Text, problem.Level);
         asSet = asSet && problem.Level != kLogError;
     }

@@ -25,7 +25,8 @@ void Delete(RunEntryValues& values, RunEntryKey key, std::vector<RunEntryProblem
 enum class Owner { None, This, StaleCopy, Other };
 
 bool IsTolvaneExe(std::string_view path) {
-    return ToLower(PathLastPart(path)) == "tolvane.exe";
+    const std::string_view name = PathLastPart(path);
+    return name.size() == 11 && FindNoCase(name, "tolvane.exe") == 0;
 }
 
 // The files as the value's reading sees them: those that are there, and any Tolvane.exe. A copy
@@ -95,9 +96,9 @@ std::vector<RunEntryProblem> ApplyRunEntryMode(RunEntryValues& values, int mode,
         // Start-up for all users from a folder that only one user can read (set in proggroup.c
         // by hand, kept by an installer, or the folder moved): the other users' log-on would
         // fail to start the program, so it starts at this user's log-on only, as type 2 does.
-        problems.push_back({"Run entry: \"Tolvane\" is kept in " + KeyText(RunEntryKey::User) +
-                                " instead of " + KeyText(RunEntryKey::Machine) +
-                                ": the program folder " + std::string(folderOfOneUser) +
+        problems.push_back({"Run entry: \"Tolvane\" stays the current user's, not all users': "
+                            "the program folder " +
+                                std::string(folderOfOneUser) +
                                 " is inside a user profile, which other users cannot read.",
                             kLogWarning});
         mode = 2;

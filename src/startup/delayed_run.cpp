@@ -55,51 +55,97 @@ void WaitUntil(WaitFlags& wait, EventLog& log, RunClock& clock, uint64_t deadlin
     wait.WaitActive = outer;
 }
 
-void LogInfo(EventLog& log, const std::string& text) {
-    log.WriteLog(text, kLogInfo);
+// A line of the run's log: the time of day, then the parts.
+void LogInfo(EventLog& log, std::string_view a, std::string_view b = {}, std::string_view c = {},
+             std::string_view d = {}) {
+    std::string line = TimeOfDayText();
+    line.append(a).append(b).append(c).append(d);
+    log.WriteLog(line, kLogInfo);
 }
+
+// A start was noted since the wait began: a wait for a turn looks again.
+struct StartsChanged {
+    const StartLog& Starts;
+    unsigned Seen;
+    bool operator()() const { return Starts.Changes != Seen; }
+};
+
+// The window and its tray icon, made once: when the run is about to wait, or after its first
+// start. A program started before the window gets a head start: making the window and its tray
+// icon at that very moment would compete with the program's own start.
+class Readiness {
+public:
+    Readiness(const RunNeeds& run, RunClock& clock, MainWindowControl& window)
+        : run_(run), clock_(clock), window_(window) {}
+    void operator()() {
+        if (done_)
+            return;
+        done_ = true;
+        if (run_.Starts.LastMs)
+            WaitUntil(run_.Wait, run_.Log, clock_, *run_.Starts.LastMs + kHeadStartMs);
+        window_.Ready();
+    }
+
+private:
+    const RunNeeds& run_;
+    RunClock& clock_;
+    MainWindowControl& window_;
+    bool done_ = false;
+};
+
+// The end of the run waits for the measurements of what it started, unless the user opened the
+// window meanwhile (or chose to keep the program): then it stays anyway.
+struct MeasuredOrKept {
+    const RunNeeds& Run;
+    MainWindowControl& Window;
+    bool operator()() const {
+        return !Run.Watcher->Busy() || Window.IsVisible() || Run.Store.Model().StartupType != 1;
+    }
+};
+
+// A program's wait: the program (its DelayedProgramId and the records alike before it), and
+// the window made ready before the wait begins. A wait that is no program's (the main delay)
+// has none.
+struct Turn {
+    const std::string* Id = nullptr;
+    size_t Alike = 0;
+    Readiness* Ready = nullptr;
+    bool Started(const StartLog& starts) const { return Id && starts.Has(*Id, Alike); }
+};
 
 // Waits until the delay has passed since the later of `notBefore` and the last start, by the
 // run or by hand: a start made meanwhile from the tray moves the turn on, and one of this very
-// program (`started`) ends the wait.
-void WaitForTurn(
-    const RunNeeds& run, RunClock& clock, uint64_t notBefore, uint64_t delayMs,
-    const std::function<bool()>& started, const std::function<void()>& beforeWaiting = [] {}) {
-    while (!run.Wait.QuitRequested && !started()) {
+// program ends the wait.
+void WaitForTurn(const RunNeeds& run, RunClock& clock, uint64_t notBefore, uint64_t delayMs,
+                 const Turn& turn) {
+    while (!run.Wait.QuitRequested && !turn.Started(run.Starts)) {
         const uint64_t deadline = std::max(notBefore, run.Starts.LastMs.value_or(0)) + delayMs;
         if (clock.NowMs() >= deadline)
             return;
-        beforeWaiting();
-        const unsigned seen = run.Starts.Changes;
-        WaitUntil(run.Wait, run.Log, clock, deadline, [&] { return run.Starts.Changes != seen; });
+        if (turn.Ready)
+            (*turn.Ready)();
+        WaitUntil(run.Wait, run.Log, clock, deadline,
+                  StartsChanged{run.Starts, run.Starts.Changes});
     }
 }
 
 // Waits, from now, until the machine has been idle long enough or the delay and the longest
 // extra time have passed. Where the load cannot be read, the delay alone is waited. A program's
-// wait (`spaced`) also ends no sooner than its delay after the last start, by the run or by
-// hand: an idle machine does not let two programs start closer together than the later one's
-// delay, and a start made from the tray meanwhile moves the earliest moment on.
-void WaitForIdleMachine(
-    const RunNeeds& run, RunClock& clock, uint64_t delayMs, bool spaced,
-    const std::function<bool()>& started = [] { return false; }) {
+// wait also ends no sooner than its delay after the last start, by the run or by hand: an idle
+// machine does not let two programs start closer together than the later one's delay, and a
+// start made from the tray meanwhile moves the earliest moment on.
+void WaitForIdleMachine(const RunNeeds& run, RunClock& clock, uint64_t delayMs,
+                        const Turn& turn = {}) {
     const uint64_t begun = clock.NowMs();
+    const bool spaced = turn.Id != nullptr;
     auto earliest = [&] { return spaced && run.Starts.LastMs ? *run.Starts.LastMs + delayMs : 0; };
     auto latest = [&] { return std::max(begun + delayMs + kIdleLongestExtraMs, earliest()); };
-    auto delayOnly = [&] {
-        if (spaced)
-            WaitForTurn(run, clock, begun, delayMs, started);
-        else
-            WaitUntil(run.Wait, run.Log, clock, begun + delayMs);
-    };
-    if (!clock.CanSampleLoad()) {
-        delayOnly();
-        return;
-    }
     IdleDetector detector;
-    (void)clock.SampleLoad(); // starts the count: what came before this wait is not asked
     bool idle = false;
-    while (!run.Wait.QuitRequested && !started()) {
+    bool sampled = clock.CanSampleLoad();
+    if (sampled)
+        (void)clock.SampleLoad(); // starts the count: what came before this wait is not asked
+    while (sampled && !run.Wait.QuitRequested && !turn.Started(run.Starts)) {
         const uint64_t now = clock.NowMs();
         if (now >= latest() || (idle && now >= earliest()))
             return;
@@ -107,11 +153,14 @@ void WaitForIdleMachine(
         if (run.Wait.QuitRequested)
             return;
         const std::optional<LoadSample> load = clock.SampleLoad();
-        if (!load) {
-            delayOnly();
-            return;
-        }
-        idle = detector.Add(*load);
+        sampled = load.has_value();
+        idle = sampled && detector.Add(*load);
+    }
+    if (!sampled) {
+        if (spaced)
+            WaitForTurn(run, clock, begun, delayMs, turn);
+        else
+            WaitUntil(run.Wait, run.Log, clock, begun + delayMs);
     }
 }
 
@@ -144,13 +193,21 @@ void StartDelayedProgram(StartLog& starts, RunClock& clock, const GroupProgram& 
     launch(start.Path, start.Parameters, item ? &*item : nullptr);
 }
 
+namespace {
+
+struct Measured {
+    EventLog& Log;
+    StartWatcher* Watcher;
+    void operator()(const std::string& path, const std::string& parameters,
+                    const ImpactKey* item) const {
+        LaunchMeasured(Log, Watcher, path, parameters, item);
+    }
+};
+
+} // namespace
+
 ProgramLauncher MeasuredLauncher(const RunNeeds& run) {
-    EventLog& log = run.Log;
-    StartWatcher* watcher = run.Watcher;
-    return [&log, watcher](const std::string& path, const std::string& parameters,
-                           const ImpactKey* item) {
-        LaunchMeasured(log, watcher, path, parameters, item);
-    };
+    return Measured{run.Log, run.Watcher};
 }
 
 void DelayedRun(const RunNeeds& run, MainWindowControl& window) {
@@ -160,8 +217,7 @@ void DelayedRun(const RunNeeds& run, MainWindowControl& window) {
 void DelayedRun(const RunNeeds& run, MainWindowControl& window, RunClock& clock,
                 const ProgramLauncher& launch) {
     ProgramModel& model = run.Store.Model();
-    const std::vector<std::string> notAllowed =
-        model.RemoveDisallowed([](const GroupProgram& p) { return StartedCommand(p); });
+    const std::vector<std::string> notAllowed = model.RemoveDisallowed(StartedCommand);
     const uint64_t runStart = clock.NowMs();
 
     // The run works on the programs as they are now. A refresh while it waits (the user opened
@@ -171,33 +227,22 @@ void DelayedRun(const RunNeeds& run, MainWindowControl& window, RunClock& clock,
     const std::vector<GroupProgram> programs =
         startup ? startup->Programs : std::vector<GroupProgram>();
     const bool waitForIdle = model.WaitForIdle != 0;
-    bool readied = false;
-    auto ready = [&] {
-        if (readied)
-            return;
-        readied = true;
-        // A program started before the window gets a head start: making the window and its
-        // tray icon at that very moment would compete with the program's own start.
-        if (run.Starts.LastMs)
-            WaitUntil(run.Wait, run.Log, clock, *run.Starts.LastMs + kHeadStartMs);
-        window.Ready();
-    };
+    Readiness ready(run, clock, window);
 
     if (!startup) {
-        LogInfo(run.Log, "Start Delay was called, but there weren't delayed items!");
+        run.Log.WriteLog("Start Delay was called, but there weren't delayed items!", kLogInfo);
     } else if (std::any_of(programs.begin(), programs.end(),
                            [](const GroupProgram& p) { return !p.Path.empty(); })) {
-        LogInfo(run.Log, TimeOfDayText() + "  Waiting for " + FormatSingle(model.MainStartupDelay) +
-                             " seconds.");
+        LogInfo(run.Log, "  Waiting for ", FormatSingle(model.MainStartupDelay), " seconds.");
         const uint64_t mainDelay = DelayMilliseconds(model.MainStartupDelay);
         if (waitForIdle || mainDelay > 0)
             ready();
         if (waitForIdle)
-            WaitForIdleMachine(run, clock, mainDelay, false);
+            WaitForIdleMachine(run, clock, mainDelay);
         else
             WaitUntil(run.Wait, run.Log, clock, runStart + mainDelay);
         const uint64_t mainWaitOver = clock.NowMs();
-        LogInfo(run.Log, TimeOfDayText() + "  Wait over.");
+        LogInfo(run.Log, "  Wait over.");
 
         for (size_t i = 0; i < programs.size(); ++i) {
             const GroupProgram& program = programs[i];
@@ -214,19 +259,18 @@ void DelayedRun(const RunNeeds& run, MainWindowControl& window, RunClock& clock,
                 run.Log.WriteLog("Startup Item Not Found: " + Trim(program.Path), kLogWarning);
                 continue;
             }
-            LogInfo(run.Log,
-                    TimeOfDayText() + " Waiting for " + FormatSingle(program.Delay) + " seconds.");
+            LogInfo(run.Log, " Waiting for ", FormatSingle(program.Delay), " seconds.");
             const uint64_t delay = DelayMilliseconds(program.Delay);
-            auto started = [&] { return run.Starts.Has(id, alike); };
+            const Turn turn{&id, alike, &ready};
             if (waitForIdle)
-                WaitForIdleMachine(run, clock, delay, true, started);
+                WaitForIdleMachine(run, clock, delay, turn);
             else
-                WaitForTurn(run, clock, mainWaitOver, delay, started, ready);
+                WaitForTurn(run, clock, mainWaitOver, delay, turn);
             if (run.Wait.QuitRequested || run.Starts.Has(id, alike))
                 continue;
             // All four commands start: an all-users item is delayed for every user who logs
             // on, which is why the program enters itself in the machine's Run key for them.
-            LogInfo(run.Log, TimeOfDayText() + "  " + program.Path + " " + program.Parameters);
+            LogInfo(run.Log, "  ", program.Path, " ", program.Parameters);
             StartDelayedProgram(run.Starts, clock, program, *start, launch);
         }
     }
@@ -237,7 +281,7 @@ void DelayedRun(const RunNeeds& run, MainWindowControl& window, RunClock& clock,
     auto ends = [&] { return !window.IsVisible() && model.StartupType == 1; };
     if (!run.Wait.QuitRequested && ends() && run.Watcher)
         WaitUntil(run.Wait, run.Log, clock, clock.NowMs() + kImpactWatchMs + kSliceMs,
-                  [&] { return !run.Watcher->Busy() || !ends(); });
+                  MeasuredOrKept{run, window});
     if (!run.Wait.QuitRequested) {
         if (ends())
             window.Unload();

@@ -19,7 +19,9 @@ constexpr size_t kRunAllText = 22, kStoppedText = 23, kOpenText = 24, kQuitText 
 bool Refused(EventLog& log, std::string_view program, const std::string& word) {
     if (word.empty())
         return false;
-    log.WriteLog("Startup Item Not Allowed: " + Trim(program) + " (\"" + word + "\")", kLogWarning);
+    std::string line = "Startup Item Not Allowed: ";
+    line.append(Trim(program)).append(" (\"").append(word).append("\")");
+    log.WriteLog(line, kLogWarning);
     return true;
 }
 
@@ -56,19 +58,15 @@ void RunAll(const RunNeeds& run, RunClock& clock, const std::vector<GroupProgram
         Start(run, clock, programs, i, launch);
 }
 
-// The stopped entry that the menu showed at the index, where the model holds it now: two
-// entries alike (a value of one name in both registry views) each start from their own copy.
-void StartStopped(const RunNeeds& run, const ShownTrayMenu& menu, size_t i,
-                  const ProgramLauncher& launch) {
-    const std::string& entry = menu.Stopped[i];
+// A stopped entry as the menu showed it, where the model holds it now (a refresh may have moved
+// it); one that is no longer there is found nowhere.
+void StartStopped(const RunNeeds& run, const std::string& entry, const ProgramLauncher& launch) {
     if (entry.empty())
         return;
     const std::vector<std::string>& now = run.Store.Model().StoppedPrograms;
     StoppedCommand command;
-    if (i < now.size() && now[i] == entry)
-        (void)run.Store.File().GetStoppedInfo(static_cast<int>(i), command);
-    else
-        (void)run.Store.File().GetStoppedInfo(entry, command);
+    (void)run.Store.File().GetStoppedInfo(
+        static_cast<int>(std::find(now.begin(), now.end(), entry) - now.begin()), command);
     // Nothing found to start it from: the launcher names the item in the log.
     if (command.Program.empty())
         command.Program = entry.substr(std::min(kPrefixLength, entry.size()));
@@ -88,20 +86,18 @@ ShownTrayMenu BuildTrayMenuModel(const ProgramModel& model, const TextTables& te
     source.Stopped = TextTables::Entry(text.Menus, kStoppedText);
     source.Open = TextTables::Entry(text.Menus, kOpenText);
     source.Quit = TextTables::Entry(text.Menus, kQuitText);
-    ShownTrayMenu menu;
-    if (const ProgramGroup* group = model.StartupGroup()) {
+    const ProgramGroup* group = model.StartupGroup();
+    if (group) {
         source.StartupGroupIndex = model.StartupGroupIndex;
         source.GroupName = group->Name;
-        menu.Programs = group->Programs;
         for (const GroupProgram& p : group->Programs)
             source.ProgramPaths.push_back(p.Path);
     }
-    menu.Stopped = model.StoppedPrograms;
     for (const std::string& entry : model.StoppedPrograms)
         source.StoppedNames.push_back(entry.size() > kPrefixLength ? entry.substr(kPrefixLength)
                                                                    : std::string());
-    static_cast<TrayMenu&>(menu) = TrayMenu::Build(source);
-    return menu;
+    return {TrayMenu::Build(source), group ? group->Programs : std::vector<GroupProgram>(),
+            model.StoppedPrograms};
 }
 
 void RunGroupNow(const RunNeeds& run, int groupIndex, RunClock& clock,
@@ -129,12 +125,12 @@ void TrayMenuCommand(const RunNeeds& run, MainWindowControl& window, const Shown
             Start(run, clock, menu.Programs, index, launch);
         return;
     case Action::RunAllStopped:
-        for (size_t i = 0; i < menu.Stopped.size(); ++i)
-            StartStopped(run, menu, i, launch);
+        for (const std::string& entry : menu.Stopped)
+            StartStopped(run, entry, launch);
         return;
     case Action::RunStopped:
         if (index < menu.Stopped.size())
-            StartStopped(run, menu, index, launch);
+            StartStopped(run, menu.Stopped[index], launch);
         return;
     case Action::Open:
         window.Open();

@@ -194,8 +194,11 @@ TEST(ProgramModel, DisallowedWordsBlockCommandsNotNames) {
     struct WithCmd : CommandLineSystem {
         bool FileExists(const std::string& path) const override { return path == "cmd.exe"; }
         std::string Expand(const std::string& text) const override { return text; }
-    } machine;
-    auto started = [&](const GroupProgram& p) { return StartedCommand(p, false, machine); };
+    };
+    auto started = [](const GroupProgram& p) {
+        static const WithCmd machine;
+        return StartedCommand(p, false, machine);
+    };
     ProgramModel run = WithStartup({{" C:\\Dell\\run.exe ", "/del"},
                                     {"C:\\ok.exe"},
                                     {""},

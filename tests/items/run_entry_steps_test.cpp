@@ -51,9 +51,8 @@ TEST(RunEntrySteps, TheNewValueIsWrittenBeforeTheOldOneGoes) {
         "HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\Run";
     const std::string cannotWrite = "warning: Run entry: \"Tolvane\" could not be written to ";
     const std::string keptForOneUser =
-        "warning: Run entry: \"Tolvane\" is kept in " + user + " instead of " + machine +
-        ": the program folder C:\\Users\\Ann\\Tolvane is inside a user profile, which other "
-        "users cannot read.";
+        "warning: Run entry: \"Tolvane\" stays the current user's, not all users': the program "
+        "folder C:\\Users\\Ann\\Tolvane is inside a user profile, which other users cannot read.";
     struct Case {
         std::string user, machine, refused;
         int mode;

@@ -121,7 +121,8 @@ public:
 // The installer's steps, without a window. Uninstalling ends this copy where it runs and
 // removes the Run values that start it; the user's data stays. After the files are in place
 // (a new install over kept data, or an upgrade, which removed the older version first), the
-// program's own Run value is brought in step with the kept settings, as every refresh does.
+// program's own Run value is brought in step with the kept settings, as every refresh does; "for
+// all users" installed inside a user's profile stays that user's value (see UpdateRunEntry).
 int RunInstallerStep(std::string_view arguments) {
     LoggedMessages messages;
     AppState app(RunningProgramFolder(), messages);
@@ -184,7 +185,7 @@ int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& mes
         if (!app->ShowGui) {
             // The run makes the window and its tray icon once it first waits: a program due
             // at once is not held up by them.
-            DelayedRun(*app, *window);
+            DelayedRun(RunNeedsOf(*app), *window);
         } else if (!window->Load()) {
             throw std::runtime_error("the main window could not be made");
         } else if (app->model.ShowTipsAtStartup != 0) {

@@ -44,7 +44,7 @@ int main(int argc, char** argv) {
         EnsureStartupFolders(app.folders);
         const CliNeeds needs{
             app.Store(), app.text, app.SafeList, app.log, [&app] {
-                RunGroupNow(app, app.model.StartupGroupIndex, MessageLoopClock(),
+                RunGroupNow(RunNeedsOf(app), app.model.StartupGroupIndex, MessageLoopClock(),
                             [&app](const std::string& path, const std::string& parameters,
                                    const ImpactKey* item) {
                                 LaunchMeasured(app.log, app.watcher, path, parameters, item);

@@ -4,7 +4,6 @@
 #include "config/run_data.h"
 #include "config/system_command_line.h"
 #include "platform/dir_struct.h"
-#include "platform/environment.h"
 #include "text/placeholders.h"
 #include "text/strings.h"
 
@@ -46,36 +45,50 @@ namespace {
 std::optional<ProgramStart> Resolve(const AppFolders& folders, const GroupProgram& program,
                                     bool expandable) {
     const CommandLineSystem& system = SystemCommandLine();
+    const RunCommandParts command = StartedCommand(program, expandable, system);
     if (program.Command == kExecuteReg || program.Command == kExecuteRegAU) {
-        const RunCommandParts command = DelayedCommand(program, expandable, system);
         if (!ProgramFound(command.Path, expandable, system))
             return std::nullopt;
         if (!expandable)
             return ProgramStart{command.Path, command.Parameters};
-        return ProgramStart{ExpandEnvironment(command.Path), ExpandEnvironment(command.Parameters)};
+        return ProgramStart{system.Expand(command.Path), system.Expand(command.Parameters)};
     }
-    // Quotes around a path are no part of the file's name.
-    ProgramStart start{
-        ItemsFolderLookup(folders, Trim(RemoveAll(program.Path, '"')), program.Command),
-        program.Parameters};
+    ProgramStart start{ItemsFolderLookup(folders, command.Path, program.Command),
+                       command.Parameters};
     // A bare name counts as there when Windows finds the program by that name.
     if (start.Path.empty() || !ProgramFound(start.Path, false, system))
         return std::nullopt;
     return start;
 }
 
+// Windows fills in the variables of a command only where it names one: the saved copy, which
+// tells whether the value is expandable, is looked up only then.
+bool Expandable(const GroupProgram& program) {
+    return (program.Path.find('%') != std::string::npos ||
+            program.Parameters.find('%') != std::string::npos) &&
+           SavedCopyIsExpandable(program);
+}
+
 } // namespace
 
 std::optional<ProgramStart> ResolveDelayedProgram(const AppFolders& folders,
                                                   const GroupProgram& program) {
-    return Resolve(folders, program, SavedCopyIsExpandable(program));
+    return Resolve(folders, program, Expandable(program));
+}
+
+RunCommandParts StartedCommand(const GroupProgram& program) {
+    return StartedCommand(program, Expandable(program), SystemCommandLine());
+}
+
+std::string StartBlockingWord(const ProgramModel& model, const GroupProgram& program) {
+    return StartBlockingWord(model, program, Expandable(program), SystemCommandLine());
 }
 
 std::string WhyNotStarted(const GroupProgram& program, bool expandable, const ProgramModel& model,
                           const AppFolders& folders, const TextTables& text) {
     if (Trim(program.Path).empty())
         return std::string();
-    const std::string word = model.BlockingWord(program.Path, program.Parameters);
+    const std::string word = StartBlockingWord(model, program, expandable, SystemCommandLine());
     if (!word.empty())
         return FillIn(text.Message(kNotStartedLine), {word});
     if (!Resolve(folders, program, expandable))

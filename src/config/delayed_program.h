@@ -9,6 +9,7 @@
 
 #include "config/app_folders.h"
 #include "config/program_model.h"
+#include "config/run_data.h"
 #include "text/text_tables.h"
 
 namespace tolvane {
@@ -30,6 +31,11 @@ struct ProgramStart {
 };
 std::optional<ProgramStart> ResolveDelayedProgram(const AppFolders& folders,
                                                   const GroupProgram& program);
+
+// What a delayed program starts with on this machine (StartedCommand), and the disallowed word
+// that keeps it from starting (StartBlockingWord), "" when none.
+RunCommandParts StartedCommand(const GroupProgram& program);
+std::string StartBlockingWord(const ProgramModel& model, const GroupProgram& program);
 
 // Why the log-on run will not start a program of the Startup group: the tip line of its item,
 // from the language's texts (the disallowed word that blocks it, or its file that is not there);

@@ -146,7 +146,8 @@ std::string ProgramModel::BlockingWord(std::string_view program, std::string_vie
     return std::string();
 }
 
-std::vector<std::string> ProgramModel::RemoveDisallowed() {
+std::vector<std::string>
+ProgramModel::RemoveDisallowed(RunCommandParts (*started)(const GroupProgram&)) {
     std::vector<std::string> removed(1);
     ProgramGroup* group = StartupGroup();
     if (!group)
@@ -155,11 +156,12 @@ std::vector<std::string> ProgramModel::RemoveDisallowed() {
         std::string path = Trim(program.Path);
         if (path.empty())
             continue;
+        const RunCommandParts command = started(program);
         // Once per blocking word, as the log names each.
         ProgramModel one;
         for (const std::string& word : DisallowedPrograms) {
             one.DisallowedPrograms = {word};
-            if (one.BlockingWord(path, program.Parameters).empty())
+            if (one.BlockingWord(command.Path, command.Parameters).empty())
                 continue;
             if (!removed.back().empty())
                 removed.emplace_back();

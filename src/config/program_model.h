@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "config/run_data.h"
+
 namespace tolvane {
 
 inline constexpr std::string_view kStartupGroup = "Startup";
@@ -102,8 +104,9 @@ public:
     int WaitForIdle = 0;
 
     // Empties the path of every "Startup" program that a disallowed word blocks and returns
-    // those trimmed paths, once per blocking word; one "" when none.
-    std::vector<std::string> RemoveDisallowed();
+    // those trimmed paths, once per blocking word; one "" when none. The words are looked for
+    // in what each program starts with, as `started` reads it (StartedCommand).
+    std::vector<std::string> RemoveDisallowed(RunCommandParts (*started)(const GroupProgram&));
     // The disallowed word that keeps this command from starting, or "" when none does. A word
     // blocks a command, never a name: it matches the program's own name ("del", "format.com",
     // "rmdir.exe") or a whole word of the arguments, also as a program there ("cmd /c del

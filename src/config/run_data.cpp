@@ -159,6 +159,19 @@ RunCommandParts DelayedCommand(const GroupProgram& program, bool expandable,
     return ProgramFound(again.Path, expandable, system) ? again : stored;
 }
 
+RunCommandParts StartedCommand(const GroupProgram& program, bool expandable,
+                               const CommandLineSystem& system) {
+    if (program.Command != kExecuteReg && program.Command != kExecuteRegAU)
+        return {Trim(RemoveAll(program.Path, '"')), program.Parameters};
+    return DelayedCommand(program, expandable, system);
+}
+
+std::string StartBlockingWord(const ProgramModel& model, const GroupProgram& program,
+                              bool expandable, const CommandLineSystem& system) {
+    const RunCommandParts command = StartedCommand(program, expandable, system);
+    return model.BlockingWord(command.Path, command.Parameters);
+}
+
 NameData SplitNameData(std::string_view text) {
     size_t eq = text.find('=');
     if (eq == std::string_view::npos)

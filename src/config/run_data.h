@@ -41,7 +41,8 @@ RunCommandParts SplitRunData(std::string_view data, bool expandable,
 
 // The program is there: its variables filled in when the command is expandable, and ".exe"
 // added to a name without an extension, as the command line's own reading does.
-bool ProgramFound(std::string_view program, bool expandable, const CommandLineSystem& system);
+[[nodiscard]] bool ProgramFound(std::string_view program, bool expandable,
+                                const CommandLineSystem& system);
 
 // "name=data" split at the first "=": the name before it, the data (which may hold further
 // "=") after it. Without "=" the whole text is the name.
@@ -65,6 +66,21 @@ struct GroupProgram;
 // that way is the one that starts.
 RunCommandParts DelayedCommand(const GroupProgram& program, bool expandable,
                                const CommandLineSystem& system);
+
+// The program and the arguments a delayed program starts with, before its file is looked for
+// and its variables are filled in: a Run value's command as DelayedCommand reads it (an
+// expandable one read with its variables filled in); a file of a Startup folder its path without
+// quotes, and its parameters.
+RunCommandParts StartedCommand(const GroupProgram& program, bool expandable,
+                               const CommandLineSystem& system);
+
+// The disallowed word of the model that keeps a delayed program from starting, "" when none.
+// It is looked for in what starts (StartedCommand), never in the record as stored: a whole
+// command that an older version kept as the program ("cmd.exe /c del C:\x.exe") starts
+// cmd.exe with "/c del C:\x.exe", and blocks on "del". The log-on run, the tray, the tips and
+// the delay all ask this one question.
+std::string StartBlockingWord(const ProgramModel& model, const GroupProgram& program,
+                              bool expandable, const CommandLineSystem& system);
 
 // A stopped Run value as its stopped entry holds it, after the location's prefix: the value's
 // name, "=" and its command. The name makes the entry the value's own, since two values of one

@@ -4,8 +4,8 @@
 
 namespace tolvane {
 
-bool StartLog::Has(const std::string& id) const {
-    return std::find(Started.begin(), Started.end(), id) != Started.end();
+bool StartLog::Has(const std::string& id, size_t alike) const {
+    return static_cast<size_t>(std::count(Started.begin(), Started.end(), id)) > alike;
 }
 
 void StartLog::Add(std::string id, uint64_t ms) {
@@ -15,8 +15,22 @@ void StartLog::Add(std::string id, uint64_t ms) {
 }
 
 std::string DelayedProgramId(const GroupProgram& program) {
-    return program.Command + '\n' + program.RegistryKeyName + '\n' + program.Path + '\n' +
-           program.Parameters;
+    std::string id;
+    for (const std::string* part :
+         {&program.Command, &program.RegistryKeyName, &program.Path, &program.Parameters})
+        id.append(*part).push_back('\n');
+    return id;
+}
+
+size_t AlikeBefore(const std::vector<GroupProgram>& programs, size_t index) {
+    const GroupProgram& p = programs.at(index);
+    size_t alike = 0;
+    for (size_t i = 0; i < index; ++i) {
+        const GroupProgram& q = programs[i];
+        alike += q.Path == p.Path && q.Parameters == p.Parameters && q.Command == p.Command &&
+                 q.RegistryKeyName == p.RegistryKeyName;
+    }
+    return alike;
 }
 
 } // namespace tolvane

@@ -21,15 +21,21 @@ struct WaitFlags {
 // when the last start was: each program starts once, and no start comes sooner after the one
 // before than its own delay, however the run was held up.
 struct StartLog {
-    std::vector<std::string> Started; // DelayedProgramId of each
+    std::vector<std::string> Started; // DelayedProgramId of each start
     std::optional<uint64_t> LastMs;   // the run's clock at the last start
     unsigned Changes = 0;             // counts the starts, so a wait sees one happen
-    bool Has(const std::string& id) const;
+    // The record of that id with `alike` records of the same id before it in its group has
+    // started: the log holds more starts of the id than that. Two records alike in everything
+    // are two programs to start, and the count, not a place in a list that a reload may
+    // change, tells whether the second has started too.
+    [[nodiscard]] bool Has(const std::string& id, size_t alike = 0) const;
     void Add(std::string id, uint64_t ms);
 };
 
 // What tells two delayed programs apart for the start log: where each came from and its command.
 std::string DelayedProgramId(const GroupProgram& program);
+// How many records before the one at the index have its DelayedProgramId.
+size_t AlikeBefore(const std::vector<GroupProgram>& programs, size_t index);
 
 // Watches the programs that the log-on run and the tray start, and keeps what each cost the
 // machine in its first half minute.

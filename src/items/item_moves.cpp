@@ -68,7 +68,8 @@ std::string Joined(const std::vector<std::string>& lines) {
 }
 
 // A delayed item that the log-on run would never start would be gone from the log-on: such a
-// delay is refused, and the item stays where Windows starts it (or stopped).
+// delay is refused, and the item stays where Windows starts it (or stopped). The command is
+// the one its record will start (StartedCommand reads the same parts back from the record).
 void RefuseBlocked(const ProgramModel& model, const RunCommandParts& command) {
     const std::string word = model.BlockingWord(command.Path, command.Parameters);
     if (!word.empty())

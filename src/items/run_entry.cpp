@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include "platform/environment.h"
 #include "platform/registry.h"
 #include "config/program_model.h"
 #include "platform/event_log.h"
@@ -24,7 +25,8 @@ public:
         return reg_.DeleteValue(Root(key), kRunKey, kOwnRunValue);
     }
     bool FileExists(const std::string& path) override {
-        return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+        const DWORD attributes = GetFileAttributesA(path.c_str());
+        return attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY);
     }
 
 private:
@@ -42,8 +44,14 @@ bool UpdateRunEntry(int mode, const std::string& runCommand, const ProgramModel&
         return true; // no start-up type chosen: nothing to bring in step
     RegistryRunValues values;
     bool asSet = true;
+    // The folder of this copy, as its command names it ("\"<folder>\Tolvane.exe\" -nogui"):
+    // whether all users can start it from there.
+    const size_t file = runCommand.rfind('\\');
+    const std::string_view folder =
+        file == std::string::npos ? "" : std::string_view(runCommand).substr(1, file - 1);
     for (const RunEntryProblem& problem : ApplyRunEntryMode(
-             values, mode, runCommand, model.AreAllUserDelays(), model.AreUserDelays())) {
+             values, mode, runCommand, model.AreAllUserDelays(), model.AreUserDelays(),
+             FolderInUserProfile(folder) ? folder : std::string_view())) {
         log.WriteLog(problem.Text, problem.Level);
         asSet = asSet && problem.Level != kLogError;
     }

@@ -1,6 +1,8 @@
 #include "items/run_entry_steps.h"
 
+#include "config/run_data.h"
 #include "platform/log_rules.h"
+#include "platform/path_rules.h"
 #include "text/strings.h"
 
 namespace tolvane {
@@ -22,24 +24,34 @@ void Delete(RunEntryValues& values, RunEntryKey key, std::vector<RunEntryProblem
 // Whose the value "Tolvane" in a key is.
 enum class Owner { None, This, StaleCopy, Other };
 
-// The program a command starts: its quoted first part, or its first word.
-std::string ProgramOf(std::string_view command) {
-    const std::string trimmed = Trim(command);
-    if (StartsWith(trimmed, "\"")) {
-        const size_t close = trimmed.find('"', 1);
-        return trimmed.substr(1, close == std::string::npos ? std::string::npos : close - 1);
-    }
-    return trimmed.substr(0, trimmed.find(' '));
+bool IsTolvaneExe(std::string_view path) {
+    const std::string_view name = PathLastPart(path);
+    return name.size() == 11 && FindNoCase(name, "tolvane.exe") == 0;
 }
+
+// The files as the value's reading sees them: those that are there, and any Tolvane.exe. A copy
+// of the program that is gone is still known by its name, wherever blanks stand in its path.
+class AsIfEveryCopyWereThere : public CommandLineSystem {
+public:
+    explicit AsIfEveryCopyWereThere(RunEntryValues& values) : values_(values) {}
+    bool FileExists(const std::string& path) const override {
+        return IsTolvaneExe(path) || values_.FileExists(path);
+    }
+    std::string Expand(const std::string& text) const override { return text; }
+
+private:
+    RunEntryValues& values_;
+};
 
 Owner OwnerOf(RunEntryValues& values, const std::string& value, const std::string& command) {
     if (value.empty())
         return Owner::None;
     if (ToLower(value) == ToLower(command))
         return Owner::This;
-    const std::string program = ProgramOf(value);
-    const std::string name = ToLower(program.substr(program.find_last_of("\\/") + 1));
-    if (name == "tolvane.exe" && !values.FileExists(program))
+    // The program the value starts, read as every Run value is read (an unquoted path with
+    // blanks too), were each copy of Tolvane.exe it may name still there.
+    const std::string program = SplitRunData(value, false, AsIfEveryCopyWereThere(values)).Path;
+    if (IsTolvaneExe(program) && !values.FileExists(program))
         return Owner::StaleCopy;
     return Owner::Other;
 }
@@ -76,10 +88,21 @@ void MoveTo(RunEntryValues& values, RunEntryKey to, RunEntryKey from, const std:
 
 std::vector<RunEntryProblem> ApplyRunEntryMode(RunEntryValues& values, int mode,
                                                const std::string& command, bool allUsersDelays,
-                                               bool userDelays) {
+                                               bool userDelays, std::string_view folderOfOneUser) {
     std::vector<RunEntryProblem> problems;
     if (mode == 1)
         mode = allUsersDelays ? 3 : userDelays ? 2 : 0;
+    else if (mode == 3 && !folderOfOneUser.empty()) {
+        // Start-up for all users from a folder that only one user can read (set in proggroup.c
+        // by hand, kept by an installer, or the folder moved): the other users' log-on would
+        // fail to start the program, so it starts at this user's log-on only, as type 2 does.
+        problems.push_back({"Run entry: \"Tolvane\" stays the current user's, not all users': "
+                            "the program folder " +
+                                std::string(folderOfOneUser) +
+                                " is inside a user profile, which other users cannot read.",
+                            kLogWarning});
+        mode = 2;
+    }
     switch (mode) {
     case 0:
         for (RunEntryKey key : {RunEntryKey::User, RunEntryKey::Machine}) {

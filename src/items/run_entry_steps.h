@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tolvane {
@@ -16,10 +17,10 @@ public:
     // "" when there is none.
     virtual std::string Read(RunEntryKey key) = 0;
     // True when the key holds the command afterwards.
-    virtual bool Write(RunEntryKey key, const std::string& command) = 0;
+    [[nodiscard]] virtual bool Write(RunEntryKey key, const std::string& command) = 0;
     // True when the value is gone afterwards.
-    virtual bool Delete(RunEntryKey key) = 0;
-    // A file is at the path.
+    [[nodiscard]] virtual bool Delete(RunEntryKey key) = 0;
+    // A file (not a folder) is at the path.
     virtual bool FileExists(const std::string& path) = 0;
 };
 
@@ -32,17 +33,25 @@ struct RunEntryProblem {
 // Modes 0 to 3 of UpdateRunEntry: 0 none, 1 the machine's key while an all-users item is
 // delayed, else the user's while any item is, else none; 2 the user's key; 3 the machine's.
 // The value "Tolvane" is this program's when it starts this copy (its command in any letter
-// case) or a copy of Tolvane.exe that is gone (the portable folder was moved): that one is
-// rewritten to start this copy. A value that starts anything else, another program or another
-// copy of Tolvane that is there, is never touched. The new value is written before the old
-// one goes, and the old one goes only when the new one is there: a refused write (the
-// machine's key without rights) leaves the entry where it was instead of nowhere.
-std::vector<RunEntryProblem> ApplyRunEntryMode(RunEntryValues& values, int mode,
-                                               const std::string& command, bool allUsersDelays,
-                                               bool userDelays);
+// case) or a copy of Tolvane.exe that is gone (the portable folder was moved), its command read
+// as every Run value is read (SplitRunData): that one is rewritten to start this copy. A value that
+// starts anything else, another program or another copy of Tolvane that is there, is never touched.
+// The new value is written before the old one goes, and the old one goes only when the new one is
+// there: a refused write (the machine's key without rights) leaves the entry where it was instead
+// of nowhere.
+//
+// folderOfOneUser: the program folder when it lies inside a user's profile, which other users
+// cannot read; "" when every user can start the program from there. Mode 3 then keeps the
+// user's own value instead, with a warning that says why: a value in the machine's key would be
+// one that Windows fails to start at every other user's log-on, while this user loses nothing.
+[[nodiscard]] std::vector<RunEntryProblem> ApplyRunEntryMode(RunEntryValues& values, int mode,
+                                                             const std::string& command,
+                                                             bool allUsersDelays, bool userDelays,
+                                                             std::string_view folderOfOneUser = {});
 
 // When the program is uninstalled: each value that starts this copy (its command, in any
 // letter case) goes. A value of another copy of Tolvane, elsewhere, is that copy's and stays.
-std::vector<RunEntryProblem> RemoveRunEntriesOf(RunEntryValues& values, const std::string& command);
+[[nodiscard]] std::vector<RunEntryProblem> RemoveRunEntriesOf(RunEntryValues& values,
+                                                              const std::string& command);
 
 } // namespace tolvane

@@ -26,29 +26,34 @@ std::string ExpandEnvironment(const std::string& text) {
 
 namespace {
 
-bool Below(const std::string& folder, std::string parent) {
+// The folder lies below the parent; with `orAt`, or is the parent itself.
+bool Below(std::string_view folder, std::string_view parent, bool orAt = false) {
     while (!parent.empty() && parent.back() == '\\')
-        parent.pop_back();
-    if (parent.empty() || folder.size() <= parent.size() || folder[parent.size()] != '\\')
+        parent.remove_suffix(1);
+    if (parent.empty() || folder.size() < parent.size() ||
+        (folder.size() == parent.size() ? !orAt : folder[parent.size()] != '\\'))
         return false;
     return ToLower(folder.substr(0, parent.size())) == ToLower(parent);
 }
 
+// A folder of the profile list, expanded; "" when there is none.
+std::string ProfileListFolder(const char* name) {
+    char path[MAX_PATH * 2] = {};
+    DWORD size = sizeof path;
+    RegGetValueA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList",
+                 name, RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ, nullptr, path, &size);
+    return path;
+}
+
 } // namespace
 
-bool FolderInUserProfile(const std::string& folder) {
-    // The profiles folder as Windows keeps it ("%SystemDrive%\\Users"), read from the registry
+bool FolderInUserProfile(std::string_view folder) {
+    // The profiles folder as Windows keeps it ("%SystemDrive%\Users"), read from the registry
     // (and expanded there) rather than through userenv, which the waiting log-on process would
-    // load for nothing.
-    char profiles[MAX_PATH * 2] = {};
-    DWORD size = sizeof profiles;
-    if (RegGetValueA(HKEY_LOCAL_MACHINE,
-                     "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList",
-                     "ProfilesDirectory", RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ, nullptr, profiles,
-                     &size) == ERROR_SUCCESS &&
-        Below(folder, profiles))
-        return true;
-    return Below(folder, ExpandEnvironment("%USERPROFILE%"));
+    // load for nothing. The public profile beside the users' own is there for every user.
+    return !Below(folder, ProfileListFolder("Public"), true) &&
+           (Below(folder, ProfileListFolder("ProfilesDirectory")) ||
+            Below(folder, ExpandEnvironment("%USERPROFILE%")));
 }
 
 } // namespace tolvane

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace tolvane {
 
@@ -10,7 +11,8 @@ namespace tolvane {
 std::string ExpandEnvironment(const std::string& text);
 
 // The folder lies inside a user profile (below the profiles folder, or the user's own profile
-// wherever it is), where other users cannot read it.
-bool FolderInUserProfile(const std::string& folder);
+// wherever it is), where other users cannot read it. The public profile (C:\Users\Public), which
+// every user reads, is none.
+[[nodiscard]] bool FolderInUserProfile(std::string_view folder);
 
 } // namespace tolvane

@@ -6,11 +6,6 @@
 #include <exception>
 #include <memory>
 
-#include "config/delay_load.h"
-#include "config/run_data.h"
-#include "config/system_command_line.h"
-#include "platform/dir_struct.h"
-#include "platform/environment.h"
 #include "platform/message_pump.h"
 #include "config/app_state.h"
 #include "startup/idle_detector.h"
@@ -60,36 +55,113 @@ void WaitUntil(WaitFlags& wait, EventLog& log, RunClock& clock, uint64_t deadlin
     wait.WaitActive = outer;
 }
 
-// Waits, from now, until the machine has been idle long enough or the delay and the longest
-// extra time have passed. Where the load cannot be read, the delay alone is waited.
-void WaitForIdleMachine(AppState& app, RunClock& clock, uint64_t delayMs) {
-    const uint64_t begun = clock.NowMs();
-    const uint64_t latest = begun + delayMs + kIdleLongestExtraMs;
-    if (!clock.CanSampleLoad()) {
-        WaitUntil(app.wait, app.log, clock, begun + delayMs);
-        return;
+// A line of the run's log: the time of day, then the parts.
+void LogInfo(EventLog& log, std::string_view a, std::string_view b = {}, std::string_view c = {},
+             std::string_view d = {}) {
+    std::string line = TimeOfDayText();
+    line.append(a).append(b).append(c).append(d);
+    log.WriteLog(line, kLogInfo);
+}
+
+// A start was noted since the wait began: a wait for a turn looks again.
+struct StartsChanged {
+    const StartLog& Starts;
+    unsigned Seen;
+    bool operator()() const { return Starts.Changes != Seen; }
+};
+
+// The window and its tray icon, made once: when the run is about to wait, or after its first
+// start. A program started before the window gets a head start: making the window and its tray
+// icon at that very moment would compete with the program's own start.
+class Readiness {
+public:
+    Readiness(const RunNeeds& run, RunClock& clock, MainWindowControl& window)
+        : run_(run), clock_(clock), window_(window) {}
+    void operator()() {
+        if (done_)
+            return;
+        done_ = true;
+        if (run_.Starts.LastMs)
+            WaitUntil(run_.Wait, run_.Log, clock_, *run_.Starts.LastMs + kHeadStartMs);
+        window_.Ready();
     }
-    IdleDetector detector;
-    (void)clock.SampleLoad(); // starts the count: what came before this wait is not asked
-    while (!app.wait.QuitRequested) {
-        const uint64_t now = clock.NowMs();
-        if (now >= latest)
+
+private:
+    const RunNeeds& run_;
+    RunClock& clock_;
+    MainWindowControl& window_;
+    bool done_ = false;
+};
+
+// The end of the run waits for the measurements of what it started, unless the user opened the
+// window meanwhile (or chose to keep the program): then it stays anyway.
+struct MeasuredOrKept {
+    const RunNeeds& Run;
+    MainWindowControl& Window;
+    bool operator()() const {
+        return !Run.Watcher->Busy() || Window.IsVisible() || Run.Store.Model().StartupType != 1;
+    }
+};
+
+// A program's wait: the program (its DelayedProgramId and the records alike before it), and
+// the window made ready before the wait begins. A wait that is no program's (the main delay)
+// has none.
+struct Turn {
+    const std::string* Id = nullptr;
+    size_t Alike = 0;
+    Readiness* Ready = nullptr;
+    bool Started(const StartLog& starts) const { return Id && starts.Has(*Id, Alike); }
+};
+
+// Waits until the delay has passed since the later of `notBefore` and the last start, by the
+// run or by hand: a start made meanwhile from the tray moves the turn on, and one of this very
+// program ends the wait.
+void WaitForTurn(const RunNeeds& run, RunClock& clock, uint64_t notBefore, uint64_t delayMs,
+                 const Turn& turn) {
+    while (!run.Wait.QuitRequested && !turn.Started(run.Starts)) {
+        const uint64_t deadline = std::max(notBefore, run.Starts.LastMs.value_or(0)) + delayMs;
+        if (clock.NowMs() >= deadline)
             return;
-        WaitUntil(app.wait, app.log, clock, std::min(latest, now + kIdleWindowMs));
-        if (app.wait.QuitRequested)
-            return;
-        const std::optional<LoadSample> load = clock.SampleLoad();
-        if (!load) {
-            WaitUntil(app.wait, app.log, clock, begun + delayMs);
-            return;
-        }
-        if (detector.Add(*load))
-            return;
+        if (turn.Ready)
+            (*turn.Ready)();
+        WaitUntil(run.Wait, run.Log, clock, deadline,
+                  StartsChanged{run.Starts, run.Starts.Changes});
     }
 }
 
-void LogInfo(AppState& app, const std::string& text) {
-    app.log.WriteLog(text, kLogInfo);
+// Waits, from now, until the machine has been idle long enough or the delay and the longest
+// extra time have passed. Where the load cannot be read, the delay alone is waited. A program's
+// wait also ends no sooner than its delay after the last start, by the run or by hand: an idle
+// machine does not let two programs start closer together than the later one's delay, and a
+// start made from the tray meanwhile moves the earliest moment on.
+void WaitForIdleMachine(const RunNeeds& run, RunClock& clock, uint64_t delayMs,
+                        const Turn& turn = {}) {
+    const uint64_t begun = clock.NowMs();
+    const bool spaced = turn.Id != nullptr;
+    auto earliest = [&] { return spaced && run.Starts.LastMs ? *run.Starts.LastMs + delayMs : 0; };
+    auto latest = [&] { return std::max(begun + delayMs + kIdleLongestExtraMs, earliest()); };
+    IdleDetector detector;
+    bool idle = false;
+    bool sampled = clock.CanSampleLoad();
+    if (sampled)
+        (void)clock.SampleLoad(); // starts the count: what came before this wait is not asked
+    while (sampled && !run.Wait.QuitRequested && !turn.Started(run.Starts)) {
+        const uint64_t now = clock.NowMs();
+        if (now >= latest() || (idle && now >= earliest()))
+            return;
+        WaitUntil(run.Wait, run.Log, clock, std::min(latest(), now + kIdleWindowMs));
+        if (run.Wait.QuitRequested)
+            return;
+        const std::optional<LoadSample> load = clock.SampleLoad();
+        sampled = load.has_value();
+        idle = sampled && detector.Add(*load);
+    }
+    if (!sampled) {
+        if (spaced)
+            WaitForTurn(run, clock, begun, delayMs, turn);
+        else
+            WaitUntil(run.Wait, run.Log, clock, begun + delayMs);
+    }
 }
 
 } // namespace
@@ -104,49 +176,48 @@ RunClock& MessageLoopClock() {
     return clock;
 }
 
+RunNeeds RunNeedsOf(AppState& app) {
+    return RunNeeds{app.Store(), app.wait, app.starts, app.log, app.watcher, app.ShowGui};
+}
+
 void WaitMilliseconds(WaitFlags& wait, EventLog& log, RunClock& clock, long long milliseconds) {
     if (milliseconds <= 0)
         return;
     WaitUntil(wait, log, clock, clock.NowMs() + static_cast<uint64_t>(milliseconds));
 }
 
-void StartDelayedProgram(AppState& app, RunClock& clock, const GroupProgram& program,
+void StartDelayedProgram(StartLog& starts, RunClock& clock, const GroupProgram& program,
                          const ProgramStart& start, const ProgramLauncher& launch) {
-    app.starts.Add(DelayedProgramId(program), clock.NowMs());
+    starts.Add(DelayedProgramId(program), clock.NowMs());
     const std::optional<ImpactKey> item = ImpactKeyOf(program);
     launch(start.Path, start.Parameters, item ? &*item : nullptr);
 }
 
-void DelayedRun(AppState& app, MainWindowControl& window) {
-    DelayedRun(app, window, MessageLoopClock(),
-               [&](const std::string& path, const std::string& parameters, const ImpactKey* item) {
-                   LaunchMeasured(app.log, app.watcher, path, parameters, item);
-               });
-}
-
 namespace {
 
-// Waits until the delay has passed since the later of `notBefore` and the last start, by the
-// run or by hand: a start made meanwhile from the tray moves the turn on, and one of this very
-// program ends the wait.
-void WaitForTurn(AppState& app, RunClock& clock, uint64_t notBefore, uint64_t delayMs,
-                 const std::string& id, const std::function<void()>& beforeWaiting) {
-    while (!app.wait.QuitRequested && !app.starts.Has(id)) {
-        const uint64_t deadline = std::max(notBefore, app.starts.LastMs.value_or(0)) + delayMs;
-        if (clock.NowMs() >= deadline)
-            return;
-        beforeWaiting();
-        const unsigned seen = app.starts.Changes;
-        WaitUntil(app.wait, app.log, clock, deadline, [&] { return app.starts.Changes != seen; });
+struct Measured {
+    EventLog& Log;
+    StartWatcher* Watcher;
+    void operator()(const std::string& path, const std::string& parameters,
+                    const ImpactKey* item) const {
+        LaunchMeasured(Log, Watcher, path, parameters, item);
     }
-}
+};
 
 } // namespace
 
-void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
+ProgramLauncher MeasuredLauncher(const RunNeeds& run) {
+    return Measured{run.Log, run.Watcher};
+}
+
+void DelayedRun(const RunNeeds& run, MainWindowControl& window) {
+    DelayedRun(run, window, MessageLoopClock(), MeasuredLauncher(run));
+}
+
+void DelayedRun(const RunNeeds& run, MainWindowControl& window, RunClock& clock,
                 const ProgramLauncher& launch) {
-    ProgramModel& model = app.model;
-    const std::vector<std::string> notAllowed = model.RemoveDisallowed();
+    ProgramModel& model = run.Store.Model();
+    const std::vector<std::string> notAllowed = model.RemoveDisallowed(StartedCommand);
     const uint64_t runStart = clock.NowMs();
 
     // The run works on the programs as they are now. A refresh while it waits (the user opened
@@ -156,58 +227,51 @@ void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
     const std::vector<GroupProgram> programs =
         startup ? startup->Programs : std::vector<GroupProgram>();
     const bool waitForIdle = model.WaitForIdle != 0;
-    bool readied = false;
-    auto ready = [&] {
-        if (readied)
-            return;
-        readied = true;
-        // A program started before the window gets a head start: making the window and its
-        // tray icon at that very moment would compete with the program's own start.
-        if (app.starts.LastMs)
-            WaitUntil(app.wait, app.log, clock, *app.starts.LastMs + kHeadStartMs);
-        window.Ready();
-    };
+    Readiness ready(run, clock, window);
 
     if (!startup) {
-        LogInfo(app, "Start Delay was called, but there weren't delayed items!");
+        run.Log.WriteLog("Start Delay was called, but there weren't delayed items!", kLogInfo);
     } else if (std::any_of(programs.begin(), programs.end(),
                            [](const GroupProgram& p) { return !p.Path.empty(); })) {
-        LogInfo(app, TimeOfDayText() + "  Waiting for " + FormatSingle(model.MainStartupDelay) +
-                         " seconds.");
+        LogInfo(run.Log, "  Waiting for ", FormatSingle(model.MainStartupDelay), " seconds.");
         const uint64_t mainDelay = DelayMilliseconds(model.MainStartupDelay);
         if (waitForIdle || mainDelay > 0)
             ready();
         if (waitForIdle)
-            WaitForIdleMachine(app, clock, mainDelay);
+            WaitForIdleMachine(run, clock, mainDelay);
         else
-            WaitUntil(app.wait, app.log, clock, runStart + mainDelay);
+            WaitUntil(run.Wait, run.Log, clock, runStart + mainDelay);
         const uint64_t mainWaitOver = clock.NowMs();
-        LogInfo(app, TimeOfDayText() + "  Wait over.");
+        LogInfo(run.Log, "  Wait over.");
 
-        for (const GroupProgram& program : programs) {
-            if (program.Path.empty() || app.wait.QuitRequested)
+        for (size_t i = 0; i < programs.size(); ++i) {
+            const GroupProgram& program = programs[i];
+            if (program.Path.empty() || run.Wait.QuitRequested)
                 continue;
             const std::string id = DelayedProgramId(program);
-            if (app.starts.Has(id))
+            const size_t alike = AlikeBefore(programs, i);
+            if (run.Starts.Has(id, alike))
                 continue; // started by hand from the tray meanwhile
-            const std::optional<ProgramStart> start = ResolveDelayedProgram(app.folders, program);
+            const std::optional<ProgramStart> start =
+                ResolveDelayedProgram(run.Store.Folders(), program);
             if (!start) {
                 // Not there: said in the log, and the others still start.
-                app.log.WriteLog("Startup Item Not Found: " + Trim(program.Path), kLogWarning);
+                run.Log.WriteLog("Startup Item Not Found: " + Trim(program.Path), kLogWarning);
                 continue;
             }
-            LogInfo(app,
-                    TimeOfDayText() + " Waiting for " + FormatSingle(program.Delay) + " seconds.");
+            LogInfo(run.Log, " Waiting for ", FormatSingle(program.Delay), " seconds.");
+            const uint64_t delay = DelayMilliseconds(program.Delay);
+            const Turn turn{&id, alike, &ready};
             if (waitForIdle)
-                WaitForIdleMachine(app, clock, DelayMilliseconds(program.Delay));
+                WaitForIdleMachine(run, clock, delay, turn);
             else
-                WaitForTurn(app, clock, mainWaitOver, DelayMilliseconds(program.Delay), id, ready);
-            if (app.wait.QuitRequested || app.starts.Has(id))
+                WaitForTurn(run, clock, mainWaitOver, delay, turn);
+            if (run.Wait.QuitRequested || run.Starts.Has(id, alike))
                 continue;
             // All four commands start: an all-users item is delayed for every user who logs
             // on, which is why the program enters itself in the machine's Run key for them.
-            LogInfo(app, TimeOfDayText() + "  " + program.Path + " " + program.Parameters);
-            StartDelayedProgram(app, clock, program, *start, launch);
+            LogInfo(run.Log, "  ", program.Path, " ", program.Parameters);
+            StartDelayedProgram(run.Starts, clock, program, *start, launch);
         }
     }
     ready();
@@ -215,18 +279,18 @@ void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
     // The program ends after the run: first the measurements of what it started are kept,
     // with the tray still there. Opening the window meanwhile keeps the program.
     auto ends = [&] { return !window.IsVisible() && model.StartupType == 1; };
-    if (!app.wait.QuitRequested && ends() && app.watcher)
-        WaitUntil(app.wait, app.log, clock, clock.NowMs() + kImpactWatchMs + kSliceMs,
-                  [&] { return !app.watcher->Busy() || !ends(); });
-    if (!app.wait.QuitRequested) {
+    if (!run.Wait.QuitRequested && ends() && run.Watcher)
+        WaitUntil(run.Wait, run.Log, clock, clock.NowMs() + kImpactWatchMs + kSliceMs,
+                  MeasuredOrKept{run, window});
+    if (!run.Wait.QuitRequested) {
         if (ends())
             window.Unload();
         else
-            app.ShowGui = true; // stays in the tray, as if started by the user
+            run.ShowGui = true; // stays in the tray, as if started by the user
     }
     for (const std::string& path : notAllowed)
         if (!path.empty())
-            app.log.WriteLog("Startup Item Not Allowed: " + path, kLogWarning);
+            run.Log.WriteLog("Startup Item Not Allowed: " + path, kLogWarning);
 }
 
 } // namespace tolvane

@@ -9,15 +9,31 @@
 #include <string_view>
 
 #include "config/delayed_program.h"
+#include "config/program_group_store.h"
+#include "config/run_state.h"
 #include "platform/system_load.h"
 
 namespace tolvane {
 
 class AppState;
 class EventLog;
-struct WaitFlags;
 struct GroupProgram;
 struct ImpactKey;
+
+// What the log-on run and the tray's starts use of the process: the program-group store (the
+// model, the folders, the file that finds a stopped item's command), the wait under way, the
+// programs started so far, the event log and who measures each start. The references stay the
+// process's own: a tray command made during the run's wait changes what the run sees.
+struct RunNeeds {
+    ProgramGroupStore Store;
+    WaitFlags& Wait;
+    StartLog& Starts;
+    EventLog& Log;
+    StartWatcher* Watcher; // none: nothing is measured
+    bool& ShowGui;         // false in the log-on mode; set once the program stays in the tray
+};
+// The process state's parts, where a run or a tray command begins.
+RunNeeds RunNeedsOf(AppState& app);
 
 // What the run needs of the main window.
 class MainWindowControl {
@@ -67,20 +83,24 @@ void WaitMilliseconds(WaitFlags& wait, EventLog& log, RunClock& clock, long long
 
 // Starts a delayed program now, by hand or by the run, and notes the start, so that the run
 // starts it no second time and spaces its next start from this one.
-void StartDelayedProgram(AppState& app, RunClock& clock, const GroupProgram& program,
+void StartDelayedProgram(StartLog& starts, RunClock& clock, const GroupProgram& program,
                          const ProgramStart& start, const ProgramLauncher& launch);
+
+// The program's own launcher, which hands each start to the watcher.
+ProgramLauncher MeasuredLauncher(const RunNeeds& run);
 
 // Each program waits its own delay after the actual start of the one before, by the run or by
 // hand from the tray (the first after the main delay): a run held up (a busy machine, the tray
 // menu held open, the process suspended) never starts several programs at once to catch up.
-// A program started by hand meanwhile is not started again. A program whose shortcut or file
-// is missing is logged as a warning, and the run goes on with the next one. With WaitForIdle
-// on, the main delay and each program wait until the machine is idle, at the latest their
-// delay and two minutes after the wait began; where the load cannot be read they wait their
-// delay. The run ends only once the measurements of what it started are kept.
-void DelayedRun(AppState& app, MainWindowControl& window, RunClock& clock,
+// A program started by hand meanwhile is not started again; of two records alike, each starts
+// once. A program whose shortcut or file is missing is logged as a warning, and the run goes on
+// with the next one. With WaitForIdle on, the main delay and each program wait until the
+// machine is idle, at the latest their delay and two minutes after the wait began; a program
+// still starts no sooner than its delay after the start before. Where the load cannot be read
+// they wait their delay. The run ends only once the measurements of what it started are kept.
+void DelayedRun(const RunNeeds& run, MainWindowControl& window, RunClock& clock,
                 const ProgramLauncher& launch);
 // With the program's own clock and launcher.
-void DelayedRun(AppState& app, MainWindowControl& window);
+void DelayedRun(const RunNeeds& run, MainWindowControl& window);
 
 } // namespace tolvane

@@ -1,7 +1,9 @@
 #include "startup/tray_commands.h"
 
-#include "config/app_state.h"
+#include <algorithm>
+
 #include "config/delay_load.h"
+#include "platform/event_log.h"
 #include "startup/launcher.h"
 #include "text/strings.h"
 #include "text/text_tables.h"
@@ -14,52 +16,78 @@ namespace {
 constexpr size_t kRunAllText = 22, kStoppedText = 23, kOpenText = 24, kQuitText = 25;
 
 // A disallowed word keeps a program from starting, from the tray as in the log-on run.
-bool Refused(AppState& app, std::string_view program, std::string_view arguments) {
-    const std::string word = app.model.BlockingWord(program, arguments);
+bool Refused(EventLog& log, std::string_view program, const std::string& word) {
     if (word.empty())
         return false;
-    app.log.WriteLog("Startup Item Not Allowed: " + Trim(program) + " (\"" + word + "\")",
-                     kLogWarning);
+    std::string line = "Startup Item Not Allowed: ";
+    line.append(Trim(program)).append(" (\"").append(word).append("\")");
+    log.WriteLog(line, kLogWarning);
     return true;
 }
 
-// One delayed program, from where it is kept and with its variables filled in, noted in the
-// start log. One that is not there is said so in the log.
-void Start(AppState& app, RunClock& clock, const GroupProgram& program,
-           const ProgramLauncher& launch) {
-    if (program.Path.empty() || Refused(app, program.Path, program.Parameters))
-        return;
-    if (const std::optional<ProgramStart> start = ResolveDelayedProgram(app.folders, program))
-        StartDelayedProgram(app, clock, program, *start, launch);
-    else
-        app.log.WriteLog("Startup Item Not Found: " + Trim(program.Path), kLogWarning);
+// The program of the list at the index was started already during this log-on, by the run or
+// by hand; after the log-on run, whatever the user starts from the tray starts.
+bool StartedAtLogOn(const RunNeeds& run, const std::vector<GroupProgram>& programs, size_t i) {
+    return !run.ShowGui && run.Starts.Has(DelayedProgramId(programs[i]), AlikeBefore(programs, i));
 }
 
-void StartStopped(AppState& app, int index, const ProgramLauncher& launch) {
-    const auto& stopped = app.model.StoppedPrograms;
-    if (index < 0 || static_cast<size_t>(index) >= stopped.size() || stopped[index].empty())
+// The delayed program of the list at the index, after its own delay: from where it is kept
+// and with its variables filled in, noted in the start log. One that is not there is said so
+// in the log.
+void Start(const RunNeeds& run, RunClock& clock, const std::vector<GroupProgram>& programs,
+           size_t i, const ProgramLauncher& launch) {
+    const GroupProgram& program = programs[i];
+    if (program.Path.empty() || StartedAtLogOn(run, programs, i))
         return;
+    WaitMilliseconds(run.Wait, run.Log, clock,
+                     static_cast<long long>(DelayMilliseconds(program.Delay)));
+    // The run may have started it meanwhile.
+    if (run.Wait.QuitRequested || StartedAtLogOn(run, programs, i) ||
+        Refused(run.Log, program.Path, StartBlockingWord(run.Store.Model(), program)))
+        return;
+    if (const std::optional<ProgramStart> start =
+            ResolveDelayedProgram(run.Store.Folders(), program))
+        StartDelayedProgram(run.Starts, clock, program, *start, launch);
+    else
+        run.Log.WriteLog("Startup Item Not Found: " + Trim(program.Path), kLogWarning);
+}
+
+void RunAll(const RunNeeds& run, RunClock& clock, const std::vector<GroupProgram>& programs,
+            const ProgramLauncher& launch) {
+    for (size_t i = 0; i < programs.size() && !run.Wait.QuitRequested; ++i)
+        Start(run, clock, programs, i, launch);
+}
+
+// A stopped entry as the menu showed it, where the model holds it now (a refresh may have moved
+// it); one that is no longer there is found nowhere.
+void StartStopped(const RunNeeds& run, const std::string& entry, const ProgramLauncher& launch) {
+    if (entry.empty())
+        return;
+    const std::vector<std::string>& now = run.Store.Model().StoppedPrograms;
     StoppedCommand command;
-    (void)app.Store().File().GetStoppedInfo(index, command);
+    (void)run.Store.File().GetStoppedInfo(
+        static_cast<int>(std::find(now.begin(), now.end(), entry) - now.begin()), command);
     // Nothing found to start it from: the launcher names the item in the log.
     if (command.Program.empty())
-        command.Program = stopped[index].substr(std::min(kPrefixLength, stopped[index].size()));
-    if (Refused(app, command.Program, command.Arguments))
-        return;
-    const std::optional<ImpactKey> item = ImpactKeyOfStopped(stopped[index]);
+        command.Program = entry.substr(std::min(kPrefixLength, entry.size()));
     const StoppedCommand::Start start = command.ToStart();
+    if (Refused(run.Log, command.Program,
+                run.Store.Model().BlockingWord(start.Path, start.Parameters)))
+        return;
+    const std::optional<ImpactKey> item = ImpactKeyOfStopped(entry);
     launch(start.Path, start.Parameters, item ? &*item : nullptr);
 }
 
 } // namespace
 
-TrayMenu BuildTrayMenuModel(const ProgramModel& model, const TextTables& text) {
+ShownTrayMenu BuildTrayMenuModel(const ProgramModel& model, const TextTables& text) {
     TrayMenuSource source;
     source.RunAll = TextTables::Entry(text.Menus, kRunAllText);
     source.Stopped = TextTables::Entry(text.Menus, kStoppedText);
     source.Open = TextTables::Entry(text.Menus, kOpenText);
     source.Quit = TextTables::Entry(text.Menus, kQuitText);
-    if (const ProgramGroup* group = model.StartupGroup()) {
+    const ProgramGroup* group = model.StartupGroup();
+    if (group) {
         source.StartupGroupIndex = model.StartupGroupIndex;
         source.GroupName = group->Name;
         for (const GroupProgram& p : group->Programs)
@@ -68,57 +96,41 @@ TrayMenu BuildTrayMenuModel(const ProgramModel& model, const TextTables& text) {
     for (const std::string& entry : model.StoppedPrograms)
         source.StoppedNames.push_back(entry.size() > kPrefixLength ? entry.substr(kPrefixLength)
                                                                    : std::string());
-    return TrayMenu::Build(source);
+    return {TrayMenu::Build(source), group ? group->Programs : std::vector<GroupProgram>(),
+            model.StoppedPrograms};
 }
 
-void RunGroupNow(AppState& app, int groupIndex, RunClock& clock, const ProgramLauncher& launch) {
-    if (groupIndex < 0 || static_cast<size_t>(groupIndex) >= app.model.ProgramGroups.size())
+void RunGroupNow(const RunNeeds& run, int groupIndex, RunClock& clock,
+                 const ProgramLauncher& launch) {
+    const ProgramModel& model = run.Store.Model();
+    if (groupIndex < 0 || static_cast<size_t>(groupIndex) >= model.ProgramGroups.size())
         return;
-    // The programs as they are now: a refresh during a wait reloads the model. During the
-    // log-on run a program that was started already (by the run, by hand) is not started twice.
-    const std::vector<GroupProgram> programs = app.model.ProgramGroups[groupIndex].Programs;
-    for (const GroupProgram& program : programs) {
-        if (program.Path.empty() || (!app.ShowGui && app.starts.Has(DelayedProgramId(program))))
-            continue;
-        if (app.wait.QuitRequested)
-            return;
-        WaitMilliseconds(app.wait, app.log, clock,
-                         static_cast<long long>(DelayMilliseconds(program.Delay)));
-        if (app.wait.QuitRequested)
-            return;
-        Start(app, clock, program, launch);
-    }
+    // The programs as they are now: a refresh during a wait reloads the model.
+    RunAll(run, clock, model.ProgramGroups[static_cast<size_t>(groupIndex)].Programs, launch);
 }
 
-void TrayMenuCommand(AppState& app, MainWindowControl& window, const TrayMenu& menu, int number,
-                     RunClock& clock, const ProgramLauncher& launch) {
+void TrayMenuCommand(const RunNeeds& run, MainWindowControl& window, const ShownTrayMenu& menu,
+                     int number, RunClock& clock, const ProgramLauncher& launch) {
     using Action = TrayChoice::Action;
     const TrayChoice choice = menu.Choice(number);
+    const size_t index = static_cast<size_t>(std::max(choice.Index, 0));
     switch (choice.What) {
     case Action::None:
         return;
     case Action::RunGroup:
-        RunGroupNow(app, choice.Index, clock, launch);
+        RunAll(run, clock, menu.Programs, launch);
         return;
-    case Action::RunProgram: {
-        const ProgramGroup* group = app.model.StartupGroup();
-        if (!group || static_cast<size_t>(choice.Index) >= group->Programs.size())
-            return;
-        const GroupProgram program = group->Programs[static_cast<size_t>(choice.Index)];
-        if (program.Path.empty())
-            return;
-        WaitMilliseconds(app.wait, app.log, clock,
-                         static_cast<long long>(DelayMilliseconds(program.Delay)));
-        if (!app.wait.QuitRequested)
-            Start(app, clock, program, launch);
+    case Action::RunProgram:
+        if (index < menu.Programs.size())
+            Start(run, clock, menu.Programs, index, launch);
         return;
-    }
     case Action::RunAllStopped:
-        for (size_t i = 0; i < app.model.StoppedPrograms.size(); ++i)
-            StartStopped(app, static_cast<int>(i), launch);
+        for (const std::string& entry : menu.Stopped)
+            StartStopped(run, entry, launch);
         return;
     case Action::RunStopped:
-        StartStopped(app, choice.Index, launch);
+        if (index < menu.Stopped.size())
+            StartStopped(run, menu.Stopped[index], launch);
         return;
     case Action::Open:
         window.Open();
@@ -129,12 +141,9 @@ void TrayMenuCommand(AppState& app, MainWindowControl& window, const TrayMenu& m
     }
 }
 
-void TrayMenuCommand(AppState& app, MainWindowControl& window, const TrayMenu& menu, int number) {
-    TrayMenuCommand(
-        app, window, menu, number, MessageLoopClock(),
-        [&](const std::string& path, const std::string& parameters, const ImpactKey* item) {
-            LaunchMeasured(app.log, app.watcher, path, parameters, item);
-        });
+void TrayMenuCommand(const RunNeeds& run, MainWindowControl& window, const ShownTrayMenu& menu,
+                     int number) {
+    TrayMenuCommand(run, window, menu, number, MessageLoopClock(), MeasuredLauncher(run));
 }
 
 } // namespace tolvane

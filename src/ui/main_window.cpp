@@ -230,7 +230,9 @@ bool MainWindow::Load() {
         // program once the run is over, as the user who opened it expects.
         tray_.Opened = [this] { Open(); };
         tray_.BuildMenu = [this] { return TrayMenuChoice(); };
-        tray_.ItemClicked = [this](int number) { TrayMenuCommand(app_, *this, trayMenu_, number); };
+        tray_.ItemClicked = [this](int number) {
+            TrayMenuCommand(RunNeedsOf(app_), *this, trayMenu_, number);
+        };
         tray_.LoadTrayIcon("Tolvane");
     }
     return true;

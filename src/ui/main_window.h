@@ -21,6 +21,7 @@
 #include "platform/change_watch.h"
 #include "platform/handles.h"
 #include "startup/delayed_run.h"
+#include "startup/tray_commands.h"
 #include "ui/maker_links.h"
 #include "ui/progress_bar.h"
 #include "ui/toolbar.h"
@@ -136,7 +137,7 @@ private:
     StartupListing listing_;
     ToolbarMoves moves_;
     CommandTable commands_;
-    TrayMenu trayMenu_;
+    ShownTrayMenu trayMenu_;
     UniqueIcon icon_;
     TrayIcon tray_;
     std::unique_ptr<OptionsDialog> options_;

@@ -179,11 +179,25 @@ TEST_F(Console, MovesAnItemByNameAsTheListDoes) {
     EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Clock"), "(none)");
     EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Clock"), "C:\\clock.exe -min");
     // While something is delayed, the program's own Run value stays, also through a command
-    // that finds nothing.
+    // that finds nothing, one that fails (another file in the way in the items folder) and one
+    // that is refused (a command that deletes is never delayed).
     const std::string own = "\"" + folder / "Tolvane.exe" + "\" -nogui";
     EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Tolvane"), own);
-    EXPECT_EQ(Cli("stop NoSuchItem").code, 1u);
-    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Tolvane"), own);
+    test::MakeFolder(app.folders.UserItemsFolder);
+    test::WriteFileBytes(UserItems("Tool.lnk"), "another file");
+    RunValue(RegistryRoot::CurrentUser, "Wipe", "cmd.exe /c del C:\\x.tmp");
+    const struct {
+        const char* command;
+        unsigned long code;
+    } kept[] = {{"stop NoSuchItem", 1}, {"delay Tool.lnk", 2}, {"delay Wipe", 2}};
+    for (const auto& k : kept) {
+        ran = Cli(k.command);
+        EXPECT_EQ(ran.code, k.code) << k.command << ": " << ran.err;
+        EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Tolvane"), own) << k.command;
+    }
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Wipe"), "cmd.exe /c del C:\\x.tmp");
+    DeleteFileA(UserItems("Tool.lnk").c_str());
+    reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, "Wipe");
     ran = Cli("restore Clock");
     EXPECT_EQ(ran.code, 0u) << ran.err;
     EXPECT_EQ(State(), start);

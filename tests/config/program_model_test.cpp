@@ -148,6 +148,8 @@ TEST(ProgramModel, SortIsByDelayAndStable) {
 
 // Disallowed words block commands, never the names of folders and files.
 TEST(ProgramModel, DisallowedWordsBlockCommandsNotNames) {
+    // A Japanese system: a character may take two bytes, the second a "|" or a "\".
+    SetActiveCodePage(932);
     ProgramModel m;
     m.DisallowedPrograms = {"", "format", "fdisk", "del", "rmdir", "mkdir", "delete", "rm -rf"};
     struct Case {
@@ -178,10 +180,11 @@ TEST(ProgramModel, DisallowedWordsBlockCommandsNotNames) {
         {"C:\\Tools\\rm.exe", "-rf /", "rm -rf"},
         {"C:\\Tools\\farm.exe", "-rf", ""},
         {"C:\\Tools\\backup.exe", "--mode=delete", ""},
-        // Double-byte text: a "|" that is the second byte of a character parts nothing
-        // (Shift-JIS 0x95 0x7C, then "del").
-        {"C:\\Tools\\viewer.exe", "C:\\\x95|del\\a.txt", ""},
-        {"C:\\\x83\\\\del\\x.exe", "", ""},
+        // Double-byte text: a "|" or a "\" that is the second byte of a character parts
+        // nothing (Shift-JIS 0x95 0x7C and 0x83 0x5C, then "del"); in code page 1252 both
+        // would leave "del" a word of its own.
+        {"C:\\Tools\\viewer.exe", "\x95|del", ""},
+        {"C:\\\x83\\del.exe", "", ""},
         {"", "", ""},
     };
     for (const Case& c : cases)
@@ -189,18 +192,30 @@ TEST(ProgramModel, DisallowedWordsBlockCommandsNotNames) {
             << c.program << " " << c.arguments;
 
     // The log-on run empties every blocked program of the Startup group and names it once per
-    // word that blocks it; other groups are not its business.
-    SetActiveCodePage(932);
-    ProgramModel run = WithStartup(
-        {{" C:\\Dell\\run.exe ", "/del"}, {"C:\\ok.exe"}, {""}, {"C:\\x\\del.exe", "/c format"}});
+    // word that blocks it; other groups are not its business. The words are looked for in what
+    // each starts: a whole command that an older version kept as the program starts cmd.exe.
+    struct WithCmd : CommandLineSystem {
+        bool FileExists(const std::string& path) const override { return path == "cmd.exe"; }
+        std::string Expand(const std::string& text) const override { return text; }
+    };
+    auto started = [](const GroupProgram& p) {
+        static const WithCmd machine;
+        return StartedCommand(p, false, machine);
+    };
+    ProgramModel run = WithStartup({{" C:\\Dell\\run.exe ", "/del"},
+                                    {"C:\\ok.exe"},
+                                    {""},
+                                    {"C:\\x\\del.exe", "/c format"},
+                                    {"cmd.exe /c del C:\\x.exe", "", "ExecuteReg", 0, "Wipe"}});
     run.ProgramGroups.push_back({"Other", {{"C:\\del.exe"}}});
     run.DisallowedPrograms = m.DisallowedPrograms;
-    EXPECT_EQ(run.RemoveDisallowed(), (Lines{"C:\\x\\del.exe", "C:\\x\\del.exe"}));
-    EXPECT_EQ(
-        ProgramLines(run.ProgramGroups[0]),
-        (Lines{"| C:\\Dell\\run.exe |/del|0|", "|C:\\ok.exe||0|", "|||0|", "||/c format|0|"}));
+    EXPECT_EQ(run.RemoveDisallowed(started),
+              (Lines{"C:\\x\\del.exe", "C:\\x\\del.exe", "cmd.exe /c del C:\\x.exe"}));
+    EXPECT_EQ(ProgramLines(run.ProgramGroups[0]),
+              (Lines{"| C:\\Dell\\run.exe |/del|0|", "|C:\\ok.exe||0|", "|||0|", "||/c format|0|",
+                     "ExecuteReg|||0|Wipe"}));
     EXPECT_EQ(run.ProgramGroups[1].Programs[0].Path, "C:\\del.exe");
-    EXPECT_EQ(ProgramModel().RemoveDisallowed(), Lines{""});
+    EXPECT_EQ(ProgramModel().RemoveDisallowed(started), Lines{""});
     SetActiveCodePage(kDefaultCodePage);
 }
 

@@ -44,22 +44,30 @@ TEST(RunData, RunValuesReadAsWindowsReadsThem) {
         "C:\\Users\\Ann\\AppData\\Local\\Discord\\Update.exe",
         "C:\\Users\\Ann\\AppData\\Local\\Microsoft\\Teams\\Update.exe",
         "C:\\Users\\Ann\\AppData\\Local\\slack\\slack.exe",
+        "C:\\Users\\Ann\\AppData\\Local\\FluxSoftware\\Flux\\flux.exe",
         "C:\\Users\\Ann\\AppData\\Roaming\\Spotify\\Spotify.exe",
         "C:\\Program Files (x86)\\Steam\\steam.exe",
         "C:\\Program Files\\Google\\Chrome\\Application\\chrome.exe",
+        "C:\\Program Files\\Google\\Drive File Stream\\launch.bat",
         "C:\\Program Files (x86)\\Microsoft\\Edge\\Application\\msedge.exe",
+        "C:\\Program Files (x86)\\Microsoft\\Skype for Desktop\\Skype.exe",
         "C:\\Program Files (x86)\\Dropbox\\Client\\Dropbox.exe",
         "C:\\Program Files\\Dell\\SupportAssistAgent\\bin\\SupportAssistAgent.exe",
         "C:\\Program Files\\Lenovo\\HOTKEY\\TPHKLOAD.EXE",
+        "C:\\Program Files\\Realtek\\Audio\\HDA\\RAVCpl64.exe",
         "C:\\Program Files\\iTunes\\iTunesHelper.exe",
         "C:\\Program Files (x86)\\Common Files\\Java\\Java Update\\jusched.exe",
+        "C:\\Program Files (x86)\\Common Files\\Adobe\\ARM\\1.0\\AdobeARM.exe",
+        "C:\\Program Files (x86)\\Adobe\\Acrobat DC\\Acrobat\\Acrotray.exe",
+        "C:\\Program Files (x86)\\Common Files\\Apple\\Internet Services\\iCloudServices.exe",
+        "C:\\Program Files\\Everything\\Everything.exe",
+        "C:\\Program Files\\ShareX\\ShareX.exe",
+        "C:\\Program Files\\Greenshot\\Greenshot.exe",
+        "C:\\Program Files\\Docker\\Docker\\Docker Desktop.exe",
+        "C:\\Program Files\\Synaptics\\SynTP\\SynTPEnh.exe",
+        "C:\\Program Files\\Windows Defender\\MSASCui.exe",
         "C:\\Program Files\\Windows Defender\\MSASCuiL.exe",
-        "C:\\Program Files\\Vendor App\\helper.exe",
-        "C:\\Program Files\\Vendor App\\main.exe",
         "C:\\Users\\Ann\\AppData\\Local\\Programs\\Tool\\tool.exe",
-        "C:\\Users\\Ann\\Scripts\\mount drives.bat",
-        "C:\\Scripts\\startup.bat",
-        "C:\\DOS\\mouse.com",
         "C:\\Tools\\agent.exe",
         "C:\\Tools\\sync.exe",
         "D:\\Apps.exe",
@@ -67,8 +75,14 @@ TEST(RunData, RunValuesReadAsWindowsReadsThem) {
         "C:\\Windows\\System32\\cmd.exe",
         "C:\\Windows\\System32\\rundll32.exe",
         "C:\\Windows\\System32\\ctfmon.exe",
+        "C:\\Windows\\System32\\igfxtray.exe",
+        "C:\\Windows\\System32\\hkcmd.exe",
+        "C:\\Windows\\System32\\igfxpers.exe",
         "C:\\Windows\\System32\\SecurityHealthSystray.exe",
         "C:\\Windows\\System32\\LogiLDA.dll",
+        "C:\\Windows\\System32\\nvspcap64.dll",
+        "C:\\Windows\\System32\\DriverStore\\FileRepository\\realtekservice.inf_amd64_"
+        "8b2c7e03b1f5e5c4\\RtkAudUService64.exe",
     };
     struct Case {
         const char* data;
@@ -91,6 +105,26 @@ TEST(RunData, RunValuesReadAsWindowsReadsThem) {
          "C:\\Program Files\\iTunes\\iTunesHelper.exe", ""},
         {"\"C:\\Program Files (x86)\\Common Files\\Java\\Java Update\\jusched.exe\"", false,
          "C:\\Program Files (x86)\\Common Files\\Java\\Java Update\\jusched.exe", ""},
+        {"\"C:\\Program Files (x86)\\Common Files\\Adobe\\ARM\\1.0\\AdobeARM.exe\"", false,
+         "C:\\Program Files (x86)\\Common Files\\Adobe\\ARM\\1.0\\AdobeARM.exe", ""},
+        {"\"C:\\Program Files (x86)\\Adobe\\Acrobat DC\\Acrobat\\Acrotray.exe\"", false,
+         "C:\\Program Files (x86)\\Adobe\\Acrobat DC\\Acrobat\\Acrotray.exe", ""},
+        {"\"C:\\Program Files (x86)\\Common Files\\Apple\\Internet Services\\iCloudServices.exe\"",
+         false,
+         "C:\\Program Files (x86)\\Common Files\\Apple\\Internet Services\\iCloudServices.exe", ""},
+        {"\"C:\\Program Files\\Everything\\Everything.exe\" -startup", false,
+         "C:\\Program Files\\Everything\\Everything.exe", "-startup"},
+        {"\"C:\\Users\\Ann\\AppData\\Local\\FluxSoftware\\Flux\\flux.exe\" /noshow", false,
+         "C:\\Users\\Ann\\AppData\\Local\\FluxSoftware\\Flux\\flux.exe", "/noshow"},
+        {"\"C:\\Program Files\\ShareX\\ShareX.exe\" -silent", false,
+         "C:\\Program Files\\ShareX\\ShareX.exe", "-silent"},
+        // A driver's helper in the driver store, an upper-case system folder.
+        {"\"C:\\WINDOWS\\System32\\DriverStore\\FileRepository\\realtekservice.inf_amd64_"
+         "8b2c7e03b1f5e5c4\\RtkAudUService64.exe\" -background",
+         false,
+         "C:\\WINDOWS\\System32\\DriverStore\\FileRepository\\realtekservice.inf_amd64_"
+         "8b2c7e03b1f5e5c4\\RtkAudUService64.exe",
+         "-background"},
         // Browsers: arguments that start with "--" and one that holds a ":".
         {"\"C:\\Program Files\\Google\\Chrome\\Application\\chrome.exe\" --no-startup-window "
          "/prefetch:5",
@@ -114,34 +148,45 @@ TEST(RunData, RunValuesReadAsWindowsReadsThem) {
          "C:\\Program Files\\Dell\\SupportAssistAgent\\bin\\SupportAssistAgent.exe", "/startup"},
         {"C:\\Program Files\\Lenovo\\HOTKEY\\TPHKLOAD.EXE", false,
          "C:\\Program Files\\Lenovo\\HOTKEY\\TPHKLOAD.EXE", ""},
-        {"C:\\Program Files\\Vendor App\\helper.exe --launch C:\\Program Files\\Vendor "
-         "App\\main.exe",
-         false, "C:\\Program Files\\Vendor App\\helper.exe",
-         "--launch C:\\Program Files\\Vendor App\\main.exe"},
-        // Windows stops at the first file: C:\Apps.exe wins over the folder "Apps Store".
+        {"C:\\Program Files\\Realtek\\Audio\\HDA\\RAVCpl64.exe -s", false,
+         "C:\\Program Files\\Realtek\\Audio\\HDA\\RAVCpl64.exe", "-s"},
+        {"C:\\Program Files (x86)\\Microsoft\\Skype for Desktop\\Skype.exe /minimized /regrun",
+         false, "C:\\Program Files (x86)\\Microsoft\\Skype for Desktop\\Skype.exe",
+         "/minimized /regrun"},
+        {"C:\\Program Files\\Greenshot\\Greenshot.exe", false,
+         "C:\\Program Files\\Greenshot\\Greenshot.exe", ""},
+        {"C:\\Program Files\\Docker\\Docker\\Docker Desktop.exe", false,
+         "C:\\Program Files\\Docker\\Docker\\Docker Desktop.exe", ""},
+        // Windows stops at the first file: D:\Apps.exe wins over the folder "Apps Store".
         {"D:\\Apps Store\\store.exe /tray", false, "D:\\Apps.exe", "Store\\store.exe /tray"},
         // ".exe" added to a word without an extension, as Windows adds it.
         {"C:\\Tools\\agent --daemon", false, "C:\\Tools\\agent.exe", "--daemon"},
-        // Programs found where Windows looks for bare names; other kinds of programs.
+        // Programs of the system folders, found there or by their bare names; a DLL's entry.
         {"ctfmon.exe", false, "ctfmon.exe", ""},
+        {"C:\\Windows\\system32\\igfxtray.exe", false, "C:\\Windows\\system32\\igfxtray.exe", ""},
+        {"C:\\Windows\\system32\\hkcmd.exe", false, "C:\\Windows\\system32\\hkcmd.exe", ""},
+        {"C:\\Windows\\system32\\igfxpers.exe", false, "C:\\Windows\\system32\\igfxpers.exe", ""},
         {"C:\\Windows\\system32\\rundll32.exe C:\\Windows\\System32\\LogiLDA.dll,LogiFetch", false,
          "C:\\Windows\\system32\\rundll32.exe", "C:\\Windows\\System32\\LogiLDA.dll,LogiFetch"},
-        {"rundll32.exe shell32.dll,Control_RunDLL mmsys.cpl", false, "rundll32.exe",
-         "shell32.dll,Control_RunDLL mmsys.cpl"},
+        {"\"C:\\Windows\\system32\\rundll32.exe\" "
+         "C:\\Windows\\system32\\nvspcap64.dll,ShadowPlayOnSystemStart",
+         false, "C:\\Windows\\system32\\rundll32.exe",
+         "C:\\Windows\\system32\\nvspcap64.dll,ShadowPlayOnSystemStart"},
+        // Commands through cmd and a batch file.
         {"cmd.exe /c start \"\" \"C:\\Tools\\sync.exe\" --tray", false, "cmd.exe",
          "/c start \"\" \"C:\\Tools\\sync.exe\" --tray"},
         {"cmd /c del C:\\x.tmp", false, "cmd.exe", "/c del C:\\x.tmp"},
-        {"\"C:\\Users\\Ann\\Scripts\\mount drives.bat\"", false,
-         "C:\\Users\\Ann\\Scripts\\mount drives.bat", ""},
-        {"C:\\Scripts\\startup.bat /quiet", false, "C:\\Scripts\\startup.bat", "/quiet"},
-        {"C:\\DOS\\mouse.com /q", false, "C:\\DOS\\mouse.com", "/q"},
+        {"\"C:\\Program Files\\Google\\Drive File Stream\\launch.bat\"", false,
+         "C:\\Program Files\\Google\\Drive File Stream\\launch.bat", ""},
         // Expandable strings: read with the variables filled in, given back as written.
         {"%windir%\\system32\\SecurityHealthSystray.exe", true,
          "%windir%\\system32\\SecurityHealthSystray.exe", ""},
-        {"%ProgramFiles%\\Windows Defender\\MSASCuiL.exe -hide", true,
-         "%ProgramFiles%\\Windows Defender\\MSASCuiL.exe", "-hide"},
-        {"\"%ProgramFiles(x86)%\\Common Files\\Java\\Java Update\\jusched.exe\"", true,
-         "%ProgramFiles(x86)%\\Common Files\\Java\\Java Update\\jusched.exe", ""},
+        {"%ProgramFiles%\\Windows Defender\\MSASCui.exe -hide", true,
+         "%ProgramFiles%\\Windows Defender\\MSASCui.exe", "-hide"},
+        {"\"%ProgramFiles%\\Windows Defender\\MSASCuiL.exe\"", true,
+         "%ProgramFiles%\\Windows Defender\\MSASCuiL.exe", ""},
+        {"%ProgramFiles%\\Synaptics\\SynTP\\SynTPEnh.exe", true,
+         "%ProgramFiles%\\Synaptics\\SynTP\\SynTPEnh.exe", ""},
         {"%LOCALAPPDATA%\\Programs\\Tool\\tool --hidden %TEMP%", true,
          "%LOCALAPPDATA%\\Programs\\Tool\\tool.exe", "--hidden %TEMP%"},
         // The same text in a plain string is no variable: nothing there, so the first word.
@@ -178,6 +223,20 @@ TEST(RunData, RunValuesReadAsWindowsReadsThem) {
     EXPECT_EQ(delayed("\"C:\\Tools\\sync.exe\" --tray \"a b\"", ""),
               "C:\\Tools\\sync.exe|--tray \"a b\"");
     EXPECT_EQ(delayed("C:\\Gone\\x.exe", "-a"), "C:\\Gone\\x.exe|-a");
+
+    // The disallowed words are looked for in what starts, never in the record as stored: such a
+    // whole command starts cmd.exe with "/c del C:\x.exe"; a folder's name is no command.
+    ProgramModel words;
+    words.DisallowedPrograms = {"del"};
+    auto blocked = [&](const char* path, const char* parameters) {
+        return StartBlockingWord(words, {path, parameters, "ExecuteReg", 0, "X"}, false, machine);
+    };
+    EXPECT_EQ(blocked("cmd.exe /c del C:\\x.exe", ""), "del");
+    EXPECT_EQ(blocked("cmd /c DEL C:\\x.exe", ""), "del");
+    EXPECT_EQ(blocked("C:\\Program Files\\Dell\\SupportAssistAgent\\bin\\SupportAssistAgent.exe "
+                      "/startup",
+                      ""),
+              "");
     EXPECT_TRUE(ProgramFound("%windir%\\system32\\SecurityHealthSystray.exe", true, machine));
     EXPECT_FALSE(ProgramFound("%windir%\\system32\\SecurityHealthSystray.exe", false, machine));
     EXPECT_TRUE(ProgramFound("C:\\Tools\\agent", false, machine));

@@ -19,7 +19,8 @@ public:
     }
     // The copies of the program that are there; the rest were moved or deleted.
     bool FileExists(const std::string& path) override {
-        return path == "C:\\T\\Tolvane.exe" || path == "D:\\Portable\\Tolvane.exe";
+        return path == "C:\\T\\Tolvane.exe" || path == "D:\\Portable\\Tolvane.exe" ||
+               path == "D:\\Portable Apps\\Tolvane.exe";
     }
     std::string& Value(RunEntryKey key) { return key == RunEntryKey::Machine ? machine : user; }
 
@@ -41,16 +42,24 @@ TEST(RunEntrySteps, TheNewValueIsWrittenBeforeTheOldOneGoes) {
     const std::string old = "\"D:\\Old\\Tolvane.exe\" -nogui"; // from a folder moved since
     const std::string live = "\"D:\\Portable\\Tolvane.exe\" -nogui";
     const std::string other = "C:\\Tools\\tolvane-agent.exe /sync";
+    // Unquoted paths with blanks, read as Windows reads them: a copy that is gone, one that is
+    // there.
+    const std::string oldUnquoted = "C:\\Program Files\\Old Tolvane\\Tolvane.exe -nogui";
+    const std::string liveUnquoted = "D:\\Portable Apps\\Tolvane.exe -nogui";
     const std::string user = "HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Run";
     const std::string machine =
         "HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\Run";
     const std::string cannotWrite = "warning: Run entry: \"Tolvane\" could not be written to ";
+    const std::string keptForOneUser =
+        "warning: Run entry: \"Tolvane\" stays the current user's, not all users': the program "
+        "folder C:\\Users\\Ann\\Tolvane is inside a user profile, which other users cannot read.";
     struct Case {
         std::string user, machine, refused;
         int mode;
         bool allUsersDelays, userDelays;
         std::string steps, after; // after: "user | machine"
         std::string problems;     // "error: <text>" or "warning: <text>" each
+        std::string oneUser = {}; // the program folder, when only one user can read it
     };
     const Case cases[] = {
         {c, "", "", 3, false, false, "write machine;delete user;", " | " + c, ""},
@@ -60,12 +69,15 @@ TEST(RunEntrySteps, TheNewValueIsWrittenBeforeTheOldOneGoes) {
         {old, c, "", 2, false, false, "write user;delete machine;", c + " | ", ""},
         {"", old, "", 2, false, false, "write user;delete machine;", c + " | ", ""},
         {old, "", "", 0, false, false, "delete user;", " | ", ""},
+        {"", oldUnquoted, "", 2, false, false, "write user;delete machine;", c + " | ", ""},
+        {oldUnquoted, "", "", 0, false, false, "delete user;", " | ", ""},
         // Another copy that is there, or another program of that name, is never touched.
         {live, "", "", 2, false, false, "", live + " | ",
          "error: Run entry: the value \"Tolvane\" in " + user + " starts another program (" + live +
              "); it is left as it is, and Windows will not start this copy of Tolvane "
              "from there."},
         {other, c, "", 0, false, false, "delete machine;", other + " | ", ""},
+        {liveUnquoted, "", "", 0, false, false, "", liveUnquoted + " | ", ""},
         {other, c, "", 3, false, false, "", other + " | " + c, ""},
         {c, c, "", 0, false, false, "delete user;delete machine;", " | ", ""},
         {"", "", "", 0, true, true, "", " | ", ""},
@@ -84,6 +96,10 @@ TEST(RunEntrySteps, TheNewValueIsWrittenBeforeTheOldOneGoes) {
         {"", "", "write machine", 1, true, true, "write machine;", " | ",
          "error: Run entry: \"Tolvane\" could not be written to " + machine +
              "; Windows will not start Tolvane at log-on."},
+        // All users from a folder that only this user reads: the user's own value, and why.
+        {c, "", "", 3, false, false, "", c + " | ", keptForOneUser, "C:\\Users\\Ann\\Tolvane"},
+        {"", c, "", 3, false, false, "write user;delete machine;", c + " | ", keptForOneUser,
+         "C:\\Users\\Ann\\Tolvane"},
         // A refused delete: both stay.
         {"", c, "delete machine", 2, false, false, "write user;delete machine;", c + " | " + c,
          "warning: Run entry: \"Tolvane\" could not be removed from " + machine + "."},
@@ -95,7 +111,7 @@ TEST(RunEntrySteps, TheNewValueIsWrittenBeforeTheOldOneGoes) {
         values.refused = t.refused;
         std::string problems;
         for (const RunEntryProblem& p :
-             ApplyRunEntryMode(values, t.mode, c, t.allUsersDelays, t.userDelays))
+             ApplyRunEntryMode(values, t.mode, c, t.allUsersDelays, t.userDelays, t.oneUser))
             problems += (p.Level == kLogError     ? "error: "
                          : p.Level == kLogWarning ? "warning: "
                                                   : "?: ") +

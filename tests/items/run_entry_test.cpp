@@ -10,7 +10,10 @@ namespace {
 
 class RunEntry : public ::testing::Test {
 protected:
-    void SetUp() override { Clear(); }
+    void SetUp() override {
+        Clear();
+        test::WriteFileBytes(folder / "log.txt", ""); // logging on
+    }
     void TearDown() override { Clear(); }
     void Clear() {
         EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue));
@@ -35,11 +38,18 @@ protected:
 
 // The order of the steps is tested natively; here the real Run keys and the model's answers.
 TEST_F(RunEntry, TheRunKeysFollowTheModeAndTheDelayedItems) {
-    EXPECT_TRUE(UpdateRunEntry(2, app.folders.RunCommand, app.model, app.log));
+    // A program folder that every user reads: the public profile.
+    const std::string shared = "\"C:\\users\\Public\\Tolvane\\Tolvane.exe\" -nogui";
+    EXPECT_TRUE(UpdateRunEntry(2, shared, app.model, app.log));
+    EXPECT_EQ(Values(), shared + " | -");
+    EXPECT_TRUE(UpdateRunEntry(3, shared, app.model, app.log)); // moves to the machine's key
+    EXPECT_EQ(Values(), "- | " + shared);
+    // This test's program folder lies in the user's profile: for all users, the value moves
+    // back to the user's key, and the log says why.
+    EXPECT_TRUE(UpdateRunEntry(3, app.folders.RunCommand, app.model, app.log));
     EXPECT_EQ(Values(), command + " | -");
-    EXPECT_TRUE(UpdateRunEntry(3, app.folders.RunCommand, app.model,
-                               app.log)); // moves to the machine's key
-    EXPECT_EQ(Values(), "- | " + command);
+    EXPECT_NE(test::ReadFileBytes(folder / "log.txt").find("is inside a user profile"),
+              std::string::npos);
     Delayed({{"Tool.lnk", "", "Execute"}});
     EXPECT_TRUE(UpdateRunEntry(1, app.folders.RunCommand, app.model, app.log));
     EXPECT_EQ(Values(), command + " | -");

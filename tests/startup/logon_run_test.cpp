@@ -75,7 +75,7 @@ TEST_F(LogOnRun, StartsTheStartupGroupInTurnLogsItAndEnds) {
     ASSERT_TRUE(test::CreateShortcut(userItems + "\\Tool.lnk", recorder, record + " B"));
     ASSERT_TRUE(test::CreateShortcut(allItems + "\\Word.lnk", recorder, record + " W"));
     // A program in a folder whose name holds the disallowed word "del" starts; a command that
-    // deletes does not.
+    // deletes does not, also where an older version kept it whole as the program.
     const std::string dell = folder / "Dell\\Support Assist\\agent.exe";
     test::MakeFolder(folder / "Dell\\Support Assist");
     ASSERT_TRUE(CopyFileA(recorder.c_str(), dell.c_str(), FALSE));
@@ -85,7 +85,7 @@ TEST_F(LogOnRun, StartsTheStartupGroupInTurnLogsItAndEnds) {
             {recorder, record + " A", "Execute", 0.5f, ""},
             {"Tool.lnk", "", "Execute", 0, ""},
             {"Gone.lnk", "", "Execute", 0, ""}, // in no items folder: said in the log
-            {"cmd.exe", "/c del " + record, "ExecuteReg", 0, "Wipe"},
+            {"cmd.exe /c del " + record, "", "ExecuteReg", 0, "Wipe"}, // kept whole
             {dell, record + " D", "ExecuteReg", 0.3f, "Dell"},
             {recorder, record + " C", "ExecuteReg", 0.5f, "Recorder"},
             {"Word.lnk", "", "ExecuteAU", 1, ""},
@@ -112,7 +112,7 @@ TEST_F(LogOnRun, StartsTheStartupGroupInTurnLogsItAndEnds) {
                                      "Info: <time>  " + recorder + " " + record + " C",
                                      "Info: <time> Waiting for 1 seconds.",
                                      "Info: <time>  Word.lnk ",
-                                     "Warning: Startup Item Not Allowed: cmd.exe",
+                                     "Warning: Startup Item Not Allowed: cmd.exe /c del " + record,
                                  }));
 
     // The order of the starts; their times are the in-process test's and the benchmark's.
@@ -280,13 +280,14 @@ TEST_F(LogOnRun, ASecondStartDuringTheWaitOpensTheWholeWindowAndKeepsTheProgram)
     EXPECT_FALSE(tolvane.WaitForExit(1500));
 }
 
-// The tray menu of a run that waits its main delay, used as a user would: a right click on the
-// icon, then the keyboard.
+// The tray menu of a run that waits its main delay, used as a user would: two clicks on the
+// icon, a right click, then the keyboard.
 TEST_F(LogOnRun, TheTrayMenuWorksWhileTheRunWaits) {
     CRegistry reg;
     ASSERT_TRUE(reg.SaveSettingString(RegistryRoot::CurrentUser, kSavedUserRunKey, "Paused",
                                       "\"" + recorder + "\" " + record + " S"));
-    WriteProgramGroups(1, 60,
+    // A main delay long enough for what the user does here.
+    WriteProgramGroups(1, 12,
                        {{recorder, record + " B", "Execute", 0.3f, ""},
                         {recorder, record + " C", "ExecuteReg", 0.3f, "Rec"}},
                        {"_REGCU_Paused=" + recorder + " " + record + " S"});
@@ -294,6 +295,15 @@ TEST_F(LogOnRun, TheTrayMenuWorksWhileTheRunWaits) {
     ASSERT_TRUE(tolvane.Started());
     HWND tray = test::WindowOf(tolvane.Id(), "TolvaneTrayIcon", false, 10000, HWND_MESSAGE);
     ASSERT_TRUE(tray);
+    // Two clicks on the icon: the window with its tree, opened as "&Open" opens it.
+    PostMessageA(tray, WM_APP + 1, 1, WM_LBUTTONUP);
+    PostMessageA(tray, WM_APP + 1, 1, WM_LBUTTONUP);
+    HWND window = test::WindowOf(tolvane.Id(), "TolvaneStartupItems", true, 10000);
+    ASSERT_TRUE(window);
+    HWND treeView = FindWindowExA(window, nullptr, "SysTreeView32", nullptr);
+    ASSERT_TRUE(treeView);
+    EXPECT_EQ(SendMessageA(treeView, TVM_GETCOUNT, 0, 0), 23); // containers, 2 delayed, 1 stopped
+
     auto menu = [&](std::initializer_list<WORD> keys) {
         PostMessageA(tray, WM_APP + 1, 1, WM_RBUTTONUP);
         ASSERT_TRUE(test::WindowOf(tolvane.Id(), "#32768", true, 5000)) << "no menu";
@@ -306,14 +316,6 @@ TEST_F(LogOnRun, TheTrayMenuWorksWhileTheRunWaits) {
     menu({VK_DOWN, VK_DOWN, VK_RIGHT, VK_RETURN});
     EXPECT_EQ(test::Names(test::WaitForStarts(record, 3)),
               (std::vector<std::string>{"B", "C", "S"}));
-    // Two clicks on the icon: the window with its tree, opened as "&Open" opens it.
-    PostMessageA(tray, WM_APP + 1, 1, WM_LBUTTONUP);
-    PostMessageA(tray, WM_APP + 1, 1, WM_LBUTTONUP);
-    HWND window = test::WindowOf(tolvane.Id(), "TolvaneStartupItems", true, 10000);
-    ASSERT_TRUE(window);
-    HWND treeView = FindWindowExA(window, nullptr, "SysTreeView32", nullptr);
-    ASSERT_TRUE(treeView);
-    EXPECT_EQ(SendMessageA(treeView, TVM_GETCOUNT, 0, 0), 23); // containers, 2 delayed, 1 stopped
 
     // Explorer started again: the icon comes back.
     NOTIFYICONDATAA icon{};
@@ -329,7 +331,19 @@ TEST_F(LogOnRun, TheTrayMenuWorksWhileTheRunWaits) {
         Sleep(50);
     EXPECT_TRUE(back);
 
-    // "&Quit Program": the process ends, though the run still waits.
+    // The run's wait ends, it has nothing left to start (both were started by hand), and the
+    // program stays: its window was opened during the run, though StartupType is 1.
+    auto over = [&] {
+        const std::vector<std::string> log = LogWithoutTimes();
+        return std::find(log.begin(), log.end(), "Info: <time>  Wait over.") != log.end();
+    };
+    for (int i = 0; i < 600 && !over(); ++i)
+        Sleep(50);
+    ASSERT_TRUE(over());
+    EXPECT_FALSE(tolvane.WaitForExit(3000));
+    EXPECT_EQ(test::ReadLines(record).size(), 3u); // nothing started twice
+
+    // "&Quit Program": the process ends.
     menu({'Q'});
     EXPECT_TRUE(tolvane.WaitForExit(10000));
     EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kSavedUserRunKey, "Paused"));
@@ -410,7 +424,7 @@ protected:
             now += launchMs; // a start takes its time
         };
     }
-    void Run() { DelayedRun(app, *this, *this, Launcher()); }
+    void Run() { DelayedRun(RunNeedsOf(app), *this, *this, Launcher()); }
     // The times of the starts.
     std::vector<uint64_t> Times() const {
         std::vector<uint64_t> times;
@@ -457,9 +471,10 @@ TEST_F(DelayedRunTest, EachProgramStartsItsDelayAfterTheOneBeforeFromWhereItIsKe
     app.model.ProgramGroups[0].Programs = {
         {"Go.bat", "", "Execute", 5, ""},
         {"Site.url", "", "Execute", 0, ""},
-        {"Gone.lnk", "", "Execute", 0, ""}, // nowhere: said in the log, no wait
+        {"Site.url", "", "Execute", 0, ""},    // two records alike: two programs, each started
+        {"Gone.lnk", "", "Execute", 0, ""},    // nowhere: said in the log, no wait
         {"Tool.LNK", "", "Execute", 2.5f, ""}, // its file's name in another letter case
-        {"Same.lnk", "", "ExecuteAU", 0, ""}, // its own location's folder first
+        {"Same.lnk", "", "ExecuteAU", 0, ""},  // its own location's folder first
         {"%TOLVANE_RUN_TEST%\\e.exe", "%OS%", "ExecuteReg", 0, "Exp"},
         {"%TOLVANE_RUN_TEST%\\e.exe", "", "ExecuteReg", 1, "Lit"}, // plain text: not there
         {"notepad.exe", "-x", "Execute", 0, ""},                   // found where Windows looks
@@ -469,19 +484,20 @@ TEST_F(DelayedRunTest, EachProgramStartsItsDelayAfterTheOneBeforeFromWhereItIsKe
     char os[64] = {};
     GetEnvironmentVariableA("OS", os, sizeof os);
     const std::string& user = app.folders.UserItemsFolder;
-    // Main delay 30 s, then 5, 0, 2.5, 0, 0 and 0 s, each from the actual start before: a start
-    // that takes 0.7 s moves the next one on.
+    // Main delay 30 s, then 5, 0, 0, 2.5, 0, 0 and 0 s, each from the actual start before: a
+    // start that takes 0.7 s moves the next one on.
     EXPECT_EQ(starts, (std::vector<std::string>{
                           "36000 " + user + "Go.bat|",
                           "36700 " + user + "Site.url|",
-                          "39200 " + user + "Tool.LNK|",
-                          "39900 " + app.folders.AllUsersItemsFolder + "Same.lnk|",
-                          "40600 " + e + "|" + os,
-                          "41300 notepad.exe|-x",
+                          "37400 " + user + "Site.url|",
+                          "39900 " + user + "Tool.LNK|",
+                          "40600 " + app.folders.AllUsersItemsFolder + "Same.lnk|",
+                          "41300 " + e + "|" + os,
+                          "42000 notepad.exe|-x",
                       }));
     // Each start names its item, for the measurement of what it costs.
-    EXPECT_EQ(items, (std::vector<std::string>{"3 Go.bat", "3 Site.url", "3 Tool.LNK", "2 Same.lnk",
-                                               "1 Exp", "3 notepad.exe"}));
+    EXPECT_EQ(items, (std::vector<std::string>{"3 Go.bat", "3 Site.url", "3 Site.url", "3 Tool.LNK",
+                                               "2 Same.lnk", "1 Exp", "3 notepad.exe"}));
     const std::string log = test::ReadFileBytes(folder / "log.txt");
     EXPECT_NE(log.find("Warning: Startup Item Not Found: Gone.lnk\r\n"), std::string::npos);
     EXPECT_NE(log.find("Warning: Startup Item Not Found: %TOLVANE_RUN_TEST%\\e.exe\r\n"),
@@ -509,28 +525,44 @@ TEST_F(DelayedRunTest, AStallNeverBunchesTheStartsThatFollow) {
     EXPECT_EQ(Times(), (std::vector<uint64_t>{12000, 22000, 23500, 23500}));
 }
 
-// Programs started by hand from the tray while the run waits are not started again, and the
-// run's next start keeps its delay after them.
+// Programs started by hand from the tray while the run waits are not started again, by the run
+// or by the tray, and the run's next start keeps its delay after them. Two records alike are two
+// programs: each starts once.
 TEST_F(DelayedRunTest, HandStartsFromTheTrayCountAndNothingStartsTwice) {
     app.model.MainStartupDelay = 10;
+    const std::string d = Program("d.exe");
     app.model.ProgramGroups[0].Programs = {{Program("a.exe"), "", "Execute", 1, ""},
                                            {Program("b.exe"), "", "Execute", 2, ""},
-                                           {Program("c.exe"), "", "Execute", 3, ""}};
-    const TrayMenu menu = BuildTrayMenuModel(app.model, app.text);
+                                           {Program("c.exe"), "", "Execute", 3, ""},
+                                           {d, "", "Execute", 0.5f, ""},
+                                           {d, "", "Execute", 0.5f, ""}};
+    const ShownTrayMenu menu = BuildTrayMenuModel(app.model, app.text);
+    auto choose = [&](int number) {
+        TrayMenuCommand(RunNeedsOf(app), *this, menu, number, *this, Launcher());
+    };
     int waits = 0;
-    // During the main wait the user starts b (waiting its 2 s); during c's wait, all.
     whileWaiting = [&] {
-        ++waits;
-        if (waits == 1 || waits == 4)
-            TrayMenuCommand(app, *this, menu, waits == 1 ? 1003 : 1000, *this, Launcher());
+        switch (++waits) {
+        case 1: // the main wait: b, after its 2 s
+            choose(1003);
+            break;
+        case 4: // c's turn: a, which the run started, then Run All
+            choose(1002);
+            choose(1000);
+            break;
+        case 5: // Run All waits for c: c by hand meanwhile
+            choose(1004);
+            break;
+        }
     };
     app.ShowGui = false; // the log-on mode
     Run();
-    // b by hand at 3 s; a after the main wait (11 s); c by Run All 3 s after a: the run's own
-    // start of c would have been the same moment, and it starts only once.
+    // b by hand at 3 s; a after the main wait (11 s); c by hand 3 s after a, and neither Run All
+    // after its wait nor the run starts it again; Run All starts both d, each after its delay.
     EXPECT_EQ(starts, (std::vector<std::string>{"3000 " + folder / "b.exe" + "|",
                                                 "12000 " + folder / "a.exe" + "|",
-                                                "15000 " + folder / "c.exe" + "|"}));
+                                                "15000 " + folder / "c.exe" + "|",
+                                                "15500 " + d + "|", "16000 " + d + "|"}));
 }
 
 TEST_F(DelayedRunTest, WaitingForIdleStartsAfterFiveQuietSecondsOrAtTheLatest) {
@@ -559,6 +591,28 @@ TEST_F(DelayedRunTest, WaitingForIdleStartsAfterFiveQuietSecondsOrAtTheLatest) {
     app.starts = {};
     Run();
     EXPECT_EQ(Times(), (std::vector<uint64_t>{36000, 36000, 37000}));
+
+    // A quiet machine never starts a program sooner than its delay after the start before, and
+    // a start by hand from the tray moves that on: b by hand at 2 s, so a (12 s) not before
+    // 14 s, though the machine was idle at 11.5 s; c (6 s) not before 20 s.
+    load = [](uint64_t) { return LoadSample{0.05, 0.05}; };
+    app.model.ProgramGroups[0].Programs = {{Program("a.exe"), "", "Execute", 12, ""},
+                                           {Program("b.exe"), "", "Execute", 1, ""},
+                                           {Program("c.exe"), "", "Execute", 6, ""}};
+    const ShownTrayMenu menu = BuildTrayMenuModel(app.model, app.text);
+    int waits = 0;
+    whileWaiting = [&] {
+        if (++waits == 1)
+            TrayMenuCommand(RunNeedsOf(app), *this, menu, 1003, *this, Launcher());
+    };
+    now = 1000;
+    starts.clear();
+    app.starts = {};
+    app.ShowGui = false;
+    Run();
+    EXPECT_EQ(starts, (std::vector<std::string>{"2000 " + folder / "b.exe" + "|",
+                                                "14000 " + folder / "a.exe" + "|",
+                                                "20000 " + folder / "c.exe" + "|"}));
 }
 
 // The measurements of what the run started are kept before the program ends, with the tray
@@ -625,20 +679,27 @@ TEST_F(DelayedRunTest, TrayMenuEntriesStartWhatTheyShow) {
     const std::string b = Program("b.exe");
     app.model.ProgramGroups[0].Programs = {{"Tool.lnk", "", "Execute", 2, ""},
                                            {b, "-b", "ExecuteReg", 0.5f, "B"},
-                                           {Program("format.exe"), "", "Execute", 0, ""}};
+                                           {Program("format.exe"), "", "Execute", 0, ""},
+                                           {"cmd.exe /c del " + b, "", "ExecuteReg", 0, "Wipe"}};
     app.model.StoppedPrograms = {"_REGCU_Exp=%OS%.exe -s", "", "_STPAU_Word.lnk",
                                  "_REGCU_Wipe=cmd.exe /c del C:\\x"};
-    const TrayMenu menu = BuildTrayMenuModel(app.model, app.text);
+    const ShownTrayMenu menu = BuildTrayMenuModel(app.model, app.text);
     EXPECT_EQ(menu.ProgramNumber(1), 1003);
+    // A reload while the menu is open moves every program and stopped entry one place on: each
+    // entry still starts what its caption showed.
+    auto& programs = app.model.ProgramGroups[0].Programs;
+    programs.insert(programs.begin(), {Program("new.exe"), "", "Execute", 0, ""});
+    app.model.StoppedPrograms.insert(app.model.StoppedPrograms.begin(), "_STPCU_New.lnk");
     char os[64] = {};
     GetEnvironmentVariableA("OS", os, sizeof os);
     auto choose = [&](int number) {
         starts.clear();
         items.clear();
-        TrayMenuCommand(app, *this, menu, number, *this, Launcher());
+        TrayMenuCommand(RunNeedsOf(app), *this, menu, number, *this, Launcher());
         return starts;
     };
-    // "Run All": one after another, each after its own delay; a disallowed word never starts.
+    // "Run All": one after another, each after its own delay; a disallowed word never starts,
+    // also where an older version kept a whole command as the program.
     EXPECT_EQ(choose(1000),
               (std::vector<std::string>{"3000 " + app.folders.UserItemsFolder + "Tool.lnk|",
                                         "3500 " + b + "|-b"}));
@@ -658,6 +719,8 @@ TEST_F(DelayedRunTest, TrayMenuEntriesStartWhatTheyShow) {
               std::string::npos);
     EXPECT_NE(log.find("Warning: Startup Item Not Allowed: cmd.exe (\"del\")\r\n"),
               std::string::npos);
+    EXPECT_NE(log.find("Warning: Startup Item Not Allowed: cmd.exe /c del " + b + " (\"del\")\r\n"),
+              std::string::npos);
     choose(5000);
     choose(6000);
     choose(0);
@@ -670,7 +733,7 @@ TEST_F(DelayedRunTest, TrayMenuEntriesStartWhatTheyShow) {
     int waits = 0;
     whileWaiting = [&] {
         if (++waits == 1) {
-            TrayMenuCommand(app, *this, menu, 1003, *this, [&](auto&, auto&, auto*) {});
+            TrayMenuCommand(RunNeedsOf(app), *this, menu, 1003, *this, [&](auto&, auto&, auto*) {});
             EXPECT_TRUE(app.wait.WaitActive);
             app.wait.QuitRequested = true;
         }

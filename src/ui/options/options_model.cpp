@@ -1,6 +1,7 @@
 #include "ui/options/options_model.h"
 
 #include <exception>
+#include <iterator>
 
 #include "platform/log_rules.h"
 #include "text/placeholders.h"
@@ -24,7 +25,9 @@ bool IsDigit(char c) {
 } // namespace
 
 std::vector<std::string> BuiltInOptionsTexts() {
-    return {
+    // One string of each, made in a loop: a list of fifteen std::string temporaries would make
+    // each in code of its own.
+    static constexpr const char* kTexts[] = {
         "Startup",
         "Don't run at startup",
         "Run at startup only when there are delayed items",
@@ -43,6 +46,7 @@ std::vector<std::string> BuiltInOptionsTexts() {
         "Show Tips At Startup",
         "Start delayed programs when the computer is idle",
     };
+    return std::vector<std::string>(std::begin(kTexts), std::end(kTexts));
 }
 
 std::optional<float> ParseDelayText(std::string_view text, std::string_view localeDecimal) {

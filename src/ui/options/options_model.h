@@ -66,7 +66,7 @@ public:
     bool WaitForIdle = false;
 
     // The fields differ from what the dialog showed.
-    bool Changed() const;
+    [[nodiscard]] bool Changed() const;
     // OK: stores the changed settings and writes the file. True when the dialog may close;
     // false, with the user told and the failure logged, when it stays open.
     [[nodiscard]] bool Ok();

@@ -197,7 +197,7 @@ TEST_F(Console, MovesAnItemByNameAsTheListDoes) {
     }
     EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Wipe"), "cmd.exe /c del C:\\x.tmp");
     DeleteFileA(UserItems("Tool.lnk").c_str());
-    reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, "Wipe");
+    ASSERT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, "Wipe"));
     ran = Cli("restore Clock");
     EXPECT_EQ(ran.code, 0u) << ran.err;
     EXPECT_EQ(State(), start);

@@ -20,10 +20,7 @@ struct UnderWay {
 } // namespace
 
 std::string ProgramGroupStore::LockName(const std::string& filePath) {
-    // Global: the user's processes in other sessions (a script run as a scheduled task, a
-    // second log-on through Remote Desktop) change the same file. Named by the file itself, so
-    // that every spelling of its path (letter case, an 8.3 alias, "." and "..") shares it.
-    return "Global\\Tolvane-groups-" + PathHashText(FileIdentity(filePath));
+    return FileLockName("groups-", filePath);
 }
 
 bool ProgramGroupStore::Changing() {

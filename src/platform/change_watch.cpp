@@ -43,20 +43,13 @@ bool ChangeWatch::Arm(const Watched& key) {
 }
 
 bool ChangeWatch::Reach(Watched& w) {
-    for (std::string path = w.Awaited;;) {
-        if (UniqueHKey key = OpenKeyToWatch(w.Root, path)) {
-            w.Key = std::move(key);
-            if (path == w.Awaited)
-                w.Awaited.clear();
-            return w.Awaited.empty();
-        }
-        const size_t cut = path.find_last_of('\\');
-        if (cut == std::string::npos) {
-            w.Key.reset();
-            return false;
-        }
+    std::string path = w.Awaited;
+    size_t cut = path.size();
+    while (!(w.Key = OpenKeyToWatch(w.Root, path)) && (cut = path.rfind('\\')) != path.npos)
         path.resize(cut);
-    }
+    if (w.Key && path.size() == w.Awaited.size())
+        w.Awaited.clear();
+    return w.Awaited.empty();
 }
 
 void ChangeWatch::Key(RegistryRoot root, const std::string& path) {

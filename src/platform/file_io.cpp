@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/handles.h"
+#include "text/code_page.h"
 
 namespace tolvane {
 
@@ -27,61 +28,25 @@ namespace {
     throw FileError(what + " \"" + path + "\": " + SystemErrorText(GetLastError()));
 }
 
-std::string LongPath(const std::string& path) {
-    const DWORD n = GetLongPathNameA(path.c_str(), nullptr, 0);
-    if (n == 0)
-        return {};
-    std::string out(n, '\0');
-    const DWORD m = GetLongPathNameA(path.c_str(), out.data(), n);
-    if (m == 0 || m >= n)
-        return {};
-    out.resize(m);
-    return out;
-}
-
 } // namespace
 
 std::string FileIdentity(const std::string& path) {
-    std::string full(MAX_PATH, '\0');
-    for (;;) {
-        const DWORD n =
-            GetFullPathNameA(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
-        if (n == 0) {
-            full = path;
-            break;
-        }
-        if (n < full.size()) {
-            full.resize(n);
-            break;
-        }
-        full.assign(n, '\0');
+    // Room for the longest path Windows knows.
+    constexpr DWORD kRoom = 32768;
+    std::string full(kRoom, '\0');
+    DWORD n = GetFullPathNameA(path.c_str(), kRoom, full.data(), nullptr);
+    full.resize(n < kRoom ? n : 0);
+    // The folder's long name: the file itself may not be there yet, and is named by its own.
+    const size_t cut = FindLastCharacterOf(full, "\\");
+    if (cut != std::string::npos) {
+        std::string folder(kRoom, '\0');
+        n = GetLongPathNameA(full.substr(0, cut).c_str(), folder.data(), kRoom);
+        if (n > 0 && n < kRoom)
+            full.replace(0, cut, folder.c_str(), n);
     }
-    std::string identity = LongPath(full);
-    if (identity.empty()) {
-        // Not there yet: its folder is, or will be made with it.
-        const size_t cut = full.find_last_of('\\');
-        const std::string folder =
-            cut == std::string::npos ? std::string() : LongPath(full.substr(0, cut));
-        identity = folder.empty() ? full : folder + full.substr(cut);
-    }
-    // Upper case as the file system folds names, independent of the user's language.
-    const int wideLength = MultiByteToWideChar(CP_ACP, 0, identity.data(),
-                                               static_cast<int>(identity.size()), nullptr, 0);
-    if (wideLength <= 0)
-        return identity;
-    std::wstring wide(static_cast<size_t>(wideLength), L'\0');
-    MultiByteToWideChar(CP_ACP, 0, identity.data(), static_cast<int>(identity.size()), wide.data(),
-                        wideLength);
-    std::wstring upper(wide.size(), L'\0');
-    if (LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_UPPERCASE, wide.data(), wideLength, upper.data(),
-                      wideLength, nullptr, nullptr, 0) != wideLength)
-        upper = wide;
-    const int n =
-        WideCharToMultiByte(CP_UTF8, 0, upper.data(), wideLength, nullptr, 0, nullptr, nullptr);
-    std::string out(static_cast<size_t>(n > 0 ? n : 0), '\0');
-    if (n > 0)
-        WideCharToMultiByte(CP_UTF8, 0, upper.data(), wideLength, out.data(), n, nullptr, nullptr);
-    return out;
+    // Upper case as Windows compares file names.
+    CharUpperBuffA(full.data(), static_cast<DWORD>(full.size()));
+    return full;
 }
 
 std::optional<std::string> ReadFileBytes(const std::string& path) {

@@ -23,10 +23,10 @@ bool IsFile(const std::string& path);
 
 std::optional<uint64_t> FileSize(const std::string& path);
 
-// The one name of the file at a path, whatever spelling reached it: the full path without
-// "." or "..", with each folder's long name instead of its 8.3 alias, in upper case as Windows
-// compares file names. A file that does not exist yet is named by its folder's long path and
-// its own name. Two processes that name one file in different ways get the same text.
+// The one name of the file at a path, whatever spelling reached it: the full path without "." or
+// "..", with each folder's long name instead of its 8.3 alias, in upper case as Windows compares
+// file names. A file that does not exist yet is named by its folder's long path and its own name.
+// Two processes that name one file in different ways get the same text.
 std::string FileIdentity(const std::string& path);
 
 // Replaces a file's content so that, whatever happens meanwhile (a crash, a kill, a full disk),

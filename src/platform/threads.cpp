@@ -4,6 +4,9 @@
 #include <string>
 #include <string_view>
 
+#include "platform/file_io.h"
+#include "platform/path_rules.h"
+
 namespace tolvane {
 
 WorkerThread::WorkerThread(std::function<void()> work, std::function<void(const char*)> failed) {
@@ -15,14 +18,20 @@ WorkerThread::WorkerThread(std::function<void()> work, std::function<void(const 
     start.release(); // the thread's own now
 }
 
-SharedLock::SharedLock(const std::string& name, DWORD timeoutMs)
-    : mutex_(CreateMutexA(nullptr, FALSE, name.c_str())) {
-    constexpr std::string_view kGlobal = "Global\\";
-    if (!mutex_ && GetLastError() == ERROR_ACCESS_DENIED && name.starts_with(kGlobal)) {
-        // A lock of that name made by another user, who may use it to shut this one out: the
-        // processes of this session still share the session's own.
-        mutex_.reset(
-            CreateMutexA(nullptr, FALSE, ("Local\\" + name.substr(kGlobal.size())).c_str()));
+std::string FileLockName(const char* kind, const std::string& filePath) {
+    std::string name = "Tolvane-";
+    name.append(kind).append(PathHashText(FileIdentity(filePath)));
+    return name;
+}
+
+SharedLock::SharedLock(const std::string& name, DWORD timeoutMs) {
+    // Global: the user's processes in other sessions (a script run as a scheduled task, a
+    // second log-on through Remote Desktop) share it. A name that another user took first, who
+    // could use it to shut this one out, leaves the processes of this session the session's own.
+    for (const char* space : {"Global\\", "Local\\"}) {
+        mutex_.reset(CreateMutexA(nullptr, FALSE, (space + name).c_str()));
+        if (mutex_ || GetLastError() != ERROR_ACCESS_DENIED)
+            break;
     }
     if (!mutex_)
         return;

@@ -71,10 +71,14 @@ private:
     CONDITION_VARIABLE condition_ = CONDITION_VARIABLE_INIT;
 };
 
-// A lock shared by every process that names it: a named mutex, held by this thread from the
-// moment it is had until the owner goes. The same thread may take it again inside. A holder
-// that ended without letting go (killed, say) leaves it to the next, which finds the files it
-// guards whole, since they are only ever replaced whole.
+// A lock shared by every process of the user that names it, in every session: a named mutex,
+// held by this thread from the moment it is had until the owner goes. The same thread may take it
+// again inside. A holder that ended without letting go (killed, say) leaves it to the next, which
+// finds the files it guards whole, since they are only ever replaced whole. The name of the lock
+// that guards one file, the same in every process whatever spelling of the file's path each uses;
+// `kind` tells apart the locks of different files' uses.
+std::string FileLockName(const char* kind, const std::string& filePath);
+
 class SharedLock {
 public:
     // Waits at most timeoutMs for the lock; Held() tells whether it was had.

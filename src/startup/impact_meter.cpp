@@ -216,7 +216,7 @@ void ImpactMeter::Keep(const ImpactRecord& record) {
     // Another process (a console run-startup, a second log-on run) may keep its measurements
     // in the same file at the same moment: one read-change-write at a time, or one is lost.
     // A holder that hangs is not waited for: the measurement is kept all the same.
-    const SharedLock fileLock("Global\\Tolvane-impact-" + PathHashText(FileIdentity(file_)), 5000);
+    const SharedLock fileLock(FileLockName("impact-", file_), 5000);
     try {
         std::vector<ImpactRecord> records;
         if (const std::optional<std::string> bytes = ReadFileBytes(file_))

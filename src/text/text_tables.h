@@ -12,6 +12,11 @@ struct LanguageEntry {
     std::string Code; // folder name, file extension and the Language setting
 };
 
+// Built-in texts kept as one block, each text ended by a NUL (size: the block's, with the NUL
+// that ends the literal): a list of separate literals would make each string in code of its
+// own, costing the program more than the texts themselves.
+std::vector<std::string> UnpackTexts(const char* texts, size_t size);
+
 struct TextTables {
     TextTables(); // the built-in English texts
 

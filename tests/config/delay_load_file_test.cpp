@@ -113,11 +113,12 @@ TEST_F(ProgramGroupFileOnDisk, AFileHeldByAnotherProcessIsNeitherWrittenNorChang
     }
     store.Load();
     const std::string written = test::ReadFileBytes(dl.FilePath());
-    char shortPath[MAX_PATH] = {};
-    const DWORD n = GetShortPathNameA(dl.FilePath().c_str(), shortPath, MAX_PATH);
+    // The folder by its 8.3 alias, as a program folder reached through one is spelled.
+    char shortFolder[MAX_PATH] = {};
+    const DWORD n = GetShortPathNameA(dl.FilePath().substr(0, cut).c_str(), shortFolder, MAX_PATH);
     std::vector<std::string> spellings{upper, dotted};
     if (n > 0 && n < MAX_PATH)
-        spellings.push_back(shortPath);
+        spellings.push_back(shortFolder + dl.FilePath().substr(cut));
     for (const std::string& spelling : spellings) {
         const HeldElsewhere other(ProgramGroupStore::LockName(spelling));
         EXPECT_THROW(store.Change([](ProgramModel& m) { m.AddGroup("Tools"); }), StoreBusy)

@@ -13,14 +13,14 @@ namespace tolvane {
 namespace {
 
 // The window's own captions, by the lines of its language file.
-const std::vector<std::string> kOwnCaptions = {"Add &New",
-                                               "&Edit",
-                                               "&Group Name",
-                                               "&Path to File",
-                                               "Para&meters",
-                                               "&Delay",
-                                               "( in seconds, 0 = as soon as possible)",
-                                               ""};
+constexpr char kOwnCaptions[] = "Add &New\0"
+                                "&Edit\0"
+                                "&Group Name\0"
+                                "&Path to File\0"
+                                "Para&meters\0"
+                                "&Delay\0"
+                                "( in seconds, 0 = as soon as possible)\0"
+                                "\0";
 
 } // namespace
 
@@ -76,7 +76,7 @@ void GroupEditorDialog::Init() {
 }
 
 void GroupEditorDialog::ApplyCaptions() {
-    std::vector<std::string> own = kOwnCaptions;
+    std::vector<std::string> own = UnpackTexts(kOwnCaptions, sizeof kOwnCaptions);
     LoadLanguageTextFile(store_.Folders().ProgramFolder, store_.Model().Language, own,
                          "properties");
     const int ownControls[] = {

@@ -25,28 +25,25 @@ bool IsDigit(char c) {
 } // namespace
 
 std::vector<std::string> BuiltInOptionsTexts() {
-    // One string of each, made in a loop: a list of fifteen std::string temporaries would make
-    // each in code of its own.
-    static constexpr const char* kTexts[] = {
-        "Startup",
-        "Don't run at startup",
-        "Run at startup only when there are delayed items",
-        "Always run at startup, for me only",
-        "Always run at startup, for all users",
-        "Close the program",
-        "Minimize to the tray",
+    static const char kTexts[] =
+        "Startup\0"
+        "Don't run at startup\0"
+        "Run at startup only when there are delayed items\0"
+        "Always run at startup, for me only\0"
+        "Always run at startup, for all users\0"
+        "Close the program\0"
+        "Minimize to the tray\0"
         "The Startup Delay is the delay that the program waits for, BEFORE waiting for the "
-        "specified time to run the programs.",
+        "specified time to run the programs.\0"
         "Example: with a Startup Delay of 30 seconds, a first delayed program with a delay of 5 "
-        "seconds starts about 35 seconds after you log on.",
-        "Startup Delay",
-        "seconds",
-        "Run Program at Login",
-        "Main form's X",
-        "Show Tips At Startup",
-        "Start delayed programs when the computer is idle",
-    };
-    return std::vector<std::string>(std::begin(kTexts), std::end(kTexts));
+        "seconds starts about 35 seconds after you log on.\0"
+        "Startup Delay\0"
+        "seconds\0"
+        "Run Program at Login\0"
+        "Main form's X\0"
+        "Show Tips At Startup\0"
+        "Start delayed programs when the computer is idle\0";
+    return UnpackTexts(kTexts, sizeof kTexts);
 }
 
 std::optional<float> ParseDelayText(std::string_view text, std::string_view localeDecimal) {

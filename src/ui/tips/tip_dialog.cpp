@@ -2,7 +2,6 @@
 
 #include <memory>
 #include <exception>
-#include <random>
 
 #include "config/program_group_store.h"
 #include "config/language_files.h"
@@ -13,10 +12,15 @@ namespace tolvane {
 
 namespace {
 
+// Picking one tip of a few dozen needs no more than the clock, stirred (xorshift64): a
+// library engine would cost the program more than the whole tip box.
 std::function<double()> ClockSeededRandom() {
-    auto engine =
-        std::make_shared<std::mt19937>(static_cast<std::mt19937::result_type>(GetTickCount64()));
-    return [engine] { return std::uniform_real_distribution<double>(0.0, 1.0)(*engine); };
+    return [state = GetTickCount64() | 1]() mutable {
+        state ^= state << 13;
+        state ^= state >> 7;
+        state ^= state << 17;
+        return static_cast<double>(state >> 11) * 0x1.0p-53; // [0, 1)
+    };
 }
 
 } // namespace

@@ -14,7 +14,6 @@
 #include "cli/cli_commands.h"
 #include "config/app_state.h"
 #include "items/startup_folders.h"
-#include "startup/launcher.h"
 #include "startup/tray_commands.h"
 #include "text/code_page.h"
 
@@ -42,14 +41,11 @@ int main(int argc, char** argv) {
         AppState app(RunningProgramFolder(), messages);
         InitGlobals(app);
         EnsureStartupFolders(app.folders);
-        const CliNeeds needs{
-            app.Store(), app.text, app.SafeList, app.log, [&app] {
-                RunGroupNow(RunNeedsOf(app), app.model.StartupGroupIndex, MessageLoopClock(),
-                            [&app](const std::string& path, const std::string& parameters,
-                                   const ImpactKey* item) {
-                                LaunchMeasured(app.log, app.watcher, path, parameters, item);
-                            });
-            }};
+        const CliNeeds needs{app.Store(), app.text, app.SafeList, app.log, [&app] {
+                                 const RunNeeds run = RunNeedsOf(app);
+                                 RunGroupNow(run, app.model.StartupGroupIndex, MessageLoopClock(),
+                                             MeasuredLauncher(run));
+                             }};
         code = RunCliRequest(needs, messages, *parse.Request, out, err);
     } catch (const std::exception& e) {
         err += std::string("tolvanec: ") + e.what() + "\n";

@@ -23,14 +23,10 @@ std::string DelayedProgramId(const GroupProgram& program) {
 }
 
 size_t AlikeBefore(const std::vector<GroupProgram>& programs, size_t index) {
-    const GroupProgram& p = programs.at(index);
-    size_t alike = 0;
-    for (size_t i = 0; i < index; ++i) {
-        const GroupProgram& q = programs[i];
-        alike += q.Path == p.Path && q.Parameters == p.Parameters && q.Command == p.Command &&
-                 q.RegistryKeyName == p.RegistryKeyName;
-    }
-    return alike;
+    const std::string id = DelayedProgramId(programs.at(index));
+    return static_cast<size_t>(
+        std::count_if(programs.begin(), programs.begin() + static_cast<ptrdiff_t>(index),
+                      [&](const GroupProgram& q) { return DelayedProgramId(q) == id; }));
 }
 
 } // namespace tolvane

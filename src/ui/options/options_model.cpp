@@ -1,7 +1,6 @@
 #include "ui/options/options_model.h"
 
 #include <exception>
-#include <iterator>
 
 #include "platform/log_rules.h"
 #include "text/placeholders.h"

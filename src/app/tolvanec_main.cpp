@@ -14,6 +14,7 @@
 #include "cli/cli_commands.h"
 #include "config/app_state.h"
 #include "items/startup_folders.h"
+#include "platform/wide_text.h"
 #include "startup/tray_commands.h"
 #include "text/code_page.h"
 
@@ -50,6 +51,12 @@ int main(int argc, char** argv) {
     } catch (const std::exception& e) {
         err += std::string("tolvanec: ") + e.what() + "\n";
         code = kCliRefused;
+    }
+    // Scripts read UTF-8. The program's texts are in its code page, which is UTF-8 itself
+    // wherever Windows honours the manifest (Windows 10 1903 and later).
+    if (GetACP() != CP_UTF8) {
+        out = Narrow(Wide(out), CP_UTF8);
+        err = Narrow(Wide(err), CP_UTF8);
     }
     std::fwrite(out.data(), 1, out.size(), stdout);
     std::fwrite(err.data(), 1, err.size(), stderr);

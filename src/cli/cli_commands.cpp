@@ -26,20 +26,6 @@ namespace {
 // changed (the window's status line says the same).
 constexpr size_t kOwnRunEntryMessage = 37;
 
-// Scripts read UTF-8; the program's own texts are in the system's code page.
-std::string Utf8(const std::string& text) {
-    if (text.empty())
-        return text;
-    const int wide =
-        MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
-    std::wstring w(static_cast<size_t>(wide), L'\0');
-    MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), w.data(), wide);
-    const int bytes = WideCharToMultiByte(CP_UTF8, 0, w.data(), wide, nullptr, 0, nullptr, nullptr);
-    std::string out(static_cast<size_t>(bytes), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, w.data(), wide, out.data(), bytes, nullptr, nullptr);
-    return out;
-}
-
 // What the records ask of the files on this machine.
 RecordLookups FileLookups() {
     RecordLookups l;
@@ -118,12 +104,6 @@ int RunCliRequest(const CliNeeds& needs, ConsoleMessages& messages, const CliReq
     std::vector<ItemRecord> records =
         ItemRecords(tree, listing, model, needs.SafeList, FileLookups());
     if (request.Verb == CliVerb::List) {
-        for (ItemRecord& r : records) {
-            r.Name = Utf8(r.Name);
-            r.Path = Utf8(r.Path);
-            r.Parameters = Utf8(r.Parameters);
-            r.Description = Utf8(r.Description);
-        }
         out = request.Format == ListFormat::Json  ? FormatRecordsJson(records)
               : request.Format == ListFormat::Csv ? FormatRecordsCsv(records)
                                                   : FormatRecordsTable(records);

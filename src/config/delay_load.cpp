@@ -6,6 +6,7 @@
 #include "config/run_data.h"
 #include "config/system_command_line.h"
 #include "platform/file_io.h"
+#include "platform/wide_text.h"
 #include "config/language_files.h"
 #include "platform/dir_struct.h"
 #include "platform/environment.h"
@@ -160,7 +161,7 @@ void CDelayLoad::LoadItems(bool writeMissing) {
         return;
     }
     ProgramGroupReadResult result{false, "the file cannot be read"};
-    if (auto bytes = ReadFileBytes(filePath_)) {
+    if (auto bytes = ReadTextFile(filePath_)) {
         ProgramGroupReadContext context;
         context.UserItemsFolder = folders_.UserItemsFolder;
         context.AllUsersItemsFolder = folders_.AllUsersItemsFolder;

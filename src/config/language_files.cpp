@@ -5,18 +5,19 @@
 #include "config/program_group_store.h"
 #include "platform/event_log.h"
 #include "platform/file_io.h"
+#include "platform/wide_text.h"
 #include "text/language.h"
 
 namespace tolvane {
 
 void LoadLanguageList(const std::string& programFolder, TextTables& text) {
-    auto bytes = ReadFileBytes(programFolder + "\\lang\\languagefile.dat");
+    auto bytes = ReadTextFile(programFolder + "\\lang\\languagefile.dat");
     text.Languages = bytes ? ParseLanguageList(*bytes) : std::vector<LanguageEntry>(1);
 }
 
 void LoadTextFile(const std::string& programFolder, std::vector<std::string>& table,
                   const std::string& relativePath) {
-    if (auto bytes = ReadFileBytes(programFolder + "\\lang\\" + relativePath))
+    if (auto bytes = ReadTextFile(programFolder + "\\lang\\" + relativePath))
         ApplyTextFile(table, *bytes);
 }
 

@@ -5,6 +5,7 @@
 #include "platform/dir_struct.h"
 #include "platform/file_functions.h"
 #include "platform/file_io.h"
+#include "platform/wide_text.h"
 #include "items/startup_approved.h"
 #include "text/strings.h"
 
@@ -206,10 +207,7 @@ void SwitchOnInTaskManager(RegistryRoot root, const char* key, const std::string
 RegistryValue TextValue(std::string_view text) {
     RegistryValue value;
     value.Type = REG_SZ;
-    const int n =
-        MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
-    std::wstring wide(static_cast<size_t>(n), L'\0');
-    MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), wide.data(), n);
+    std::wstring wide = Wide(text);
     wide.push_back(L'\0');
     const auto* bytes = reinterpret_cast<const uint8_t*>(wide.data());
     value.Data.assign(bytes, bytes + wide.size() * sizeof(wchar_t));
@@ -252,12 +250,16 @@ RegBackup::~RegBackup() {
     Close();
 }
 
-void RegBackup::Line(std::string_view text) {
-    std::string line(text);
-    line += "\r\n";
+void RegBackup::Line(std::string_view text, bool first) {
+    // UTF-16LE, as the registry editor writes its files: a double click brings back every name
+    // and every text exactly, whatever the code page of the machine that reads it.
+    std::wstring line = first ? L"\xFEFF" : L"";
+    line += Wide(text);
+    line += L"\r\n";
+    const DWORD size = static_cast<DWORD>(line.size() * sizeof(wchar_t));
     DWORD wrote = 0;
-    if (!WriteFile(file_.get(), line.data(), static_cast<DWORD>(line.size()), &wrote, nullptr) ||
-        wrote != line.size() || !FlushFileBuffers(file_.get()))
+    if (!WriteFile(file_.get(), line.data(), size, &wrote, nullptr) || wrote != size ||
+        !FlushFileBuffers(file_.get()))
         throw MoveFailure("the backup \"" + path_ +
                           "\" cannot be written: " + SystemErrorText(GetLastError()));
 }
@@ -283,7 +285,7 @@ void RegBackup::Value(RegistryRoot root, const BackupValue& value) {
             throw MoveFailure("the backup \"" + path +
                               "\" cannot be written: " + SystemErrorText(GetLastError()));
         path_ = path;
-        Line(kRegFileFirstLine);
+        Line(kRegFileFirstLine, true);
         Line("");
     }
     // Each value below its own key: a line for the key whenever it changes.

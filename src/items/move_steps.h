@@ -129,7 +129,8 @@ public:
     void Close();
 
 private:
-    void Line(std::string_view text);
+    // A line of the file; the first one with the byte-order mark.
+    void Line(std::string_view text, bool first = false);
     std::string folder_;
     std::string path_;
     UniqueFile file_;

@@ -11,6 +11,7 @@
 #include "config/system_command_line.h"
 #include "platform/dir_struct.h"
 #include "platform/file_io.h"
+#include "platform/wide_text.h"
 #include "platform/registry.h"
 #include "text/strings.h"
 
@@ -105,7 +106,7 @@ bool RefreshData(ProgramGroupStore store, const TextTables& text,
         for (RegistryRoot root : machineCopies.Roots)
             listing.SavedMachineCopyIs32.push_back(root == RegistryRoot::LocalMachine32);
         // Measurements are shown, never needed: a missing or unreadable file shows none.
-        const std::optional<std::string> impact = ReadFileBytes(store.File().ImpactFilePath());
+        const std::optional<std::string> impact = ReadTextFile(store.File().ImpactFilePath());
         listing.Impacts = impact ? ParseImpactFile(*impact, CDirStruct::CompareNames).Records
                                  : std::vector<ImpactRecord>();
         StartupTreeHooks hooks;

@@ -4,21 +4,28 @@
 
 #include "platform/handles.h"
 #include "platform/path_rules.h"
+#include "platform/wide_text.h"
 
 namespace tolvane {
 
 namespace {
 
-std::string EntryName(const WIN32_FIND_DATAA& data) {
-    const char* name = data.cFileName;
-    return std::string(name, strnlen(name, MAX_PATH));
+// Folders are read through the wide calls: a name of 260 characters may take three times as many
+// bytes in UTF-8, more than the narrow record holds.
+std::string EntryName(const WIN32_FIND_DATAW& data) {
+    const wchar_t* name = data.cFileName;
+    return Narrow(std::wstring_view(name, wcsnlen(name, MAX_PATH)));
+}
+
+HANDLE FindFirst(std::string_view pattern, WIN32_FIND_DATAW* data) {
+    return FindFirstFileW(Wide(pattern).c_str(), data);
 }
 
 } // namespace
 
 bool CDirStruct::FindEntry(std::string_view name, std::string_view folder, bool foldersOnly) {
-    WIN32_FIND_DATAA data{};
-    UniqueFind find(FindFirstFileA(JoinSearchPath(folder, name).c_str(), &data));
+    WIN32_FIND_DATAW data{};
+    UniqueFind find(FindFirst(JoinSearchPath(folder, name), &data));
     if (!find)
         return false;
     do {
@@ -30,7 +37,7 @@ bool CDirStruct::FindEntry(std::string_view name, std::string_view folder, bool 
         if (foldersOnly && !(data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY))
             continue;
         return true;
-    } while (FindNextFileA(find.get(), &data));
+    } while (FindNextFileW(find.get(), &data));
     return false;
 }
 
@@ -45,8 +52,8 @@ bool CDirStruct::DirectoryExists(std::string_view name, std::string_view folder,
 
 bool CDirStruct::ReturnFiles(std::string_view folder, std::vector<std::string>& out) {
     out.assign(1, std::string());
-    WIN32_FIND_DATAA data{};
-    UniqueFind find(FindFirstFileA(JoinSearchPath(folder, "*.*").c_str(), &data));
+    WIN32_FIND_DATAW data{};
+    UniqueFind find(FindFirst(JoinSearchPath(folder, "*.*"), &data));
     if (!find)
         return true;
     do {
@@ -56,7 +63,7 @@ bool CDirStruct::ReturnFiles(std::string_view folder, std::vector<std::string>& 
         if (!out.back().empty())
             out.emplace_back();
         out.back() = std::move(entry);
-    } while (FindNextFileA(find.get(), &data));
+    } while (FindNextFileW(find.get(), &data));
     return true;
 }
 
@@ -65,15 +72,7 @@ bool CDirStruct::SameName(std::string_view a, std::string_view b) {
 }
 
 int CDirStruct::CompareNames(std::string_view a, std::string_view b) {
-    auto wide = [](std::string_view s) {
-        const int n = MultiByteToWideChar(CP_ACP, 0, s.data(), static_cast<int>(s.size()),
-                                          nullptr, 0);
-        std::wstring w(static_cast<size_t>(n > 0 ? n : 0), L'\0');
-        if (n > 0)
-            MultiByteToWideChar(CP_ACP, 0, s.data(), static_cast<int>(s.size()), w.data(), n);
-        return w;
-    };
-    const std::wstring wa = wide(a), wb = wide(b);
+    const std::wstring wa = Wide(a), wb = Wide(b);
     switch (CompareStringOrdinal(wa.data(), static_cast<int>(wa.size()), wb.data(),
                                  static_cast<int>(wb.size()), TRUE)) {
     case CSTR_LESS_THAN:
@@ -92,14 +91,14 @@ bool CDirStruct::NamedFileExists(std::string_view path) {
     if (path.empty() || path.find_first_of("*?") != std::string_view::npos)
         return false;
     const std::string_view name = PathLastPart(path);
-    WIN32_FIND_DATAA data{};
-    UniqueFind find(FindFirstFileA(std::string(path).c_str(), &data));
+    WIN32_FIND_DATAW data{};
+    UniqueFind find(FindFirst(path, &data));
     if (!find)
         return false;
     do {
         if (SameName(EntryName(data), name))
             return true;
-    } while (FindNextFileA(find.get(), &data));
+    } while (FindNextFileW(find.get(), &data));
     return false;
 }
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/handles.h"
+#include "platform/wide_text.h"
 #include "text/code_page.h"
 
 namespace tolvane {
@@ -44,9 +45,11 @@ std::string FileIdentity(const std::string& path) {
         if (n > 0 && n < kRoom)
             full.replace(0, cut, folder.c_str(), n);
     }
-    // Upper case as Windows compares file names.
-    CharUpperBuffA(full.data(), static_cast<DWORD>(full.size()));
-    return full;
+    // Upper case as Windows compares file names, letter by letter in UTF-16: a letter's capital
+    // may take another number of bytes in UTF-8.
+    std::wstring wide = Wide(full);
+    CharUpperBuffW(wide.data(), static_cast<DWORD>(wide.size()));
+    return Narrow(wide);
 }
 
 std::optional<std::string> ReadFileBytes(const std::string& path) {

@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "platform/runtime_libraries.h"
+#include "platform/wide_text.h"
 #include "text/strings.h"
 
 namespace tolvane {
@@ -116,27 +117,24 @@ std::string ShortcutTarget(const std::string& link) {
         return {};
     // The three ids spelled here: taken from uuid.lib they would bring every id it holds.
     static constexpr CLSID kShellLink = {0x00021401, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
-    static constexpr IID kShellLinkA = {0x000214EE, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+    static constexpr IID kShellLinkW = {0x000214F9, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
     static constexpr IID kPersistFile = {0x0000010B, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
-    IShellLinkA* shortcut = nullptr;
+    // The wide interface: a target of 260 characters may take more bytes than the narrow one's
+    // buffer holds in UTF-8.
+    IShellLinkW* shortcut = nullptr;
     IPersistFile* file = nullptr;
-    char target[MAX_PATH] = {};
-    std::wstring wide(link.size() + 1, L'\0');
-    wide.resize(static_cast<size_t>(
-        std::max(0, MultiByteToWideChar(CP_ACP, 0, link.c_str(), -1, wide.data(),
-                                        static_cast<int>(wide.size())) -
-                        1)));
+    wchar_t target[MAX_PATH] = {};
     const bool ok =
-        SUCCEEDED(create(kShellLink, nullptr, CLSCTX_INPROC_SERVER, kShellLinkA,
+        SUCCEEDED(create(kShellLink, nullptr, CLSCTX_INPROC_SERVER, kShellLinkW,
                          reinterpret_cast<void**>(&shortcut))) &&
         SUCCEEDED(shortcut->QueryInterface(kPersistFile, reinterpret_cast<void**>(&file))) &&
-        SUCCEEDED(file->Load(wide.c_str(), STGM_READ)) &&
+        SUCCEEDED(file->Load(Wide(link).c_str(), STGM_READ)) &&
         SUCCEEDED(shortcut->GetPath(target, MAX_PATH, nullptr, 0));
     if (file)
         file->Release();
     if (shortcut)
         shortcut->Release();
-    return ok ? std::string(target) : std::string();
+    return ok ? Narrow(target) : std::string();
 }
 
 } // namespace tolvane

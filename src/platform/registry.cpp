@@ -4,6 +4,7 @@
 
 #include "platform/handles.h"
 #include "platform/registry_keys.h"
+#include "platform/wide_text.h"
 #include "text/code_page.h"
 
 namespace tolvane {
@@ -90,26 +91,6 @@ bool WriteValue(RegistryRoot root, std::string_view path, std::string_view name,
                           static_cast<DWORD>(size)) == ERROR_SUCCESS;
 }
 
-std::wstring WideFromAnsi(std::string_view text) {
-    if (text.empty())
-        return std::wstring();
-    int n = MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
-    std::wstring wide(static_cast<size_t>(n), L'\0');
-    MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), wide.data(), n);
-    return wide;
-}
-
-std::string AnsiFromWide(std::wstring_view text) {
-    if (text.empty())
-        return std::string();
-    const int chars = static_cast<int>(text.size());
-    const int n = WideCharToMultiByte(CP_ACP, 0, text.data(), chars, nullptr, 0, nullptr, nullptr);
-    std::string out(static_cast<size_t>(n > 0 ? n : 0), '\0');
-    if (n > 0)
-        WideCharToMultiByte(CP_ACP, 0, text.data(), chars, out.data(), n, nullptr, nullptr);
-    return out;
-}
-
 // Every value of the key through the wide entry point: the stored bytes untouched, as GetValue
 // reads them, the name in the code page.
 std::vector<std::pair<std::string, RegistryValue>> EnumWide(HKEY key) {
@@ -137,7 +118,7 @@ std::vector<std::pair<std::string, RegistryValue>> EnumWide(HKEY key) {
         if (rc != ERROR_SUCCESS)
             return values;
         values.emplace_back(
-            AnsiFromWide(std::wstring_view(name.data(), std::min<size_t>(nameLength, name.size()))),
+            Narrow(std::wstring_view(name.data(), std::min<size_t>(nameLength, name.size()))),
             RegistryValue{
                 type,
                 ByteArray(data.data(), data.data() + std::min<size_t>(dataLength, data.size()))});
@@ -239,7 +220,7 @@ std::optional<RegistryValue> CRegistry::GetValue(RegistryRoot root, std::string_
     UniqueHKey key = OpenKey(root, path, KEY_QUERY_VALUE);
     if (!key)
         return std::nullopt;
-    const std::wstring wideName = WideFromAnsi(name);
+    const std::wstring wideName = Wide(name);
     for (int attempt = 0; attempt < 8; ++attempt) {
         DWORD type = 0, size = 0;
         if (RegQueryValueExW(key.get(), wideName.c_str(), nullptr, &type, nullptr, &size) !=
@@ -273,7 +254,7 @@ bool CRegistry::SetValue(RegistryRoot root, std::string_view path, std::string_v
     UniqueHKey key = CreateOpenKey(root, path, KEY_SET_VALUE);
     if (!key)
         return false;
-    return RegSetValueExW(key.get(), WideFromAnsi(name).c_str(), 0, value.Type, value.Data.data(),
+    return RegSetValueExW(key.get(), Wide(name).c_str(), 0, value.Type, value.Data.data(),
                           static_cast<DWORD>(value.Data.size())) == ERROR_SUCCESS;
 }
 
@@ -296,12 +277,8 @@ std::string ValueText(const RegistryValue& value) {
     size_t bytes = value.Data.size() & ~size_t(1);
     while (bytes >= 2 && value.Data[bytes - 1] == 0 && value.Data[bytes - 2] == 0)
         bytes -= 2;
-    const auto* wide = reinterpret_cast<const wchar_t*>(value.Data.data());
-    const int chars = static_cast<int>(bytes / 2);
-    const int n = WideCharToMultiByte(CP_ACP, 0, wide, chars, nullptr, 0, nullptr, nullptr);
-    std::string text(static_cast<size_t>(n > 0 ? n : 0), '\0');
-    if (n > 0)
-        WideCharToMultiByte(CP_ACP, 0, wide, chars, text.data(), n, nullptr, nullptr);
+    std::string text =
+        Narrow(std::wstring_view(reinterpret_cast<const wchar_t*>(value.Data.data()), bytes / 2));
     while (!text.empty() && text.back() == '\0')
         text.pop_back();
     return text;

@@ -1,6 +1,7 @@
 #include <exception>
 
 #include "platform/file_io.h"
+#include "platform/wide_text.h"
 #include "startup/data_lists.h"
 #include "platform/event_log.h"
 
@@ -11,7 +12,7 @@ std::vector<SafeEntry> LoadSafePrograms(const std::string& programFolder, EventL
     if (!IsFile(path))
         return std::vector<SafeEntry>(1);
     try {
-        auto bytes = ReadFileBytes(path);
+        auto bytes = ReadTextFile(path);
         if (!bytes)
             throw FileError("cannot read \"" + path + "\"");
         return ParseSafeList(*bytes);
@@ -22,7 +23,7 @@ std::vector<SafeEntry> LoadSafePrograms(const std::string& programFolder, EventL
 }
 
 std::optional<std::string> LoadOnlineTemplate(const std::string& programFolder) {
-    if (auto bytes = ReadFileBytes(programFolder + "\\data\\online.txt"))
+    if (auto bytes = ReadTextFile(programFolder + "\\data\\online.txt"))
         return ParseOnlineTemplate(*bytes);
     return std::nullopt;
 }

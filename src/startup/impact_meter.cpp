@@ -5,6 +5,7 @@
 #include <exception>
 
 #include "platform/file_io.h"
+#include "platform/wide_text.h"
 #include "platform/message_pump.h"
 #include "platform/path_rules.h"
 #include "platform/processes.h"
@@ -219,7 +220,7 @@ void ImpactMeter::Keep(const ImpactRecord& record) {
     const SharedLock fileLock(FileLockName("impact-", file_), 5000);
     try {
         std::vector<ImpactRecord> records;
-        if (const std::optional<std::string> bytes = ReadFileBytes(file_))
+        if (const std::optional<std::string> bytes = ReadTextFile(file_))
             records = ParseImpactFile(*bytes).Records;
         PutImpact(records, record);
         AtomicFileWriter writer(file_);

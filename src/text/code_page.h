@@ -13,6 +13,10 @@ namespace tolvane {
 
 // The code page of the texts until the entry sets the system's.
 inline constexpr unsigned kDefaultCodePage = 1252;
+// UTF-8, the program's own code page wherever Windows honours its manifest: every name of every
+// language fits, and no byte of a character of two to four bytes is below 0x80, so the rules for
+// separators need no care there.
+inline constexpr unsigned kUtf8CodePage = 65001;
 
 // Whether the byte begins a two-byte character: in 932 the bytes 0x81-0x9F and 0xE0-0xFC, in
 // 936, 949 and 950 the bytes 0x81-0xFE; in every other code page none.
@@ -22,9 +26,20 @@ bool IsLeadByte(unsigned codePage, unsigned char byte);
 void SetActiveCodePage(unsigned codePage);
 unsigned ActiveCodePage();
 
-// The bytes of the character that begins at `at`: two after a lead byte, one otherwise (also
-// for a lead byte that ends the text).
+// Whether the bytes are well-formed UTF-8 (no overlong form, no surrogate, nothing past
+// U+10FFFF). Plain ASCII is.
+bool IsUtf8(std::string_view bytes);
+// The text without a UTF-8 byte-order mark in front.
+std::string_view WithoutUtf8Mark(std::string_view text);
+
+// The bytes of the character that begins at `at`: in UTF-8 its whole sequence; otherwise two
+// after a lead byte, one otherwise (also for a lead byte that ends the text). A broken sequence
+// counts one byte a character.
 size_t CharacterLength(std::string_view s, size_t at, unsigned codePage = ActiveCodePage());
+
+// The longest start of the text of at most `bytes` bytes that ends where a character ends.
+std::string_view CutAtCharacter(std::string_view s, size_t bytes,
+                                unsigned codePage = ActiveCodePage());
 
 // The position of the last character that is one of `characters` (single-byte characters),
 // or npos. A trail byte of the same value is not that character.

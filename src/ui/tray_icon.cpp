@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "text/code_page.h"
+
 namespace tolvane {
 
 UINT TaskbarCreatedMessage() {
@@ -42,8 +44,8 @@ bool TrayIcon::Notify(DWORD action) {
         data.uCallbackMessage = kCallbackMessage;
         data.hIcon = picture_;
         // The tip field holds 63 characters and its NUL as the shell has always shown it.
-        const size_t n = std::min<size_t>(tip_.size(), 63);
-        std::memcpy(data.szTip, tip_.data(), n);
+        const std::string_view tip = CutAtCharacter(tip_, 63);
+        std::memcpy(data.szTip, tip.data(), tip.size());
     }
     return Shell_NotifyIconA(action, &data) != FALSE;
 }

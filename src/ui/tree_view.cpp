@@ -1,8 +1,11 @@
 #include "ui/tree_view.h"
 
 #include <cstring>
+#include <cwchar>
 
 #include "platform/runtime_libraries.h"
+#include "platform/wide_text.h"
+#include "text/code_page.h"
 #include "resource_ids.h"
 #include "ui/window.h"
 
@@ -206,9 +209,9 @@ bool TreeViewControl::OnNotify(const NMHDR* header, TreeModel& model, LRESULT& r
         auto* tip = reinterpret_cast<NMTVGETINFOTIPA*>(const_cast<NMHDR*>(header));
         tipText_ = ToolTip ? ToolTip(NodeOf(tip->hItem)) : std::string();
         if (tip->pszText && tip->cchTextMax > 0) {
-            const size_t n = std::min<size_t>(tipText_.size(), tip->cchTextMax - 1);
-            std::memcpy(tip->pszText, tipText_.data(), n);
-            tip->pszText[n] = '\0';
+            const std::string_view text = CutAtCharacter(tipText_, tip->cchTextMax - 1);
+            std::memcpy(tip->pszText, text.data(), text.size());
+            tip->pszText[text.size()] = '\0';
         }
         return true;
     }
@@ -216,10 +219,13 @@ bool TreeViewControl::OnNotify(const NMHDR* header, TreeModel& model, LRESULT& r
         auto* tip = reinterpret_cast<NMTVGETINFOTIPW*>(const_cast<NMHDR*>(header));
         tipText_ = ToolTip ? ToolTip(NodeOf(tip->hItem)) : std::string();
         if (tip->pszText && tip->cchTextMax > 0) {
-            const int n =
-                MultiByteToWideChar(CP_ACP, 0, tipText_.c_str(), -1, tip->pszText, tip->cchTextMax);
-            if (n == 0)
-                tip->pszText[0] = L'\0';
+            // A long tip is cut, never dropped, and never between the two halves of a character.
+            const std::wstring text = Wide(tipText_);
+            size_t n = std::min<size_t>(text.size(), tip->cchTextMax - 1);
+            if (n < text.size() && n > 0 && IS_HIGH_SURROGATE(text[n - 1]))
+                --n;
+            std::wmemcpy(tip->pszText, text.data(), n);
+            tip->pszText[n] = L'\0';
         }
         return true;
     }

@@ -92,7 +92,7 @@ TEST_F(Console, ListsEveryItemInUtf8ForScripts) {
     Shortcut(places.UserFolder, "Gone.lnk");
     Shortcut(places.CommonFolder, "Word.lnk");
     RunValue(RegistryRoot::CurrentUser, "Clock", "C:\\clock.exe -min");
-    RunValue(RegistryRoot::CurrentUser, "Caf\xe9 \"q\"", "\"C:\\Program Files\\c.exe\" /a,b");
+    RunValue(RegistryRoot::CurrentUser, "Café \"q\"", "\"C:\\Program Files\\c.exe\" /a,b");
     RunValue(RegistryRoot::CurrentUser, "Later", "C:\\later.exe");
     Refresh();
     ASSERT_TRUE(Move("CurrentUserRegistry", "Later=C:\\later.exe", ItemState::Delayed));
@@ -275,34 +275,21 @@ TEST_F(Console, MovesAnItemByNameAsTheListDoes) {
 // A script names an item in any letter case, as Windows compares names, accented letters
 // too; and restores it by the very text the list showed while it was active.
 TEST_F(Console, NamesMatchInAnyLetterCaseAndTheListedTextRestores) {
-    RunValue(RegistryRoot::CurrentUser,
-             "\xdc"
-             "ber Sync",
-             "\"C:\\U S\\u.exe\" -q");
-    Shortcut(places.UserFolder, "R\xe9sum\xe9.lnk");
+    RunValue(RegistryRoot::CurrentUser, "Über Sync", "\"C:\\U S\\u.exe\" -q");
+    Shortcut(places.UserFolder, "Résumé.lnk");
     const std::string start = State();
-    const std::string listed = "\xdc"
-                               "ber Sync=\"C:\\U S\\u.exe\" -q";
-    EXPECT_EQ(Cli("delay \"\xfc"
-                  "ber sync\"")
-                  .code,
-              0u);
-    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "\xdc"
-                                               "ber Sync"),
-              "\"C:\\U S\\u.exe\" -q");
-    Ran ran = Cli("stop \"r\xc9SUM\xc9.LNK\"");
+    const std::string listed = "Über Sync=\"C:\\U S\\u.exe\" -q";
+    EXPECT_EQ(Cli("delay \"über sync\"").code, 0u);
+    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Über Sync"), "\"C:\\U S\\u.exe\" -q");
+    Ran ran = Cli("stop \"rÉSUMÉ.LNK\"");
     EXPECT_EQ(ran.code, 0u) << ran.err;
-    EXPECT_TRUE(test::PathExists(UserItems("R\xe9sum\xe9.lnk")));
+    EXPECT_TRUE(test::PathExists(UserItems("Résumé.lnk")));
     ran = Cli("restore \"" + ReplaceAll(listed, "\"", "\\\"") + "\"");
     EXPECT_EQ(ran.code, 0u) << ran.err;
-    EXPECT_EQ(Cli("restore \"R\xe9sum\xe9.lnk\"").code, 0u);
+    EXPECT_EQ(Cli("restore \"Résumé.lnk\"").code, 0u);
     EXPECT_EQ(State(), start);
-    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "\xdc"
-                                             "ber Sync"),
-              "\"C:\\U S\\u.exe\" -q");
-    EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey,
-                                "\xdc"
-                                "ber Sync"));
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Über Sync"), "\"C:\\U S\\u.exe\" -q");
+    EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, "Über Sync"));
 }
 
 } // namespace

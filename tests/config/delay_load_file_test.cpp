@@ -25,7 +25,8 @@ protected:
     void SetUp() override {
         test::MakeFolder(folder / "lang\\de");
         test::WriteFileBytes(folder / "lang\\languagefile.dat", "English, en\r\nDeutsch, de\r\n");
-        test::WriteFileBytes(folder / "lang\\de\\messages.de", "null\r\neins\r\n");
+        // As an editor in the legacy code page (1252) saves it.
+        test::WriteFileBytes(folder / "lang\\de\\messages.de", "null\r\nEintr\xe4ge\r\n");
         LoadLanguageList(app.folders.ProgramFolder, app.text);
     }
 
@@ -45,18 +46,29 @@ TEST_F(ProgramGroupFileOnDisk, AMissingFileIsCreatedWithTheFirstStartModel) {
     EXPECT_FALSE(test::PathExists(dl.FilePath() + ".new")); // no temporary file left
 }
 
+// Files come as UTF-8, with or without a byte-order mark, or from an earlier version or an editor
+// in the legacy code page; each reads right and is written back as UTF-8 without the mark.
 TEST_F(ProgramGroupFileOnDisk, ALoadPicksTheLanguageAndAReadFailureKeepsTheFile) {
-    const std::string good = "const Language = Deutsch;\r\nvoid Startup()\r\n{\r\n"
-                             "     Execute (\"" +
-                             app.folders.UserItemsFolder + "\\Tool.lnk\", \"\", 3, \"\");\r\n}\r\n";
-    test::WriteFileBytes(dl.FilePath(), good);
-    dl.LoadItems();
-    EXPECT_TRUE(messages.shown.empty());
-    EXPECT_EQ(app.model.Language, "de");
-    EXPECT_EQ(app.text.Message(1), "eins");                  // the German file was loaded
-    EXPECT_EQ(app.text.Message(2), TextTables().Message(2)); // the rest stays English
-    ASSERT_EQ(app.model.StartupGroupIndex, 0);
-    EXPECT_EQ(app.model.ProgramGroups[0].Programs[0].Path, "Tool.lnk");
+    const auto file = [&](std::string_view name) {
+        return "const Language = Deutsch;\r\nvoid Startup()\r\n{\r\n     Execute (\"" +
+               app.folders.UserItemsFolder + "\\" + std::string(name) +
+               "\", \"\", 3, \"\");\r\n}\r\n";
+    };
+    for (const std::string& good :
+         {"\xEF\xBB\xBF" + file("Résumé 微信.lnk"), file("R\xe9sum\xe9.lnk")}) {
+        test::WriteFileBytes(dl.FilePath(), good);
+        dl.LoadItems();
+        EXPECT_TRUE(messages.shown.empty());
+        EXPECT_EQ(app.model.Language, "de");
+        EXPECT_EQ(app.text.Message(1), "Einträge");              // the German file was loaded
+        EXPECT_EQ(app.text.Message(2), TextTables().Message(2)); // the rest stays English
+        ASSERT_EQ(app.model.StartupGroupIndex, 0);
+        const std::string name = app.model.ProgramGroups[0].Programs[0].Path;
+        EXPECT_TRUE(name == "Résumé 微信.lnk" || name == "Résumé.lnk") << name;
+        dl.WriteItems();
+        const std::string written = test::ReadFileBytes(dl.FilePath());
+        EXPECT_TRUE(StartsWith(written, "//") && Contains(written, "(\"" + name + "\"")) << written;
+    }
 
     const std::string broken =
         "void Startup()\r\n{\r\n     Execute (\"C:\\a.exe\", \"\", 1, \"\");\r\n"

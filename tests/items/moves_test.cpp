@@ -45,7 +45,7 @@ protected:
     std::string AllBackups() {
         std::string all;
         for (const std::string& file : Backups())
-            all += test::ReadFileBytes(file);
+            all += test::ReadUtf16File(file);
         return all;
     }
     // A refusal as the user reads it.
@@ -184,9 +184,10 @@ TEST_F(ItemMovesTest, RunValuesAreSavedBackedUpAndPutBackExactly) {
         backups[0], std::regex("\\\\Delayed Registry\\\\[0-9]{4}-[0-9]{2}-[0-9]{2}\\\\[0-9]{2} "
                                "[0-9]{2} [0-9]{2}\\.reg$")));
     EXPECT_EQ(test::ReadFileBytes(backups[0]),
-              "Windows Registry Editor Version 5.00\r\n\r\n"
-              "[HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Run]\r\n"
-              "\"Tool\"=\"C:\\\\T\\\\tool.exe -x\"\r\n");
+              "\xff\xfe" + test::Utf16Bytes("Windows Registry Editor Version 5.00\r\n\r\n"
+                                            "[HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\"
+                                            "CurrentVersion\\Run]\r\n"
+                                            "\"Tool\"=\"C:\\\\T\\\\tool.exe -x\"\r\n"));
 
     ASSERT_TRUE(Move("CurrentUserRegistry", "Opt=C:\\x.exe /opt=1", kDelayed));
     EXPECT_EQ(test::ProgramLines(app.model.ProgramGroups[0]).back(),

@@ -44,12 +44,11 @@ protected:
 };
 
 // Switches are found by the item's name as Windows compares names: in any letter case, accented
-// letters too (the names in the code page, 1252 here).
+// letters too.
 TEST_F(ViewsAndSwitches, SwitchedOffItemsAreGhostedAndRunSwitchesThemOnAgain) {
     const RegistryRoot user = RegistryRoot::CurrentUser;
-    const std::string off = "R\xe9sum\xe9.lnk", offFlag = "r\xc9SUM\xc9.LNK";
-    const std::string sync = "\xdc"
-                             "ber Sync";
+    const std::string off = "Résumé.lnk", offFlag = "rÉSUMÉ.LNK";
+    const std::string sync = "Über Sync";
     Shortcut(places.UserFolder, off);
     Shortcut(places.UserFolder, "On.lnk");
     RunValue(user, "Tool", "C:\\T\\tool.exe");
@@ -60,10 +59,7 @@ TEST_F(ViewsAndSwitches, SwitchedOffItemsAreGhostedAndRunSwitchesThemOnAgain) {
     ByteArray toolOff = Flag(0x07);
     toolOff[1] = 0x5A;
     SetFlag(user, kApprovedRunKey, "Tool", toolOff);
-    SetFlag(user, kApprovedRunKey,
-            "\xfc"
-            "ber sync",
-            Flag(0x03));
+    SetFlag(user, kApprovedRunKey, "über sync", Flag(0x03));
     SetFlag(user, kApprovedRunKey, "Other", Flag(0x03)); // no item's: never touched
     Refresh();
     EXPECT_TRUE(tree.Node(Leaf("CurrentUserStartup", off)).Cut);
@@ -152,7 +148,7 @@ TEST_F(ViewsAndSwitches, ThirtyTwoBitValuesAreListedMovedAndPutBackInTheirOwnVie
     EXPECT_EQ(Saved(machine, "Same"), "C:\\64\\same.exe");
     std::string backup;
     for (const std::string& file : test::FilesBelow(folder / "Delayed Registry"))
-        backup += test::ReadFileBytes(file);
+        backup += test::ReadUtf16File(file);
     EXPECT_NE(backup.find("[HKEY_LOCAL_MACHINE\\SOFTWARE\\WOW6432Node\\Microsoft\\Windows\\"
                           "CurrentVersion\\Run]\r\n\"Same\"=hex(2):"),
               std::string::npos)

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/handles.h"
+#include "platform/wide_text.h"
 
 namespace tolvane::test {
 
@@ -121,6 +122,22 @@ void ScratchKey::SetRaw(std::string_view name, unsigned long type, std::string_v
 void DeleteRegistryTree(RegistryRoot root, const std::string& path) {
     RegDeleteTreeA(RootHKey(root), path.c_str());
     RegDeleteKeyA(RootHKey(root), path.c_str());
+}
+
+std::string Utf16Bytes(std::string_view text) {
+    const std::wstring wide = Wide(text, CP_UTF8);
+    return std::string(reinterpret_cast<const char*>(wide.data()), wide.size() * 2);
+}
+
+std::string FromUtf16Bytes(std::string_view bytes) {
+    return Narrow(
+        std::wstring_view(reinterpret_cast<const wchar_t*>(bytes.data()), bytes.size() / 2),
+        CP_UTF8);
+}
+
+std::string ReadUtf16File(const std::string& path) {
+    const std::string bytes = ReadFileBytes(path);
+    return bytes.substr(0, 2) == "\xff\xfe" ? FromUtf16Bytes(bytes.substr(2)) : "";
 }
 
 bool CreateShortcut(const std::string& linkPath, const std::string& target,

@@ -66,14 +66,17 @@ std::string BuiltProgramFolder();
 std::string HelperProgram(std::string_view exeName);
 
 // A process started from a command line, ended (killed if need be) when the owner goes.
-// A text value as the system stores it (ASCII text): UTF-16 with its end NUL.
+// UTF-8 text as UTF-16LE bytes, and back.
+std::string Utf16Bytes(std::string_view text);
+std::string FromUtf16Bytes(std::string_view bytes);
+// A text value as the system stores it: UTF-16 with its end NUL.
 inline RegistryValue WideValue(uint32_t type, std::string_view text) {
-    RegistryValue value{type, {}};
-    for (char c : text)
-        value.Data.insert(value.Data.end(), {static_cast<uint8_t>(c), 0});
-    value.Data.insert(value.Data.end(), {0, 0});
-    return value;
+    const std::string bytes = Utf16Bytes(text) + std::string(2, '\0');
+    return RegistryValue{type, std::vector<uint8_t>(bytes.begin(), bytes.end())};
 }
+// The text of a UTF-16LE file with its byte-order mark, as a .reg backup is; "" for a file
+// without the mark.
+std::string ReadUtf16File(const std::string& path);
 
 class ChildProcess {
 public:

@@ -151,6 +151,23 @@ TEST(CodePage, TrailBytesAreNeverSeparators) {
     EXPECT_EQ(ReplaceAllCharacters("\x83\x5C\\\\\\", "\\\\", "\\", 936), "\x83\x5C\\\\");
 }
 
+// UTF-8, the program's own code page: whole sequences or none.
+TEST(CodePage, Utf8IsCheckedAndCutByWholeCharacters) {
+    for (const char* good : {"", "plain", "Café ☕", "微信", "📅 Calendar", "\xF4\x8F\xBF\xBF"})
+        EXPECT_TRUE(IsUtf8(good)) << good;
+    // Latin-1, overlong, a surrogate, cut short, past U+10FFFF, a lone continuation byte.
+    for (const char* bad :
+         {"Caf\xe9", "\xC0\xAF", "\xED\xA0\x80", "\xE5\xBE", "\xF4\x90\x80\x80", "a\x80"})
+        EXPECT_FALSE(IsUtf8(bad)) << bad;
+    EXPECT_EQ(CharacterLength("📅", 0, kUtf8CodePage), 4u);
+    EXPECT_EQ(CharacterLength("\xE5\xBE", 0, kUtf8CodePage), 1u);
+    EXPECT_EQ(CutAtCharacter("微信", 5, kUtf8CodePage), "微");
+    EXPECT_EQ(CutAtCharacter("ab微", 4, kUtf8CodePage), "ab");
+    EXPECT_EQ(CutAtCharacter("\x83\x5C\x83\x5C", 3, 932), "\x83\x5C");
+    EXPECT_EQ(WithoutUtf8Mark("\xEF\xBB\xBFx"), "x");
+    EXPECT_EQ(WithoutUtf8Mark("\xEF\xBBx"), "\xEF\xBBx");
+}
+
 TEST(Language, TextFileEntriesFollowTheCommentAndLineBreakRules) {
     Lines table = {"d0", "d1", "d2", "d3", "d4", "d5"};
     ApplyTextFile(table, "// header comment\r\n"

@@ -227,7 +227,6 @@ TEST_F(MainWindowTest, SaveHelpLinksSearchAndLanguage) {
     PostMessageA(hwnd, WM_COMMAND, LanguageCommand(1), 0);
     Pump();
     EXPECT_FALSE(test::PathExists(file));
-
 }
 
 // A delayed item's tip ends with its last measurement, read from the impact file at the
@@ -241,7 +240,7 @@ TEST_F(MainWindowTest, TipsAndTheStatusLineSayWhatTheUserMustKnow) {
     RunValue(RegistryRoot::CurrentUser, kOwnRunValue, "C:\\Windows\\notepad.exe");
     SetDefaultModel(app.model);
     app.model.StartupType = 2;
-    const std::string tool = "R\xe9sum\xe9.lnk"; // measured as "R\xc9SUM\xc9.LNK": one name
+    const std::string tool = "Résumé.lnk"; // measured as "RÉSUMÉ.LNK": one name
     app.model.ProgramGroups[0].Programs = {{tool, "", "Execute", 0, ""},
                                            {"Gone.lnk", "", "Execute", 0, ""},
                                            {"cmd.exe", "/c del C:\\x", "ExecuteReg", 0, "Wipe"}};
@@ -250,7 +249,7 @@ TEST_F(MainWindowTest, TipsAndTheStatusLineSayWhatTheUserMustKnow) {
     app.Store().File().WriteItems();
     test::WriteFileBytes(
         app.Store().File().ImpactFilePath(),
-        FormatImpactFile({{{kUserStartup, "R\xc9SUM\xc9.LNK"}, "", 4140, 2260, 45 << 20, 0, 9000},
+        FormatImpactFile({{{kUserStartup, "RÉSUMÉ.LNK"}, "", 4140, 2260, 45 << 20, 0, 9000},
                           {{kUserStartup, "Other.lnk"}, "", 100, 100, 0, 0, 9000}}));
     Open();
     tree = window->Tree();

@@ -6,6 +6,7 @@
 #include "config/program_group_store.h"
 #include "config/language_files.h"
 #include "platform/file_io.h"
+#include "platform/wide_text.h"
 #include "ui/tips/tip_ids.h"
 
 namespace tolvane {
@@ -55,7 +56,7 @@ void TipDialog::Init() {
         face.lfHeight = face.lfHeight * 5 / 4;
     });
 
-    tips_.LoadTips(ReadFileBytes(TipFilePath(
+    tips_.LoadTips(ReadTextFile(TipFilePath(
         store_.Folders(), store_.Model().Language))); // nothing when there is no such file
     SetText(IDC_TIP_TEXT, tips_.Shown(texts_));
 }

@@ -11,12 +11,12 @@
 
 namespace tolvane {
 
-// The code page of the texts until the entry sets the system's.
-inline constexpr unsigned kDefaultCodePage = 1252;
 // UTF-8, the program's own code page wherever Windows honours its manifest: every name of every
 // language fits, and no byte of a character of two to four bytes is below 0x80, so the rules for
 // separators need no care there.
 inline constexpr unsigned kUtf8CodePage = 65001;
+// The code page of the texts until the entry sets the process's own.
+inline constexpr unsigned kDefaultCodePage = kUtf8CodePage;
 
 // Whether the byte begins a two-byte character: in 932 the bytes 0x81-0x9F and 0xE0-0xFC, in
 // 936, 949 and 950 the bytes 0x81-0xFE; in every other code page none.

@@ -272,24 +272,31 @@ TEST_F(Console, MovesAnItemByNameAsTheListDoes) {
         EXPECT_NE(File().find(line), std::string::npos) << line << "\n" << File();
 }
 
-// A script names an item in any letter case, as Windows compares names, accented letters
-// too; and restores it by the very text the list showed while it was active.
+// A script names an item in any letter case, as Windows compares names, letters of every script
+// too; the list carries the names exactly; and the very text the list showed while the item was
+// active restores it.
 TEST_F(Console, NamesMatchInAnyLetterCaseAndTheListedTextRestores) {
-    RunValue(RegistryRoot::CurrentUser, "Über Sync", "\"C:\\U S\\u.exe\" -q");
-    Shortcut(places.UserFolder, "Résumé.lnk");
+    const std::string name = "Über Яндекс ☕", command = "\"C:\\Я S\\u.exe\" -q ☕";
+    RunValue(RegistryRoot::CurrentUser, name, command);
+    Shortcut(places.UserFolder, "Résumé 📅.lnk");
     const std::string start = State();
-    const std::string listed = "Über Sync=\"C:\\U S\\u.exe\" -q";
-    EXPECT_EQ(Cli("delay \"über sync\"").code, 0u);
-    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Über Sync"), "\"C:\\U S\\u.exe\" -q");
-    Ran ran = Cli("stop \"rÉSUMÉ.LNK\"");
+    const std::string listed = name + "=" + command;
+    EXPECT_NE(
+        Cli("list --json").out.find("\"name\": \"Über Яндекс ☕=\\\"C:\\\\Я S\\\\u.exe\\\" -q ☕\""),
+        std::string::npos);
+    EXPECT_EQ(Cli("delay \"über яндекс ☕\"").code, 0u);
+    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, name), command);
+    Ran ran = Cli("stop \"rÉSUMÉ 📅.LNK\"");
     EXPECT_EQ(ran.code, 0u) << ran.err;
-    EXPECT_TRUE(test::PathExists(UserItems("Résumé.lnk")));
+    EXPECT_TRUE(test::PathExists(UserItems("Résumé 📅.lnk")));
+    EXPECT_NE(Cli("list").out.find("stopped  user-folder            Résumé 📅.lnk"),
+              std::string::npos);
     ran = Cli("restore \"" + ReplaceAll(listed, "\"", "\\\"") + "\"");
     EXPECT_EQ(ran.code, 0u) << ran.err;
-    EXPECT_EQ(Cli("restore \"Résumé.lnk\"").code, 0u);
+    EXPECT_EQ(Cli("restore \"Résumé 📅.lnk\"").code, 0u);
     EXPECT_EQ(State(), start);
-    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Über Sync"), "\"C:\\U S\\u.exe\" -q");
-    EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, "Über Sync"));
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, name), command);
+    EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, name));
 }
 
 } // namespace

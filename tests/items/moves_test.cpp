@@ -214,37 +214,89 @@ TEST_F(ItemMovesTest, RunValuesAreSavedBackedUpAndPutBackExactly) {
     EXPECT_TRUE(messages.shown.empty());
 }
 
-// A value whose name holds "=", and one whose command is empty, are items like any other: each
-// is listed by the same text in every state, delayed, stopped and put back exactly.
-TEST_F(ItemMovesTest, NamesWithEqualsAndEmptyCommandsMoveAndComeBackExactly) {
-    const RegistryRoot user = RegistryRoot::CurrentUser;
+// Any name Windows can hold is an item like any other, in every location: a value whose name
+// holds "=", one whose command is empty, names and folders of scripts that no legacy code page
+// holds, in both Run keys, the 32-bit view and both Startup folders. Each is listed by the same
+// text in every state, delayed, stopped and put back exactly: value names and data, file names
+// and bytes.
+TEST_F(ItemMovesTest, AnyNameMovesThroughEveryStateAndComesBackExactly) {
+    const RegistryRoot user = RegistryRoot::CurrentUser, machine = RegistryRoot::LocalMachine,
+                       machine32 = RegistryRoot::LocalMachine32;
     RunValue(user, "a=b", "\"C:\\x y\\x.exe\" /y=1");
     RunValue(user, "Empty", "");
-    const RegistryValue eq = *reg.GetValue(user, kRunKey, "a=b");
-    const RegistryValue empty = *reg.GetValue(user, kRunKey, "Empty");
-    const Lines texts = {"Empty=", "a=b=\"C:\\x y\\x.exe\" /y=1"};
-    Refresh();
-    EXPECT_EQ(Items("CurrentUserRegistry"), texts);
-    for (const std::string& text : texts)
-        ASSERT_TRUE(Move("CurrentUserRegistry", text, kDelayed)) << text;
-    Refresh();
-    EXPECT_EQ(Items("DelayedItemsRegistryCurrentUser"), texts);
-    EXPECT_NE(File().find("ExecuteReg (\"\", \"\", 0, \"Empty\");"), std::string::npos) << File();
-    EXPECT_NE(File().find("ExecuteReg (\"C:\\x y\\x.exe\", \"/y=1\", 0, \"a=b\");"),
-              std::string::npos);
-    for (const std::string& text : texts)
-        ASSERT_TRUE(Move("DelayedItemsRegistryCurrentUser", text, kStopped)) << text;
-    Refresh();
-    EXPECT_EQ(Items("StoppedItemsCurrentReg"), texts);
-    EXPECT_TRUE(Items("DelayedItemsRegistryCurrentUser").empty());
-    for (const std::string& text : texts)
-        ASSERT_TRUE(Move("StoppedItemsCurrentReg", text, kActive)) << text;
-    EXPECT_EQ(reg.GetValue(user, kRunKey, "a=b"), eq);
-    EXPECT_EQ(reg.GetValue(user, kRunKey, "Empty"), empty);
+    RunValue(user, "微信", "\"C:\\Program Files\\微信\\WeChat.exe\" -autorun");
+    RunValue(machine, "Café ☕", "C:\\Café\\☕.exe /tray");
+    ASSERT_TRUE(
+        reg.SetValue(machine32, kRunKey, "Яндекс",
+                     WideValue(REG_EXPAND_SZ, "\"%ProgramFiles%\\Яндекс\\browser.exe\" --silent")));
+    Shortcut(places.UserFolder, "Ноутбук.lnk");
+    Shortcut(places.CommonFolder, "📅 Calendar.lnk");
+    const auto snapshot = [&] {
+        std::vector<std::pair<std::string, RegistryValue>> all;
+        for (RegistryRoot root : {user, machine, machine32})
+            for (auto& value : reg.EnumValues(root, kRunKey))
+                all.push_back(std::move(value));
+        for (const std::string& f : {places.UserFolder, places.CommonFolder})
+            for (const std::string& file : test::FilesBelow(f)) {
+                const std::string bytes = test::ReadFileBytes(file);
+                all.push_back({file, {0, std::vector<uint8_t>(bytes.begin(), bytes.end())}});
+            }
+        return all;
+    };
+    const auto before = snapshot();
+    struct Place {
+        const char *active, *delayed, *stopped;
+        Lines texts;
+    };
+    const std::vector<Place> locations = {
+        {"CurrentUserRegistry",
+         "DelayedItemsRegistryCurrentUser",
+         "StoppedItemsCurrentReg",
+         {"Empty=", "a=b=\"C:\\x y\\x.exe\" /y=1",
+          "微信=\"C:\\Program Files\\微信\\WeChat.exe\" -autorun"}},
+        {"AllUsersRegistry",
+         "DelayedItemsRegistryAllUsers",
+         "StoppedItemsAllReg",
+         {"Café ☕=C:\\Café\\☕.exe /tray",
+          "Яндекс=\"%ProgramFiles%\\Яндекс\\browser.exe\" --silent"}},
+        {"CurrentUserStartup",
+         "DelayedItemsStartupCurrentUser",
+         "StoppedItemsCurrentStartup",
+         {"Ноутбук.lnk"}},
+        {"AllUsersStartup",
+         "DelayedItemsStartupAllUsers",
+         "StoppedItemsAllStartup",
+         {"📅 Calendar.lnk"}},
+    };
+    // Active, then delayed, then stopped, then active again: each step lists every item by its
+    // own text where it went, and nothing where it was.
+    for (int step = 0; step < 3; ++step) {
+        Refresh();
+        for (const Place& p : locations) {
+            const char* from = step == 0 ? p.active : step == 1 ? p.delayed : p.stopped;
+            ASSERT_EQ(Items(from), p.texts) << from;
+            for (const std::string& text : p.texts)
+                ASSERT_TRUE(Move(from, text,
+                                 step == 0   ? kDelayed
+                                 : step == 1 ? kStopped
+                                             : kActive))
+                    << text;
+            if (step == 0) {
+                EXPECT_NE(File().find("ExecuteReg (\"\", \"\", 0, \"Empty\");"), std::string::npos);
+                EXPECT_NE(File().find("ExecuteReg (\"C:\\x y\\x.exe\", \"/y=1\", 0, \"a=b\");"),
+                          std::string::npos);
+            }
+        }
+        if (step == 1) // stopped: the saved copies by the values' own names
+            EXPECT_EQ(Saved(user, "微信"), "\"C:\\Program Files\\微信\\WeChat.exe\" -autorun");
+    }
+    EXPECT_EQ(snapshot(), before);
     EXPECT_EQ(reg.EnumValues(user, kSavedUserRunKey).size(), 0u);
     Refresh();
-    EXPECT_EQ(Items("CurrentUserRegistry"), texts);
-    EXPECT_TRUE(Items("StoppedItemsCurrentReg").empty());
+    for (const Place& p : locations) {
+        EXPECT_EQ(Items(p.active), p.texts);
+        EXPECT_TRUE(Items(p.stopped).empty());
+    }
     EXPECT_TRUE(messages.shown.empty());
 }
 

@@ -127,9 +127,10 @@ TEST_F(LogOnRun, StartsTheStartupGroupInTurnLogsItAndEnds) {
     EXPECT_EQ(reg.GetSettingString(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue), "");
 }
 
-// Run values as installers write them, each delayed with tolvanec as a script would, then
-// started by the log-on run: each program, at its own path, gets exactly the arguments that
-// Windows would have given it, byte for byte.
+// Run values as installers write them and shortcuts in the Startup folder, names and folders
+// of every script included, each delayed with tolvanec as a script would, then started by the
+// log-on run: each program, at its own path, gets exactly the arguments that Windows would have
+// given it, byte for byte.
 TEST_F(LogOnRun, DelayedRunValuesGetTheArgumentsWindowsWouldGive) {
     const std::string recorder = test::HelperProgram("args_recorder.exe");
     const std::string record = folder / "arguments.txt";
@@ -151,7 +152,9 @@ TEST_F(LogOnRun, DelayedRunValuesGetTheArgumentsWindowsWouldGive) {
                       chrome = at("Google Chrome\\Application\\chrome.exe"),
                       dell = at("Dell\\Support Assist\\agent.exe"),
                       lenovo = at("LENOVO\\HOT KEY\\TPHKLOAD.EXE"), tool = at("Exp App\\tool.exe"),
-                      mounter = at("Scripts\\mounter.exe"), sync = at("Tools\\sync.exe");
+                      mounter = at("Scripts\\mounter.exe"), sync = at("Tools\\sync.exe"),
+                      wechat = at("微信\\WeChat.exe"), yandex = at("Яндекс\\browser.exe"),
+                      calendar = at("📅 Calendar\\cal.exe"), notebook = at("Ноутбук\\note.exe");
     test::WriteFileBytes(folder / "Scripts\\mount drives.bat", "@\"" + mounter + "\" %*\r\n");
     const std::vector<Value> values = {
         {"Spotify", "\"" + spotify + "\" --autostart --minimized", false,
@@ -170,13 +173,25 @@ TEST_F(LogOnRun, DelayedRunValuesGetTheArgumentsWindowsWouldGive) {
         {"Mount", "\"" + folder / "Scripts\\mount drives.bat" + "\" one \"two three\"", false,
          mounter + "|one \"two three\""},
         {"Sync", "cmd.exe /c start \"\" \"" + sync + "\" --tray", false, sync + "|--tray"},
+        {"微信", "\"" + wechat + "\" -autorun ☕", false, wechat + "|-autorun ☕"},
+        {"Café ☕", yandex + " --silent \"Яндекс\"", false, yandex + "|--silent \"Яндекс\""},
     };
     WriteProgramGroups(1, 0, {});
-    std::vector<std::string> expected;
+    const test::StartupLocations places;
+    ASSERT_TRUE(
+        test::CreateShortcut(places.UserFolder + "\\📅 Calendar.lnk", calendar, "--today ☕"));
+    ASSERT_TRUE(test::CreateShortcut(places.UserFolder + "\\Ноутбук.lnk", notebook, "/min"));
+    std::vector<std::string> expected = {calendar + "|--today ☕", notebook + "|/min"};
+    for (const char* shortcut : {"📅 Calendar.lnk", "Ноутбук.lnk"}) {
+        test::ChildProcess delay("\"" + folder / "tolvanec.exe" + "\" delay \"" + shortcut + "\"");
+        unsigned long code = 99;
+        ASSERT_TRUE(delay.WaitForExit(30000, &code));
+        EXPECT_EQ(code, 0u) << shortcut;
+    }
     for (const Value& v : values) {
         ASSERT_TRUE(reg.SetValue(RegistryRoot::CurrentUser, kRunKey, v.name,
                                  test::WideValue(v.expandable ? REG_EXPAND_SZ : REG_SZ, v.data)));
-        test::ChildProcess delay("\"" + folder / "tolvanec.exe" + "\" delay " + v.name);
+        test::ChildProcess delay("\"" + folder / "tolvanec.exe" + "\" delay \"" + v.name + "\"");
         unsigned long code = 99;
         ASSERT_TRUE(delay.WaitForExit(30000, &code));
         EXPECT_EQ(code, 0u) << v.name;
@@ -185,12 +200,12 @@ TEST_F(LogOnRun, DelayedRunValuesGetTheArgumentsWindowsWouldGive) {
     test::ChildProcess tolvane(Exe() + " -nogui");
     ASSERT_TRUE(tolvane.WaitForExit(60000));
     std::vector<std::string> started;
-    for (int i = 0; i < 500 && started.size() < values.size(); ++i, Sleep(20))
+    for (int i = 0; i < 500 && started.size() < expected.size(); ++i, Sleep(20))
         started = test::ReadLines(record);
     std::sort(started.begin(), started.end());
     std::sort(expected.begin(), expected.end());
     EXPECT_EQ(started, expected);
-    test::DeleteRegistryTree(RegistryRoot::CurrentUser, kSavedUserRunKey);
+    places.Clear();
 }
 
 // What the run starts is measured, a shortcut as the program it points to: a line per item in

@@ -7,10 +7,13 @@
 #include <set>
 
 #include "items/startup_tree.h"
+#include "models/tray_menu.h"
 #include "platform/dir_struct.h"
 #include "platform/handles.h"
+#include "platform/wide_text.h"
 #include "resource_ids.h"
 #include "support/win_test_support.h"
+#include "ui/menu_view.h"
 #include "ui/tree_view.h"
 
 namespace tolvane {
@@ -64,13 +67,15 @@ std::vector<std::string> FromControl(HWND tree) {
     std::vector<std::string> out;
     std::function<void(HTREEITEM, int)> walk = [&](HTREEITEM item, int depth) {
         for (; item; item = TreeView_GetNextSibling(tree, item)) {
-            char text[512] = {};
-            TVITEMA data{TVIF_TEXT | TVIF_STATE | TVIF_IMAGE, item};
+            // The text as the control holds it, in UTF-16: a name of any script shows as it is.
+            wchar_t text[512] = {};
+            TVITEMW data{TVIF_TEXT | TVIF_STATE | TVIF_IMAGE, item};
             data.pszText = text;
-            data.cchTextMax = sizeof text;
+            data.cchTextMax = 512;
             data.stateMask = TVIS_BOLD | TVIS_CUT | TVIS_EXPANDED | TVIS_STATEIMAGEMASK;
-            SendMessageA(tree, TVM_GETITEMA, 0, reinterpret_cast<LPARAM>(&data));
-            out.push_back(Shown(depth, text, data.state & TVIS_BOLD, data.state & TVIS_CUT,
+            SendMessageW(tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&data));
+            out.push_back(Shown(depth, Narrow(text, CP_UTF8), data.state & TVIS_BOLD,
+                                data.state & TVIS_CUT,
                                 (data.state & TVIS_STATEIMAGEMASK) == INDEXTOSTATEIMAGEMASK(2),
                                 data.state & TVIS_EXPANDED, data.iImage));
             walk(TreeView_GetChild(tree, item), depth + 1);
@@ -121,7 +126,7 @@ TEST(TreeViewControl, ShowsTheModelWithTheProgramsIconsAndHandsTheUsersChangesBa
     // The containers of every place, with all six pictures, and two items, one of them
     // switched off in Task Manager.
     StartupListing listing;
-    listing.UserStartupFiles = {"Tool.lnk", "Known.lnk"};
+    listing.UserStartupFiles = {"Tool.lnk", "Known.lnk", "📅 Ноутбук 微信.lnk"};
     listing.OffUserFolder =
         SwitchedOffNames({{"tool.lnk", {kBinaryType, {0x03}}}}, CDirStruct::CompareNames);
     BuildStartupTree(host.model, listing, ProgramModel(), {"Tolvane", "x"},
@@ -162,6 +167,37 @@ TEST(TreeViewControl, ShowsTheModelWithTheProgramsIconsAndHandsTheUsersChangesBa
     LRESULT result = 0;
     EXPECT_TRUE(host.tree->OnNotify(&tip.hdr, host.model, result));
     EXPECT_STREQ(buffer, "tip of Tool.lnk");
+    // A tip too long for the buffer is cut between characters, never inside one.
+    host.tree->ToolTip = [&](int) { return std::string("tip of 微信"); };
+    tip.cchTextMax = 9;
+    EXPECT_TRUE(host.tree->OnNotify(&tip.hdr, host.model, result));
+    EXPECT_STREQ(buffer, "tip of ");
+}
+
+// The tray's popup shows each program's name as it is, in any script.
+TEST(TrayMenuView, ShowsEveryNameAsItIs) {
+    const TrayMenu model = TrayMenu::Build({0,
+                                            "Startup",
+                                            {"C:\\微信\\微信.exe", "📅 Calendar.lnk"},
+                                            {"Ноутбук.lnk"},
+                                            "Run All",
+                                            "Stopped",
+                                            "&Open",
+                                            "&Quit Program"});
+    const UniqueMenu menu = MakePopupMenu(model.Entries());
+    std::set<std::string> shown;
+    std::function<void(HMENU)> walk = [&](HMENU m) {
+        for (int i = 0; i < GetMenuItemCount(m); ++i) {
+            wchar_t text[256] = {};
+            GetMenuStringW(m, i, text, 256, MF_BYPOSITION);
+            shown.insert(Narrow(text, CP_UTF8));
+            if (HMENU sub = GetSubMenu(m, i))
+                walk(sub);
+        }
+    };
+    walk(menu.get());
+    for (const char* name : {"微信.exe", "📅 Calendar.lnk", "Ноутбук.lnk"})
+        EXPECT_TRUE(shown.count(name)) << name;
 }
 
 } // namespace

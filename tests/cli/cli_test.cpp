@@ -284,6 +284,7 @@ TEST_F(Console, NamesMatchInAnyLetterCaseAndTheListedTextRestores) {
     EXPECT_NE(
         Cli("list --json").out.find("\"name\": \"Über Яндекс ☕=\\\"C:\\\\Я S\\\\u.exe\\\" -q ☕\""),
         std::string::npos);
+    EXPECT_NE(Cli("delay \"Нет ☕\"").err.find("Нет ☕"), std::string::npos); // named as typed
     EXPECT_EQ(Cli("delay \"über яндекс ☕\"").code, 0u);
     EXPECT_EQ(Saved(RegistryRoot::CurrentUser, name), command);
     Ran ran = Cli("stop \"rÉSUMÉ 📅.LNK\"");

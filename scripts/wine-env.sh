@@ -9,6 +9,9 @@ wine_env_setup() { # WINE_DIR
     export WINEPREFIX="$TOLVANE_WINE_DIR/prefix"
     export WINEARCH=win64
     export WINEDEBUG=-all
+    # Wine turns Unix file names and command lines into Unicode through the Unix locale: a UTF-8
+    # one, or a name such as "微信" arrives as question marks.
+    export LANG=C.UTF-8 LC_ALL=C.UTF-8
     # No Mono or Gecko prompts, no desktop files written into $HOME.
     export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
 }

@@ -6,7 +6,11 @@ set -eu
 cd "$(dirname "$0")"
 tmp=$(mktemp --suffix=.png)
 trap 'rm -f "$tmp"' EXIT
-ico() { convert "$tmp" -define icon:auto-resize=48,32,24,16 "$1.ico"; }
+# Each .ico is stored with PNG entries (png-entries.py): the same pixels in a tenth of the bytes.
+ico() {
+    convert "$tmp" -define icon:auto-resize=48,32,24,16 "$1.ico"
+    python3 png-entries.py "$1.ico" "$1.ico"
+}
 
 # The program and its tray icon: a clock, since it waits before it starts things.
 convert -size 48x48 xc:none \
@@ -26,6 +30,7 @@ tree_ico() { # name mvg
         convert "$tmp" -scale "${size}x${size}" "$tmp-$size.png"
     done
     convert "$tmp-32.png" "$tmp-24.png" "$tmp-16.png" "$1.ico"
+    python3 png-entries.py "$1.ico" "$1.ico"
     rm -f "$tmp"-*.png
 }
 

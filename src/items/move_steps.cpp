@@ -253,9 +253,9 @@ RegBackup::~RegBackup() {
 void RegBackup::Line(std::string_view text, bool first) {
     // UTF-16LE, as the registry editor writes its files: a double click brings back every name
     // and every text exactly, whatever the code page of the machine that reads it.
-    std::wstring line = first ? L"\xFEFF" : L"";
-    line += Wide(text);
-    line += L"\r\n";
+    std::wstring line = Wide(text) + L"\r\n";
+    if (first)
+        line.insert(line.begin(), L'\xFEFF'); // the byte-order mark
     const DWORD size = static_cast<DWORD>(line.size() * sizeof(wchar_t));
     DWORD wrote = 0;
     if (!WriteFile(file_.get(), line.data(), size, &wrote, nullptr) || wrote != size ||

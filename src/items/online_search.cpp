@@ -1,54 +1,23 @@
 #include "items/online_search.h"
 
+#include <cstring>
+
 #include "text/strings.h"
 
 namespace tolvane {
 
 std::string URLEncode(std::string_view text) {
+    // The thirteen characters that an address may not hold as they are; everything else passes.
+    static constexpr char kEscaped[] = "^&`{}|][\"<>\\ ";
+    static constexpr char kHex[] = "0123456789ABCDEF";
     std::string out;
     out.reserve(text.size());
     for (char c : text) {
-        switch (c) {
-        case '^':
-            out += "%5E";
-            break;
-        case '&':
-            out += "%26";
-            break;
-        case '`':
-            out += "%60";
-            break;
-        case '{':
-            out += "%7B";
-            break;
-        case '}':
-            out += "%7D";
-            break;
-        case '|':
-            out += "%7C";
-            break;
-        case ']':
-            out += "%5D";
-            break;
-        case '[':
-            out += "%5B";
-            break;
-        case '"':
-            out += "%22";
-            break;
-        case '<':
-            out += "%3C";
-            break;
-        case '>':
-            out += "%3E";
-            break;
-        case '\\':
-            out += "%5C";
-            break;
-        case ' ':
-            out += "%20";
-            break;
-        default:
+        if (c != '\0' && std::strchr(kEscaped, c)) {
+            out += '%';
+            out += kHex[static_cast<unsigned char>(c) >> 4];
+            out += kHex[c & 15];
+        } else {
             out += c;
         }
     }

@@ -72,7 +72,9 @@ bool IsUtf8(std::string_view bytes) {
 }
 
 std::string_view WithoutUtf8Mark(std::string_view text) {
-    return text.substr(text.substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0);
+    const bool marked =
+        text.size() >= 3 && text[0] == '\xEF' && text[1] == '\xBB' && text[2] == '\xBF';
+    return marked ? std::string_view(text.data() + 3, text.size() - 3) : text;
 }
 
 size_t CharacterLength(std::string_view s, size_t at, unsigned codePage) {

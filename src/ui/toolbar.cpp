@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "platform/runtime_libraries.h"
+#include "platform/wide_text.h"
 #include "ui/window.h"
 
 namespace tolvane {
@@ -87,9 +88,7 @@ bool ToolbarControl::OnNotify(const NMHDR* header) {
         info->lpszText = const_cast<char*>(button->ToolTip.c_str());
     } else {
         auto* info = reinterpret_cast<NMTTDISPINFOW*>(const_cast<NMHDR*>(header));
-        wideTip_.assign(button->ToolTip.size() + 1, L'\0');
-        MultiByteToWideChar(CP_ACP, 0, button->ToolTip.c_str(), -1, wideTip_.data(),
-                            static_cast<int>(wideTip_.size()));
+        wideTip_ = Wide(button->ToolTip);
         info->lpszText = wideTip_.data();
     }
     return true;

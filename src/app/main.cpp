@@ -80,7 +80,7 @@ std::string InstanceMutexName() {
 }
 
 std::string ProcessImage(HANDLE process) {
-    char path[MAX_PATH * 2] = {};
+    char path[MAX_PATH * 3] = {};
     DWORD size = sizeof path;
     return QueryFullProcessImageNameA(process, 0, path, &size) ? std::string(path, size) : "";
 }

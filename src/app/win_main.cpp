@@ -22,11 +22,12 @@ public:
         for (char& c : filters)
             if (c == '|')
                 c = '\0';
-        char current[256] = {};
-        GetCurrentDirectoryA(255, current);
+        // Room for long paths of any script: UTF-8 takes up to three bytes a character.
+        char current[MAX_PATH * 3] = {};
+        GetCurrentDirectoryA(sizeof current, current);
         const std::string initial = folder.empty() ? current : std::string(folder);
         const std::string caption(title);
-        char file[256] = {}, fileTitle[256] = {};
+        char file[MAX_PATH * 3] = {}, fileTitle[MAX_PATH * 3] = {};
         OPENFILENAMEA dialog{};
         dialog.lStructSize = sizeof dialog;
         dialog.hwndOwner = GetActiveWindow();

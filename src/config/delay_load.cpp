@@ -16,11 +16,11 @@
 namespace tolvane {
 
 std::string WindowsUserName() {
-    char buffer[256] = {};
-    DWORD size = sizeof buffer;
-    if (!GetUserNameA(buffer, &size))
+    wchar_t buffer[257] = {}; // the longest user name and its NUL
+    DWORD size = 257;
+    if (!GetUserNameW(buffer, &size))
         return std::string();
-    return std::string(buffer, strnlen(buffer, sizeof buffer));
+    return Narrow(buffer);
 }
 
 CDelayLoad::CDelayLoad(ProgramModel& model, const AppFolders& folders, TextTables& text,

@@ -5,6 +5,7 @@
 
 #include "config/app_folders.h"
 #include "platform/handles.h"
+#include "platform/wide_text.h"
 
 namespace tolvane {
 
@@ -12,10 +13,12 @@ std::string GetSpecialFolder(int csidl) {
     UniquePidl folder;
     if (FAILED(SHGetSpecialFolderLocation(nullptr, csidl, folder.put())) || !folder)
         return std::string();
-    char path[512] = {};
-    if (!SHGetPathFromIDListA(folder.get(), path))
+    // The wide call: the narrow one cuts at 260 bytes, which a profile path in Cyrillic or
+    // Chinese may pass in UTF-8 well below 260 characters.
+    wchar_t path[MAX_PATH] = {};
+    if (!SHGetPathFromIDListW(folder.get(), path))
         return std::string();
-    return std::string(path, strnlen(path, sizeof path));
+    return Narrow(path);
 }
 
 void EnsureStartupFolders(AppFolders& folders) {

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "platform/wide_text.h"
 #include "text/strings.h"
 
 namespace tolvane {
@@ -11,17 +12,18 @@ namespace tolvane {
 std::string ExpandEnvironment(const std::string& text) {
     if (text.find('%') == std::string::npos)
         return text;
-    const DWORD n = ExpandEnvironmentStringsA(text.c_str(), nullptr, 0);
+    // Through the wide call: the narrow one counts its sizes in characters on some systems and in
+    // bytes on others, and a profile path in Cyrillic takes twice as many bytes as characters.
+    const std::wstring wide = Wide(text);
+    const DWORD n = ExpandEnvironmentStringsW(wide.c_str(), nullptr, 0);
     if (n == 0)
         return text;
-    // The size asked for first may count a double-byte character twice: the text ends at its
-    // NUL, not at the size.
-    std::string out(n + 1, '\0');
-    const DWORD written = ExpandEnvironmentStringsA(text.c_str(), out.data(), n + 1);
-    if (written == 0 || written > n + 1)
+    std::wstring out(n, L'\0');
+    const DWORD written = ExpandEnvironmentStringsW(wide.c_str(), out.data(), n);
+    if (written == 0 || written > n)
         return text;
-    out.resize(std::char_traits<char>::length(out.c_str()));
-    return out;
+    out.resize(written - 1);
+    return Narrow(out);
 }
 
 namespace {

@@ -19,9 +19,9 @@ TextTables::TextTables() : Languages(1) {
                                    "&Add\0"
                                    "&Browse...\0"
                                    "&Remove\0"
-                                   "Add Grou&p\0"
+                                   "Add Gr&oup\0"
                                    "&Update\0"
-                                   "Edit Gro&up\0";
+                                   "Ed&it Group\0";
     Buttons = UnpackTexts(kButtons, sizeof kButtons);
     static const char kMenus[] = "&File\0"
                                  "&Save\0"

@@ -92,7 +92,7 @@ void EndRunningCopies() {
     constexpr DWORD kEndWaitMs = 15000;
     const std::string self = ToLower(RunningExePath());
     HWND window = nullptr;
-    while ((window = FindWindowExA(nullptr, window, nullptr, kMainWindowTitle)) != nullptr) {
+    while ((window = FindWindowExA(nullptr, window, MainWindow::kClassName, nullptr)) != nullptr) {
         DWORD id = 0;
         GetWindowThreadProcessId(window, &id);
         if (id == GetCurrentProcessId())
@@ -163,7 +163,7 @@ int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& mes
         if (GetLastError() == ERROR_ALREADY_EXISTS) {
             // The first copy opens its window itself, as the tray's "Open" does: shown from
             // here it would be an empty frame, and the end of a log-on run would close it.
-            if (HWND first = FindWindowA(nullptr, kMainWindowTitle)) {
+            if (HWND first = FindWindowA(MainWindow::kClassName, nullptr)) {
                 DWORD process = 0;
                 GetWindowThreadProcessId(first, &process);
                 AllowSetForegroundWindow(process);
@@ -195,8 +195,8 @@ int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& mes
     } catch (const std::exception& e) {
         if (app)
             app->log.WriteLog(std::string("Main: ") + e.what(), kLogError);
-        messages.ShowMessage(app ? app->text.Message(6) : TextTables().Message(6),
-                             "Tolvane Critical Stop", kMbOk | kMbIconCritical);
+        messages.ShowMessage(app ? app->text.Message(6) : TextTables().Message(6), "Tolvane",
+                             kMbOk | kMbIconCritical);
         if (!window || !window->Handle())
             return 1;
     }

@@ -154,7 +154,7 @@ void CDelayLoad::LoadItems(bool writeMissing) {
                 WriteItems();
         } catch (const FileError&) {
             // The folder cannot be written: the model of a first start holds all the same.
-            messages_.ShowMessage(text_.Message(13), "Tolvane - Error", kMbOk | kMbIconInformation);
+            messages_.ShowMessage(text_.Message(13), "Tolvane", kMbOk | kMbIconInformation);
         }
         model.SortArray();
         model.StartupGroupIndex = model.GetGroupID(kStartupGroup);
@@ -174,7 +174,7 @@ void CDelayLoad::LoadItems(bool writeMissing) {
     if (result.Ok)
         return;
     CopyFileA(filePath_.c_str(), UnreadableCopyPath().c_str(), FALSE);
-    messages_.ShowMessage(text_.Message(13), "Tolvane - Error", kMbOk | kMbIconInformation);
+    messages_.ShowMessage(text_.Message(13), "Tolvane", kMbOk | kMbIconInformation);
 }
 
 } // namespace tolvane

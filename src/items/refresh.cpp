@@ -116,6 +116,7 @@ bool RefreshData(ProgramGroupStore store, const TextTables& text,
         hooks.Timer = SecondsSinceMidnight;
         hooks.Progress = progress;
         hooks.Notice = Notices{model, folders, text};
+        hooks.Headings = &text.Toolbar;
         BuildStartupTree(tree, listing, model, own, hooks);
     } catch (const std::exception& e) {
         log.WriteLog(std::string("RefreshData Error: ") + e.what(), kLogError);

@@ -4,40 +4,52 @@
 #include "platform/path_rules.h"
 #include "text/placeholders.h"
 #include "text/strings.h"
+#include "text/text_tables.h"
 
 namespace tolvane {
 
 namespace {
 
+// The headings of the containers: entries of the main window's texts (the Toolbar table).
+enum : unsigned char {
+    kCurrentUser = 8,
+    kAllUsers,
+    kStartupFolder,
+    kRegistryRun,
+    kDelayedItems,
+    kStoppedItems,
+    kRegistry,
+};
+
 struct Container {
     const char* key;
     const char* parent; // "" for a root
-    const char* caption;
+    unsigned char heading;
     const char* image;
 };
 
 // The containers, in the order they are made.
 constexpr Container kContainers[] = {
-    {"CurrentUserRoot", "", "Current User (", "User"},
-    {"CurrentUserStartup", "CurrentUserRoot", "Startup Folder (", "Startup"},
-    {"CurrentUserRegistry", "CurrentUserRoot", "Registry Run (", "Registry"},
-    {"AllUsersRoot", "", "All Users (", "Group"},
-    {"AllUsersStartup", "AllUsersRoot", "Startup Folder (", "Startup"},
-    {"AllUsersRegistry", "AllUsersRoot", "Registry Run (", "Registry"},
-    {"DelayedItemsRoot", "", "Delayed Items (", "Delay"},
-    {"DIR_CurrentUser", "DelayedItemsRoot", "Current User (", "User"},
-    {"DIR_AllUsers", "DelayedItemsRoot", "All Users (", "Group"},
-    {"DelayedItemsStartupCurrentUser", "DIR_CurrentUser", "Startup Folder (", "Startup"},
-    {"DelayedItemsRegistryCurrentUser", "DIR_CurrentUser", "Registry Run (", "Registry"},
-    {"DelayedItemsStartupAllUsers", "DIR_AllUsers", "Startup Folder (", "Startup"},
-    {"DelayedItemsRegistryAllUsers", "DIR_AllUsers", "Registry Run (", "Registry"},
-    {"StoppedItemsRoot", "", "Stopped Items (", "Stopped"},
-    {"StoppedItemsCurrent", "StoppedItemsRoot", "Current User (", "User"},
-    {"StoppedItemsAll", "StoppedItemsRoot", "All Users (", "Group"},
-    {"StoppedItemsCurrentStartup", "StoppedItemsCurrent", "Startup Folder (", "Startup"},
-    {"StoppedItemsCurrentReg", "StoppedItemsCurrent", "Registry (", "Registry"},
-    {"StoppedItemsAllStartup", "StoppedItemsAll", "Startup Folder (", "Startup"},
-    {"StoppedItemsAllReg", "StoppedItemsAll", "Registry (", "Registry"},
+    {"CurrentUserRoot", "", kCurrentUser, "User"},
+    {"CurrentUserStartup", "CurrentUserRoot", kStartupFolder, "Startup"},
+    {"CurrentUserRegistry", "CurrentUserRoot", kRegistryRun, "Registry"},
+    {"AllUsersRoot", "", kAllUsers, "Group"},
+    {"AllUsersStartup", "AllUsersRoot", kStartupFolder, "Startup"},
+    {"AllUsersRegistry", "AllUsersRoot", kRegistryRun, "Registry"},
+    {"DelayedItemsRoot", "", kDelayedItems, "Delay"},
+    {"DIR_CurrentUser", "DelayedItemsRoot", kCurrentUser, "User"},
+    {"DIR_AllUsers", "DelayedItemsRoot", kAllUsers, "Group"},
+    {"DelayedItemsStartupCurrentUser", "DIR_CurrentUser", kStartupFolder, "Startup"},
+    {"DelayedItemsRegistryCurrentUser", "DIR_CurrentUser", kRegistryRun, "Registry"},
+    {"DelayedItemsStartupAllUsers", "DIR_AllUsers", kStartupFolder, "Startup"},
+    {"DelayedItemsRegistryAllUsers", "DIR_AllUsers", kRegistryRun, "Registry"},
+    {"StoppedItemsRoot", "", kStoppedItems, "Stopped"},
+    {"StoppedItemsCurrent", "StoppedItemsRoot", kCurrentUser, "User"},
+    {"StoppedItemsAll", "StoppedItemsRoot", kAllUsers, "Group"},
+    {"StoppedItemsCurrentStartup", "StoppedItemsCurrent", kStartupFolder, "Startup"},
+    {"StoppedItemsCurrentReg", "StoppedItemsCurrent", kRegistry, "Registry"},
+    {"StoppedItemsAllStartup", "StoppedItemsAll", kStartupFolder, "Startup"},
+    {"StoppedItemsAllReg", "StoppedItemsAll", kRegistry, "Registry"},
 };
 
 // The containers whose open state a refresh keeps, in the order it is put back; the stopped
@@ -260,9 +272,13 @@ void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramMod
     Builder build(tree, hooks);
     build.Progress(0);
     tree.Clear();
+    const std::vector<std::string>& headings =
+        hooks.Headings ? *hooks.Headings : TextTables().Toolbar;
     for (size_t i = 0; i < std::size(kContainers); ++i) {
         const Container& c = kContainers[i];
-        tree.Add(c.parent, c.key, c.caption + std::to_string(counts[i]) + ")", c.image);
+        tree.Add(c.parent, c.key,
+                 TextTables::Entry(headings, c.heading) + " (" + std::to_string(counts[i]) + ")",
+                 c.image);
     }
     build.Progress(100.0 / 3);
 

@@ -148,6 +148,9 @@ struct StartupTreeHooks {
     // How Windows compares value names (CDirStruct::CompareNames), by which the program's own
     // value is known; none: exactly as written.
     NameOrder Order = nullptr;
+    // The main window's texts (the Toolbar table), which name the containers; none: the
+    // built-in English ones.
+    const std::vector<std::string>* Headings = nullptr;
 };
 
 // Rebuilds the tree and the listing's items. The program's own Run value (the first copy in

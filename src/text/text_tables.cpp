@@ -19,9 +19,9 @@ TextTables::TextTables() : Languages(1) {
                                    "&Add\0"
                                    "&Browse...\0"
                                    "&Remove\0"
-                                   "Add Grou&p\0"
+                                   "Add Gr&oup\0"
                                    "&Update\0"
-                                   "Edit Gro&up\0";
+                                   "Ed&it Group\0";
     Buttons = UnpackTexts(kButtons, sizeof kButtons);
     static const char kMenus[] = "&File\0"
                                  "&Save\0"
@@ -34,7 +34,7 @@ TextTables::TextTables() : Languages(1) {
                                  "&Language\0"
                                  "&Help\0"
                                  "&Help\0"
-                                 "&About\0"
+                                 "&About Tolvane\0"
                                  "&Tips\0"
                                  "&Online\0"
                                  "&Forums\0"
@@ -120,7 +120,10 @@ TextTables::TextTables() : Languages(1) {
         "changed. log.txt in Tolvane's program folder says why.\0"
         "proggroup.c could not be written:\r\n\0"
         "Your choice could not be saved in proggroup.c; log.txt in Tolvane's program folder says "
-        "why.\0";
+        "why.\0"
+        "Version %1\0"
+        "The main window's menus, toolbar and title change to the new language the next time "
+        "Tolvane starts.\0";
     Messages = UnpackTexts(kMessages, sizeof kMessages);
     static const char kToolbar[] = "Save Changes\0"
                                    "Refresh the list\0"
@@ -128,7 +131,15 @@ TextTables::TextTables() : Languages(1) {
                                    "Delay the startup\0"
                                    "Run at startup\0"
                                    "Properties\0"
-                                   "Tick items, then use Delay, Stop or Run on the toolbar.\0";
+                                   "Tick items, then use Delay, Stop or Run on the toolbar.\0"
+                                   "Tolvane - Startup Programs\0"
+                                   "Current User\0"
+                                   "All Users\0"
+                                   "Startup Folder\0"
+                                   "Registry Run\0"
+                                   "Delayed Items\0"
+                                   "Stopped Items\0"
+                                   "Registry\0";
     Toolbar = UnpackTexts(kToolbar, sizeof kToolbar);
 }
 

@@ -47,6 +47,10 @@ constexpr size_t kNotReadLine = 36, kOwnRunEntryLine = 37;
 constexpr size_t kNotWrittenMessage = 38;
 // The status line: the tip box or the language could not be kept in the file.
 constexpr size_t kNotKeptLine = 39;
+// A language chosen: the window's own texts follow at the next start.
+constexpr size_t kNextStartMessage = 41;
+// The window's title, in its own texts (the Toolbar table).
+constexpr size_t kTitleEntry = 7;
 // Messages 22 to 24: the ratings; 25 and 26: a measurement with and without its ready time.
 constexpr size_t kImpactRatingFirst = 22, kImpactFiguresReady = 25, kImpactFigures = 26;
 // The first showing builds the tree once the window is on screen.
@@ -212,8 +216,8 @@ void MainWindow::AddCommands() {
 }
 
 bool MainWindow::Load() {
-    if (!Create(instance_, 0, kMainWindowTitle, WS_OVERLAPPEDWINDOW, CW_USEDEFAULT, CW_USEDEFAULT,
-                760, 520, nullptr))
+    if (!Create(instance_, 0, TextTables::Entry(app_.text.Toolbar, kTitleEntry).c_str(),
+                WS_OVERLAPPEDWINDOW, CW_USEDEFAULT, CW_USEDEFAULT, 760, 520, nullptr))
         return false;
     SetAccelerators(Hwnd(), LoadAcceleratorsA(instance_, MAKEINTRESOURCEA(IDA_MAIN)));
     icon_.reset(
@@ -541,14 +545,21 @@ void MainWindow::ChooseLanguage(size_t index) {
         ::tolvane::ChooseLanguage(app_.Store(), app_.text, app_.log, index);
     if (choice == LanguageChoice::None)
         return;
-    if (choice == LanguageChoice::NotKept)
-        NotKept();
-    // The captions on screen stay until the next start; the menu shows the choice at once.
+    // The menu shows the choice at once, the list's headings and tips with the tree; the menus,
+    // the toolbar and the title stay until the next start, as the user is told in the new
+    // language (unless the choice could not be kept, which the status line says).
     for (size_t i = 0; i < app_.text.Languages.size(); ++i)
         CheckMenuItem(
             GetMenu(Hwnd()), static_cast<UINT>(LanguageCommand(i)),
             MF_BYCOMMAND |
                 (app_.text.Languages[i].Code == app_.model.Language ? MF_CHECKED : MF_UNCHECKED));
+    if (choice == LanguageChoice::NotKept)
+        NotKept();
+    if (treeView_)
+        Refresh(true);
+    if (choice == LanguageChoice::Chosen)
+        app_.messages.ShowMessage(app_.text.Message(kNextStartMessage), "Tolvane",
+                                  kMbOk | kMbIconInformation);
 }
 
 void MainWindow::OpenHelp() {

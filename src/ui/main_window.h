@@ -35,8 +35,6 @@ class AppState;
 class OptionsDialog;
 class TipDialog;
 
-inline constexpr const char* kMainWindowTitle = "Tolvane Tolvane & Program Manager";
-
 // The smallest size the user can drag the window to, in twips.
 inline constexpr long kMinimumWidthTwips = 10725, kMinimumHeightTwips = 6285;
 
@@ -46,6 +44,8 @@ UINT OpenWindowMessage();
 
 class MainWindow : public Window<MainWindow>, public MainWindowControl {
 public:
+    // Another copy of the program finds the window by its class: its title is in the user's
+    // language.
     static constexpr const char* kClassName = "TolvaneStartupItems";
 
     MainWindow(AppState& app, HINSTANCE instance);

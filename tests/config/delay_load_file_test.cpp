@@ -76,7 +76,7 @@ TEST_F(ProgramGroupFileOnDisk, ALoadPicksTheLanguageAndAReadFailureKeepsTheFile)
     test::WriteFileBytes(dl.FilePath(), broken);
     dl.LoadItems();
     EXPECT_EQ(messages.shown, (std::vector<test::CapturedMessages::Shown>{
-                                  {app.text.Message(13), "Tolvane - Error", kMbIconInformation}}));
+                                  {app.text.Message(13), "Tolvane", kMbIconInformation}}));
     ASSERT_EQ(test::GroupNames(app.model), std::vector<std::string>{"Startup"});
     // What was read before the bad line, and a free slot for it.
     EXPECT_EQ(test::ProgramLines(app.model.ProgramGroups[0]),

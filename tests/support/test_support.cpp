@@ -31,6 +31,21 @@ std::string WinePathOfUnixPath(std::string_view unixPath) {
     return path;
 }
 
+std::string AccessKey(std::string_view caption) {
+    for (size_t i = 0; i + 1 < caption.size(); ++i) {
+        if (caption[i] != '&' || caption[++i] == '&')
+            continue;
+        size_t n = 1; // the rest of a UTF-8 character
+        while (i + n < caption.size() && (caption[i + n] & 0xC0) == 0x80)
+            ++n;
+        std::string key(caption.substr(i, n));
+        if (key[0] >= 'A' && key[0] <= 'Z')
+            key[0] = static_cast<char>(key[0] - 'A' + 'a');
+        return key;
+    }
+    return "";
+}
+
 std::string TestDataPath(std::string_view relative) {
     const std::string path = std::string(TOLVANE_TESTS_DIR) + "/" + std::string(relative);
 #ifdef _WIN32

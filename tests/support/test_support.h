@@ -40,6 +40,10 @@ public:
 // under Wine compare accented names with the platform's own (CDirStruct::CompareNames).
 int AsciiNameOrder(std::string_view a, std::string_view b);
 
+// The access key that "&" marks in a caption, its letter lower-cased; "" for none ("&&" shows
+// one "&").
+std::string AccessKey(std::string_view caption);
+
 // A string of n characters cycling through printable letters, for long names and data.
 std::string LongText(size_t n, char first = 'a');
 

@@ -1,15 +1,21 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <cstdlib>
+#include <map>
 #include <random>
 
+#include "models/menu_model.h"
 #include "support/test_support.h"
 #include "text/code_page.h"
 #include "text/language.h"
 #include "text/strings.h"
+#include "ui/group_editor/group_editor_model.h"
+#include "ui/options/options_model.h"
+#include "ui/tips/tip_model.h"
 
 namespace tolvane {
 namespace {
@@ -209,27 +215,96 @@ TEST(Language, ListLinesNeedACommaAndAreTrimmed) {
     EXPECT_EQ(none[0].Code, "");
 }
 
+std::string ShippedFile(const std::string& relative) {
+    return test::ReadFileBytes(test::TestDataPath("../lang/" + relative));
+}
+
 Lines Entries(const std::string& relative) {
     Lines table;
-    ApplyTextFile(table, test::ReadFileBytes(test::TestDataPath("../lang/" + relative)));
+    ApplyTextFile(table, ShippedFile(relative));
     return table;
 }
 
-TEST(ShippedLanguages, EnglishFilesAreTheBuiltInTextsAndGermanHasEveryEntry) {
+// Well-formed UTF-8 without a byte-order mark, every line ended by CR LF.
+bool InShippedForm(std::string_view bytes) {
+    if (bytes.starts_with("\xEF\xBB\xBF"))
+        return false;
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        const unsigned char c = bytes[i];
+        if ((c == '\n' && (i == 0 || bytes[i - 1] != '\r')) ||
+            (c == '\r' && (i + 1 == bytes.size() || bytes[i + 1] != '\n')))
+            return false;
+        size_t more = c < 0x80 ? 0 : c < 0xC2 ? 9 : c < 0xE0 ? 1 : c < 0xF0 ? 2 : c < 0xF5 ? 3 : 9;
+        if (i + more >= bytes.size())
+            return false;
+        while (more--)
+            if ((bytes[++i] & 0xC0) != 0x80)
+                return false;
+    }
+    return true;
+}
+
+// The fill-ins of a text ("%1" to "%9"), in the order of their numbers.
+std::string FillIns(std::string_view text) {
+    std::string numbers;
+    for (size_t i = 0; i + 1 < text.size(); ++i)
+        if (text[i] == '%' && text[i + 1] >= '1' && text[i + 1] <= '9')
+            numbers += text[i + 1];
+    std::sort(numbers.begin(), numbers.end());
+    return numbers;
+}
+
+// Each access key names one entry of a menu level.
+void ExpectOwnAccessKeys(const std::vector<MenuItem>& level, const std::string& where) {
+    std::map<std::string, std::string> named;
+    for (const MenuItem& item : level) {
+        const std::string key = test::AccessKey(item.Caption);
+        if (!key.empty() && !named.emplace(key, item.Caption).second)
+            ADD_FAILURE() << where << ": \"" << named[key] << "\" and \"" << item.Caption
+                          << "\" share one access key";
+        ExpectOwnAccessKeys(item.Entries, where + " > " + item.Caption);
+    }
+}
+
+// Every language of the list has each entry of every table that the program reads (the tips of
+// the day are free text), with a text wherever English has one and the fill-ins of the built-in
+// English text, which the English files of the shared tables hold word for word. Each menu level
+// names every access key once.
+TEST(ShippedLanguages, EveryLanguageHasEveryTextAndEachMenuLevelItsOwnAccessKeys) {
     const TextTables builtIn;
-    EXPECT_EQ(Entries("en/buttons.en"), builtIn.Buttons);
-    EXPECT_EQ(Entries("en/menus.en"), builtIn.Menus);
-    EXPECT_EQ(Entries("en/messages.en"), builtIn.Messages);
-    EXPECT_EQ(Entries("en/toolbar.en"), builtIn.Toolbar);
-    for (const std::string table :
-         {"buttons", "menus", "messages", "toolbar", "options", "properties", "tips"})
-        EXPECT_EQ(Entries("de/" + table + ".de").size(), Entries("en/" + table + ".en").size())
-            << table;
-    auto languages =
-        ParseLanguageList(test::ReadFileBytes(test::TestDataPath("../lang/languagefile.dat")));
+    const std::pair<std::string, Lines> tables[] = {
+        {"buttons", builtIn.Buttons},       {"menus", builtIn.Menus},
+        {"messages", builtIn.Messages},     {"toolbar", builtIn.Toolbar},
+        {"options", BuiltInOptionsTexts()}, {"properties", BuiltInGroupEditorTexts()},
+        {"tips", BuiltInTipTexts()},        {"tipofday", {}}};
+    const auto languages = ParseLanguageList(ShippedFile("languagefile.dat"));
     ASSERT_EQ(languages.size(), 2u);
-    EXPECT_EQ(languages[0].Code, "en");
-    EXPECT_EQ(languages[1].Code, "de");
+    for (size_t t = 0; t < std::size(tables); ++t) {
+        const auto& [name, english] = tables[t];
+        const Lines en = Entries("en/" + name + ".en");
+        if (t < 4) {
+            EXPECT_EQ(en, english) << name;
+        }
+        for (const LanguageEntry& language : languages) {
+            const std::string file = language.Code + "/" + name + "." + language.Code;
+            EXPECT_TRUE(InShippedForm(ShippedFile(file))) << file;
+            if (english.empty())
+                continue;
+            const Lines texts = Entries(file);
+            EXPECT_EQ(texts.size(), english.size()) << file;
+            for (size_t i = 0; i < english.size(); ++i) {
+                const std::string& text = TextTables::Entry(texts, i);
+                EXPECT_FALSE(Trim(text).empty() && !Trim(TextTables::Entry(en, i)).empty())
+                    << file << " entry " << i;
+                EXPECT_EQ(FillIns(text), FillIns(english[i]))
+                    << file << " entry " << i << ": " << text;
+            }
+            if (name == "menus") {
+                ExpectOwnAccessKeys(BuildMainMenu(texts, languages, language.Code), file);
+                ExpectOwnAccessKeys(BuildItemPopup(texts), file);
+            }
+        }
+    }
 }
 
 } // namespace

@@ -1,11 +1,16 @@
 // The options, the tip of the day and the about box as the user meets them: opened from the
 // main window's menus with real keys, filled in with real keys and clicks, and what each leaves
 // in proggroup.c and the Run key afterwards.
+#include <map>
+#include <set>
 #include <thread>
 
 #include "items/run_entry.h"
 #include "text/language.h"
+#include "ui/about/about_dialog.h"
 #include "ui/about/about_ids.h"
+#include "ui/group_editor/group_editor_dialog.h"
+#include "ui/group_editor/group_editor_ids.h"
 #include "ui/main_window_fixture.h"
 #include "ui/options/options_dialog.h"
 #include "ui/options/options_ids.h"
@@ -20,6 +25,90 @@ std::string TextOf(HWND window) {
     char text[512] = {};
     GetWindowTextA(window, text, sizeof text);
     return text;
+}
+
+// The font of a window as the dialog makes it at a density, from the one it made at 96 dpi for
+// the templates' points.
+UniqueGdiObject FontAt(HWND window, int dpi) {
+    LOGFONTA face{};
+    GetObjectA(reinterpret_cast<HFONT>(SendMessageA(window, WM_GETFONT, 0, 0)), sizeof face, &face);
+    face.lfHeight = -MulDiv(MulDiv(-face.lfHeight, 72, 96), dpi, 72);
+    return UniqueGdiObject(CreateFontIndirectA(&face));
+}
+
+// The average character of the dialog's font at a density, by which it lays out its controls
+// (the dialog base units).
+SIZE BaseUnits(HWND dialog, int dpi) {
+    const UniqueGdiObject font = FontAt(dialog, dpi);
+    const UniqueDc dc(CreateCompatibleDC(nullptr)); // let go first, the font then unselected
+    SelectObject(dc.get(), font.get());
+    TEXTMETRICA metrics{};
+    GetTextMetricsA(dc.get(), &metrics);
+    SIZE letters{};
+    GetTextExtentPoint32A(dc.get(), "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz", 52,
+                          &letters);
+    return {(letters.cx / 26 + 1) / 2, metrics.tmHeight};
+}
+
+// Every text that a label, button or combo box of the dialog shows fits it, at 100 % and at
+// 150 %; no access key names two of its controls. This process runs at 96 dpi: for 150 % the
+// fonts are made at 144 dpi and each control grows as the dialog's base units do, as Windows
+// lays the dialog out at that density. What does not, is added to the problems.
+void FindMisfitsAndSharedAccessKeys(HWND dialog, std::set<std::string>& problems) {
+    std::map<std::string, std::string> keys;
+    for (HWND control = GetWindow(dialog, GW_CHILD); control;
+         control = GetWindow(control, GW_HWNDNEXT)) {
+        char kind[32] = {};
+        GetClassNameA(control, kind, sizeof kind);
+        const LONG style = GetWindowLongA(control, GWL_STYLE);
+        const bool label = !lstrcmpiA(kind, "Static"), button = !lstrcmpiA(kind, "Button");
+        const LONG type = style & (button ? BS_TYPEMASK : SS_TYPEMASK);
+        std::vector<std::string> texts;
+        int frame = 0; // what the control needs beside its text, at 96 dpi
+        if (!lstrcmpiA(kind, "ComboBox")) {
+            for (int i = 0; i < SendMessageA(control, CB_GETCOUNT, 0, 0); ++i) {
+                char item[512] = {};
+                SendMessageA(control, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(item));
+                texts.push_back(item);
+            }
+            frame = GetSystemMetrics(SM_CXVSCROLL) + 8;
+        } else if ((label && type <= SS_RIGHT) || button) {
+            texts.push_back(TextOf(control));
+            frame = !button                    ? 0
+                    : type <= BS_DEFPUSHBUTTON ? 8
+                    : type == BS_GROUPBOX      ? 16
+                                               : GetSystemMetrics(SM_CXMENUCHECK) + 4;
+            const std::string key = label && (style & SS_NOPREFIX) ? "" : test::AccessKey(texts[0]);
+            if (!key.empty() && !keys.emplace(key, texts[0]).second)
+                problems.insert("\"" + keys[key] + "\" and \"" + texts[0] +
+                                "\" share one access key");
+        }
+        if (!(style & WS_VISIBLE))
+            continue;
+        RECT client{};
+        GetClientRect(control, &client);
+        const UINT format = (button || !label ? DT_SINGLELINE : DT_WORDBREAK) |
+                            (label && (style & SS_NOPREFIX) ? DT_NOPREFIX : 0);
+        const SIZE base = BaseUnits(dialog, 96);
+        for (int dpi : {96, 144}) {
+            const SIZE scaled = BaseUnits(dialog, dpi);
+            const UniqueGdiObject font = FontAt(control, dpi);
+            const UniqueDc dc(CreateCompatibleDC(nullptr));
+            SelectObject(dc.get(), font.get());
+            const int width = MulDiv(client.right, scaled.cx, base.cx) - MulDiv(frame, dpi, 96);
+            const int height = MulDiv(client.bottom, scaled.cy, base.cy);
+            for (const std::string& text : texts) {
+                RECT need{0, 0, width, 0};
+                DrawTextA(dc.get(), text.c_str(), -1, &need, DT_CALCRECT | format);
+                if (need.right > width || need.bottom > height)
+                    problems.insert("control " + std::to_string(GetDlgCtrlID(control)) + " at " +
+                                    std::to_string(dpi) + " dpi: \"" + text + "\" needs " +
+                                    std::to_string(need.right) + " x " +
+                                    std::to_string(need.bottom) + " pixels, has " +
+                                    std::to_string(width) + " x " + std::to_string(height));
+            }
+        }
+    }
 }
 
 class DialogsTest : public test::MainWindowTest {
@@ -194,6 +283,45 @@ TEST_F(DialogsTest, AboutBoxShowsTheExesVersionAndALinkOpensItsPageAndCloses) {
     EXPECT_EQ(version, "Version " TOLVANE_VERSION_TEXT);
     EXPECT_EQ(forum, kForumsAddress);
     EXPECT_EQ(opened, std::vector<std::string>{kForumsAddress});
+}
+
+// Each dialog in each language of the list, with the other texts that its controls may show:
+// the editor's Update and the reasons on its message line, every tip of the day.
+TEST_F(DialogsTest, EveryTextFitsAndNamesItsOwnAccessKeyInEveryLanguageAndDensity) {
+    const HINSTANCE instance = GetModuleHandleA(nullptr);
+    for (const LanguageEntry& language : app.text.Languages) {
+        app.model.Language = language.Code;
+        LoadLanguageFiles(app.folders.ProgramFolder, language.Code, app.text);
+        OptionsDialog options(app.Store(), app.text, messages, app.log);
+        TipDialog tip(app.Store(), app.text, app.log);
+        AboutDialog about(app.text, app.log);
+        GroupEditorDialog editor(app.Store(), app.text, messages, app.log);
+        ASSERT_TRUE(options.ShowModeless(instance, nullptr) &&
+                    tip.ShowModeless(instance, nullptr) && about.ShowModeless(instance, nullptr) &&
+                    editor.ShowModeless(instance, nullptr));
+        std::vector<std::pair<int, std::string>> tips,
+            editorTexts = {{IDC_GE_ADD, app.text.Buttons.at(7)}};
+        for (size_t reason = 31; reason <= 34; ++reason)
+            editorTexts.push_back({IDC_GE_MESSAGE, app.text.Message(reason)});
+        for (const std::string& text : SplitTextLines(test::ReadFileBytes(
+                 folder / ("lang\\" + language.Code + "\\tipofday." + language.Code))))
+            tips.push_back({IDC_TIP_TEXT, text});
+        const std::tuple<const char*, HWND, std::vector<std::pair<int, std::string>>> shown[] = {
+            {"options", options.Hwnd(), {}},
+            {"tip of the day", tip.Hwnd(), tips},
+            {"about", about.Hwnd(), {}},
+            {"group editor", editor.Hwnd(), editorTexts}};
+        for (const auto& [name, dialog, others] : shown) {
+            std::set<std::string> problems;
+            FindMisfitsAndSharedAccessKeys(dialog, problems);
+            for (const auto& [control, text] : others) {
+                SetDlgItemTextA(dialog, control, text.c_str());
+                FindMisfitsAndSharedAccessKeys(dialog, problems);
+            }
+            for (const std::string& problem : problems)
+                ADD_FAILURE() << language.Code << " " << name << ", " << problem;
+        }
+    }
 }
 
 } // namespace

@@ -173,7 +173,7 @@ TEST_F(GroupEditorDialogTest, AddRenameAndRemoveAGroupWithItsProgram) {
     messages.answer = kIdYes;
     Click(IDC_GE_REMOVE);
     ASSERT_FALSE(messages.shown.empty());
-    EXPECT_EQ(messages.shown.back().Title, "Comfirm Group Remove");
+    EXPECT_EQ(messages.shown.back().Text, app.text.Message(10));
     EXPECT_EQ(File().find("void kit()"), std::string::npos);
     EXPECT_EQ(File().find("Execute (\"" + folder / "Clock.exe"), std::string::npos);
     EXPECT_NE(File().find("ExecuteReg (\"" + folder / "Clock.exe"), std::string::npos);

@@ -68,14 +68,19 @@ protected:
         return rows;
     }
     static std::string Reason(size_t entry) { return TextTables().Message(entry); }
+    // The editor's built-in texts with the explanation of a language file.
+    static std::vector<std::string> Own(std::string explanation) {
+        std::vector<std::string> own = BuiltInGroupEditorTexts();
+        own[kEditorExplanation] = std::move(explanation);
+        return own;
+    }
 
     ProgramModel model;
     FileInMemory files{model};
     test::CapturedMessages messages;
     GroupEditor editor{model, files, messages,
                        GroupEditorTexts{TextTables().Messages, "C:\\T\\Current User\\",
-                                        "C:\\T\\All Users\\", "Para&meters", "&Delay",
-                                        "Groups hold programs."}};
+                                        "C:\\T\\All Users\\", Own("Groups hold programs.")}};
 };
 
 TEST_F(GroupEditorTest, AProgramAddedToANewGroupIsWrittenAndShown) {
@@ -122,8 +127,13 @@ TEST_F(GroupEditorTest, AProgramAddedToANewGroupIsWrittenAndShown) {
     EXPECT_TRUE(editor.Tree.Node(NodeOf("Startup")).Expanded);
     EXPECT_FALSE(editor.Tree.Node(program).Expanded);
 
-    // The labels are the editor's captions as its language file gives them.
-    editor.SetCaptions("Para&meter", "&Verz\xF6gerung", "");
+    // The labels and the tree's top are the editor's texts as its language file gives them.
+    std::vector<std::string> german = Own("");
+    german[kEditorParameters] = "Para&meter";
+    german[kEditorDelay] = "&Verz\xF6gerung";
+    german[kEditorTitle] = "Programmgruppen";
+    editor.SetCaptions(german);
+    EXPECT_EQ(editor.Tree.Node(0).Text, "Programmgruppen");
     EXPECT_EQ(Rows(NodeOf("C:\\Tools\\Clock.exe")),
               (std::vector<std::string>{"Parameter: -min", "Verz\xF6gerung: 5"}));
 
@@ -303,18 +313,18 @@ TEST_F(GroupEditorTest, BadInputIsRefusedWithAMessageAndNothingChanges) {
         editor.Path = path;
         editor.Delay = delay;
         editor.Add();
-        return messages.shown.empty() ? std::string() : messages.shown.back().Title;
+        return messages.shown.empty() ? std::string() : messages.shown.back().Text;
     };
     for (const char* delay : {".", "1.2.3", "a"})
-        EXPECT_EQ(add("C:\\Tools\\Other.exe", delay), "Tolvane") << delay;
-    EXPECT_EQ(add("C:\\Tools\\Missing.exe", "1"), "Tolvane - File not Found");
+        EXPECT_EQ(add("C:\\Tools\\Other.exe", delay), Reason(7)) << delay;
+    EXPECT_EQ(add("C:\\Tools\\Missing.exe", "1"), Reason(5));
     EXPECT_EQ(files.writes, 0);
 
     // A cancelled file dialog empties the path.
     editor.Path = "C:\\x.exe";
     editor.Browse();
     EXPECT_EQ(editor.Path, "");
-    EXPECT_EQ(messages.fileDialogs.back(), "Executables|*.exe;*.dll;*.lnk;*.com;*.bat;*.cmd|");
+    EXPECT_EQ(messages.fileDialogs.back(), "Programs|*.exe;*.dll;*.lnk;*.com;*.bat;*.cmd|");
 
     // The delay box's keys: "a" is dropped; "1", "." and "5" make "1.5".
     std::string box;

@@ -41,7 +41,7 @@ TEST_F(MainWindowTest, MenusAndToolbarAsRenderedAndTickedItemsMoveFromTheToolbar
                                       "&Help\n"
                                       "  &Help\n"
                                       "  -\n"
-                                      "  &About\n"
+                                      "  &About Tolvane\n"
                                       "  -\n"
                                       "  &Tips\n"
                                       "  -\n"
@@ -201,12 +201,19 @@ TEST_F(MainWindowTest, SaveHelpLinksSearchAndLanguage) {
     Pump(60);
     EXPECT_EQ(opened.back(), "https://s.example/?q=Tool.lnk");
 
-    // Another language: its texts and the file; the same one again does nothing.
+    // Another language: its texts and the file, the list's headings at once, and the user told
+    // in it that the window's own texts follow at the next start; the same one again does
+    // nothing.
     PostMessageA(hwnd, WM_COMMAND, LanguageCommand(1), 0);
     Pump();
     EXPECT_EQ(app.model.Language, "de");
     EXPECT_EQ(app.text.Menus[0], "&Datei");
     EXPECT_NE(File().find("const Language = Deutsch;"), std::string::npos);
+    tree = window->Tree();
+    EXPECT_EQ(tree.Node(tree.Find("CurrentUserStartup")).Text, app.text.Toolbar.at(10) + " (1)");
+    ASSERT_EQ(messages.shown.size(), 1u);
+    EXPECT_EQ(messages.shown[0].Text, app.text.Message(41));
+    EXPECT_NE(messages.shown[0].Text, TextTables().Message(41));
     HMENU bar = GetMenu(hwnd);
     EXPECT_EQ(GetMenuState(bar, LanguageCommand(0), MF_BYCOMMAND) & MF_CHECKED, 0u);
     EXPECT_NE(GetMenuState(bar, LanguageCommand(1), MF_BYCOMMAND) & MF_CHECKED, 0u);
@@ -220,7 +227,8 @@ TEST_F(MainWindowTest, SaveHelpLinksSearchAndLanguage) {
     EXPECT_NE(File().find("const Language = Deutsch;"), std::string::npos);
     ASSERT_FALSE(app.text.Message(39).empty());
     EXPECT_EQ(StatusLine(), app.text.Message(39));
-    test::Type({VK_F5}); // the user's own refresh: the line is free again
+    EXPECT_EQ(messages.shown.size(), 1u); // no next start to promise
+    test::Type({VK_F5});                  // the user's own refresh: the line is free again
     Pump();
     EXPECT_EQ(StatusLine(), "");
     ASSERT_TRUE(DeleteFileA(file.c_str()));

@@ -4,13 +4,17 @@
 
 #include <cstdlib>
 
+#include "models/menu_model.h"
 #include "platform/version_info.h"
+#include "text/placeholders.h"
 #include "ui/about/about_ids.h"
 #include "ui/maker_links.h"
 
 namespace tolvane {
 
 namespace {
+
+constexpr size_t kAboutMenuEntry = 11, kVersionLine = 40;
 
 int Luma(COLORREF c) {
     return (GetRValue(c) * 299 + GetGValue(c) * 587 + GetBValue(c) * 114) / 1000;
@@ -25,9 +29,9 @@ COLORREF LinkColour() {
 
 } // namespace
 
-std::string VersionText(unsigned major, unsigned minor, unsigned revision) {
-    return "Version " + std::to_string(major) + "." + std::to_string(minor) + "." +
-           std::to_string(revision);
+std::string VersionText(const TextTables& text, unsigned major, unsigned minor, unsigned revision) {
+    return FillIn(text.Message(kVersionLine), {std::to_string(major) + "." + std::to_string(minor) +
+                                               "." + std::to_string(revision)});
 }
 
 AboutDialog::AboutDialog(const TextTables& text, EventLog& log,
@@ -50,8 +54,12 @@ const char* AboutDialog::AddressOf(int control) {
 }
 
 void AboutDialog::Init() {
+    // Named as the menu entry that opens it.
+    SetWindowTextA(Hwnd(),
+                   WithoutMnemonic(TextTables::Entry(text_.Menus, kAboutMenuEntry)).c_str());
     if (const auto version = ReadModuleVersion())
-        SetText(IDC_AB_VERSION, VersionText(version->Major, version->Minor, version->Revision));
+        SetText(IDC_AB_VERSION,
+                VersionText(text_, version->Major, version->Minor, version->Revision));
     SetText(IDC_AB_FORUM, kForumsAddress);
     SetText(IDC_AB_UPDATES, kMainPageAddress);
     SetText(IDOK, TextTables::Entry(text_.Buttons, 0));

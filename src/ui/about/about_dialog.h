@@ -15,8 +15,9 @@
 
 namespace tolvane {
 
-// "Version " and the major, minor and revision numbers joined by full stops.
-std::string VersionText(unsigned major, unsigned minor, unsigned revision);
+// The version line of the language's texts ("Version %1"), with the major, minor and revision
+// numbers joined by full stops.
+std::string VersionText(const TextTables& text, unsigned major, unsigned minor, unsigned revision);
 
 class AboutDialog : public Dialog<AboutDialog> {
 public:

@@ -10,20 +10,6 @@
 
 namespace tolvane {
 
-namespace {
-
-// The window's own captions, by the lines of its language file.
-constexpr char kOwnCaptions[] = "Add &New\0"
-                                "&Edit\0"
-                                "&Group Name\0"
-                                "&Path to File\0"
-                                "Para&meters\0"
-                                "&Delay\0"
-                                "( in seconds, 0 = as soon as possible)\0"
-                                "\0";
-
-} // namespace
-
 GroupEditorDialog::GroupEditorDialog(ProgramGroupStore store, const TextTables& text,
                                      UserMessages& messages, EventLog& log)
     : Dialog(&log, "Program Groups Error: "), store_(store), text_(text),
@@ -76,16 +62,17 @@ void GroupEditorDialog::Init() {
 }
 
 void GroupEditorDialog::ApplyCaptions() {
-    std::vector<std::string> own = UnpackTexts(kOwnCaptions, sizeof kOwnCaptions);
+    std::vector<std::string> own = BuiltInGroupEditorTexts();
     LoadLanguageTextFile(store_.Folders().ProgramFolder, store_.Model().Language, own,
                          "properties");
+    // The tree's rows are labelled like the fields; the message line is the model's.
+    editor_.SetCaptions(std::move(own));
     const int ownControls[] = {
         IDC_GE_ADD_NEW,          IDC_GE_EDIT,        IDC_GE_GROUP_LABEL, IDC_GE_PATH_LABEL,
         IDC_GE_PARAMETERS_LABEL, IDC_GE_DELAY_LABEL, IDC_GE_SECONDS};
     for (size_t i = 0; i < std::size(ownControls); ++i)
-        SetText(ownControls[i], own[i]);
-    // The tree's rows are labelled like the fields; the message line is the model's.
-    editor_.SetCaptions(own[4], own[5], own[7]);
+        SetText(ownControls[i], editor_.Text(GroupEditorText(i)));
+    SetWindowTextA(Hwnd(), editor_.Text(kEditorTitle).c_str());
     const auto& buttons = text_.Buttons;
     SetText(IDOK, TextTables::Entry(buttons, 0));
     SetText(IDCANCEL, TextTables::Entry(buttons, 1));

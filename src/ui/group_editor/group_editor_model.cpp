@@ -79,16 +79,35 @@ std::string ProgramKey(std::string_view groupName, const GroupProgram& p) {
 
 } // namespace
 
+std::vector<std::string> BuiltInGroupEditorTexts() {
+    static const char kTexts[] = "Add &New\0"
+                                 "&Edit\0"
+                                 "&Group Name\0"
+                                 "&Path to File\0"
+                                 "Para&meters\0"
+                                 "&Delay\0"
+                                 "(in seconds, 0 = as soon as possible)\0"
+                                 "\0"
+                                 "Program Groups\0"
+                                 "Choose a program\0"
+                                 "Programs\0";
+    return UnpackTexts(kTexts, sizeof kTexts);
+}
+
 GroupEditor::GroupEditor(ProgramModel& model, GroupEditorFiles& files, UserMessages& messages,
                          GroupEditorTexts texts)
     : model_(model), files_(files), messages_(messages), texts_(std::move(texts)) {
-    Message = texts_.Explanation;
+    Message = Text(kEditorExplanation);
 }
 
-int GroupEditor::Show(size_t message, std::string_view title, unsigned style,
-                      std::string_view extra) {
+const std::string& GroupEditor::Text(GroupEditorText entry) const {
+    return TextTables::Entry(texts_.Own, entry);
+}
+
+int GroupEditor::Show(size_t message, unsigned style, std::string_view extra) {
+    // Titled with the program's name alone: what went wrong is the text's to say.
     return messages_.ShowMessage(TextTables::Entry(texts_.Messages, message) + std::string(extra),
-                                 title, style);
+                                 "Tolvane", style);
 }
 
 bool GroupEditor::DelayKeyAllowed(char key) {
@@ -105,11 +124,8 @@ std::string GroupEditor::Label(std::string_view caption) {
     return label;
 }
 
-void GroupEditor::SetCaptions(std::string parametersCaption, std::string delayCaption,
-                              std::string explanation) {
-    texts_.ParametersCaption = std::move(parametersCaption);
-    texts_.DelayCaption = std::move(delayCaption);
-    texts_.Explanation = std::move(explanation);
+void GroupEditor::SetCaptions(std::vector<std::string> own) {
+    texts_.Own = std::move(own);
     if (!Tree.Empty())
         Rebuild();
     UpdateGroupButtons();
@@ -119,7 +135,7 @@ bool GroupEditor::RefreshGroups() {
     try {
         files_.LoadItems();
     } catch (const std::exception&) {
-        Show(kNotShown, "Tolvane - Error", kMbOk | kMbIconCritical);
+        Show(kNotShown, kMbOk | kMbIconCritical);
         return false;
     }
     Rebuild();
@@ -160,10 +176,10 @@ void GroupEditor::Rebuild(const KeyMoves& moves) {
         records_.push_back(std::move(record));
         return node;
     };
-    const int root = add(TreeModel::kNone, kRootKey, "Program Groups", {NodeKind::Root, {}, {}});
+    const int root = add(TreeModel::kNone, kRootKey, Text(kEditorTitle), {NodeKind::Root, {}, {}});
     Tree.Node(root).Expanded = true;
-    const std::string parametersLabel = Label(texts_.ParametersCaption);
-    const std::string delayLabel = Label(texts_.DelayCaption);
+    const std::string parametersLabel = Label(Text(kEditorParameters));
+    const std::string delayLabel = Label(Text(kEditorDelay));
     for (const ProgramGroup& group : model_.ProgramGroups) {
         if (group.Name.empty())
             continue; // a removed group's hole
@@ -207,7 +223,7 @@ bool GroupEditor::Apply(const std::function<void(ProgramModel&)>& change) {
     } catch (const RefusedChange&) {
         return false;
     } catch (const std::exception& e) {
-        Show(kNotSaved, "Tolvane - Error", kMbOk | kMbIconCritical, e.what());
+        Show(kNotSaved, kMbOk | kMbIconCritical, e.what());
         return false;
     }
 }
@@ -301,7 +317,7 @@ void GroupEditor::UpdateGroupButtons() {
     if (!renaming && selected < 0 && !typed.empty())
         shown = adding;
     Message = shown == GroupNameProblem::None
-                  ? texts_.Explanation
+                  ? Text(kEditorExplanation)
                   : TextTables::Entry(texts_.Messages, MessageOf(shown));
 }
 
@@ -349,24 +365,24 @@ void GroupEditor::AddNewProgram() {
     const std::string group = Trim(GroupName), path = Trim(Path), parameters = Trim(Parameters),
                       delayText = Trim(Delay);
     if (group.empty()) {
-        Show(kNoGroupName, "Tolvane - Enter Groupname", kMbOk | kMbIconExclamation);
+        Show(kNoGroupName, kMbOk | kMbIconExclamation);
         return;
     }
     if (path.empty()) {
-        Show(kNoPath, "Tolvane - Enter Filename", kMbOk | kMbIconExclamation);
+        Show(kNoPath, kMbOk | kMbIconExclamation);
         return;
     }
     // A delay that is no number is refused before anything changes.
     const std::optional<float> delay = delayText.empty() ? 0.0f : ParseSingle(delayText);
     if (!delay || *delay < 0) {
-        Show(kBadDelay, "Tolvane", kMbOk | kMbIconExclamation);
+        Show(kBadDelay, kMbOk | kMbIconExclamation);
         return;
     }
     // A bare name that lies in one of the items folders is as good as a full path: the log-on
     // run finds it there.
     if (!files_.FileExists(path) && !files_.FileExists(texts_.UserItemsFolder + path) &&
         !files_.FileExists(texts_.AllUsersItemsFolder + path)) {
-        Show(kFileNotFound, "Tolvane - File not Found", kMbOk | kMbIconExclamation);
+        Show(kFileNotFound, kMbOk | kMbIconExclamation);
         return;
     }
     // The group as the list shows it, or a new one of a name that a new group may have.
@@ -382,7 +398,7 @@ void GroupEditor::AddNewProgram() {
         file.AddProgramToGroup(index, kExecute, path, parameters, *delay, "");
     });
     if (problem != GroupNameProblem::None)
-        Show(MessageOf(problem), "Tolvane", kMbOk | kMbIconExclamation);
+        Show(MessageOf(problem), kMbOk | kMbIconExclamation);
     Rebuild();
     if (!written)
         return;
@@ -405,7 +421,7 @@ void GroupEditor::UpdateSelectedProgram() {
     }
     const std::optional<float> delay = ParseSingle(Delay);
     if (!delay || *delay < 0) {
-        Show(kBadDelay, "Tolvane", kMbOk | kMbIconExclamation);
+        Show(kBadDelay, kMbOk | kMbIconExclamation);
         return;
     }
     const GroupProgram before = *SelectedProgram;
@@ -493,7 +509,7 @@ void GroupEditor::Remove() {
     const NodeRecord record = *selected;
     if (record.Kind != NodeKind::Group) {
         if (IsStartup(record.Group)) {
-            Show(kStartupProgramsStay, "Tolvane", kMbOk | kMbIconInformation);
+            Show(kStartupProgramsStay, kMbOk | kMbIconInformation);
             return;
         }
         Apply([&](ProgramModel& file) {
@@ -507,11 +523,10 @@ void GroupEditor::Remove() {
         GroupName = record.Group;
     } else {
         if (IsStartup(record.Group)) {
-            Show(kStartupGroupStays, "Tolvane", kMbOk | kMbIconInformation);
+            Show(kStartupGroupStays, kMbOk | kMbIconInformation);
             return;
         }
-        if (Show(kConfirmRemove, "Comfirm Group Remove",
-                 kMbYesNo | kMbIconQuestion | kMbDefButton2) != kIdYes)
+        if (Show(kConfirmRemove, kMbYesNo | kMbIconQuestion | kMbDefButton2) != kIdYes)
             return;
         Apply([&](ProgramModel& file) {
             const int group = file.GetGroupID(record.Group);
@@ -528,8 +543,9 @@ void GroupEditor::Remove() {
 }
 
 void GroupEditor::Browse() {
-    Path = Trim(messages_.ChooseFile("Select an executable to run...",
-                                     "Executables|*.exe;*.dll;*.lnk;*.com;*.bat;*.cmd|", ""));
+    Path = Trim(
+        messages_.ChooseFile(Text(kEditorChooseProgram),
+                             Text(kEditorPrograms) + "|*.exe;*.dll;*.lnk;*.com;*.bat;*.cmd|", ""));
     PathChanged();
 }
 

@@ -30,15 +30,30 @@ public:
     virtual bool FileExists(const std::string& path) = 0;
 };
 
+// The editor's own texts, by the lines of its language file ("properties"); the built-in
+// English ones stand for whatever the file does not supply.
+enum GroupEditorText : size_t {
+    kEditorAddNew = 0,
+    kEditorEdit = 1,
+    kEditorGroupName = 2,
+    kEditorPath = 3,
+    kEditorParameters = 4,
+    kEditorDelay = 5,
+    kEditorSeconds = 6,
+    kEditorExplanation = 7, // the message line's text when no name is refused
+    kEditorTitle = 8,       // the window's title and the top of its tree
+    kEditorChooseProgram = 9,
+    kEditorPrograms = 10, // the file dialog's name for the kinds of file it offers
+};
+std::vector<std::string> BuiltInGroupEditorTexts();
+
 struct GroupEditorTexts {
     std::vector<std::string> Messages; // the shared message table
     std::string UserItemsFolder;       // both end with a backslash
     std::string AllUsersItemsFolder;
-    // The editor's own captions that label a program's rows in the tree ("&" marks the access
-    // key and is not shown there), and the message line's text when no name is refused.
-    std::string ParametersCaption = "Para&meters";
-    std::string DelayCaption = "&Delay";
-    std::string Explanation;
+    // The editor's own texts; the captions that label a program's rows in the tree show
+    // without the "&" that marks their access key.
+    std::vector<std::string> Own = BuiltInGroupEditorTexts();
 };
 
 class GroupEditor {
@@ -69,9 +84,9 @@ public:
     std::string SelectedGroupName;
     std::optional<GroupProgram> SelectedProgram;
 
-    // The captions as the language file gives them: the rows' labels and the explanation.
-    void SetCaptions(std::string parametersCaption, std::string delayCaption,
-                     std::string explanation);
+    // The editor's own texts as the language file gives them.
+    void SetCaptions(std::vector<std::string> own);
+    const std::string& Text(GroupEditorText entry) const;
 
     // Reads the file again and rebuilds the tree and the group list; open nodes stay open.
     // False (and a message) when it fails.
@@ -129,7 +144,7 @@ private:
     void ClearSelection();
     void ClearFields();
     bool IsListedGroup(std::string_view name) const;
-    int Show(size_t message, std::string_view title, unsigned style, std::string_view extra = "");
+    int Show(size_t message, unsigned style, std::string_view extra = "");
     // One change of the editor, made on the file as it is now; told when it fails. A change
     // that the file as it is now refuses writes nothing and returns false quietly: the tree
     // and the message line show why.

@@ -8,8 +8,12 @@
 namespace tolvane {
 
 std::vector<std::string> BuiltInTipTexts() {
-    return {"&Next Tip", "Sorry, no tips are available: the tip file could not be read.",
-            "Did you know...", "&Show tips at startup", "Tip of the Day"};
+    static const char kTexts[] = "&Next Tip\0"
+                                 "Sorry, no tips are available: the tip file could not be read.\0"
+                                 "Did you know...\0"
+                                 "&Show tips at startup\0"
+                                 "Tip of the Day\0";
+    return UnpackTexts(kTexts, sizeof kTexts);
 }
 
 bool TipOfDay::LoadTips(const std::optional<std::string>& fileText) {

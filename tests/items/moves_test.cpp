@@ -287,8 +287,9 @@ TEST_F(ItemMovesTest, AnyNameMovesThroughEveryStateAndComesBackExactly) {
                           std::string::npos);
             }
         }
-        if (step == 1) // stopped: the saved copies by the values' own names
+        if (step == 1) { // stopped: the saved copies by the values' own names
             EXPECT_EQ(Saved(user, "微信"), "\"C:\\Program Files\\微信\\WeChat.exe\" -autorun");
+        }
     }
     EXPECT_EQ(snapshot(), before);
     EXPECT_EQ(reg.EnumValues(user, kSavedUserRunKey).size(), 0u);

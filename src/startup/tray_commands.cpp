@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "config/delay_load.h"
+#include "config/system_command_line.h"
 #include "platform/event_log.h"
 #include "startup/launcher.h"
 #include "text/strings.h"
@@ -90,8 +91,11 @@ ShownTrayMenu BuildTrayMenuModel(const ProgramModel& model, const TextTables& te
     if (group) {
         source.StartupGroupIndex = model.StartupGroupIndex;
         source.GroupName = group->Name;
+        // Each program as it starts, read as Windows reads a command line: the caption of
+        // "C:\...\OneDrive.exe" /background is OneDrive.exe.
         for (const GroupProgram& p : group->Programs)
-            source.ProgramPaths.push_back(p.Path);
+            source.ProgramPaths.push_back(
+                p.Path.empty() ? p.Path : StartedCommand(p, false, SystemCommandLine()).Path);
     }
     for (const std::string& entry : model.StoppedPrograms)
         source.StoppedNames.push_back(entry.size() > kPrefixLength ? entry.substr(kPrefixLength)

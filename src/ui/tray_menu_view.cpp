@@ -9,11 +9,11 @@ int ShowTrayMenu(HWND owner, const TrayMenu& model) {
     UniqueMenu menu = MakePopupMenu(model.Entries());
     if (!menu)
         return 0;
-    // At the screen's right edge, on the top of the taskbar: where the notification area is.
-    POINT at{GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
-    RECT work{};
-    if (SystemParametersInfoA(SPI_GETWORKAREA, 0, &work, 0))
-        at.y = work.bottom;
+    // At the pointer, as the notification area's own menus open: wherever the taskbar is.
+    POINT at{};
+    GetCursorPos(&at);
+    // A menu takes the keyboard, and closes on a click elsewhere, only when its owner is in the
+    // foreground: so too the hidden window of the log-on wait.
     SetForegroundWindow(owner);
     const int chosen = static_cast<int>(
         TrackPopupMenuEx(menu.get(), TPM_RETURNCMD | TPM_RIGHTBUTTON, at.x, at.y, owner, nullptr));

@@ -1,4 +1,4 @@
-// Shows the tray menu's model as a popup menu at the notification area.
+// Shows the tray menu's model as a popup menu at the pointer.
 #pragma once
 
 #include <windows.h>

@@ -700,6 +700,11 @@ TEST_F(DelayedRunTest, TrayMenuEntriesStartWhatTheyShow) {
                                  "_REGCU_Wipe=cmd.exe /c del C:\\x"};
     const ShownTrayMenu menu = BuildTrayMenuModel(app.model, app.text);
     EXPECT_EQ(menu.ProgramNumber(1), 1003);
+    // Each caption names the program that starts: a whole command's own program.
+    std::string captions;
+    for (const MenuItem& entry : menu.Entries()[0].Entries)
+        captions += entry.Caption + "|";
+    EXPECT_EQ(captions, "Run All||Tool.lnk|b.exe|format.exe|cmd.exe|");
     // A reload while the menu is open moves every program and stopped entry one place on: each
     // entry still starts what its caption showed.
     auto& programs = app.model.ProgramGroups[0].Programs;

@@ -1,5 +1,7 @@
 #include "items/online_search.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstring>
 
 #include "text/strings.h"
@@ -24,13 +26,31 @@ std::string URLEncode(std::string_view text) {
     return out;
 }
 
+namespace {
+
+// Programs that only run what their command line names: their own name says nothing of the
+// item.
+bool IsHost(std::string name) {
+    static constexpr std::string_view kHosts[] = {"rundll32",   "regsvr32", "cmd",
+                                                  "powershell", "pwsh",     "wscript",
+                                                  "cscript",    "mshta",    "conhost"};
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    if (name.size() > 4 && name.compare(name.size() - 4, 4, ".exe") == 0)
+        name.resize(name.size() - 4);
+    return std::find(std::begin(kHosts), std::end(kHosts), name) != std::end(kHosts);
+}
+
+} // namespace
+
 std::string SearchTerms(const StartupItem& item) {
     if (!item.Registry())
         return item.Name;
-    const std::string& program = item.File;
-    if (item.Name.empty())
-        return program;
-    return program.empty() ? item.Name : item.Name + ", " + program;
+    // The file name alone: a folder may hold the user's name, which is nobody else's business.
+    const size_t slash = item.File.find_last_of("\\/");
+    const std::string program =
+        slash == std::string::npos ? item.File : item.File.substr(slash + 1);
+    return program.empty() || IsHost(program) ? item.Name : program;
 }
 
 std::string SearchAddress(std::string_view searchTemplate, const StartupItem& item) {

@@ -1,6 +1,6 @@
-// Looking an unknown startup item up on the web: its name (and for a Run value, its program)
-// put into the search address of "data\online.txt", escaped so that the shell opens it as one
-// address.
+// Looking an unknown startup item up on the web: the file name of its program put into the
+// search address of "data\online.txt", escaped so that the shell opens it as one address. No
+// folder goes out with it: a path may name the user.
 #pragma once
 
 #include <string>
@@ -14,8 +14,9 @@ namespace tolvane {
 // "%" included, stays as it is.
 std::string URLEncode(std::string_view text);
 
-// What to search for: a shortcut's file name as it is; a Run value as "name, program", its
-// program the item's File, variables kept as written.
+// What to search for: a shortcut's file name as it is; for a Run value the file name of its
+// program (the item's File), or the value's name when that program only hosts what its command
+// names (rundll32.exe, cmd.exe, powershell.exe, wscript.exe, ...) or there is none.
 std::string SearchTerms(const StartupItem& item);
 
 // The address to open: the template with every "{SEARCHTERMS}" replaced, escaped as a whole.

@@ -23,11 +23,20 @@ TEST(OnlineSearch, TermsComeFromTheItemAndTheWholeAddressIsEscaped) {
     };
     // A shortcut searches for its file name; the template's own ? = / : stay.
     EXPECT_EQ(address(kTemplate, shortcut("Tool.lnk")), "https://search.example/?q=Tool.lnk");
-    // A Run value, in any state: its name and its program; a name that holds "=" whole.
-    EXPECT_EQ(address(kTemplate, value("Tool", "C:\\Program Files\\T\\tool.exe")),
-              "https://search.example/?q=Tool,%20C:%5CProgram%20Files%5CT%5Ctool.exe");
-    EXPECT_EQ(SearchTerms(value("Q=1", "C:\\q.exe")), "Q=1, C:\\q.exe");
-    EXPECT_EQ(SearchTerms(value("Empty", "")), "Empty");
+    // A Run value, in any state: its program's file name alone, never a folder; the value's
+    // name for a program that only hosts what its command names, or for none.
+    const std::pair<StartupItem, const char*> terms[] = {
+        {value("Tool", "C:\\Users\\Ann Lee\\AppData\\T\\tool.exe"), "tool.exe"},
+        {value("Q=1", "%ProgramFiles%\\q.exe"), "q.exe"},
+        {value("Tray", "C:\\Windows\\System32\\RunDLL32.EXE"), "Tray"},
+        {value("Sync", "powershell"), "Sync"},
+        {value("Wsh", "C:/Windows/wscript.exe"), "Wsh"},
+        {value("Empty", ""), "Empty"},
+    };
+    for (const auto& [item, expected] : terms)
+        EXPECT_EQ(SearchTerms(item), expected) << item.File;
+    EXPECT_EQ(address(kTemplate, value("T", "C:\\A B\\my tool.exe")),
+              "https://search.example/?q=my%20tool.exe");
     // "&" joining the template's parameters is escaped too; "%" passes unescaped.
     EXPECT_EQ(
         address("https://s.example/?a=1&q={SEARCHTERMS}&q2={SEARCHTERMS}", shortcut("50%.lnk")),

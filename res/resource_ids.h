@@ -12,9 +12,6 @@
 
 #include "models/command_ids.h"
 
-// The main window's keys.
-#define IDA_MAIN 201
-
 // The toolbar's pictures.
 #define IDI_BAR_SAVE 111
 #define IDI_BAR_REFRESH 112

@@ -8,10 +8,16 @@ namespace {
 
 using Kind = MenuItem::Kind;
 
+// The Menus entry of File > Refresh.
+constexpr size_t kRefreshEntry = 26;
+
 MenuItem Command(int id, const std::vector<std::string>& menus, size_t entry) {
     MenuItem item;
     item.Number = id;
     item.Caption = TextTables::Entry(menus, entry);
+    for (const AcceleratorKey& key : MainAccelerators())
+        if (key.Command == id)
+            item.Caption.append("\t").append(key.Name);
     return item;
 }
 
@@ -31,6 +37,14 @@ MenuItem Submenu(const std::vector<std::string>& menus, size_t entry, std::vecto
 
 } // namespace
 
+const std::vector<AcceleratorKey>& MainAccelerators() {
+    // VK_F5, Ctrl+S, VK_F1.
+    static const std::vector<AcceleratorKey> keys = {{ID_CMD_SAVE, 'S', true, "Ctrl+S"},
+                                                     {ID_CMD_REFRESH, 0x74, false, "F5"},
+                                                     {ID_CMD_HELP, 0x70, false, "F1"}};
+    return keys;
+}
+
 std::vector<MenuItem> BuildMainMenu(const std::vector<std::string>& menus,
                                     const std::vector<LanguageEntry>& languages,
                                     std::string_view currentLanguage) {
@@ -46,8 +60,9 @@ std::vector<MenuItem> BuildMainMenu(const std::vector<std::string>& menus,
     }
     return {
         Submenu(menus, 0,
-                {Command(ID_CMD_SAVE, menus, 1), Separator(),
-                 Command(ID_CMD_MINIMIZE_TO_TRAY, menus, 2), Command(ID_CMD_QUIT, menus, 3)}),
+                {Command(ID_CMD_SAVE, menus, 1), Command(ID_CMD_REFRESH, menus, kRefreshEntry),
+                 Separator(), Command(ID_CMD_MINIMIZE_TO_TRAY, menus, 2),
+                 Command(ID_CMD_QUIT, menus, 3)}),
         Submenu(menus, 4, {Command(ID_CMD_GROUPS, menus, 5)}),
         Submenu(menus, 6, {Command(ID_CMD_OPTIONS, menus, 7)}),
         Submenu(menus, 8, std::move(languageItems)),

@@ -22,8 +22,19 @@ struct MenuItem {
     std::vector<MenuItem> Entries; // of a submenu
 };
 
+// A key that runs a command in the main window. The accelerator table and the menus' key texts
+// are both made from the one list, so every language shows the keys that work.
+struct AcceleratorKey {
+    int Command = 0;
+    unsigned short Key = 0; // a virtual-key code
+    bool Control = false;
+    const char* Name = ""; // as a menu shows it after the caption
+};
+const std::vector<AcceleratorKey>& MainAccelerators();
+
 // The main window's menu bar, captioned from the Menus table; the language menu holds one item
-// per language of the list, and the current language's item is checked.
+// per language of the list, and the current language's item is checked. A command with a key
+// shows it after a tab.
 std::vector<MenuItem> BuildMainMenu(const std::vector<std::string>& menus,
                                     const std::vector<LanguageEntry>& languages,
                                     std::string_view currentLanguage);

@@ -38,6 +38,16 @@ struct Menu {
     static Type Invalid() { return nullptr; }
     static void Close(Type h) { DestroyMenu(h); }
 };
+struct Global {
+    using Type = HGLOBAL;
+    static Type Invalid() { return nullptr; }
+    static void Close(Type h) { GlobalFree(h); }
+};
+struct Accelerators {
+    using Type = HACCEL;
+    static Type Invalid() { return nullptr; }
+    static void Close(Type h) { DestroyAcceleratorTable(h); }
+};
 struct Icon {
     using Type = HICON;
     static Type Invalid() { return nullptr; }
@@ -83,6 +93,8 @@ using UniqueHandle = UniqueAny<handle_traits::Kernel>;
 using UniqueFile = UniqueAny<handle_traits::File>;
 using UniqueMenu = UniqueAny<handle_traits::Menu>;
 using UniqueIcon = UniqueAny<handle_traits::Icon>;
+using UniqueGlobal = UniqueAny<handle_traits::Global>;
+using UniqueAccelerators = UniqueAny<handle_traits::Accelerators>;
 using UniqueGdiObject = UniqueAny<handle_traits::GdiObject>;
 using UniqueDc = UniqueAny<handle_traits::Dc>;
 using UniqueImageList = UniqueAny<handle_traits::ImageList>;

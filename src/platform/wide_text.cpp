@@ -2,7 +2,10 @@
 
 #include <windows.h>
 
+#include <cstring>
+
 #include "platform/file_io.h"
+#include "platform/handles.h"
 #include "text/code_page.h"
 
 namespace tolvane {
@@ -51,6 +54,26 @@ std::optional<std::string> ReadTextFile(const std::string& path) {
     if (bytes)
         *bytes = TextOfFile(std::move(*bytes));
     return bytes;
+}
+
+bool CopyToClipboard(HWND owner, std::string_view text) {
+    const std::wstring wide = Wide(text);
+    const size_t bytes = (wide.size() + 1) * sizeof(wchar_t);
+    UniqueGlobal memory(GlobalAlloc(GMEM_MOVEABLE, bytes));
+    if (!memory)
+        return false;
+    void* data = GlobalLock(memory.get());
+    if (!data)
+        return false;
+    std::memcpy(data, wide.c_str(), bytes);
+    GlobalUnlock(memory.get());
+    if (!OpenClipboard(owner))
+        return false;
+    const bool placed = EmptyClipboard() && SetClipboardData(CF_UNICODETEXT, memory.get());
+    if (placed)
+        memory.release(); // the clipboard's now
+    CloseClipboard();
+    return placed;
 }
 
 } // namespace tolvane

@@ -2,6 +2,8 @@
 // for the calls and files that take the wide form.
 #pragma once
 
+#include <windows.h>
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,5 +25,8 @@ unsigned LegacyCodePage();
 std::optional<std::string> ReadTextFile(const std::string& path);
 // The same for bytes already read.
 std::string TextOfFile(std::string bytes);
+
+// Puts the text on the clipboard as Unicode text, for the owner window; false when it could not.
+[[nodiscard]] bool CopyToClipboard(HWND owner, std::string_view text);
 
 } // namespace tolvane

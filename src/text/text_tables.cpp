@@ -48,7 +48,8 @@ TextTables::TextTables() : Languages(1) {
                                  "Run All\0"
                                  "Stopped\0"
                                  "&Open\0"
-                                 "&Quit Program\0";
+                                 "&Quit Program\0"
+                                 "&Refresh\0";
     Menus = UnpackTexts(kMenus, sizeof kMenus);
     static const char kMessages[] =
         "Tolvane is already running. Please use its open window or the Tolvane icon in the "
@@ -123,7 +124,9 @@ TextTables::TextTables() : Languages(1) {
         "why.\0"
         "Version %1\0"
         "The main window's menus, toolbar and title change to the new language the next time "
-        "Tolvane starts.\0";
+        "Tolvane starts.\0"
+        "No program on this computer opened the address:\r\n%1\r\nCopy it to the clipboard, to "
+        "paste it into a browser?\0";
     Messages = UnpackTexts(kMessages, sizeof kMessages);
     static const char kToolbar[] = "Save Changes\0"
                                    "Refresh the list\0"

@@ -4,6 +4,7 @@
 #include <shellapi.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 #include <exception>
 #include <map>
@@ -20,9 +21,12 @@
 #include "platform/dir_struct.h"
 #include "platform/message_pump.h"
 #include "platform/min_size.h"
+#include "platform/registry.h"
+#include "platform/wide_text.h"
 #include "platform/runtime_libraries.h"
 #include "resource_ids.h"
 #include "startup/tray_commands.h"
+#include "text/placeholders.h"
 #include "text/strings.h"
 #include "ui/about/about_dialog.h"
 #include "ui/group_editor/group_editor_dialog.h"
@@ -49,6 +53,8 @@ constexpr size_t kNotWrittenMessage = 38;
 constexpr size_t kNotKeptLine = 39;
 // A language chosen: the window's own texts follow at the next start.
 constexpr size_t kNextStartMessage = 41;
+// Search Online: no program opened the address; the user may copy it.
+constexpr size_t kNotOpenedMessage = 42;
 // The window's title, in its own texts (the Toolbar table).
 constexpr size_t kTitleEntry = 7;
 // Messages 22 to 24: the ratings; 25 and 26: a measurement with and without its ready time.
@@ -60,6 +66,16 @@ constexpr UINT kFirstShown = WM_APP + 2;
 constexpr UINT kChangedElsewhere = WM_APP + 3;
 constexpr UINT_PTR kChangedTimer = 1;
 constexpr UINT kChangedWaitMs = 300;
+
+// The window's place is kept in the registry, not in proggroup.c: it belongs to this user's
+// screens on this machine, while proggroup.c is shared by every copy that reads the program
+// folder and its settings may be carried to another machine with other screens.
+constexpr const char* kPlaceKey = "Software\\Hexmoor\\Tolvane";
+constexpr const char* kPlaceValue = "WindowPlacement";
+// The size a first start opens at, in pixels at 96 dots per inch.
+constexpr long kFirstWidth = 760, kFirstHeight = 520;
+// The status bar's progress part.
+constexpr long kProgressTwips = 1800;
 
 // At most this many yields wait for a running log-on wait to see that the program ends.
 constexpr int kEndingYields = 5001;
@@ -112,7 +128,12 @@ MainWindow::MainWindow(AppState& app, HINSTANCE instance)
     : Window(&app.log, "Startup Items Error! Reported: "), app_(app), instance_(instance),
       tray_(&app.log) {
     OpenWithShell = [this](const std::string& target) {
-        ShellExecuteA(Hwnd(), nullptr, target.c_str(), nullptr, "", SW_SHOWNORMAL);
+        SHELLEXECUTEINFOA info{sizeof info};
+        info.fMask = SEE_MASK_FLAG_NO_UI;
+        info.hwnd = Hwnd();
+        info.lpFile = target.c_str();
+        info.nShow = SW_SHOWNORMAL;
+        return ShellExecuteExA(&info) != FALSE;
     };
     OpenGroupEditor = [this](std::optional<GroupProgram> record) {
         GroupEditorDialog editor(app_.Store(), app_.text, app_.messages, app_.log);
@@ -159,13 +180,14 @@ void MainWindow::AddCommands() {
         OpenModeless(tip_, instance_, Hwnd(), app_.Store(), app_.text, app_.log);
     });
     commands_.Add(ID_CMD_ABOUT, [this] {
-        AboutDialog about(app_.text, app_.log, OpenWithShell);
+        AboutDialog about(app_.text, app_.log,
+                          [this](const std::string& target) { (void)OpenWithShell(target); });
         about.ShowModal(instance_, Hwnd());
     });
     commands_.Add(ID_CMD_HELP, [this] { OpenHelp(); });
-    commands_.Add(ID_CMD_FORUMS, [this] { OpenWithShell(kForumsAddress); });
-    commands_.Add(ID_CMD_MAIN_PAGE, [this] { OpenWithShell(kMainPageAddress); });
-    commands_.Add(ID_CMD_SUPPORT_MAIL, [this] { OpenWithShell(kSupportMailAddress); });
+    commands_.Add(ID_CMD_FORUMS, [this] { (void)OpenWithShell(kForumsAddress); });
+    commands_.Add(ID_CMD_MAIN_PAGE, [this] { (void)OpenWithShell(kMainPageAddress); });
+    commands_.Add(ID_CMD_SUPPORT_MAIL, [this] { (void)OpenWithShell(kSupportMailAddress); });
 
     // The ticked items' moves, as CheckForOptions last found them.
     commands_.Add(
@@ -217,15 +239,22 @@ void MainWindow::AddCommands() {
 
 bool MainWindow::Load() {
     if (!Create(instance_, 0, TextTables::Entry(app_.text.Toolbar, kTitleEntry).c_str(),
-                WS_OVERLAPPEDWINDOW, CW_USEDEFAULT, CW_USEDEFAULT, 760, 520, nullptr))
+                WS_OVERLAPPEDWINDOW, CW_USEDEFAULT, CW_USEDEFAULT, kFirstWidth, kFirstHeight,
+                nullptr))
         return false;
-    SetAccelerators(Hwnd(), LoadAcceleratorsA(instance_, MAKEINTRESOURCEA(IDA_MAIN)));
+    PlaceWindow();
+    std::vector<ACCEL> keys;
+    for (const AcceleratorKey& key : MainAccelerators())
+        keys.push_back(ACCEL{static_cast<BYTE>(FVIRTKEY | (key.Control ? FCONTROL : 0)), key.Key,
+                             static_cast<WORD>(key.Command)});
+    accelerators_.reset(CreateAcceleratorTableA(keys.data(), static_cast<int>(keys.size())));
+    SetAccelerators(Hwnd(), accelerators_.get());
     icon_.reset(
         static_cast<HICON>(LoadImageA(instance_, "clock", IMAGE_ICON, GetSystemMetrics(SM_CXSMICON),
                                       GetSystemMetrics(SM_CYSMICON), 0)));
     // A user who started the program sees the tree first; the icon follows.
     if (app_.ShowGui) {
-        ShowWindowNow(SW_SHOWNORMAL);
+        ShowWindowNow(openMaximized_ ? SW_SHOWMAXIMIZED : SW_SHOWNORMAL);
         UpdateWindow(Hwnd());
     }
     if (tray_.Create(instance_)) {
@@ -270,17 +299,14 @@ void MainWindow::EnsureContent() {
         Hwnd(), instance_, BuildMainToolbar(app_.text.Menus, app_.text.Toolbar), ToolbarIcons());
     statusBar_ = CreateWindowExA(0, STATUSCLASSNAMEA, "", WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP, 0,
                                  0, 0, 0, Hwnd(), nullptr, instance_, nullptr);
-    int parts[] = {200, -1};
-    SendMessageA(statusBar_, SB_SETPARTS, 2, reinterpret_cast<LPARAM>(parts));
-    SendMessageA(statusBar_, SB_SETTEXTA, 1,
-                 reinterpret_cast<LPARAM>(TextTables::Entry(app_.text.Toolbar, 6).c_str()));
+    ShowStatus("");
     progress_ = std::make_unique<AdvProgressBar>(Hwnd(), &app_.log);
     progress_->SetMin(0);
     progress_->SetMax(100);
     progress_->SetValue(0);
     progress_->SetGradient(false);
     progress_->SetMyParent(statusBar_);
-    progress_->SetStatusBarPanelIndex(1);
+    progress_->SetStatusBarPanelIndex(2);
     treeView_ = std::make_unique<TreeViewControl>(Hwnd(), kTreeId, instance_);
     treeView_->ToolTip = [this](int node) {
         if (node == TreeModel::kNone)
@@ -358,8 +384,15 @@ void MainWindow::Layout() {
     SendMessageA(statusBar_, WM_SIZE, 0, 0);
     RECT status{};
     GetWindowRect(statusBar_, &status);
+    const UINT dpi = GetDpiForWindow(Hwnd());
+    // The status line's text takes what the progress part at the right leaves: the parts follow
+    // every size, so the text shows whole however wide the window is.
+    int parts[] = {std::max(0, static_cast<int>(status.right - status.left -
+                                                TwipsToPixels(kProgressTwips, dpi))),
+                   -1};
+    SendMessageA(statusBar_, SB_SETPARTS, 2, reinterpret_cast<LPARAM>(parts));
     // A margin of 75 twips around the tree, between the toolbar and the status bar.
-    const int margin = static_cast<int>(TwipsToPixels(75, GetDpiForWindow(Hwnd())));
+    const int margin = static_cast<int>(TwipsToPixels(75, dpi));
     const int height = client.bottom - 2 * margin - bar - (status.bottom - status.top);
     const int width = client.right - 2 * margin;
     MoveWindow(treeView_->Hwnd(), margin, bar + margin, width > 0 ? width : 0,
@@ -418,7 +451,9 @@ void MainWindow::Refresh(bool keepPlace) {
 }
 
 void MainWindow::ShowStatus(const std::string& text) {
-    SendMessageA(statusBar_, SB_SETTEXTA, 0, reinterpret_cast<LPARAM>(text.c_str()));
+    // Nothing to tell: the line says how the window is used.
+    const std::string& shown = text.empty() ? TextTables::Entry(app_.text.Toolbar, 6) : text;
+    SendMessageA(statusBar_, SB_SETTEXTA, 0, reinterpret_cast<LPARAM>(shown.c_str()));
 }
 
 void MainWindow::NotKept() {
@@ -536,8 +571,13 @@ void MainWindow::SearchOnline() {
     if (!item)
         return;
     const std::string address = SearchAddress(app_.OnlineSearchTemplate, *item);
-    if (!address.empty())
-        OpenWithShell(address);
+    if (address.empty() || OpenWithShell(address))
+        return;
+    // No browser, or nothing registered for the address: the user may still take it elsewhere.
+    if (app_.messages.ShowMessage(FillIn(app_.text.Message(kNotOpenedMessage), {address}),
+                                  "Tolvane", kMbYesNo | kMbIconExclamation) == kIdYes &&
+        !CopyToClipboard(Hwnd(), address))
+        app_.log.WriteLog("Search Online: the address could not be copied", kLogWarning);
 }
 
 void MainWindow::ChooseLanguage(size_t index) {
@@ -565,7 +605,73 @@ void MainWindow::ChooseLanguage(size_t index) {
 void MainWindow::OpenHelp() {
     const std::string help = app_.folders.ProgramFolder + "\\Tolvane.chm";
     if (CDirStruct::OrdinaryFileExists(help))
-        OpenWithShell(help);
+        (void)OpenWithShell(help);
+}
+
+void MainWindow::PlaceWindow() {
+    HWND hwnd = Hwnd();
+    WINDOWPLACEMENT place{sizeof place};
+    GetWindowPlacement(hwnd, &place);
+    RECT& r = place.rcNormalPosition; // in work-area coordinates, as it was kept
+    // "left top right bottom maximised", as KeepPlace writes it.
+    const std::string kept =
+        CRegistry().GetSettingString(RegistryRoot::CurrentUser, kPlaceKey, kPlaceValue);
+    long numbers[5] = {};
+    const char* at = kept.data();
+    const char* const end = at + kept.size();
+    bool known = true;
+    for (long& n : numbers) {
+        while (at < end && *at == ' ')
+            ++at;
+        const auto [next, error] = std::from_chars(at, end, n);
+        known = known && error == std::errc();
+        at = next;
+    }
+    const long left = numbers[0], top = numbers[1], right = numbers[2], bottom = numbers[3];
+    const bool maximized = numbers[4] != 0;
+    known = known && at == end && right > left && bottom > top;
+    if (known) {
+        r = RECT{left, top, right, bottom};
+        openMaximized_ = maximized;
+    }
+    place.showCmd = SW_HIDE;
+    // Onto the screen it was on first: a screen of another density gives the window its own
+    // size there, and the kept size is set again on it.
+    SetWindowPlacement(hwnd, &place);
+    if (known && !MonitorFromRect(&r, MONITOR_DEFAULTTONULL)) {
+        // That screen is gone: the middle of the main one.
+        RECT work{};
+        SystemParametersInfoA(SPI_GETWORKAREA, 0, &work, 0);
+        const long width = r.right - r.left, height = r.bottom - r.top;
+        r.left = std::max(0L, (work.right - work.left - width) / 2);
+        r.top = std::max(0L, (work.bottom - work.top - height) / 2);
+        r.right = r.left + width;
+        r.bottom = r.top + height;
+        SetWindowPlacement(hwnd, &place);
+    }
+    const UINT dpi = GetDpiForWindow(hwnd);
+    if (!known) {
+        r.right = r.left + MulDiv(kFirstWidth, static_cast<int>(dpi), 96);
+        r.bottom = r.top + MulDiv(kFirstHeight, static_cast<int>(dpi), 96);
+    }
+    r.right = std::max(r.right, r.left + TwipsToPixels(kMinimumWidthTwips, dpi));
+    r.bottom = std::max(r.bottom, r.top + TwipsToPixels(kMinimumHeightTwips, dpi));
+    SetWindowPlacement(hwnd, &place);
+}
+
+void MainWindow::KeepPlace() {
+    // Never shown: the place is the one it was given, nothing the user chose.
+    if (!treeView_)
+        return;
+    WINDOWPLACEMENT place{sizeof place};
+    if (!GetWindowPlacement(Hwnd(), &place))
+        return;
+    const RECT& r = place.rcNormalPosition;
+    std::string text;
+    for (long n : {r.left, r.top, r.right, r.bottom, IsZoomed(Hwnd()) ? 1L : 0L})
+        text += (text.empty() ? "" : " ") + std::to_string(n);
+    if (!CRegistry().SaveSettingString(RegistryRoot::CurrentUser, kPlaceKey, kPlaceValue, text))
+        app_.log.WriteLog("The window's place could not be kept", kLogWarning);
 }
 
 void MainWindow::ShowWindowNow(int command) {
@@ -581,7 +687,10 @@ void MainWindow::ShowWindowNow(int command) {
 void MainWindow::Open() {
     if (!app_.ShowGui)
         isVisible_ = true;
-    ShowWindowNow(IsIconic(Hwnd()) ? SW_RESTORE : SW_SHOW);
+    const bool first = !treeView_;
+    ShowWindowNow(IsIconic(Hwnd())          ? SW_RESTORE
+                  : first && openMaximized_ ? SW_SHOWMAXIMIZED
+                                            : SW_SHOW);
     SetForegroundWindow(Hwnd());
 }
 
@@ -703,6 +812,7 @@ LRESULT MainWindow::HandleMessage(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
         // The close button and the system menu keep the program in the tray when the settings
         // ask for it; any other close ends it.
         if ((wp & 0xFFF0) == SC_CLOSE && app_.model.CloseType == 1) {
+            KeepPlace();
             ShowWindow(hwnd, SW_HIDE);
             return 0;
         }
@@ -717,6 +827,7 @@ LRESULT MainWindow::HandleMessage(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
             EndForGood();
         return 0;
     case WM_DESTROY:
+        KeepPlace();
         watch_.reset();
         tray_.RemoveTrayIcon();
         PostQuitMessage(0);

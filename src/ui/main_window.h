@@ -80,8 +80,9 @@ public:
     OptionsDialog* Options() const;
     TipDialog* Tip() const;
 
-    // How addresses and files are opened: the shell's default action unless set.
-    std::function<void(const std::string& target)> OpenWithShell;
+    // How addresses and files are opened: the shell's default action unless set. False when no
+    // program opened it (no browser, nothing registered for the kind of file).
+    std::function<bool(const std::string& target)> OpenWithShell;
     // Opens the group editor (modal), on a delayed item's program when its record is given;
     // the tree is rebuilt after it.
     std::function<void(std::optional<GroupProgram> record)> OpenGroupEditor;
@@ -95,6 +96,10 @@ private:
     // the window stays hidden, and its controls would load libraries that waiting never needs.
     void EnsureContent();
     void ShowWindowNow(int command);
+    // Where the window opens: where it was last closed, at the size it had, never below its
+    // minimum for the screen it opens on; and the keeping of that place when it closes.
+    void PlaceWindow();
+    void KeepPlace();
     void Layout();
     void ChecksMayHaveChanged();
     // The status line's first part: what went wrong that the user must know, "" for nothing.
@@ -139,6 +144,8 @@ private:
     CommandTable commands_;
     ShownTrayMenu trayMenu_;
     UniqueIcon icon_;
+    UniqueAccelerators accelerators_;
+    bool openMaximized_ = false;
     TrayIcon tray_;
     std::unique_ptr<OptionsDialog> options_;
     std::unique_ptr<TipDialog> tip_;

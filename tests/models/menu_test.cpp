@@ -103,6 +103,12 @@ TEST(MainMenu, LanguagesCheckedAndWhatTheCommandTableDoesNotKnowGrayed) {
     commands.Add(
         ID_CMD_MAIN_PAGE, [] {}, [] { return false; });
     ApplyEnabled(bar, commands);
+    // Every language shows the keys of the one accelerator table.
+    menus[1] = "&Speichern";
+    menus[26] = "&Aktualisieren";
+    EXPECT_EQ(Outline(BuildMainMenu(menus, {}, "")[0].Entries),
+              "40004 &Speichern\tCtrl+S\n40003 &Aktualisieren\tF5\n-\n40005 &Minimize to Tray\n"
+              "40002 E&xit\n");
     EXPECT_EQ(Outline({bar[3], bar[4].Entries[6]}), "0 &Language\n"
                                                     "  41000 English\n"
                                                     "  41001 Deutsch v\n"

@@ -12,6 +12,7 @@
 #include "config/language_files.h"
 #include "items/startup_fixture.h"
 #include "platform/message_pump.h"
+#include "platform/registry.h"
 #include "ui/main_window.h"
 
 namespace tolvane::test {
@@ -38,8 +39,14 @@ protected:
     }
     void Open() {
         window.reset();
+        // Each test's window opens where the test puts it, not where the last one was closed.
+        (void)CRegistry().DeleteValue(RegistryRoot::CurrentUser, "Software\\Hexmoor\\Tolvane",
+                                      "WindowPlacement");
         window = std::make_unique<MainWindow>(app, GetModuleHandleA(nullptr));
-        window->OpenWithShell = [this](const std::string& target) { opened.push_back(target); };
+        window->OpenWithShell = [this](const std::string& target) {
+            opened.push_back(target);
+            return shellOpens;
+        };
         ASSERT_TRUE(window->Load());
         hwnd = window->Handle();
         SetWindowPos(hwnd, HWND_TOP, 120, 80, 800, 560, SWP_SHOWWINDOW);
@@ -131,6 +138,7 @@ protected:
     std::unique_ptr<MainWindow> window;
     HWND hwnd = nullptr;
     std::vector<std::string> opened;
+    bool shellOpens = true; // whether a program opens what the window hands the shell
 };
 
 } // namespace tolvane::test

@@ -11,6 +11,7 @@
 #include "items/run_entry.h"
 #include "models/menu_model.h"
 #include "platform/min_size.h"
+#include "platform/registry.h"
 #include "resource_ids.h"
 #include "text/placeholders.h"
 #include "ui/main_window_fixture.h"
@@ -27,7 +28,8 @@ TEST_F(MainWindowTest, MenusAndToolbarAsRenderedAndTickedItemsMoveFromTheToolbar
     Open();
 
     EXPECT_EQ(Outline(GetMenu(hwnd)), "&File\n"
-                                      "  &Save\n"
+                                      "  &Save\tCtrl+S\n"
+                                      "  &Refresh\tF5\n"
                                       "  -\n"
                                       "  &Minimize to Tray\n"
                                       "  E&xit\n"
@@ -39,7 +41,7 @@ TEST_F(MainWindowTest, MenusAndToolbarAsRenderedAndTickedItemsMoveFromTheToolbar
                                       "  English v\n"
                                       "  Deutsch\n"
                                       "&Help\n"
-                                      "  &Help\n"
+                                      "  &Help\tF1\n"
                                       "  -\n"
                                       "  &About Tolvane\n"
                                       "  -\n"
@@ -200,6 +202,22 @@ TEST_F(MainWindowTest, SaveHelpLinksSearchAndLanguage) {
     test::Type({VK_APPS, VK_UP, VK_RETURN});
     Pump(60);
     EXPECT_EQ(opened.back(), "https://s.example/?q=Tool.lnk");
+    // No program opens it: the user is told, and may copy the address.
+    shellOpens = false;
+    messages.answer = kIdYes;
+    test::Type({VK_APPS, VK_UP, VK_RETURN});
+    Pump(60);
+    ASSERT_EQ(messages.shown.size(), 1u);
+    EXPECT_EQ(messages.shown[0].Text,
+              FillIn(app.text.Message(42), {"https://s.example/?q=Tool.lnk"}));
+    ASSERT_TRUE(OpenClipboard(hwnd));
+    HANDLE data = GetClipboardData(CF_UNICODETEXT);
+    const auto* copied = static_cast<const wchar_t*>(data ? GlobalLock(data) : nullptr);
+    EXPECT_EQ(std::wstring(copied ? copied : L""), L"https://s.example/?q=Tool.lnk");
+    if (copied)
+        GlobalUnlock(data);
+    CloseClipboard();
+    messages.shown.clear();
 
     // Another language: its texts and the file, the list's headings at once, and the user told
     // in it that the window's own texts follow at the next start; the same one again does
@@ -230,7 +248,7 @@ TEST_F(MainWindowTest, SaveHelpLinksSearchAndLanguage) {
     EXPECT_EQ(messages.shown.size(), 1u); // no next start to promise
     test::Type({VK_F5});                  // the user's own refresh: the line is free again
     Pump();
-    EXPECT_EQ(StatusLine(), "");
+    EXPECT_EQ(StatusLine(), app.text.Toolbar.at(6)); // how the window is used
     ASSERT_TRUE(DeleteFileA(file.c_str()));
     PostMessageA(hwnd, WM_COMMAND, LanguageCommand(1), 0);
     Pump();
@@ -286,7 +304,9 @@ TEST_F(MainWindowTest, TipsAndTheStatusLineSayWhatTheUserMustKnow) {
     EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue));
 }
 
-TEST_F(MainWindowTest, MinimumSizeAndCloseRules) {
+// The window opens where it was last closed, at its size, never below its minimum and never off
+// every screen; its status line shows whole at every size.
+TEST_F(MainWindowTest, PlaceSizeAndCloseRules) {
     app.model.CloseType = 1;
     app.model.StartupType = 1;
     const std::string items =
@@ -295,13 +315,97 @@ TEST_F(MainWindowTest, MinimumSizeAndCloseRules) {
     Shortcut(items, "Kept.lnk");
     app.model.AddProgramToGroup(app.model.StartupGroupIndex, "Execute", "Kept.lnk", "", 0, "");
     app.Store().File().WriteItems();
-    Open();
+    const long minimum = TwipsToPixels(kMinimumWidthTwips, 96);
+    const long minimumHeight = TwipsToPixels(kMinimumHeightTwips, 96);
+    auto load = [&] {
+        window.reset();
+        TakeQuitMessage();
+        window = std::make_unique<MainWindow>(app, GetModuleHandleA(nullptr));
+        ASSERT_TRUE(window->Load());
+        hwnd = window->Handle();
+        Pump();
+    };
+    auto rect = [&] {
+        RECT r{};
+        GetWindowRect(hwnd, &r);
+        return std::to_string(r.left) + " " + std::to_string(r.top) + " " +
+               std::to_string(r.right) + " " + std::to_string(r.bottom);
+    };
+    RECT work{};
+    SystemParametersInfoA(SPI_GETWORKAREA, 0, &work, 0);
+    auto centred = [&](long w, long h) {
+        const long x = (work.right - work.left - w) / 2, y = (work.bottom - work.top - h) / 2;
+        return std::to_string(work.left + x) + " " + std::to_string(work.top + y) + " " +
+               std::to_string(work.left + x + w) + " " + std::to_string(work.top + y + h);
+    };
+    // The kept place as the registry holds it, and where the window opens for it.
+    const std::pair<std::string, std::string> places[] = {
+        {"200 150 1100 750 0", "200 150 1100 750"},
+        {"10 20 110 120 0",
+         "10 20 " + std::to_string(10 + minimum) + " " + std::to_string(20 + minimumHeight)},
+        {"-30000 -30000 -29000 -29400 0", centred(1000, 600)}, // that screen is gone
+    };
+    CRegistry registry;
+    for (const auto& [kept, expected] : places) {
+        ASSERT_TRUE(registry.SaveSettingString(
+            RegistryRoot::CurrentUser, "Software\\Hexmoor\\Tolvane", "WindowPlacement", kept));
+        load();
+        EXPECT_EQ(rect(), expected) << kept;
+    }
+    // Nothing kept: the first size, above the minimum.
+    ASSERT_TRUE(registry.DeleteValue(RegistryRoot::CurrentUser, "Software\\Hexmoor\\Tolvane",
+                                     "WindowPlacement"));
+    load();
+    RECT r{};
+    GetWindowRect(hwnd, &r);
+    EXPECT_EQ(r.right - r.left, 760);
+    EXPECT_EQ(r.bottom - r.top, 520);
+
+    // Closed maximised, it opens maximised, and goes back to the size it had; the status line
+    // shows its text whole, beside the progress part, at the smallest size and maximised.
+    auto statusShowsWhole = [&] {
+        HWND bar = FindWindowExA(hwnd, nullptr, "msctls_statusbar32", nullptr);
+        RECT part{}, progress{};
+        SendMessageA(bar, SB_GETRECT, 0, reinterpret_cast<LPARAM>(&part));
+        GetWindowRect(GetWindow(bar, GW_CHILD), &progress);
+        MapWindowPoints(nullptr, bar, reinterpret_cast<POINT*>(&progress), 2);
+        HDC dc = GetDC(bar);
+        HGDIOBJ old =
+            SelectObject(dc, reinterpret_cast<HFONT>(SendMessageA(bar, WM_GETFONT, 0, 0)));
+        SIZE extent{};
+        GetTextExtentPoint32A(dc, StatusLine().c_str(), static_cast<int>(StatusLine().size()),
+                              &extent);
+        SelectObject(dc, old);
+        ReleaseDC(bar, dc);
+        return !StatusLine().empty() && part.right - part.left > extent.cx &&
+               progress.left >= part.right;
+    };
+    SetWindowPos(hwnd, nullptr, 0, 0, minimum, minimumHeight, SWP_NOMOVE | SWP_NOZORDER);
+    Pump();
+    EXPECT_TRUE(statusShowsWhole());
+    const std::string normal = rect();
+    ShowWindow(hwnd, SW_MAXIMIZE);
+    Pump();
+    EXPECT_TRUE(statusShowsWhole());
+    SendMessageA(hwnd, WM_CLOSE, 0, 0);
+    load();
+    app.wait.QuitRequested = false;
+    EXPECT_TRUE(IsZoomed(hwnd));
+    ShowWindow(hwnd, SW_RESTORE);
+    Pump();
+    EXPECT_EQ(rect(), normal);
+    // A screen of another density: the window takes the rectangle Windows suggests.
+    RECT suggested{100, 100, 1300, 900};
+    SendMessageA(hwnd, WM_DPICHANGED, MAKEWPARAM(144, 144), reinterpret_cast<LPARAM>(&suggested));
+    EXPECT_EQ(rect(), "100 100 1300 900");
+    SetWindowPos(hwnd, HWND_TOP, 120, 80, 800, 560, SWP_SHOWWINDOW);
+    SetForegroundWindow(hwnd);
+    Pump();
 
     // The left border dragged far to the right stops at the minimum width; the right border
     // stays where it was.
     RECT before{}, after{};
     GetWindowRect(hwnd, &before);
-    const long minimum = TwipsToPixels(kMinimumWidthTwips, GetDpiForWindow(hwnd));
     test::Drag({before.left + 1, (before.top + before.bottom) / 2},
                {before.left + 500, (before.top + before.bottom) / 2});
     Pump(60);

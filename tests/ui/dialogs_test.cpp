@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "items/run_entry.h"
+#include "platform/min_size.h"
 #include "text/language.h"
 #include "ui/about/about_dialog.h"
 #include "ui/about/about_ids.h"
@@ -109,6 +110,69 @@ void FindMisfitsAndSharedAccessKeys(HWND dialog, std::set<std::string>& problems
             }
         }
     }
+}
+
+// The main window: its controls inside it and apart, the status line's text and each toolbar
+// button within the room they have. Its controls are laid out in pixels from twips and its fonts
+// follow the density: for 150 % the fonts are made at 144 dpi and the room grows by half.
+void FindMainWindowMisfits(HWND window, std::set<std::string>& problems) {
+    RECT client{};
+    GetClientRect(window, &client);
+    std::vector<std::pair<std::string, RECT>> placed;
+    for (HWND control = GetWindow(window, GW_CHILD); control;
+         control = GetWindow(control, GW_HWNDNEXT)) {
+        char kind[64] = {};
+        GetClassNameA(control, kind, sizeof kind);
+        RECT r{}, common{};
+        GetWindowRect(control, &r);
+        MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&r), 2);
+        if (!IntersectRect(&common, &r, &client) || !EqualRect(&common, &r))
+            problems.insert(std::string(kind) + " reaches outside the window");
+        for (const auto& [other, o] : placed)
+            if (IntersectRect(&common, &r, &o))
+                problems.insert(std::string(kind) + " overlaps " + other);
+        placed.emplace_back(kind, r);
+    }
+    // Each text with the control that draws it and the room it has there.
+    std::vector<std::tuple<HWND, int, std::string>> texts;
+    HWND status = FindWindowExA(window, nullptr, STATUSCLASSNAMEA, nullptr);
+    RECT part{}, progress{};
+    SendMessageA(status, SB_GETRECT, 0, reinterpret_cast<LPARAM>(&part));
+    GetWindowRect(GetWindow(status, GW_CHILD), &progress);
+    MapWindowPoints(nullptr, status, reinterpret_cast<POINT*>(&progress), 2);
+    if (progress.left < part.right)
+        problems.insert("the progress part covers the status line");
+    char line[512] = {};
+    SendMessageA(status, SB_GETTEXTA, 0, reinterpret_cast<LPARAM>(line));
+    texts.emplace_back(status, part.right - part.left - 8, line);
+    HWND tools = FindWindowExA(window, nullptr, TOOLBARCLASSNAMEA, nullptr);
+    RECT bar{};
+    GetClientRect(tools, &bar);
+    const int image = HIWORD(SendMessageA(tools, TB_GETBUTTONSIZE, 0, 0)); // square pictures
+    for (int i = 0; i < SendMessageA(tools, TB_BUTTONCOUNT, 0, 0); ++i) {
+        TBBUTTON b{};
+        RECT r{};
+        SendMessageA(tools, TB_GETBUTTON, i, reinterpret_cast<LPARAM>(&b));
+        SendMessageA(tools, TB_GETITEMRECT, i, reinterpret_cast<LPARAM>(&r));
+        if (r.right > bar.right)
+            problems.insert("toolbar button " + std::to_string(b.idCommand) + " is cut off");
+        char caption[128] = {};
+        if (!(b.fsStyle & BTNS_SEP) && SendMessageA(tools, TB_GETBUTTONTEXTA, b.idCommand,
+                                                    reinterpret_cast<LPARAM>(caption)) > 0)
+            texts.emplace_back(tools, r.right - r.left - image, caption);
+    }
+    for (int dpi : {96, 144})
+        for (const auto& [control, room, text] : texts) {
+            const UniqueGdiObject font = FontAt(control, dpi);
+            const UniqueDc dc(CreateCompatibleDC(nullptr));
+            SelectObject(dc.get(), font.get());
+            RECT need{};
+            DrawTextA(dc.get(), text.c_str(), -1, &need, DT_CALCRECT | DT_SINGLELINE);
+            if (need.right > MulDiv(room, dpi, 96))
+                problems.insert("\"" + text + "\" at " + std::to_string(dpi) + " dpi needs " +
+                                std::to_string(need.right) + " pixels, has " +
+                                std::to_string(MulDiv(room, dpi, 96)));
+        }
 }
 
 class DialogsTest : public test::MainWindowTest {
@@ -285,8 +349,8 @@ TEST_F(DialogsTest, AboutBoxShowsTheExesVersionAndALinkOpensItsPageAndCloses) {
     EXPECT_EQ(opened, std::vector<std::string>{kForumsAddress});
 }
 
-// Each dialog in each language of the list, with the other texts that its controls may show:
-// the editor's Update and the reasons on its message line, every tip of the day.
+// Each dialog and the main window in each language of the list, with the other texts that its
+// controls may show: the editor's Update and the reasons on its message line, every tip of the day.
 TEST_F(DialogsTest, EveryTextFitsAndNamesItsOwnAccessKeyInEveryLanguageAndDensity) {
     const HINSTANCE instance = GetModuleHandleA(nullptr);
     for (const LanguageEntry& language : app.text.Languages) {
@@ -321,6 +385,15 @@ TEST_F(DialogsTest, EveryTextFitsAndNamesItsOwnAccessKeyInEveryLanguageAndDensit
             for (const std::string& problem : problems)
                 ADD_FAILURE() << language.Code << " " << name << ", " << problem;
         }
+        // The main window at its smallest.
+        Open();
+        SetWindowPos(hwnd, nullptr, 0, 0, TwipsToPixels(kMinimumWidthTwips, 96),
+                     TwipsToPixels(kMinimumHeightTwips, 96), SWP_NOMOVE | SWP_NOZORDER);
+        Pump();
+        std::set<std::string> problems;
+        FindMainWindowMisfits(hwnd, problems);
+        for (const std::string& problem : problems)
+            ADD_FAILURE() << language.Code << " main window, " << problem;
     }
 }
 

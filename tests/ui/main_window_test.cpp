@@ -304,6 +304,36 @@ TEST_F(MainWindowTest, TipsAndTheStatusLineSayWhatTheUserMustKnow) {
     EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue));
 }
 
+// The tray menu opens at the pointer and takes the keyboard at once, also while the window
+// waits hidden for the log-on run: its "&Open" is one key away.
+RECT trayMenuAt{};
+TEST_F(MainWindowTest, TrayMenuOpensAtThePointerAndTakesTheKeyboardWhileTheWindowWaits) {
+    app.ShowGui = false;
+    window = std::make_unique<MainWindow>(app, GetModuleHandleA(nullptr));
+    window->Ready();
+    hwnd = window->Handle();
+    Pump();
+    ASSERT_FALSE(IsWindowVisible(hwnd));
+    ASSERT_TRUE(SetCursorPos(400, 300));
+    // Timers run inside the menu's own loop: the menu is read, then typed at.
+    SetTimer(nullptr, 0, 0, [](HWND, UINT, UINT_PTR id, DWORD) {
+        KillTimer(nullptr, id);
+        GetWindowRect(FindWindowA("#32768", nullptr), &trayMenuAt);
+        test::Type({'O'});
+        // A menu that did not take the key must not hold the test.
+        SetTimer(nullptr, 0, 3000, [](HWND, UINT, UINT_PTR id, DWORD) {
+            KillTimer(nullptr, id);
+            EndMenu();
+        });
+    });
+    SendMessageA(window->Tray().Hwnd(), TrayIcon::kCallbackMessage, TrayIcon::kIconId,
+                 WM_RBUTTONUP);
+    Pump();
+    EXPECT_EQ(trayMenuAt.left, 400);
+    EXPECT_EQ(trayMenuAt.top, 300);
+    EXPECT_TRUE(IsWindowVisible(hwnd));
+}
+
 // The window opens where it was last closed, at its size, never below its minimum and never off
 // every screen; its status line shows whole at every size.
 TEST_F(MainWindowTest, PlaceSizeAndCloseRules) {

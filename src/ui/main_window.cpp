@@ -68,8 +68,9 @@ constexpr UINT_PTR kChangedTimer = 1;
 constexpr UINT kChangedWaitMs = 300;
 
 // The window's place is kept in the registry, not in proggroup.c: it belongs to this user's
-// screens on this machine, while proggroup.c is shared by every copy that reads the program
-// folder and its settings may be carried to another machine with other screens.
+// screens on this machine, while proggroup.c may be carried to another machine with other
+// screens, and an older copy, which reads past a setting it does not know, would drop it from
+// the file at its next write.
 constexpr const char* kPlaceKey = "Software\\Hexmoor\\Tolvane";
 constexpr const char* kPlaceValue = "WindowPlacement";
 // The size a first start opens at, in pixels at 96 dots per inch.

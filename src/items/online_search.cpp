@@ -1,7 +1,6 @@
 #include "items/online_search.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstring>
 
 #include "text/strings.h"
@@ -30,13 +29,12 @@ namespace {
 
 // Programs that only run what their command line names: their own name says nothing of the
 // item.
-bool IsHost(std::string name) {
+bool IsHost(std::string_view program) {
     static constexpr std::string_view kHosts[] = {"rundll32",   "regsvr32", "cmd",
                                                   "powershell", "pwsh",     "wscript",
                                                   "cscript",    "mshta",    "conhost"};
-    std::transform(name.begin(), name.end(), name.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    if (name.size() > 4 && name.compare(name.size() - 4, 4, ".exe") == 0)
+    std::string name = ToLower(program);
+    if (EndsWith(name, ".exe"))
         name.resize(name.size() - 4);
     return std::find(std::begin(kHosts), std::end(kHosts), name) != std::end(kHosts);
 }

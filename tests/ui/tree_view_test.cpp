@@ -89,8 +89,9 @@ std::set<COLORREF> Painted(HWND tree, HTREEITEM item, bool picture = false) {
 
 // One node as the user sees it: indented by depth, with its marks and its image's index.
 std::string Shown(int depth, const std::string& text, bool bold, bool cut, int box, bool open,
-                  int image) {
+                  int image, bool warned = false) {
     return std::string(2 * depth, ' ') + text + (bold ? " bold" : "") + (cut ? " cut" : "") +
+           (warned ? " warned" : "") +
            (box == 2   ? " checked"
             : box == 0 ? " no box"
                        : "") +
@@ -106,12 +107,13 @@ std::vector<std::string> FromControl(HWND tree) {
             TVITEMW data{TVIF_TEXT | TVIF_STATE | TVIF_IMAGE, item};
             data.pszText = text;
             data.cchTextMax = 512;
-            data.stateMask = TVIS_BOLD | TVIS_CUT | TVIS_EXPANDED | TVIS_STATEIMAGEMASK;
+            data.stateMask =
+                TVIS_BOLD | TVIS_CUT | TVIS_EXPANDED | TVIS_STATEIMAGEMASK | TVIS_OVERLAYMASK;
             SendMessageW(tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&data));
-            out.push_back(Shown(depth, Narrow(text, CP_UTF8), data.state & TVIS_BOLD,
-                                data.state & TVIS_CUT,
-                                static_cast<int>((data.state & TVIS_STATEIMAGEMASK) >> 12),
-                                data.state & TVIS_EXPANDED, data.iImage));
+            out.push_back(
+                Shown(depth, Narrow(text, CP_UTF8), data.state & TVIS_BOLD, data.state & TVIS_CUT,
+                      static_cast<int>((data.state & TVIS_STATEIMAGEMASK) >> 12),
+                      data.state & TVIS_EXPANDED, data.iImage, data.state & TVIS_OVERLAYMASK));
             walk(TreeView_GetChild(tree, item), depth + 1);
         }
     };
@@ -130,7 +132,8 @@ std::vector<std::string> FromModel(const TreeModel& model) {
         // A node without children shows as closed, whatever the model says.
         out.push_back(Shown(depth, n.Text, n.Bold, n.Cut, n.Tickable ? 1 + n.Checked : 0,
                             n.Expanded && !n.Children.empty(),
-                            image == images.end() ? I_IMAGENONE : image->second));
+                            image == images.end() ? I_IMAGENONE : image->second,
+                            !n.Notice.empty()));
         for (int child : n.Children)
             walk(child, depth + 1);
     };
@@ -172,6 +175,7 @@ TEST(TreeViewControl, ShowsTheModelWithTheProgramsIconsAndHandsTheUsersChangesBa
         host.model.Node(host.model.Find(key)).Expanded = true;
     const int known = host.model.Find("#11#Known.lnk");
     host.model.Node(known).Checked = true;
+    host.model.Node(host.model.Find("#12#📅 Ноутбук 微信.lnk")).Notice = "will not start";
     host.tree->Render(host.model);
     host.Pump();
 

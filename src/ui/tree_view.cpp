@@ -8,6 +8,7 @@
 #include <exception>
 
 #include "platform/environment.h"
+#include "platform/processes.h"
 #include "platform/runtime_libraries.h"
 #include "platform/wide_text.h"
 #include "resource_ids.h"
@@ -28,6 +29,10 @@ constexpr int kWarningOverlay = 1;
 
 // Program icons read per message: a few dozen keep the window answering between them.
 constexpr size_t kIconsPerRound = 24;
+
+bool IsShortcut(const std::wstring& path) {
+    return path.size() > 4 && _wcsicmp(path.c_str() + path.size() - 4, L".lnk") == 0;
+}
 
 } // namespace
 
@@ -85,10 +90,18 @@ LRESULT CALLBACK TreeViewControl::TreeProc(HWND hwnd, UINT msg, WPARAM wp, LPARA
         if (tree->TickAt(at))
             return 0;
         break;
+    case WM_KEYDOWN:
+    case WM_CHAR:
+        tree->HideTip();
+        // The space bar ticks the selected item's box; an item without one stays without.
+        if (wp == VK_SPACE && (GetWindowLongPtrA(hwnd, GWL_STYLE) & TVS_CHECKBOXES) &&
+            !tree->HasBox(
+                reinterpret_cast<HTREEITEM>(SendMessageA(hwnd, TVM_GETNEXTITEM, TVGN_CARET, 0))))
+            return 0;
+        break;
     case WM_RBUTTONDOWN:
     case WM_MOUSEWHEEL:
     case WM_VSCROLL:
-    case WM_KEYDOWN:
         tree->HideTip();
         break;
     case WM_NCDESTROY:
@@ -145,15 +158,19 @@ void TreeViewControl::HideTip() {
     tipShown_ = false;
 }
 
+bool TreeViewControl::HasBox(HTREEITEM item) const {
+    return item && (SendMessageA(tree_, TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(item),
+                                 TVIS_STATEIMAGEMASK) &
+                    TVIS_STATEIMAGEMASK);
+}
+
 bool TreeViewControl::TickAt(POINT at) {
     TVHITTESTINFO hit{at};
     SendMessageA(tree_, TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
-    if (!hit.hItem || !(hit.flags & TVHT_ONITEMSTATEICON))
+    if (!hit.hItem || !(hit.flags & TVHT_ONITEMSTATEICON) || !HasBox(hit.hItem))
         return false;
     const UINT state = static_cast<UINT>(SendMessageA(
         tree_, TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(hit.hItem), TVIS_STATEIMAGEMASK));
-    if (!(state & TVIS_STATEIMAGEMASK))
-        return false;
     // The box is ticked here rather than by the control, which would also draw the row as the
     // one clicked (Wine's keeps it highlighted beside the selected one).
     TVITEMA item{TVIF_STATE, hit.hItem};
@@ -170,7 +187,8 @@ void TreeViewControl::LoadPictures() {
     if (!iconModule_)
         return; // a tree without pictures
     const int size = SmallIconSize(parent_);
-    UniqueImageList images(ImageListCreate(size, size, ILC_COLOR32 | ILC_MASK, 6, 0));
+    // Room for the programs' icons grows by many at once, not one bitmap copy per icon.
+    UniqueImageList images(ImageListCreate(size, size, ILC_COLOR32 | ILC_MASK, 8, 64));
     imageIndex_.clear();
     for (const auto& [key, id] : StartupTreeIcons()) {
         UniqueIcon icon(static_cast<HICON>(
@@ -212,16 +230,34 @@ int TreeViewControl::ProgramImage(const std::string& file) {
         if (n > 0 && n < MAX_PATH)
             path = found;
     }
+    // A shortcut shows its program's icon.
+    if (IsShortcut(path))
+        if (const std::string target = ShortcutTarget(Narrow(path, CP_UTF8)); !target.empty())
+            path = Wide(ExpandEnvironment(target), CP_UTF8);
     int image = I_IMAGENONE;
+    HICON small = nullptr;
     if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES) {
         const auto notFound = imageIndex_.find(kNotFound);
         image = notFound == imageIndex_.end() ? I_IMAGENONE : notFound->second;
+    } else if (ExtractIconExW(path.c_str(), 0, nullptr, &small, 1) > 0 && small) {
+        // A program's own first icon, read from its file: far quicker than asking the shell.
+        UniqueIcon icon(small);
+        image = ImageListAddIcon(images_.get(), icon.get());
     } else {
-        EnsureCom(); // a shortcut's icon is read through the shell's objects
-        SHFILEINFOW info{};
-        if (SHGetFileInfoW(path.c_str(), 0, &info, sizeof info, SHGFI_ICON | SHGFI_SMALLICON)) {
-            UniqueIcon icon(info.hIcon);
-            image = ImageListAddIcon(images_.get(), icon.get());
+        // Any other file shows the icon of its kind, read once per kind.
+        const size_t dot = path.find_last_of(L"\\.");
+        const std::wstring kind =
+            dot != std::wstring::npos && path[dot] == L'.' ? path.substr(dot) : L".";
+        if (auto known = kindImages_.find(kind); known != kindImages_.end()) {
+            image = known->second;
+        } else {
+            SHFILEINFOW info{};
+            if (SHGetFileInfoW(kind.c_str(), FILE_ATTRIBUTE_NORMAL, &info, sizeof info,
+                               SHGFI_USEFILEATTRIBUTES | SHGFI_ICON | SHGFI_SMALLICON)) {
+                UniqueIcon icon(info.hIcon);
+                image = ImageListAddIcon(images_.get(), icon.get());
+            }
+            kindImages_.emplace(kind, image);
         }
     }
     programImages_.emplace(file, image);

@@ -77,6 +77,7 @@ private:
     void PointerAt(POINT at);
     void ShowTip();
     void HideTip();
+    bool HasBox(HTREEITEM item) const;
     // A click on a tick box ticks it and leaves the selection alone; true when it was one.
     bool TickAt(POINT at);
     static LRESULT CALLBACK TreeProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp, UINT_PTR,
@@ -96,6 +97,7 @@ private:
     bool tipShown_ = false;
 
     std::map<std::string, int, std::less<>> programImages_; // by the file as the model names it
+    std::map<std::wstring, int> kindImages_; // by the extension of a file without icons
     std::vector<int> iconNodes_; // the nodes whose program's icon is read, in the tree's order
     size_t nextIcon_ = 0;
     WPARAM iconRound_ = 0;

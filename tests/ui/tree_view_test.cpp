@@ -206,6 +206,14 @@ TEST(TreeViewControl, ShowsTheModelWithTheProgramsIconsAndHandsTheUsersChangesBa
     SendMessageA(tree, WM_KEYUP, VK_SPACE, 0);
     host.Pump();
     EXPECT_TRUE(host.model.Node(item).Checked);
+    // An item without a box stays without one.
+    TreeView_SelectItem(tree, host.tree->ItemOf(host.model.Find("#10#Common.lnk")));
+    SendMessageA(tree, WM_KEYDOWN, VK_SPACE, 0);
+    SendMessageA(tree, WM_KEYUP, VK_SPACE, 0);
+    host.Pump();
+    EXPECT_EQ(FromControl(tree)[8], "    Common.lnk no box image -2");
+    TreeView_SelectItem(tree, host.tree->ItemOf(item));
+    host.Pump();
 
     // A click on a box ticks it and nothing else: only the selected row is highlighted.
     RECT label{};

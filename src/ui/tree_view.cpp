@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
+#include <utility>
 
 #include "platform/environment.h"
 #include "platform/processes.h"
@@ -64,14 +65,24 @@ TreeViewControl::TreeViewControl(HWND parent, int id, HMODULE iconModule, bool c
     SendMessageW(tips_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
     // A tip of several lines shows them as lines.
     SendMessageA(tips_, TTM_SETMAXTIPWIDTH, 0, 480);
-    SetSubclass(tree_, TreeProc, 1, reinterpret_cast<DWORD_PTR>(this));
+    // The tree's own procedure comes after this one's, in the narrow calls the program uses: the
+    // common controls' subclassing would pass every message through a wide one, which costs
+    // Wine as much as the tree's work itself.
+    SetWindowLongPtrA(tree_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+    treeProc_ = reinterpret_cast<WNDPROC>(
+        SetWindowLongPtrA(tree_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&TreeProc)));
 
     LoadPictures();
 }
 
-LRESULT CALLBACK TreeViewControl::TreeProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp, UINT_PTR,
-                                           DWORD_PTR self) {
-    auto* tree = reinterpret_cast<TreeViewControl*>(self);
+TreeViewControl::~TreeViewControl() {
+    // A tree that outlives this object goes on as the control alone.
+    if (IsWindow(tree_) && treeProc_)
+        SetWindowLongPtrA(tree_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(treeProc_));
+}
+
+LRESULT CALLBACK TreeViewControl::TreeProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
+    auto* tree = reinterpret_cast<TreeViewControl*>(GetWindowLongPtrA(hwnd, GWLP_USERDATA));
     const POINT at{GET_X_LPARAM(lp), GET_Y_LPARAM(lp)};
     switch (msg) {
     case WM_MOUSEMOVE:
@@ -105,10 +116,10 @@ LRESULT CALLBACK TreeViewControl::TreeProc(HWND hwnd, UINT msg, WPARAM wp, LPARA
         tree->HideTip();
         break;
     case WM_NCDESTROY:
-        RemoveSubclass(hwnd, TreeProc, 1);
-        break;
+        SetWindowLongPtrA(hwnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(tree->treeProc_));
+        return CallWindowProcA(std::exchange(tree->treeProc_, nullptr), hwnd, msg, wp, lp);
     }
-    return DefSubclass(hwnd, msg, wp, lp);
+    return CallWindowProcA(tree->treeProc_, hwnd, msg, wp, lp);
 }
 
 void TreeViewControl::PointerAt(POINT at) {

@@ -24,6 +24,7 @@ public:
     static std::vector<std::pair<std::string, int>> StartupTreeIcons();
 
     TreeViewControl(HWND parent, int id, HMODULE iconModule, bool checkBoxes = true);
+    ~TreeViewControl();
     TreeViewControl(const TreeViewControl&) = delete;
     TreeViewControl& operator=(const TreeViewControl&) = delete;
 
@@ -80,8 +81,7 @@ private:
     bool HasBox(HTREEITEM item) const;
     // A click on a tick box ticks it and leaves the selection alone; true when it was one.
     bool TickAt(POINT at);
-    static LRESULT CALLBACK TreeProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp, UINT_PTR,
-                                     DWORD_PTR self);
+    static LRESULT CALLBACK TreeProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp);
 
     HWND tree_ = nullptr; // the parent's child: destroyed with it
 
@@ -93,6 +93,7 @@ private:
     bool lazy_ = false;
 
     HWND tips_ = nullptr;         // owned by the parent: destroyed with it
+    WNDPROC treeProc_ = nullptr;  // the control's own procedure, which this one's calls on
     HTREEITEM tipItem_ = nullptr; // the row under the pointer
     bool tipShown_ = false;
 

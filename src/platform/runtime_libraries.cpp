@@ -69,24 +69,6 @@ bool ImageListSetOverlay(HIMAGELIST list, int image, int overlay) {
     return set && set(list, image, overlay);
 }
 
-bool SetSubclass(HWND window, SUBCLASSPROC proc, UINT_PTR id, DWORD_PTR data) {
-    using Set = BOOL(WINAPI*)(HWND, SUBCLASSPROC, UINT_PTR, DWORD_PTR);
-    auto set = CommonControlsFunction<Set>("SetWindowSubclass");
-    return set && set(window, proc, id, data);
-}
-
-void RemoveSubclass(HWND window, SUBCLASSPROC proc, UINT_PTR id) {
-    using Remove = BOOL(WINAPI*)(HWND, SUBCLASSPROC, UINT_PTR);
-    if (auto remove = CommonControlsFunction<Remove>("RemoveWindowSubclass"))
-        remove(window, proc, id);
-}
-
-LRESULT DefSubclass(HWND window, UINT msg, WPARAM wp, LPARAM lp) {
-    using Def = LRESULT(WINAPI*)(HWND, UINT, WPARAM, LPARAM);
-    static const auto def = CommonControlsFunction<Def>("DefSubclassProc");
-    return def ? def(window, msg, wp, lp) : 0;
-}
-
 bool OpenFileDialog(OPENFILENAMEA* dialog) {
     using Open = BOOL(WINAPI*)(OPENFILENAMEA*);
     static HMODULE module = LoadLibraryA("comdlg32.dll");

@@ -22,12 +22,6 @@ bool ImageListDestroy(HIMAGELIST list);
 // Makes a picture of the list its overlay number `overlay` (1 to 4).
 bool ImageListSetOverlay(HIMAGELIST list, int image, int overlay);
 
-// A window procedure put in front of a control's own (the common controls' subclassing), and the
-// call on to the procedure behind it.
-bool SetSubclass(HWND window, SUBCLASSPROC proc, UINT_PTR id, DWORD_PTR data);
-void RemoveSubclass(HWND window, SUBCLASSPROC proc, UINT_PTR id);
-LRESULT DefSubclass(HWND window, UINT msg, WPARAM wp, LPARAM lp);
-
 // The common file dialog (comdlg32, which brings the common controls along); false when the
 // user cancels or the dialog cannot be shown.
 bool OpenFileDialog(OPENFILENAMEA* dialog);

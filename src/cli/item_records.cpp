@@ -70,7 +70,8 @@ std::vector<ItemRecord> ItemRecords(const TreeModel& tree, const StartupListing&
         r.Wow32 = item->Wow32();
         r.Name = item->Text();
         r.OwnName = item->Name;
-        r.Description = SafeListDescription(n.Text, safeList);
+        const SafeEntry* known = KnownEntry(n, safeList);
+        r.Description = known ? known->Description : std::string();
         r.Known = n.Bold || !r.Description.empty();
         r.SwitchedOff = item->SwitchedOff;
         r.Movable = n.Tag == kPopupTag;

@@ -312,6 +312,11 @@ void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramMod
         locate(item);
         TreeNode& node = build.Leaf(container, index, origin, item.Text(), tag);
         node.Cut = item.SwitchedOff;
+        node.Name = item.Name;
+        node.File = item.File;
+        // All users' active items cannot be moved from here: a box would promise what no
+        // button does.
+        node.Tickable = !(item.State == ItemState::Active && item.ForAllUsers());
         node.Data = data;
         node.Item = static_cast<int>(listing.Items.size());
         listing.Items.push_back(std::move(item));
@@ -457,33 +462,30 @@ void BuildStartupTree(TreeModel& tree, StartupListing& listing, const ProgramMod
     build.Progress(0);
 }
 
+const SafeEntry* KnownEntry(const TreeNode& node, const std::vector<SafeEntry>& safeList) {
+    const std::string_view program = node.File.empty() ? "" : PathLastPart(node.File);
+    const bool named = !node.Name.empty() || !program.empty();
+    for (const SafeEntry& entry : safeList) {
+        if (entry.Name.empty())
+            continue;
+        if (named ? Contains(node.Name, entry.Name) || Contains(program, entry.Name)
+                  : Contains(node.Text, entry.Name))
+            return &entry;
+    }
+    return nullptr;
+}
+
 void MarkKnown(TreeModel& tree, const std::vector<SafeEntry>& safeList) {
     for (size_t i = 0; i < tree.Count(); ++i) {
         TreeNode& node = tree.Node(static_cast<int>(i));
-        if (!node.Children.empty())
-            continue;
-        for (const SafeEntry& entry : safeList) {
-            if (!entry.Name.empty() && Contains(node.Text, entry.Name)) {
-                node.Bold = true;
-                break;
-            }
-        }
+        node.Bold = node.Item >= 0 && KnownEntry(node, safeList);
     }
-}
-
-std::string SafeListDescription(std::string_view text, const std::vector<SafeEntry>& safeList) {
-    if (text.empty())
-        return std::string();
-    // An entry without a name would match every text and lend its description to all of them.
-    for (const SafeEntry& entry : safeList)
-        if (!entry.Name.empty() && Contains(text, entry.Name))
-            return entry.Description;
-    return std::string();
 }
 
 std::string ItemToolTip(const TreeNode& node, const std::vector<SafeEntry>& safeList,
                         const ItemTipLines& lines, std::string_view impact) {
-    std::string tip = SafeListDescription(node.Text, safeList);
+    const SafeEntry* known = node.Item >= 0 ? KnownEntry(node, safeList) : nullptr;
+    std::string tip = known ? known->Description : std::string();
     auto line = [&](const std::string& text) {
         if (!text.empty())
             tip += (tip.empty() ? "" : "\r\n") + text;
@@ -557,7 +559,7 @@ std::optional<ItemPlace> PlaceOf(const TreeModel& tree, int node) {
 
 void CheckWithItems(TreeModel& tree, int node, bool checked) {
     std::function<void(int, int)> set = [&](int n, int depth) {
-        tree.Node(n).Checked = checked;
+        tree.Node(n).Checked = checked && tree.Node(n).Tickable;
         if (depth < 3)
             for (int child : tree.Node(n).Children)
                 set(child, depth + 1);

@@ -166,11 +166,14 @@ const StartupItem* ItemOfNode(const TreeModel& tree, const StartupListing& listi
 // the item read the model; nullptr for an item of another state.
 const GroupProgram* DelayedRecord(const ProgramModel& model, const StartupItem& item);
 
-// Items whose text holds a name of the safe list (exact letters) are known: bold.
+// Items whose own name or program file name holds a name of the safe list (exact letters) are
+// known: bold, in every state; every other node is not.
 void MarkKnown(TreeModel& tree, const std::vector<SafeEntry>& safeList);
 
-// The safe list's description of the first name found in the text; "" when none.
-std::string SafeListDescription(std::string_view text, const std::vector<SafeEntry>& safeList);
+// The first entry of the safe list that names an item: by the item's own name or its program's
+// file name, which stay the same in every state; by its text where neither is known. An entry
+// without a name names nothing. nullptr when none does.
+const SafeEntry* KnownEntry(const TreeNode& node, const std::vector<SafeEntry>& safeList);
 
 // The tip of an item: the safe list's description, why it will not start, then a line for each
 // thing Task Manager or the registry view says of it. `lines` holds the texts of a switched-off

@@ -23,6 +23,12 @@ struct TreeNode {
     int Data = 0;       // the owner's own mark for the node
     int Item = -1;      // the owner's item that a leaf shows; -1 for none
     std::string Notice; // a line the node's tip adds: why its item will not start
+    // What an item is, the same in every state: its own name (the shortcut's, the Run value's)
+    // and the file whose picture it shows (the shortcut, or the program a Run value starts,
+    // variables as written); "" where not known.
+    std::string Name;
+    std::string File;
+    bool Tickable = true; // shows a tick box
     int Parent = -1;
     std::vector<int> Children;
 };

@@ -63,6 +63,12 @@ bool ImageListDestroy(HIMAGELIST list) {
     return destroy && destroy(list);
 }
 
+bool ImageListSetOverlay(HIMAGELIST list, int image, int overlay) {
+    using Set = BOOL(WINAPI*)(HIMAGELIST, int, int);
+    auto set = CommonControlsFunction<Set>("ImageList_SetOverlayImage");
+    return set && set(list, image, overlay);
+}
+
 bool OpenFileDialog(OPENFILENAMEA* dialog) {
     using Open = BOOL(WINAPI*)(OPENFILENAMEA*);
     static HMODULE module = LoadLibraryA("comdlg32.dll");

@@ -19,6 +19,8 @@ bool EnsureCom();
 HIMAGELIST ImageListCreate(int cx, int cy, UINT flags, int initial, int grow);
 int ImageListAddIcon(HIMAGELIST list, HICON icon);
 bool ImageListDestroy(HIMAGELIST list);
+// Makes a picture of the list its overlay number `overlay` (1 to 4).
+bool ImageListSetOverlay(HIMAGELIST list, int image, int overlay);
 
 // The common file dialog (comdlg32, which brings the common controls along); false when the
 // user cancels or the dialog cannot be shown.

@@ -809,6 +809,10 @@ LRESULT MainWindow::HandleMessage(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
     case TreeViewControl::kChecksMayHaveChanged:
         ChecksMayHaveChanged();
         return 0;
+    case TreeViewControl::kLoadIcons:
+        if (treeView_)
+            treeView_->LoadIcons(tree_, wp);
+        return 0;
     case WM_SYSCOMMAND:
         // The close button and the system menu keep the program in the tray when the settings
         // ask for it; any other close ends it.

@@ -279,21 +279,42 @@ TEST_F(StartupTree, ARefreshKeepsWhatTheUserOpened) {
     EXPECT_NE(tree.Find("#90#Tool.lnk"), TreeModel::kNone);
 }
 
-TEST_F(StartupTree, KnownItemsAreBoldAndDescribed) {
+TEST_F(StartupTree, KnownItemsAreBoldByTheirProgramInEveryState) {
     const std::vector<SafeEntry> safe = {{"", "matches nothing"},
                                          {"tool.exe", "Tool helper"},
                                          {"Word", "Word processor"},
+                                         {"a.exe", "A tool"},
                                          {"Startup", "container words"}};
-    MarkKnown(tree, safe);
-    // "tool.exe" inside, in its exact letters.
-    for (const char* key : {"#12342#DELAYEDC:\\T\\tool.exe", "#12340#Word.lnk"})
-        EXPECT_TRUE(N(key).Bold) << key;
-    // "Tool" is not "tool.exe"; a container with items is not looked at.
-    for (const char* key : {"#12340#Tool.lnk", "CurrentUserStartup"})
-        EXPECT_FALSE(N(key).Bold) << key;
-    EXPECT_EQ(SafeListDescription("Tool=C:\\T\\tool.exe", safe), "Tool helper");
-    EXPECT_EQ(SafeListDescription("WORD.LNK", safe), "");
-    EXPECT_EQ(SafeListDescription("", safe), "");
+    auto marked = [&] {
+        MarkKnown(tree, safe);
+        std::string bold;
+        for (size_t i = 0; i < tree.Count(); ++i)
+            if (tree.Node(static_cast<int>(i)).Bold)
+                bold += tree.Node(static_cast<int>(i)).Text + "|";
+        return bold;
+    };
+    // By the program's file or the item's own name, in exact letters: "Tool" is not
+    // "tool.exe", and a container is never known, whatever its caption says.
+    EXPECT_EQ(marked(), "A=C:\\a.exe /x|Word.lnk|Tool=C:\\T\\tool.exe|");
+    EXPECT_EQ(ItemToolTip(N("#12342#DELAYEDC:\\T\\tool.exe"), safe, {}), "Tool helper");
+    EXPECT_EQ(ItemToolTip(N("#12340#Word.lnk"), safe, {}), "Word processor");
+    EXPECT_EQ(ItemToolTip(N("CurrentUserStartup"), safe, {}), "");
+
+    // Moved to the delayed items, with its command now in quotes, then to the stopped ones:
+    // the same program stays known; an item whose program is no longer named is not, nor one
+    // that only names a known program's document.
+    listing.UserRunValues = {{"A", "\"C:\\a.exe\" /x"}, {"B", "C:\\b.exe C:\\Docs\\Word.doc"}};
+    listing.CommonStartupFiles = {"Letter.lnk"};
+    Build();
+    EXPECT_EQ(marked(), "A=\"C:\\a.exe\" /x|Tool=C:\\T\\tool.exe|");
+    model.ProgramGroups[0].Programs[1] = {"\"C:\\a.exe\"", "/x", "ExecuteReg", 0, "A"};
+    listing.UserRunValues.clear();
+    Build();
+    EXPECT_EQ(marked(), "A=\"C:\\a.exe\" /x|Tool=C:\\T\\tool.exe|");
+    model.ProgramGroups[0].Programs[1] = {"", "", "Execute"};
+    model.StoppedPrograms = {"_REGCU_A=C:\\a.exe"};
+    Build();
+    EXPECT_EQ(marked(), "Tool=C:\\T\\tool.exe|A=C:\\a.exe|");
 }
 
 TEST_F(StartupTree, AContainerPassesItsCheckDownThreeLevels) {

@@ -279,14 +279,9 @@ TEST_F(MainWindowTest, TipsAndTheStatusLineSayWhatTheUserMustKnow) {
                           {{kUserStartup, "Other.lnk"}, "", 100, 100, 0, 0, 9000}}));
     Open();
     tree = window->Tree();
+    // The text that the tree's tip shows on hover (shown by the control in the tree's tests).
     auto tip = [&](const std::string& container, const std::string& text) {
-        char buffer[512] = {};
-        NMTVGETINFOTIPA request{{TreeHwnd(), 0, TVN_GETINFOTIPA},
-                                buffer,
-                                sizeof buffer,
-                                window->TreeView()->ItemOf(Node(container, text))};
-        SendMessageA(hwnd, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&request));
-        return std::string(buffer);
+        return window->TreeView()->ToolTip(Node(container, text));
     };
     char decimal[8] = {};
     GetLocaleInfoA(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, decimal, sizeof decimal);

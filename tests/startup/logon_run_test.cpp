@@ -322,6 +322,15 @@ TEST_F(LogOnRun, TheTrayMenuWorksWhileTheRunWaits) {
     auto menu = [&](std::initializer_list<WORD> keys) {
         PostMessageA(tray, WM_APP + 1, 1, WM_RBUTTONUP);
         ASSERT_TRUE(test::WindowOf(tolvane.Id(), "#32768", true, 5000)) << "no menu";
+        // The menu window is made before its loop runs and takes the keyboard: keys typed in
+        // between would go to the window behind it.
+        const DWORD thread = GetWindowThreadProcessId(tray, nullptr);
+        GUITHREADINFO gui{sizeof gui};
+        for (int i = 0;
+             i < 250 && !(GetGUIThreadInfo(thread, &gui) && (gui.flags & GUI_POPUPMENUMODE) &&
+                          GetWindowThreadProcessId(GetForegroundWindow(), nullptr) == thread);
+             ++i)
+            Sleep(20);
         test::Type(keys);
     };
     // "Startup", its "Run All": the group's programs one after another.

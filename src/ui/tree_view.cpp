@@ -143,7 +143,7 @@ void TreeViewControl::ShowTip() {
         return;
     std::wstring text;
     try {
-        text = Wide(ToolTip(node), CP_UTF8);
+        text = Wide(ToolTip(node));
     } catch (const std::exception&) {
         return; // no tip rather than an exception through the control
     }
@@ -233,7 +233,7 @@ void TreeViewControl::StartIcons() {
 int TreeViewControl::ProgramImage(const std::string& file) {
     if (auto known = programImages_.find(file); known != programImages_.end())
         return known->second;
-    std::wstring path = Wide(ExpandEnvironment(file), CP_UTF8);
+    std::wstring path = Wide(ExpandEnvironment(file));
     // A bare program name is found where Windows looks for it.
     if (path.find(L'\\') == std::wstring::npos) {
         wchar_t found[MAX_PATH];
@@ -243,8 +243,8 @@ int TreeViewControl::ProgramImage(const std::string& file) {
     }
     // A shortcut shows its program's icon.
     if (IsShortcut(path))
-        if (const std::string target = ShortcutTarget(Narrow(path, CP_UTF8)); !target.empty())
-            path = Wide(ExpandEnvironment(target), CP_UTF8);
+        if (const std::string target = ShortcutTarget(Narrow(path)); !target.empty())
+            path = Wide(ExpandEnvironment(target));
     int image = I_IMAGENONE;
     HICON small = nullptr;
     if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES) {

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdio>
+#include <cstdlib>
 
 #include <gtest/gtest.h>
 
@@ -73,6 +75,12 @@ void RemoveTree(const std::string& path) {
 }
 
 void CopyTree(const std::string& from, const std::string& to) {
+    // An empty source or a drive's root (a path argument that went missing) would copy the whole
+    // disk; a test that gets one has a broken command line and stops here.
+    if (from.size() < 4 || from.find('\\', 3) == std::string::npos) {
+        std::fprintf(stderr, "CopyTree: refusing to copy \"%s\"\n", from.c_str());
+        std::abort();
+    }
     MakeFolder(to);
     ForEachEntry(from, [&](const std::string& name, bool isFolder) {
         if (isFolder)

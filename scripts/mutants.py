@@ -400,7 +400,7 @@ def shown(mutant):
 
 
 def list_file(rel):
-    with open(os.path.join(ROOT, rel), encoding="utf-8") as f:
+    with open(os.path.join(ROOT, rel), encoding="utf-8", newline="") as f:
         for mutant in candidates(rel, f.read()):
             print("%-9s %s" % (mutant["op"], shown(mutant)), flush=True)
 
@@ -434,7 +434,7 @@ def main():
 
     everything = []
     for rel in workers[0].sources():
-        with open(os.path.join(ROOT, rel), encoding="utf-8") as f:
+        with open(os.path.join(ROOT, rel), encoding="utf-8", newline="") as f:
             everything += candidates(rel, f.read())
     picked = sample(everything, args.count, args.seed)
     folders = {}

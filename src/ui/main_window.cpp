@@ -19,8 +19,10 @@
 #include "items/run_entry.h"
 #include "items/startup_folders.h"
 #include "platform/dir_struct.h"
+#include "platform/environment.h"
 #include "platform/message_pump.h"
 #include "platform/min_size.h"
+#include "platform/processes.h"
 #include "platform/registry.h"
 #include "platform/wide_text.h"
 #include "platform/runtime_libraries.h"
@@ -324,10 +326,17 @@ void MainWindow::EnsureContent() {
                 texts.Decimal = LocaleDecimalSeparator();
                 impact = ImpactTipLine(*record, texts);
             }
+        // What the item starts: a shortcut's target, a Run value's program as written.
+        std::string program = tree_.Node(node).File;
+        if (program.size() > 4 &&
+            CDirStruct::CompareNames(std::string_view(program).substr(program.size() - 4),
+                                     ".lnk") == 0)
+            if (std::string target = ShortcutTarget(ExpandEnvironment(program)); !target.empty())
+                program = std::move(target);
         return ItemToolTip(tree_.Node(node), app_.SafeList,
                            {app_.text.Message(kSwitchedOffLine), app_.text.Message(kWow32Line),
                             app_.text.Message(kAllUsersLine)},
-                           impact);
+                           impact, program);
     };
     CheckForOptions();
     Layout();
@@ -678,11 +687,12 @@ void MainWindow::KeepPlace() {
 void MainWindow::ShowWindowNow(int command) {
     const bool first = !treeView_;
     EnsureContent();
-    ShowWindow(Hwnd(), command);
-    if (first) {
-        UpdateWindow(Hwnd());
+    // The first showing paints the filled tree at once, not an empty frame that fills after.
+    if (first)
         Refresh();
-    }
+    ShowWindow(Hwnd(), command);
+    if (first)
+        UpdateWindow(Hwnd());
 }
 
 void MainWindow::Open() {

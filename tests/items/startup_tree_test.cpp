@@ -229,7 +229,8 @@ TEST_F(StartupTree, ThirtyTwoBitValuesJoinTheMachinesAndSwitchedOffItemsAreGhost
               "Note taker\r\nSwitched off");
     EXPECT_EQ(ItemToolTip(leaf("AllUsersRegistry", "M=C:\\m32.exe"), safe, lines),
               "Switched off\r\n32-bit");
-    EXPECT_EQ(ItemToolTip(leaf("CurrentUserStartup", "Tool.lnk"), safe, lines), "");
+    EXPECT_EQ(ItemToolTip(leaf("CurrentUserStartup", "Tool.lnk"), safe, lines, "", "C:\\t.exe"),
+              "C:\\t.exe"); // nothing else to say: what it starts
 
     // A delayed item's last measurement is found by its location and its own name, and shown
     // last in the user's decimal separator; an active item's start was Windows' own.
@@ -252,9 +253,9 @@ TEST_F(StartupTree, ThirtyTwoBitValuesJoinTheMachinesAndSwitchedOffItemsAreGhost
     ImpactRecord x{*delayed, "", 4140, 2260, 45 << 20, 1 << 20, 30000};
     const std::string line = ImpactTipLine(x, texts);
     EXPECT_EQ(line, "High: 2,3 s CPU, 45 MB read, ready after 4,1 s");
-    EXPECT_EQ(
-        ItemToolTip(leaf("DelayedItemsRegistryAllUsers", "X=\"C:\\x.exe\" -m"), safe, lines, line),
-        "32-bit\r\n" + line);
+    EXPECT_EQ(ItemToolTip(leaf("DelayedItemsRegistryAllUsers", "X=\"C:\\x.exe\" -m"), safe, lines,
+                          line, "C:\\x.exe"),
+              "32-bit\r\n" + line + "\r\nC:\\x.exe");
     x.ReadyMs.reset();
     x.CpuMs = 250;
     x.ReadBytes = 200 * 1024;
@@ -298,7 +299,7 @@ TEST_F(StartupTree, KnownItemsAreBoldByTheirProgramInEveryState) {
     EXPECT_EQ(marked(), "A=C:\\a.exe /x|Word.lnk|Tool=C:\\T\\tool.exe|");
     EXPECT_EQ(ItemToolTip(N("#12342#DELAYEDC:\\T\\tool.exe"), safe, {}), "Tool helper");
     EXPECT_EQ(ItemToolTip(N("#12340#Word.lnk"), safe, {}), "Word processor");
-    EXPECT_EQ(ItemToolTip(N("CurrentUserStartup"), safe, {}), "");
+    EXPECT_EQ(ItemToolTip(N("CurrentUserStartup"), safe, {}, "", "C:\\t.exe"), ""); // a container
 
     // Moved to the delayed items, with its command now in quotes, then to the stopped ones:
     // the same program stays known; an item whose program is no longer named is not, nor one

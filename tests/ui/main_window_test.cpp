@@ -14,6 +14,7 @@
 #include "platform/registry.h"
 #include "resource_ids.h"
 #include "text/placeholders.h"
+#include "text/strings.h"
 #include "ui/main_window_fixture.h"
 
 namespace tolvane {
@@ -279,22 +280,28 @@ TEST_F(MainWindowTest, TipsAndTheStatusLineSayWhatTheUserMustKnow) {
                           {{kUserStartup, "Other.lnk"}, "", 100, 100, 0, 0, 9000}}));
     Open();
     tree = window->Tree();
-    // The text that the tree's tip shows on hover (shown by the control in the tree's tests).
+    // The text that the tree's tip shows on hover (shown by the control in the tree's tests):
+    // what the tip has to say, then, for every item, what it starts.
     auto tip = [&](const std::string& container, const std::string& text) {
-        return window->TreeView()->ToolTip(Node(container, text));
+        std::string shown = window->TreeView()->ToolTip(Node(container, text));
+        const size_t last = shown.rfind("\r\n");
+        return std::pair(last == std::string::npos ? "" : shown.substr(0, last),
+                         shown.substr(last == std::string::npos ? 0 : last + 2));
     };
     char decimal[8] = {};
     GetLocaleInfoA(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, decimal, sizeof decimal);
-    EXPECT_EQ(tip("DelayedItemsStartupCurrentUser", tool),
+    EXPECT_EQ(tip("DelayedItemsStartupCurrentUser", tool).first,
               "High: 2" + std::string(decimal) + "3 s CPU, 45 MB read, ready after 4" + decimal +
                   "1 s");
-    EXPECT_EQ(tip("CurrentUserStartup", "Other.lnk"), "");
+    // Nothing else to say: the shortcut's program alone.
+    EXPECT_EQ(ToLower(tip("CurrentUserStartup", "Other.lnk").second), "c:\\windows\\notepad.exe");
+    EXPECT_EQ(tip("CurrentUserStartup", "Other.lnk").first, "");
     // What will not start says why.
-    EXPECT_EQ(tip("DelayedItemsStartupCurrentUser", "Gone.lnk"),
+    EXPECT_EQ(tip("DelayedItemsStartupCurrentUser", "Gone.lnk").first,
               FillIn(app.text.Message(29), {"Gone.lnk"}));
     EXPECT_EQ(tip("DelayedItemsRegistryCurrentUser", "Wipe=cmd.exe /c del C:\\x"),
-              FillIn(app.text.Message(27), {"del"}));
-    EXPECT_EQ(tip("AllUsersStartup", "Word.lnk"), app.text.Message(35));
+              std::pair(FillIn(app.text.Message(27), {"del"}), std::string("cmd.exe")));
+    EXPECT_EQ(tip("AllUsersStartup", "Word.lnk").first, app.text.Message(35));
     EXPECT_EQ(StatusLine(), app.text.Message(37));
     EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue));
 }

@@ -272,7 +272,8 @@ TEST_F(LogOnRun, ASecondStartDuringTheWaitOpensTheWholeWindowAndKeepsTheProgram)
     WriteProgramGroups(1, 3, {{recorder, record + " Only", "Execute", 0, ""}});
     test::ChildProcess tolvane(Exe() + " -nogui");
     ASSERT_TRUE(tolvane.Started());
-    Sleep(500); // the first copy is waiting with its window hidden
+    // The first copy is waiting with its window hidden.
+    ASSERT_TRUE(test::WindowOf(tolvane.Id(), "TolvaneStartupItems", false, 10000));
 
     // A second start, here without -nogui: it says that one runs, and the first opens.
     test::ChildProcess second(Exe());

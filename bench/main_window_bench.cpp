@@ -32,6 +32,7 @@
 #include "ui/group_editor/group_editor_dialog.h"
 #include "ui/options/options_dialog.h"
 #include "ui/tips/tip_dialog.h"
+#include "ui/tree_view.h"
 
 using namespace tolvane;
 using Clock = std::chrono::steady_clock;
@@ -121,14 +122,17 @@ struct StartTimes {
     double icons = -1;  // and its last item shows its program's own icon
 };
 
+// The tree's own pictures and the warning sign come first in its image list; a program's icon
+// is one read after them.
+const int kFirstProgramImage = static_cast<int>(TreeViewControl::StartupTreeIcons().size()) + 1;
+
 // From the start of the process until its window of that class shows a tree of that many nodes
-// and, with `icons`, until the last item's picture changes from the one it was shown with.
+// and, with `icons`, until the last item shows its program's own icon.
 StartTimes StartToTree(const std::string& commandLine, const char* windowClass, bool icons) {
     const auto t0 = Clock::now();
     test::ChildProcess process(commandLine);
     StartTimes times;
     HTREEITEM last = nullptr;
-    int firstImage = I_IMAGENONE;
     // Icons are waited for at most five seconds after the tree is filled.
     for (int i = 0;
          i < 20000 && times.icons < 0 && (times.filled < 0 || Ms(t0) < times.filled + 5000); ++i) {
@@ -145,9 +149,8 @@ StartTimes StartToTree(const std::string& commandLine, const char* windowClass, 
             if (!icons)
                 break;
             last = LastItem(tree);
-            firstImage = ImageOf(tree, last, process.Id());
         }
-        if (last && ImageOf(tree, last, process.Id()) != firstImage)
+        if (last && ImageOf(tree, last, process.Id()) >= kFirstProgramImage)
             times.icons = Ms(t0);
         Sleep(1);
     }

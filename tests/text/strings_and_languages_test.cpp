@@ -166,6 +166,7 @@ TEST(CodePage, Utf8IsCheckedAndCutByWholeCharacters) {
          {"Caf\xe9", "\xC0\xAF", "\xED\xA0\x80", "\xE5\xBE", "\xF4\x90\x80\x80", "a\x80"})
         EXPECT_FALSE(IsUtf8(bad)) << bad;
     EXPECT_EQ(CharacterLength("📅", 0, kUtf8CodePage), 4u);
+    EXPECT_EQ(CharacterLength("\xC2\x80", 0, kUtf8CodePage), 2u); // the lowest two-byte character
     EXPECT_EQ(CharacterLength("\xE5\xBE", 0, kUtf8CodePage), 1u);
     EXPECT_EQ(CutAtCharacter("微信", 5, kUtf8CodePage), "微");
     EXPECT_EQ(CutAtCharacter("ab微", 4, kUtf8CodePage), "ab");

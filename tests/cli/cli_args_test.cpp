@@ -29,7 +29,8 @@ TEST(CliArguments, VerbsOptionsAndUsageErrors) {
     EXPECT_EQ(Parsed({"list", "--csv"}), "1 2 []");
     EXPECT_EQ(Parsed({"delay", "Clock", "--delay", "2.5", "--location", "machine-run-32"}),
               "2 0 [Clock] machine-run-32 2.50");
-    EXPECT_EQ(Parsed({"delay", "Clock", "--delay", "0"}), "2 0 [Clock] 0.00"); // the main delay alone
+    EXPECT_EQ(Parsed({"delay", "Clock", "--delay", "0"}),
+              "2 0 [Clock] 0.00"); // the main delay alone
     EXPECT_EQ(Parsed({"stop", "--location", "user-folder", "Tool.lnk"}),
               "3 0 [Tool.lnk] user-folder");
     EXPECT_EQ(Parsed({"restore", "Name=C:\\a b.exe"}), "4 0 [Name=C:\\a b.exe]");

@@ -127,6 +127,15 @@ TEST_F(GroupEditorTest, AProgramAddedToANewGroupIsWrittenAndShown) {
     EXPECT_TRUE(editor.Tree.Node(NodeOf("Startup")).Expanded);
     EXPECT_FALSE(editor.Tree.Node(program).Expanded);
 
+    // A group lists its programs in the order the log-on run starts them: by their delays.
+    TypeGroupName("My Tools");
+    editor.Path = "C:\\Tools\\Other.exe";
+    editor.PathChanged();
+    editor.Delay = "1";
+    editor.Add();
+    EXPECT_EQ(Rows(NodeOf("My Tools")),
+              (std::vector<std::string>{"C:\\Tools\\Other.exe", "C:\\Tools\\Clock.exe"}));
+
     // The labels and the tree's top are the editor's texts as its language file gives them.
     std::vector<std::string> german = Own("");
     german[kEditorParameters] = "Para&meter";

@@ -240,6 +240,7 @@ TEST(RunData, RunValuesReadAsWindowsReadsThem) {
     EXPECT_TRUE(ProgramFound("%windir%\\system32\\SecurityHealthSystray.exe", true, machine));
     EXPECT_FALSE(ProgramFound("%windir%\\system32\\SecurityHealthSystray.exe", false, machine));
     EXPECT_TRUE(ProgramFound("C:\\Tools\\agent", false, machine));
+    EXPECT_FALSE(ProgramFound("", true, machine)); // an empty command names no program
 }
 
 TEST(RunData, NameAndDataSplitAtTheFirstEquals) {

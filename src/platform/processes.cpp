@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "platform/environment.h"
 #include "platform/runtime_libraries.h"
 #include "platform/wide_text.h"
 #include "text/strings.h"
@@ -135,6 +136,13 @@ std::string ShortcutTarget(const std::string& link) {
     if (shortcut)
         shortcut->Release();
     return ok ? Narrow(target) : std::string();
+}
+
+std::string ProgramOfShortcut(const std::string& file) {
+    if (!EndsWith(ToLower(file), ".lnk"))
+        return {};
+    const std::string target = ShortcutTarget(ExpandEnvironment(file));
+    return target.empty() ? target : ExpandEnvironment(target);
 }
 
 } // namespace tolvane

@@ -42,5 +42,8 @@ FoundProcess FindNewProcess(const std::string& exeName, uint64_t since,
 
 // The target a shell shortcut (.lnk) points to; "" when it cannot be read.
 std::string ShortcutTarget(const std::string& link);
+// The program that a shortcut file (".lnk" in any letter case, variables allowed) starts, its
+// variables expanded; "" for any other file and for a shortcut that cannot be read.
+std::string ProgramOfShortcut(const std::string& file);
 
 } // namespace tolvane

@@ -19,7 +19,6 @@
 #include "items/run_entry.h"
 #include "items/startup_folders.h"
 #include "platform/dir_struct.h"
-#include "platform/environment.h"
 #include "platform/message_pump.h"
 #include "platform/min_size.h"
 #include "platform/processes.h"
@@ -327,12 +326,9 @@ void MainWindow::EnsureContent() {
                 impact = ImpactTipLine(*record, texts);
             }
         // What the item starts: a shortcut's target, a Run value's program as written.
-        std::string program = tree_.Node(node).File;
-        if (program.size() > 4 &&
-            CDirStruct::CompareNames(std::string_view(program).substr(program.size() - 4),
-                                     ".lnk") == 0)
-            if (std::string target = ShortcutTarget(ExpandEnvironment(program)); !target.empty())
-                program = std::move(target);
+        std::string program = ProgramOfShortcut(tree_.Node(node).File);
+        if (program.empty())
+            program = tree_.Node(node).File;
         return ItemToolTip(tree_.Node(node), app_.SafeList,
                            {app_.text.Message(kSwitchedOffLine), app_.text.Message(kWow32Line),
                             app_.text.Message(kAllUsersLine)},

@@ -31,10 +31,6 @@ constexpr int kWarningOverlay = 1;
 // Program icons read per message: a few dozen keep the window answering between them.
 constexpr size_t kIconsPerRound = 24;
 
-bool IsShortcut(const std::wstring& path) {
-    return path.size() > 4 && _wcsicmp(path.c_str() + path.size() - 4, L".lnk") == 0;
-}
-
 } // namespace
 
 std::vector<std::pair<std::string, int>> TreeViewControl::StartupTreeIcons() {
@@ -242,9 +238,8 @@ int TreeViewControl::ProgramImage(const std::string& file) {
             path = found;
     }
     // A shortcut shows its program's icon.
-    if (IsShortcut(path))
-        if (const std::string target = ShortcutTarget(Narrow(path)); !target.empty())
-            path = Wide(ExpandEnvironment(target));
+    if (const std::string target = ProgramOfShortcut(Narrow(path)); !target.empty())
+        path = Wide(target);
     int image = I_IMAGENONE;
     HICON small = nullptr;
     if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES) {

@@ -28,7 +28,9 @@ std::string_view PathLastPart(std::string_view path, unsigned codePage) {
 }
 
 std::string PathHashText(std::string_view path) {
-    uint64_t hash = 1469598103934665603ull; // FNV-1a of the lower-case path
+    // FNV-1a of the lower-case path, from a start value of this program's own. The text names
+    // locks that every copy of Tolvane shares, so it stays as earlier versions made it.
+    uint64_t hash = 1469598103934665603ull;
     for (char c : ToLower(path)) {
         hash ^= static_cast<unsigned char>(c);
         hash *= 1099511628211ull;

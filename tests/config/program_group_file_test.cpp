@@ -116,7 +116,7 @@ TEST(ProgramGroupFile, WhatIsWrittenReadsBackAndWritesTheSameBytes) {
         {"C:\\last.exe", "", "ExecuteReg", 20, "Last"}, // after the braces: still in its group
         // A Run value whose command is empty is kept by its name; a quoted path of a comma is
         // no empty path.
-        {"", "", "ExecuteReg", 21, "Empty"},
+        {"", "", "ExecuteReg", 21, "Empty, (x86)"},
         {"\",\"", "a\"\" -b", "ExecuteRegAU", 22, "Comma"},
     };
     m.ProgramGroups.push_back({"My_Tools", {{"C:\\Tools\\Clock.exe", "-min", "Execute", 5, ""}}});
@@ -183,6 +183,8 @@ TEST(ProgramGroupFile, HandWrittenLinesReadAsTheFileFormatAllows) {
                  "\"\", 4, \"O\")",
                  "     ExecuteReg (\"C:\\t.exe \", \"--processStart \"T.exe\"\", 0, \"Vendor "
                  "(x86)\"); // old: \"x\" (y)",
+                 // Hand-typed: the name without its opening quote.
+                 "     Execute (\"C:\\e.exe\", \"\", 12, E\");",
                  "} // end of the group",
                  "void Startup",
                  "{",
@@ -198,10 +200,11 @@ TEST(ProgramGroupFile, HandWrittenLinesReadAsTheFileFormatAllows) {
     EXPECT_EQ(GroupNames(m), (Lines{"NotHidden", "My Group", "Startup", " Startup"}));
     EXPECT_EQ(m.StartupGroupIndex, 2);
     // Sorted by delay; a blank after "(" is read like the written form: no stray quote.
-    EXPECT_EQ(ProgramLines(m.ProgramGroups[1]),
-              (Lines{"ExecuteReg|C:\\t.exe|--processStart \"T.exe\"|0|Vendor (x86)",
-                     "Execute|C:\\c.exe||1|C", "Execute|C:\\a.exe|-x|2|A",
-                     "Execute|C:\\d.exe|-x|3|D", "Execute|C:\\b.exe||5|B"}));
+    EXPECT_EQ(
+        ProgramLines(m.ProgramGroups[1]),
+        (Lines{"ExecuteReg|C:\\t.exe|--processStart \"T.exe\"|0|Vendor (x86)",
+               "Execute|C:\\c.exe||1|C", "Execute|C:\\a.exe|-x|2|A", "Execute|C:\\d.exe|-x|3|D",
+               "Execute|C:\\b.exe||5|B", "Execute|C:\\e.exe||12|E"}));
     EXPECT_EQ(ProgramLines(m.ProgramGroups[2]), Lines{"ExecuteAU|||0|"});
     // No list blocks in the file: the lists stay as they were.
     EXPECT_EQ(m.DisallowedPrograms, Lines{"kept"});
@@ -253,7 +256,7 @@ TEST(ProgramGroupFile, ListBlocksAndTheBuiltInWords) {
     ProgramModel m =
         Read(File({"char DisallowedPrograms[256][2]=", "{", "     \"FORMAT\", ", "     \"d e l\"",
                    "}; // end", "char StoppedPrograms[256][3]=", "{", "     \"_STPCU_A.lnk\", ", "",
-                   "     \"_REGCU_C:\\b.exe\",,", "}"}));
+                   "\"_REGCU_C:\\b.exe\",, // a note", "}"}));
     EXPECT_EQ(m.DisallowedPrograms, (Lines{"FORMAT", "del", "fdisk", "rmdir", "mkdir", "delete"}));
     // The empty line left a free slot that the next item filled.
     EXPECT_EQ(m.StoppedPrograms, (Lines{"_STPCU_A.lnk", "_REGCU_C:\\b.exe"}));

@@ -69,8 +69,8 @@ TEST(ProgramModel, GroupsAreAddedRenamedAndRemovedInPlace) {
     EXPECT_EQ(m.ProgramGroups.size(), 2u);
     EXPECT_THROW(m.RemoveProgramGroup(5), ModelError);
 
-    EXPECT_EQ(m.GetProgramID(" C:\\a.exe -x ", "Startup"), 0);
-    EXPECT_EQ(m.GetProgramID("C:\\b.exe", 0), 1);
+    EXPECT_EQ(m.GetProgramID(" C:\\a.exe -x ", 0), 0);
+    EXPECT_EQ(m.GetProgramID("C:\\b.exe", "Startup"), 1);
     EXPECT_EQ(m.GetProgramID("C:\\a.exe -y", 0), -1);
     EXPECT_TRUE(m.UpdateProgramInGroup(0, 1, "C:\\c.exe", "-c", 2));
     EXPECT_FALSE(m.UpdateProgramInGroup(0, 2, "x", "", 0));

@@ -43,28 +43,12 @@ TEST(RunData, RunValuesReadAsWindowsReadsThem) {
         "C:\\Users\\Ann\\AppData\\Local\\Microsoft\\OneDrive\\OneDrive.exe",
         "C:\\Users\\Ann\\AppData\\Local\\Discord\\Update.exe",
         "C:\\Users\\Ann\\AppData\\Local\\Microsoft\\Teams\\Update.exe",
-        "C:\\Users\\Ann\\AppData\\Local\\slack\\slack.exe",
-        "C:\\Users\\Ann\\AppData\\Local\\FluxSoftware\\Flux\\flux.exe",
-        "C:\\Users\\Ann\\AppData\\Roaming\\Spotify\\Spotify.exe",
-        "C:\\Program Files (x86)\\Steam\\steam.exe",
         "C:\\Program Files\\Google\\Chrome\\Application\\chrome.exe",
         "C:\\Program Files\\Google\\Drive File Stream\\launch.bat",
-        "C:\\Program Files (x86)\\Microsoft\\Edge\\Application\\msedge.exe",
         "C:\\Program Files (x86)\\Microsoft\\Skype for Desktop\\Skype.exe",
-        "C:\\Program Files (x86)\\Dropbox\\Client\\Dropbox.exe",
         "C:\\Program Files\\Dell\\SupportAssistAgent\\bin\\SupportAssistAgent.exe",
-        "C:\\Program Files\\Lenovo\\HOTKEY\\TPHKLOAD.EXE",
-        "C:\\Program Files\\Realtek\\Audio\\HDA\\RAVCpl64.exe",
         "C:\\Program Files\\iTunes\\iTunesHelper.exe",
-        "C:\\Program Files (x86)\\Common Files\\Java\\Java Update\\jusched.exe",
-        "C:\\Program Files (x86)\\Common Files\\Adobe\\ARM\\1.0\\AdobeARM.exe",
-        "C:\\Program Files (x86)\\Adobe\\Acrobat DC\\Acrobat\\Acrotray.exe",
-        "C:\\Program Files (x86)\\Common Files\\Apple\\Internet Services\\iCloudServices.exe",
-        "C:\\Program Files\\Everything\\Everything.exe",
-        "C:\\Program Files\\ShareX\\ShareX.exe",
-        "C:\\Program Files\\Greenshot\\Greenshot.exe",
         "C:\\Program Files\\Docker\\Docker\\Docker Desktop.exe",
-        "C:\\Program Files\\Synaptics\\SynTP\\SynTPEnh.exe",
         "C:\\Program Files\\Windows Defender\\MSASCui.exe",
         "C:\\Program Files\\Windows Defender\\MSASCuiL.exe",
         "C:\\Users\\Ann\\AppData\\Local\\Programs\\Tool\\tool.exe",
@@ -76,11 +60,8 @@ TEST(RunData, RunValuesReadAsWindowsReadsThem) {
         "C:\\Windows\\System32\\rundll32.exe",
         "C:\\Windows\\System32\\ctfmon.exe",
         "C:\\Windows\\System32\\igfxtray.exe",
-        "C:\\Windows\\System32\\hkcmd.exe",
-        "C:\\Windows\\System32\\igfxpers.exe",
         "C:\\Windows\\System32\\SecurityHealthSystray.exe",
         "C:\\Windows\\System32\\LogiLDA.dll",
-        "C:\\Windows\\System32\\nvspcap64.dll",
         "C:\\Windows\\System32\\DriverStore\\FileRepository\\realtekservice.inf_amd64_"
         "8b2c7e03b1f5e5c4\\RtkAudUService64.exe",
     };
@@ -94,30 +75,8 @@ TEST(RunData, RunValuesReadAsWindowsReadsThem) {
         // Quoted programs, with and without arguments.
         {"\"C:\\Users\\Ann\\AppData\\Local\\Microsoft\\OneDrive\\OneDrive.exe\" /background", false,
          "C:\\Users\\Ann\\AppData\\Local\\Microsoft\\OneDrive\\OneDrive.exe", "/background"},
-        {"\"C:\\Users\\Ann\\AppData\\Roaming\\Spotify\\Spotify.exe\" --autostart --minimized",
-         false, "C:\\Users\\Ann\\AppData\\Roaming\\Spotify\\Spotify.exe",
-         "--autostart --minimized"},
-        {"\"C:\\Program Files (x86)\\Steam\\steam.exe\" -silent", false,
-         "C:\\Program Files (x86)\\Steam\\steam.exe", "-silent"},
-        {"\"C:\\Program Files (x86)\\Dropbox\\Client\\Dropbox.exe\" /systemstartup", false,
-         "C:\\Program Files (x86)\\Dropbox\\Client\\Dropbox.exe", "/systemstartup"},
         {"\"C:\\Program Files\\iTunes\\iTunesHelper.exe\"", false,
          "C:\\Program Files\\iTunes\\iTunesHelper.exe", ""},
-        {"\"C:\\Program Files (x86)\\Common Files\\Java\\Java Update\\jusched.exe\"", false,
-         "C:\\Program Files (x86)\\Common Files\\Java\\Java Update\\jusched.exe", ""},
-        {"\"C:\\Program Files (x86)\\Common Files\\Adobe\\ARM\\1.0\\AdobeARM.exe\"", false,
-         "C:\\Program Files (x86)\\Common Files\\Adobe\\ARM\\1.0\\AdobeARM.exe", ""},
-        {"\"C:\\Program Files (x86)\\Adobe\\Acrobat DC\\Acrobat\\Acrotray.exe\"", false,
-         "C:\\Program Files (x86)\\Adobe\\Acrobat DC\\Acrobat\\Acrotray.exe", ""},
-        {"\"C:\\Program Files (x86)\\Common Files\\Apple\\Internet Services\\iCloudServices.exe\"",
-         false,
-         "C:\\Program Files (x86)\\Common Files\\Apple\\Internet Services\\iCloudServices.exe", ""},
-        {"\"C:\\Program Files\\Everything\\Everything.exe\" -startup", false,
-         "C:\\Program Files\\Everything\\Everything.exe", "-startup"},
-        {"\"C:\\Users\\Ann\\AppData\\Local\\FluxSoftware\\Flux\\flux.exe\" /noshow", false,
-         "C:\\Users\\Ann\\AppData\\Local\\FluxSoftware\\Flux\\flux.exe", "/noshow"},
-        {"\"C:\\Program Files\\ShareX\\ShareX.exe\" -silent", false,
-         "C:\\Program Files\\ShareX\\ShareX.exe", "-silent"},
         // A driver's helper in the driver store, an upper-case system folder.
         {"\"C:\\WINDOWS\\System32\\DriverStore\\FileRepository\\realtekservice.inf_amd64_"
          "8b2c7e03b1f5e5c4\\RtkAudUService64.exe\" -background",
@@ -125,15 +84,11 @@ TEST(RunData, RunValuesReadAsWindowsReadsThem) {
          "C:\\WINDOWS\\System32\\DriverStore\\FileRepository\\realtekservice.inf_amd64_"
          "8b2c7e03b1f5e5c4\\RtkAudUService64.exe",
          "-background"},
-        // Browsers: arguments that start with "--" and one that holds a ":".
+        // A browser: arguments that start with "--" and one that holds a ":".
         {"\"C:\\Program Files\\Google\\Chrome\\Application\\chrome.exe\" --no-startup-window "
          "/prefetch:5",
          false, "C:\\Program Files\\Google\\Chrome\\Application\\chrome.exe",
          "--no-startup-window /prefetch:5"},
-        {"\"C:\\Program Files (x86)\\Microsoft\\Edge\\Application\\msedge.exe\" "
-         "--no-startup-window --win-session-start /prefetch:5",
-         false, "C:\\Program Files (x86)\\Microsoft\\Edge\\Application\\msedge.exe",
-         "--no-startup-window --win-session-start /prefetch:5"},
         // Squirrel's Update.exe: the arguments end in ".exe" and hold quotes.
         {"C:\\Users\\Ann\\AppData\\Local\\Discord\\Update.exe --processStart Discord.exe", false,
          "C:\\Users\\Ann\\AppData\\Local\\Discord\\Update.exe", "--processStart Discord.exe"},
@@ -141,22 +96,14 @@ TEST(RunData, RunValuesReadAsWindowsReadsThem) {
          "\"Teams.exe\" --process-start-args \"--system-initiated\"",
          false, "C:\\Users\\Ann\\AppData\\Local\\Microsoft\\Teams\\Update.exe",
          "--processStart \"Teams.exe\" --process-start-args \"--system-initiated\""},
-        {"C:\\Users\\Ann\\AppData\\Local\\slack\\slack.exe --process-start-args --startup", false,
-         "C:\\Users\\Ann\\AppData\\Local\\slack\\slack.exe", "--process-start-args --startup"},
         // Unquoted with blanks: the shortest run of words that names a file, in any case.
         {"C:\\Program Files\\Dell\\SupportAssistAgent\\bin\\SupportAssistAgent.exe /startup", false,
          "C:\\Program Files\\Dell\\SupportAssistAgent\\bin\\SupportAssistAgent.exe", "/startup"},
-        {"C:\\Program Files\\Lenovo\\HOTKEY\\TPHKLOAD.EXE", false,
-         "C:\\Program Files\\Lenovo\\HOTKEY\\TPHKLOAD.EXE", ""},
-        {"C:\\Program Files\\Realtek\\Audio\\HDA\\RAVCpl64.exe -s", false,
-         "C:\\Program Files\\Realtek\\Audio\\HDA\\RAVCpl64.exe", "-s"},
         {"C:\\Program Files (x86)\\Microsoft\\Skype for Desktop\\Skype.exe /minimized /regrun",
          false, "C:\\Program Files (x86)\\Microsoft\\Skype for Desktop\\Skype.exe",
          "/minimized /regrun"},
-        {"C:\\Program Files\\Greenshot\\Greenshot.exe", false,
-         "C:\\Program Files\\Greenshot\\Greenshot.exe", ""},
-        {"C:\\Program Files\\Docker\\Docker\\Docker Desktop.exe", false,
-         "C:\\Program Files\\Docker\\Docker\\Docker Desktop.exe", ""},
+        {"C:\\Program Files\\Docker\\Docker\\Docker Desktop.EXE", false,
+         "C:\\Program Files\\Docker\\Docker\\Docker Desktop.EXE", ""},
         // Windows stops at the first file: D:\Apps.exe wins over the folder "Apps Store".
         {"D:\\Apps Store\\store.exe /tray", false, "D:\\Apps.exe", "Store\\store.exe /tray"},
         // ".exe" added to a word without an extension, as Windows adds it.
@@ -164,14 +111,8 @@ TEST(RunData, RunValuesReadAsWindowsReadsThem) {
         // Programs of the system folders, found there or by their bare names; a DLL's entry.
         {"ctfmon.exe", false, "ctfmon.exe", ""},
         {"C:\\Windows\\system32\\igfxtray.exe", false, "C:\\Windows\\system32\\igfxtray.exe", ""},
-        {"C:\\Windows\\system32\\hkcmd.exe", false, "C:\\Windows\\system32\\hkcmd.exe", ""},
-        {"C:\\Windows\\system32\\igfxpers.exe", false, "C:\\Windows\\system32\\igfxpers.exe", ""},
         {"C:\\Windows\\system32\\rundll32.exe C:\\Windows\\System32\\LogiLDA.dll,LogiFetch", false,
          "C:\\Windows\\system32\\rundll32.exe", "C:\\Windows\\System32\\LogiLDA.dll,LogiFetch"},
-        {"\"C:\\Windows\\system32\\rundll32.exe\" "
-         "C:\\Windows\\system32\\nvspcap64.dll,ShadowPlayOnSystemStart",
-         false, "C:\\Windows\\system32\\rundll32.exe",
-         "C:\\Windows\\system32\\nvspcap64.dll,ShadowPlayOnSystemStart"},
         // Commands through cmd and a batch file.
         {"cmd.exe /c start \"\" \"C:\\Tools\\sync.exe\" --tray", false, "cmd.exe",
          "/c start \"\" \"C:\\Tools\\sync.exe\" --tray"},
@@ -183,10 +124,6 @@ TEST(RunData, RunValuesReadAsWindowsReadsThem) {
          "%windir%\\system32\\SecurityHealthSystray.exe", ""},
         {"%ProgramFiles%\\Windows Defender\\MSASCui.exe -hide", true,
          "%ProgramFiles%\\Windows Defender\\MSASCui.exe", "-hide"},
-        {"\"%ProgramFiles%\\Windows Defender\\MSASCuiL.exe\"", true,
-         "%ProgramFiles%\\Windows Defender\\MSASCuiL.exe", ""},
-        {"%ProgramFiles%\\Synaptics\\SynTP\\SynTPEnh.exe", true,
-         "%ProgramFiles%\\Synaptics\\SynTP\\SynTPEnh.exe", ""},
         {"%LOCALAPPDATA%\\Programs\\Tool\\tool --hidden %TEMP%", true,
          "%LOCALAPPDATA%\\Programs\\Tool\\tool.exe", "--hidden %TEMP%"},
         // The same text in a plain string is no variable: nothing there, so the first word.
@@ -265,10 +202,11 @@ TEST(RunData, EachDelayedAndStoppedValueFindsItsOwnSavedCopy) {
     EXPECT_FALSE(NamedStoppedValue("C:\\a=b\\x.exe")); // an older entry: a path alone
     const std::vector<NameData> saved =
         Copies({"A=C:\\x.exe /a", "B=C:\\x.exe /b", "", "C=C:\\x.exe", "D=C:\\x.exe",
-                "R=\"C:\\q\\r.exe\" -m", "E="});
+                "R=\"C:\\q\\r.exe\" -m", "E=", "F=C:\\f.exe"});
     ProgramModel model;
     model.ProgramGroups = {{"Startup",
-                            {{"C:\\x.exe", "", "ExecuteRegAU", 0, "C"},
+                            {{"C:\\moved\\f.exe", "", "ExecuteRegAU", 0, "F"},
+                             {"C:\\x.exe", "", "ExecuteRegAU", 0, "C"},
                              {"C:\\x.exe", "", "ExecuteReg", 0, "A"},
                              {"", "", "ExecuteRegAU", 0, ""},
                              {"", "", "ExecuteRegAU", 0, "E"}}}};
@@ -276,7 +214,8 @@ TEST(RunData, EachDelayedAndStoppedValueFindsItsOwnSavedCopy) {
     // By name first, whatever the commands; then older entries that hold a path alone, each
     // taking a copy no other entry has: exact path, then trimmed, then contained. The copy of a
     // delayed value (C) is never taken; a free slot claims nothing; a value whose command is
-    // empty (E) is a record all the same.
+    // empty (E) is a record all the same; a delayed value whose program has moved since (F)
+    // still owns its copy by its name.
     model.StoppedPrograms = {"_REGAU_C:\\x.exe ",        "_REGAU_B=C:\\x.exe /b",
                              "_REGAU_C:\\x.exe",         "_REGAU_C:\\x.exe",
                              "_REGAU_C:\\q\\r",          "_REGAU_C:\\none.exe",
@@ -284,7 +223,7 @@ TEST(RunData, EachDelayedAndStoppedValueFindsItsOwnSavedCopy) {
                              "_STPCU_C:\\x.exe"};
     SavedCopyMatch m = MatchSavedCopies(model, kMachineRun, saved);
     EXPECT_EQ(m.Stopped, (std::vector<int>{0, 1, 4, -1, 5, -1, -1, -1, -1}));
-    EXPECT_EQ(m.Delayed, (std::vector<int>{3, -1, -1, 6}));
+    EXPECT_EQ(m.Delayed, (std::vector<int>{7, 3, -1, -1, 6}));
     EXPECT_EQ(SavedCopyOfStopped(model, 2, saved), 4);
     EXPECT_EQ(SavedCopyOfStopped(model, 8, saved), -1); // a shortcut has no copy
 

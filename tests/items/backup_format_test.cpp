@@ -38,6 +38,12 @@ TEST(RegBackupFormat, LinesReadBackAsTheValuesTheyCameFrom) {
         "\"Path\"=hex(2):25,00,53,00,79,00,73,00,74,00,65,00,6d,00,52,00,6f,00,6f,00,74,\\\r\n"
         "  00,25,00,5c,00,73,00,79,00,73,00,74,00,65,00,6d,00,33,00,32,00,5c,00,63,00,\\\r\n"
         "  61,00,66,00,e9,00,2e,00,65,00,78,00,65,00,00,00");
+    // A line of exactly 80 characters with its "\\" is still one line.
+    std::string bytes(30, '\xab'), row;
+    for (int i = 0; i < 23; ++i)
+        row += "ab,";
+    EXPECT_EQ(RegValueLine({"Abc", 3, {bytes.begin(), bytes.end()}, ""}),
+              "\"Abc\"=hex:" + row + "\\\r\n  ab,ab,ab,ab,ab,ab,ab");
 }
 
 } // namespace

@@ -95,6 +95,7 @@ TEST_F(StartupTree, ContainersCountAndShowEveryItemOfEachLocation) {
     EXPECT_EQ(x->Location, ItemLocation::MachineRun);
     EXPECT_EQ(x->State, ItemState::Delayed);
     EXPECT_EQ(x->Name + "|" + x->Command + "|" + std::to_string(x->Record), "X|C:\\x.exe -m|4");
+    EXPECT_TRUE(x->ForAllUsers());
     EXPECT_EQ(ItemOfNode(tree, listing, tree.Find("DelayedItemsRoot")), nullptr);
     // What each starts, where it is now: a shortcut's file in its Startup folder or the items
     // folder, a value's program and arguments as its command (a delayed one's record) reads.
@@ -285,7 +286,8 @@ TEST_F(StartupTree, KnownItemsAreBoldByTheirProgramInEveryState) {
                                          {"tool.exe", "Tool helper"},
                                          {"Word", "Word processor"},
                                          {"a.exe", "A tool"},
-                                         {"Startup", "container words"}};
+                                         {"Startup", "container words"},
+                                         {"Tool", "Tool's shortcut"}};
     auto marked = [&] {
         MarkKnown(tree, safe);
         std::string bold;
@@ -296,7 +298,7 @@ TEST_F(StartupTree, KnownItemsAreBoldByTheirProgramInEveryState) {
     };
     // By the program's file or the item's own name, in exact letters: "Tool" is not
     // "tool.exe", and a container is never known, whatever its caption says.
-    EXPECT_EQ(marked(), "A=C:\\a.exe /x|Word.lnk|Tool=C:\\T\\tool.exe|");
+    EXPECT_EQ(marked(), "Tool.lnk|A=C:\\a.exe /x|Word.lnk|Tool=C:\\T\\tool.exe|");
     EXPECT_EQ(ItemToolTip(N("#12342#DELAYEDC:\\T\\tool.exe"), safe, {}), "Tool helper");
     EXPECT_EQ(ItemToolTip(N("#12340#Word.lnk"), safe, {}), "Word processor");
     EXPECT_EQ(ItemToolTip(N("CurrentUserStartup"), safe, {}, "", "C:\\t.exe"), ""); // a container
@@ -307,15 +309,15 @@ TEST_F(StartupTree, KnownItemsAreBoldByTheirProgramInEveryState) {
     listing.UserRunValues = {{"A", "\"C:\\a.exe\" /x"}, {"B", "C:\\b.exe C:\\Docs\\Word.doc"}};
     listing.CommonStartupFiles = {"Letter.lnk"};
     Build();
-    EXPECT_EQ(marked(), "A=\"C:\\a.exe\" /x|Tool=C:\\T\\tool.exe|");
+    EXPECT_EQ(marked(), "Tool.lnk|A=\"C:\\a.exe\" /x|Tool=C:\\T\\tool.exe|");
     model.ProgramGroups[0].Programs[1] = {"\"C:\\a.exe\"", "/x", "ExecuteReg", 0, "A"};
     listing.UserRunValues.clear();
     Build();
-    EXPECT_EQ(marked(), "A=\"C:\\a.exe\" /x|Tool=C:\\T\\tool.exe|");
+    EXPECT_EQ(marked(), "Tool.lnk|A=\"C:\\a.exe\" /x|Tool=C:\\T\\tool.exe|");
     model.ProgramGroups[0].Programs[1] = {"", "", "Execute"};
     model.StoppedPrograms = {"_REGCU_A=C:\\a.exe"};
     Build();
-    EXPECT_EQ(marked(), "Tool=C:\\T\\tool.exe|A=C:\\a.exe|");
+    EXPECT_EQ(marked(), "Tool.lnk|Tool=C:\\T\\tool.exe|A=C:\\a.exe|");
 }
 
 TEST_F(StartupTree, AContainerPassesItsCheckDownThreeLevels) {

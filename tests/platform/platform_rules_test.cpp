@@ -21,12 +21,17 @@ TEST(PathRules, SearchPathsJoinWithOneSeparator) {
     EXPECT_EQ(PathLastPart("C:\\a\\b.lnk"), "b.lnk");
     EXPECT_EQ(PathLastPart("C:b.lnk"), "b.lnk");
     EXPECT_EQ(PathLastPart("b.lnk"), "b.lnk");
+    // Names of locks that every copy shares: as earlier versions made them, in any letter case.
+    EXPECT_EQ(PathHashText(""), "14650fb0739d0383");
+    EXPECT_EQ(PathHashText("C:\\Tolvane"), PathHashText("c:\\tolvane"));
+    EXPECT_NE(PathHashText("C:\\Tolvane"), PathHashText("C:\\Tolvane2"));
 }
 
 TEST(FileOperationRequest, TargetFolderIsWhatHoldsTheTarget) {
     EXPECT_EQ(TargetFolder("C:\\Items\\Current User\\\\Tool.lnk"), "C:\\Items\\Current User");
     EXPECT_EQ(TargetFolder("C:\\Items\\"), "C:\\Items"); // a trailing "\" names the folder
     EXPECT_EQ(TargetFolder("C:\\a\\\\\\b\\x"), "C:\\a\\b");
+    EXPECT_EQ(TargetFolder("\\a\\\\b\\x"), "\\a\\b"); // in the root of the drive
     EXPECT_EQ(TargetFolder("\\\\server\\share\\\\x.lnk"), "\\\\server\\share");
     for (const char* none : {"C:\\x.lnk", "x.lnk", "\\\\x", ""})
         EXPECT_EQ(TargetFolder(none), "") << none;
@@ -62,6 +67,8 @@ TEST(FileOperationRequest, ListsEndInTwoNulsAndEmptyPathsAskNothing) {
     auto del = MakeFileOperationRequest(FileOperation::Delete, "C:\\a\\x.lnk", "ignored", "", 0);
     ASSERT_TRUE(del);
     EXPECT_EQ(del->targetList, ""); // a delete has no target list at all
+    EXPECT_EQ(MakeFileOperationRequest(FileOperation::Rename, "a", "b", "", 0)->title,
+              "Renaming...");
 
     EXPECT_FALSE(MakeFileOperationRequest(FileOperation::Move, "C:\\a", "", "", 0));
     EXPECT_FALSE(MakeFileOperationRequest(FileOperation::Move, "", "C:\\b", "", 0));

@@ -28,6 +28,10 @@ TEST(Strings, TrimRemovesBlanksOnlyAndReplaceDoesNotOverlap) {
     EXPECT_EQ(ReplaceAll("a\\\\\\b", "\\\\", "\\"), "a\\\\b"); // three become two
     EXPECT_EQ(ReplaceAll("abc", "", "x"), "abc");
     EXPECT_EQ(Split("a b  c", ' ').size(), 4u);
+    // As std::string_view::find, in any letter case.
+    EXPECT_EQ(FindNoCase("a.EXE.exe", ".exe", 2), 5u);
+    EXPECT_EQ(FindNoCase("abc", "", 3), 3u);
+    EXPECT_EQ(FindNoCase("abc", "", 4), std::string_view::npos);
 }
 
 TEST(Strings, SinglesAreWrittenInTheirShortestFormAndReadBack) {

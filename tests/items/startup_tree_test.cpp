@@ -158,16 +158,16 @@ TEST(TaskManagerFlag, TheFirstBytesLowestBitSwitchesAnItemOff) {
     auto flag = [](uint8_t first) {
         return std::vector<uint8_t>{first, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8};
     };
-    EXPECT_FALSE(SwitchedOff(kBinaryType, flag(0x02)));
-    EXPECT_TRUE(SwitchedOff(kBinaryType, flag(0x03)));
-    EXPECT_FALSE(SwitchedOff(kBinaryType, flag(0x06)));
-    EXPECT_TRUE(SwitchedOff(kBinaryType, flag(0x07)));
     // Short values still carry the switch in their first byte; nothing, or another type, is
     // no switch at all.
-    EXPECT_TRUE(SwitchedOff(kBinaryType, {0x03}));
-    EXPECT_FALSE(SwitchedOff(kBinaryType, {0x02, 0x00}));
-    EXPECT_FALSE(SwitchedOff(kBinaryType, {}));
-    EXPECT_FALSE(SwitchedOff(4, flag(0x03)));
+    const std::tuple<unsigned, std::vector<uint8_t>, bool> cases[] = {
+        {kBinaryType, flag(0x02), false}, {kBinaryType, flag(0x03), true},
+        {kBinaryType, flag(0x06), false}, {kBinaryType, flag(0x07), true},
+        {kBinaryType, {0x03}, true},      {kBinaryType, {0x02, 0x00}, false},
+        {kBinaryType, {}, false},         {4, flag(0x03), false}};
+    for (const auto& [type, bytes, off] : cases)
+        EXPECT_EQ(SwitchedOff(type, bytes), off)
+            << type << " " << int(bytes.empty() ? 0 : bytes[0]);
     // Switched on: 02 and the new time; what else the value holds stays.
     std::vector<uint8_t> off = flag(0x07);
     off[1] = 0x11;
@@ -282,12 +282,9 @@ TEST_F(StartupTree, ARefreshKeepsWhatTheUserOpened) {
 }
 
 TEST_F(StartupTree, KnownItemsAreBoldByTheirProgramInEveryState) {
-    const std::vector<SafeEntry> safe = {{"", "matches nothing"},
-                                         {"tool.exe", "Tool helper"},
-                                         {"Word", "Word processor"},
-                                         {"a.exe", "A tool"},
-                                         {"Startup", "container words"},
-                                         {"Tool", "Tool's shortcut"}};
+    const std::vector<SafeEntry> safe = {
+        {"", "matches nothing"}, {"tool.exe", "Tool helper"},    {"Word", "Word processor"},
+        {"a.exe", "A tool"},     {"Startup", "container words"}, {"Tool", "Tool's shortcut"}};
     auto marked = [&] {
         MarkKnown(tree, safe);
         std::string bold;

@@ -486,6 +486,9 @@ def main():
         args.seed, len(results), minutes)]
     report += ["  %-16s %d" % (k + ":", v) for k, v in counts.items()]
     report.append("score (killed + timed out) / (all - did not compile): %.3f" % score)
+    tests, code = code_lines("tests"), code_lines("src")
+    report.append("size: tests %d lines against %d of src/ (%.0f %%), blank and // lines not "
+                  "counted" % (tests, code, 100.0 * tests / code if code else 0))
     survivors = sorted((m for m, o in results if o == "survived"),
                        key=lambda m: (m["file"], m["line"], m["col"]))
     report.append("survivors (%d):" % len(survivors))
@@ -498,6 +501,18 @@ def main():
         print("mutants: score %.3f below %.3f" % (score, args.min_score), file=sys.stderr)
         return 1
     return 0
+
+
+def code_lines(folder):
+    """The non-blank lines of a folder's C++ files that are not // comments alone."""
+    count = 0
+    for root, _, files in os.walk(os.path.join(ROOT, folder)):
+        for name in files:
+            if name.endswith((".cpp", ".h")):
+                with open(os.path.join(root, name), encoding="utf-8", errors="replace") as f:
+                    count += sum(1 for line in f
+                                 if line.strip() and not line.lstrip().startswith("//"))
+    return count
 
 
 if __name__ == "__main__":

@@ -72,10 +72,9 @@ TEST_F(Registry, ListsEveryValueWholeAsNameEqualsData) {
 }
 
 // The listings of the Startup folders are the refresh's test; here, how a delayed shortcut's file
-// is found and how the program's folders are made.
-TEST(DirStruct, EntriesMatchTheirOwnNameAndFoldersAreMadeOneLevelDeep) {
+// is found.
+TEST(DirStruct, EntriesMatchTheirOwnNameOnly) {
     test::TempFolder dir;
-    CDirStruct ds;
     WriteFileBytes(dir / "tool.lnk", "");
     EXPECT_TRUE(CDirStruct::NamedFileExists(dir / "tool.lnk"));
     EXPECT_TRUE(CDirStruct::NamedFileExists(dir / "TOOL.LNK")); // as Windows compares names
@@ -89,15 +88,6 @@ TEST(DirStruct, EntriesMatchTheirOwnNameAndFoldersAreMadeOneLevelDeep) {
     EXPECT_FALSE(CDirStruct::NamedFileExists(alias));
     EXPECT_TRUE(CDirStruct::OrdinaryFileExists(dir / "tool.lnk"));
     EXPECT_FALSE(CDirStruct::OrdinaryFileExists(dir.Path()));
-
-    EXPECT_FALSE(ds.DirectoryExists("New", dir.Path(), false));
-    EXPECT_TRUE(ds.DirectoryExists("New", dir.Path(), true));
-    EXPECT_TRUE(test::PathExists(dir / "New"));
-    EXPECT_TRUE(ds.DirectoryExists("New", dir.Path() + "\\", false));
-    EXPECT_FALSE(ds.DirectoryExists("NEW", dir.Path(), false));     // exact name only
-    EXPECT_FALSE(ds.DirectoryExists("tool.lnk", dir.Path(), true)); // a file stands there
-    EXPECT_FALSE(ds.DirectoryExists("leaf", dir / "no\\parent", true));
-    EXPECT_FALSE(test::PathExists(dir / "no"));
 }
 
 } // namespace

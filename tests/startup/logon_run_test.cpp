@@ -38,14 +38,12 @@ protected:
         EXPECT_TRUE(reg.DeleteValue(RegistryRoot::CurrentUser, kRunKey, kOwnRunValue));
         EXPECT_TRUE(reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, kOwnRunValue));
     }
-    void WriteProgramGroups(int startupType, float mainDelay, std::vector<GroupProgram> programs,
-                            std::vector<std::string> stopped = {""}) {
+    void WriteProgramGroups(int startupType, float mainDelay, std::vector<GroupProgram> programs) {
         ProgramModel m;
         SetDefaultModel(m);
         m.StartupType = startupType;
         m.MainStartupDelay = mainDelay;
         m.ProgramGroups[0].Programs = std::move(programs);
-        m.StoppedPrograms = std::move(stopped);
         auto languages = ParseLanguageList(test::ReadFileBytes(folder / "lang\\languagefile.dat"));
         test::WriteFileBytes(folder / (WindowsUserName() + "\\proggroup.c"),
                              FormatProgramGroupFile(m, languages));
@@ -455,6 +453,9 @@ TEST_F(DelayedRunTest, HandStartsFromTheTrayCountAndNothingStartsTwice) {
                           "3000 " + folder / "b.exe" + "|", "12000 " + folder / "a.exe" + "|",
                           "15000 " + folder / "c.exe" + "|", "15000 " + std::string(os) + ".exe|-s",
                           "15500 " + d + "|", "16000 " + d + "|"}));
+    // Each measured as its item, the stopped one as the stopped item it is.
+    EXPECT_EQ(items, (std::vector<std::string>{"3 b.exe", "3 a.exe", "3 c.exe", "1 Exp", "3 d.exe",
+                                               "3 d.exe"}));
     EXPECT_NE(test::ReadFileBytes(folder / "log.txt")
                   .find("Warning: Startup Item Not Allowed: cmd.exe (\"del\")\r\n"),
               std::string::npos);

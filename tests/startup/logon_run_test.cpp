@@ -255,7 +255,7 @@ protected:
     }
     bool IsVisible() const override { return visible; }
     void Unload() override { ++unloads; }
-    void Open() override { ++opens; }
+    void Open() override {}
     void Ready() override { readyAfter.push_back(starts.size()); }
     uint64_t NowMs() override { return now; }
     void WaitUntil(uint64_t deadline, const std::function<bool()>& stop) override {
@@ -304,7 +304,7 @@ protected:
     std::function<void()> whileWaiting;
     std::function<std::optional<LoadSample>(uint64_t)> load;
     bool visible = false;
-    int unloads = 0, opens = 0;
+    int unloads = 0;
     std::vector<size_t> readyAfter; // the starts made when the window was made, each run
     std::vector<std::string> starts, items;
 };

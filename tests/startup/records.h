@@ -1,43 +1,25 @@
-// What start_recorder wrote: one line per start, "<name> <milliseconds> [arguments]".
+// What the helper programs wrote: one line per start.
 #pragma once
 
 #include <windows.h>
-
-#include <cstdint>
-#include <sstream>
 
 #include "support/win_test_support.h"
 
 namespace tolvane::test {
 
-struct Start {
-    std::string Name; // with the arguments after it, if any
-    uint64_t Ms = 0;
-};
-
-// The starts recorded once there are at least this many, or after a few seconds.
-inline std::vector<Start> WaitForStarts(const std::string& record, size_t count,
-                                        unsigned long timeoutMs = 8000) {
-    std::vector<Start> starts;
-    for (unsigned long waited = 0; starts.size() < count && waited <= timeoutMs; waited += 20) {
-        Sleep(waited ? 20 : 0);
-        starts.clear();
-        for (const std::string& line : ReadLines(record)) {
-            std::istringstream in(line);
-            Start s;
-            std::string arguments;
-            in >> s.Name >> s.Ms;
-            std::getline(in, arguments);
-            starts.push_back({s.Name + arguments, s.Ms});
-        }
-    }
-    return starts;
+// The lines of a record once there are at least this many, or after ten seconds.
+inline std::vector<std::string> WaitForLines(const std::string& record, size_t count) {
+    std::vector<std::string> lines = ReadLines(record);
+    for (int i = 0; i < 500 && lines.size() < count; ++i, lines = ReadLines(record))
+        Sleep(20);
+    return lines;
 }
 
-inline std::vector<std::string> Names(const std::vector<Start>& starts) {
+// The names of the starts that start_recorder noted as "<name> <milliseconds> [arguments]".
+inline std::vector<std::string> WaitForNames(const std::string& record, size_t count) {
     std::vector<std::string> names;
-    for (const Start& s : starts)
-        names.push_back(s.Name);
+    for (const std::string& line : WaitForLines(record, count))
+        names.push_back(line.substr(0, line.find(' ')));
     return names;
 }
 

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/handles.h"
+#include "platform/message_pump.h"
 #include "platform/wide_text.h"
 
 namespace tolvane::test {
@@ -137,15 +138,13 @@ std::string Utf16Bytes(std::string_view text) {
     return std::string(reinterpret_cast<const char*>(wide.data()), wide.size() * 2);
 }
 
-std::string FromUtf16Bytes(std::string_view bytes) {
-    return Narrow(
-        std::wstring_view(reinterpret_cast<const wchar_t*>(bytes.data()), bytes.size() / 2),
-        CP_UTF8);
-}
-
 std::string ReadUtf16File(const std::string& path) {
     const std::string bytes = ReadFileBytes(path);
-    return bytes.substr(0, 2) == "\xff\xfe" ? FromUtf16Bytes(bytes.substr(2)) : "";
+    if (bytes.substr(0, 2) != "\xff\xfe")
+        return "";
+    return Narrow(std::wstring_view(reinterpret_cast<const wchar_t*>(bytes.data() + 2),
+                                    (bytes.size() - 2) / 2),
+                  CP_UTF8);
 }
 
 bool CreateShortcut(const std::string& linkPath, const std::string& target,
@@ -196,13 +195,11 @@ ChildProcess::ChildProcess(const std::string& commandLine) {
     STARTUPINFOA si{sizeof si};
     PROCESS_INFORMATION pi{};
     // A prefix that is still starting up may refuse a start now and then: a few tries.
-    for (int attempt = 0; attempt < 5; ++attempt) {
+    for (int attempt = 0; attempt < 5 && !pi.hProcess; ++attempt) {
         std::string line = commandLine;
-        if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si,
-                           &pi))
-            break;
-        startError_ = GetLastError();
-        Sleep(200);
+        if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si,
+                            &pi))
+            startError_ = GetLastError();
     }
     if (!pi.hProcess)
         return;
@@ -278,6 +275,28 @@ HWND WindowOf(unsigned long process, const char* className, bool visibleOnly,
     return nullptr;
 }
 
+bool PumpUntil(const std::function<bool()>& done, unsigned long timeoutMs) {
+    const ULONGLONG end = GetTickCount64() + timeoutMs;
+    for (;;) {
+        YieldToMessageLoop();
+        if (done())
+            return true;
+        if (GetTickCount64() >= end)
+            return false;
+        MsgWaitForMultipleObjectsEx(0, nullptr, 20, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+    }
+}
+
+void PumpUntilIdle() {
+    // Timers are left out: a window's periodic one would never let the queue look empty.
+    const UINT waiting =
+        PM_NOREMOVE | PM_QS_INPUT | PM_QS_POSTMESSAGE | PM_QS_PAINT | PM_QS_SENDMESSAGE;
+    PumpUntil([waiting] {
+        MSG msg;
+        return !PeekMessageA(&msg, nullptr, 0, 0, waiting) || msg.message == WM_QUIT;
+    });
+}
+
 void Type(std::initializer_list<unsigned short> keys) {
     for (unsigned short key : keys) {
         INPUT input[2] = {};
@@ -285,7 +304,6 @@ void Type(std::initializer_list<unsigned short> keys) {
         input[0].ki.wVk = input[1].ki.wVk = key;
         input[1].ki.dwFlags = KEYEVENTF_KEYUP;
         SendInput(2, input, sizeof(INPUT));
-        Sleep(150);
     }
 }
 
@@ -305,7 +323,6 @@ void Chord(std::initializer_list<unsigned short> keys) {
         inputs.push_back(in);
     }
     SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT));
-    Sleep(150);
 }
 
 namespace {
@@ -327,7 +344,6 @@ void Click(POINT at, bool right) {
                        Mouse(at, right ? MOUSEEVENTF_RIGHTDOWN : MOUSEEVENTF_LEFTDOWN),
                        Mouse(at, right ? MOUSEEVENTF_RIGHTUP : MOUSEEVENTF_LEFTUP)};
     SendInput(3, inputs, sizeof(INPUT));
-    Sleep(150);
 }
 
 void Drag(POINT from, POINT to) {
@@ -337,7 +353,6 @@ void Drag(POINT from, POINT to) {
             Mouse({from.x + (to.x - from.x) * step / 10, from.y + (to.y - from.y) * step / 10}, 0));
     inputs.push_back(Mouse(to, MOUSEEVENTF_LEFTUP));
     SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT));
-    Sleep(150);
 }
 
 } // namespace tolvane::test

@@ -56,24 +56,20 @@ public:
     void Init() {
         SetText(101, "from the model");
         SetChecked(102, true);
-        if (closeAtOnce)
+        if (closeAtOnce) { // OK, which fails, then Cancel
             PostMessageA(Hwnd(), WM_COMMAND, IDOK, 0);
+            PostMessageA(Hwnd(), WM_COMMAND, IDCANCEL, 0);
+        }
     }
     bool OnMessage(UINT message, WPARAM wParam, LPARAM, INT_PTR&) {
-        switch (message) {
-        case WM_COMMAND:
-            if (LOWORD(wParam) == IDOK) {
-                text = Text(101);
-                ticked = Checked(102);
-                throw std::runtime_error("after reading the fields");
-            }
-            if (LOWORD(wParam) == IDCANCEL) {
-                Close(7);
-                return true;
-            }
-            return false;
+        if (message == WM_COMMAND && LOWORD(wParam) == IDOK) {
+            text = Text(101);
+            ticked = Checked(102);
+            throw std::runtime_error("after reading the fields");
         }
-        return false;
+        if (message == WM_COMMAND && LOWORD(wParam) == IDCANCEL)
+            Close(7);
+        return message == WM_COMMAND && LOWORD(wParam) == IDCANCEL;
     }
     bool closeAtOnce = true;
     std::string text;
@@ -86,11 +82,6 @@ TEST(DialogBase, ATemplateRunsModalAndModeless) {
     EventLog log(folder / "log.txt");
     TestDialog modal(&log);
     // OK throws after it read the fields: logged, and the dialog stays until Cancel ends it.
-    modal.closeAtOnce = true;
-    SetTimer(nullptr, 0, 300, [](HWND, UINT, UINT_PTR id, DWORD) {
-        KillTimer(nullptr, id);
-        PostMessageA(GetActiveWindow(), WM_COMMAND, IDCANCEL, 0);
-    });
     EXPECT_EQ(modal.ShowModal(GetModuleHandleA(nullptr), nullptr), 7);
     EXPECT_EQ(modal.text, "from the model");
     EXPECT_TRUE(modal.ticked);

@@ -236,7 +236,7 @@ TEST_F(DialogsTest, OptionsFromTheToolsMenuStoreWhatOkFinds) {
     EXPECT_NE(File().find("const MainStartupDelay = 5;"), std::string::npos);
 }
 
-TEST_F(DialogsTest, TipOfTheDayWritesItsBoxBackOnlyWhenChangedAndKept) {
+TEST_F(DialogsTest, TipOfTheDayFromTheHelpMenuKeepsItsBoxWithOkAndEscape) {
     const std::vector<std::string> tips =
         SplitTextLines(test::ReadFileBytes(folder / "lang\\en\\tipofday.en"));
     Open();
@@ -262,25 +262,6 @@ TEST_F(DialogsTest, TipOfTheDayWritesItsBoxBackOnlyWhenChangedAndKept) {
     test::PumpUntilIdle();
     EXPECT_FALSE(window->Tip());
     EXPECT_NE(File().find("const ShowTipsAtStartup = 1;"), std::string::npos);
-
-    // A stored -1 and a ticked box say the same: nothing is written.
-    app.model.ShowTipsAtStartup = -1;
-    ASSERT_TRUE(DeleteFileA(FilePath().c_str()));
-    ASSERT_TRUE(tip = openTip());
-    ClickOn(tip, IDOK);
-    EXPECT_FALSE(window->Tip());
-    EXPECT_FALSE(test::PathExists(FilePath()));
-
-    // A file that cannot be written: the status line says the choice was not kept.
-    test::MakeFolder(FilePath() + ".new");
-    ASSERT_TRUE(tip = openTip());
-    ClickOn(tip, IDC_TIP_SHOW);
-    ClickOn(tip, IDOK);
-    test::RemoveTree(FilePath() + ".new");
-    EXPECT_FALSE(window->Tip());
-    EXPECT_FALSE(test::PathExists(FilePath()));
-    EXPECT_EQ(StatusLine(), "Your choice could not be saved in proggroup.c; log.txt in "
-                            "Tolvane's program folder says why.");
 }
 
 TEST_F(DialogsTest, AboutBoxShowsTheExesVersionAndALinkOpensItsPageAndCloses) {

@@ -1,5 +1,5 @@
-// The window and dialog bases: a failure inside a window procedure is logged and goes no
-// further; a child's object learns that its window went with the parent; a dialog runs from
+// The window and dialog bases: a failure inside a window or dialog procedure is logged and goes
+// no further; a child's object learns that its window went with the parent; a dialog runs from
 // its template, modal or modeless.
 #include <gtest/gtest.h>
 
@@ -20,11 +20,8 @@ constexpr UINT kThrow = WM_APP + 7;
 class TestWindow : public Window<TestWindow> {
 public:
     static constexpr const char* kClassName = "TolvaneTestWindow";
-    explicit TestWindow(const EventLog* log) : Window(log, "Test Window Error: ") {}
-    HWND Make(HWND parent) {
-        return Create(GetModuleHandleA(nullptr), 0, "test", parent ? WS_CHILD : WS_OVERLAPPED, 0, 0,
-                      10, 10, parent);
-    }
+    explicit TestWindow(const EventLog* log) : Window(log, "Window: ") {}
+    using Window::Create;
     static void ClassStyle(WNDCLASSEXA&) {}
     LRESULT HandleMessage(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) {
         if (message == kThrow)
@@ -33,30 +30,15 @@ public:
     }
 };
 
-TEST(WindowBase, AFailureIsLoggedAndAChildGoesWithItsParent) {
-    test::TempFolder folder;
-    test::WriteFileBytes(folder / "log.txt", "");
-    EventLog log(folder / "log.txt");
-    TestWindow parent(&log), child(&log);
-    ASSERT_TRUE(parent.Make(nullptr));
-    ASSERT_TRUE(child.Make(parent.Hwnd()));
-    EXPECT_EQ(SendMessageA(child.Hwnd(), WM_APP, 0, 0), 42);
-    EXPECT_EQ(SendMessageA(child.Hwnd(), kThrow, 0, 0), 0);
-    EXPECT_EQ(test::ReadFileBytes(folder / "log.txt"),
-              "Error: Test Window Error: the handler failed\r\n");
-    DestroyWindow(parent.Hwnd());
-    EXPECT_EQ(child.Hwnd(), nullptr);
-    EXPECT_EQ(parent.Hwnd(), nullptr);
-}
-
+// OK reads the fields, then fails; Cancel closes.
 class TestDialog : public Dialog<TestDialog> {
 public:
     static constexpr int kTemplateId = 100;
-    explicit TestDialog(const EventLog* log) : Dialog(log, "Test Dialog Error: ") {}
+    explicit TestDialog(const EventLog* log) : Dialog(log, "Dialog: ") {}
     void Init() {
         SetText(101, "from the model");
         SetChecked(102, true);
-        if (closeAtOnce) { // OK, which fails, then Cancel
+        if (closeAtOnce) {
             PostMessageA(Hwnd(), WM_COMMAND, IDOK, 0);
             PostMessageA(Hwnd(), WM_COMMAND, IDCANCEL, 0);
         }
@@ -76,24 +58,33 @@ public:
     bool ticked = false;
 };
 
-TEST(DialogBase, ATemplateRunsModalAndModeless) {
+TEST(WindowAndDialogBases, AFailureIsLoggedAndGoesNoFurther) {
     test::TempFolder folder;
     test::WriteFileBytes(folder / "log.txt", "");
     EventLog log(folder / "log.txt");
+    const HINSTANCE instance = GetModuleHandleA(nullptr);
+    TestWindow parent(&log), child(&log);
+    ASSERT_TRUE(parent.Create(instance, 0, "test", WS_OVERLAPPED, 0, 0, 10, 10, nullptr));
+    ASSERT_TRUE(child.Create(instance, 0, "test", WS_CHILD, 0, 0, 10, 10, parent.Hwnd()));
+    EXPECT_EQ(SendMessageA(child.Hwnd(), WM_APP, 0, 0), 42);
+    EXPECT_EQ(SendMessageA(child.Hwnd(), kThrow, 0, 0), 0);
+    DestroyWindow(parent.Hwnd());
+    EXPECT_EQ(child.Hwnd(), nullptr);
+    EXPECT_EQ(parent.Hwnd(), nullptr);
+
+    // The modal dialog stays after the failure of OK, until Cancel ends it.
     TestDialog modal(&log);
-    // OK throws after it read the fields: logged, and the dialog stays until Cancel ends it.
-    EXPECT_EQ(modal.ShowModal(GetModuleHandleA(nullptr), nullptr), 7);
+    EXPECT_EQ(modal.ShowModal(instance, nullptr), 7);
     EXPECT_EQ(modal.text, "from the model");
     EXPECT_TRUE(modal.ticked);
-    EXPECT_EQ(test::ReadFileBytes(folder / "log.txt"),
-              "Error: Test Dialog Error: after reading the fields\r\n");
     EXPECT_EQ(modal.Hwnd(), nullptr);
+    EXPECT_EQ(test::ReadFileBytes(folder / "log.txt"),
+              "Error: Window: the handler failed\r\nError: Dialog: after reading the fields\r\n");
 
     // Modeless: the program's message loops hand it its keys; Escape is its Cancel.
     TestDialog modeless(&log);
     modeless.closeAtOnce = false;
-    ASSERT_TRUE(modeless.ShowModeless(GetModuleHandleA(nullptr), nullptr));
-    EXPECT_TRUE(IsWindowVisible(modeless.Hwnd()));
+    ASSERT_TRUE(modeless.ShowModeless(instance, nullptr));
     MSG key{modeless.Hwnd(), WM_KEYDOWN, VK_ESCAPE, 0};
     EXPECT_TRUE(PreTranslate(key));
     YieldToMessageLoop();

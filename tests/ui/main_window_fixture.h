@@ -40,9 +40,6 @@ protected:
     void Open(bool place = true) {
         window.reset();
         TakeQuitMessage();
-        if (place) // not where the last test's window was closed
-            (void)CRegistry().DeleteValue(RegistryRoot::CurrentUser, "Software\\Hexmoor\\Tolvane",
-                                          "WindowPlacement");
         window = std::make_unique<MainWindow>(app, GetModuleHandleA(nullptr));
         window->OpenWithShell = [this](const std::string& target) {
             opened.push_back(target);

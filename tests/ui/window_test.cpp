@@ -1,13 +1,12 @@
 // The window and dialog bases: a failure inside a window or dialog procedure is logged and goes
 // no further; a child's object learns that its window went with the parent; a dialog runs from
-// its template, modal or modeless.
+// its template.
 #include <gtest/gtest.h>
 
 #include <windows.h>
 
 #include <stdexcept>
 
-#include "platform/message_pump.h"
 #include "support/win_test_support.h"
 #include "ui/dialog.h"
 #include "ui/window.h"
@@ -38,10 +37,8 @@ public:
     void Init() {
         SetText(101, "from the model");
         SetChecked(102, true);
-        if (closeAtOnce) {
-            PostMessageA(Hwnd(), WM_COMMAND, IDOK, 0);
-            PostMessageA(Hwnd(), WM_COMMAND, IDCANCEL, 0);
-        }
+        PostMessageA(Hwnd(), WM_COMMAND, IDOK, 0);
+        PostMessageA(Hwnd(), WM_COMMAND, IDCANCEL, 0);
     }
     bool OnMessage(UINT message, WPARAM wParam, LPARAM, INT_PTR&) {
         if (message == WM_COMMAND && LOWORD(wParam) == IDOK) {
@@ -53,7 +50,6 @@ public:
             Close(7);
         return message == WM_COMMAND && LOWORD(wParam) == IDCANCEL;
     }
-    bool closeAtOnce = true;
     std::string text;
     bool ticked = false;
 };
@@ -80,15 +76,6 @@ TEST(WindowAndDialogBases, AFailureIsLoggedAndGoesNoFurther) {
     EXPECT_EQ(modal.Hwnd(), nullptr);
     EXPECT_EQ(test::ReadFileBytes(folder / "log.txt"),
               "Error: Window: the handler failed\r\nError: Dialog: after reading the fields\r\n");
-
-    // Modeless: the program's message loops hand it its keys; Escape is its Cancel.
-    TestDialog modeless(&log);
-    modeless.closeAtOnce = false;
-    ASSERT_TRUE(modeless.ShowModeless(instance, nullptr));
-    MSG key{modeless.Hwnd(), WM_KEYDOWN, VK_ESCAPE, 0};
-    EXPECT_TRUE(PreTranslate(key));
-    YieldToMessageLoop();
-    EXPECT_EQ(modeless.Hwnd(), nullptr);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
-// The options and the tip of the day as the user meets them: opened from the
-// main window's menus with real keys, filled in with real keys and clicks, and what each leaves
-// in proggroup.c and the Run key afterwards; every text of every window fits in every language.
+// The options, the tip of the day and the group editor as the user meets them: opened with real
+// keys (the editor on its own), filled in with real keys and clicks, and what each leaves in
+// proggroup.c and the Run key afterwards; every text of every window fits in every language.
 #include <map>
 #include <set>
 
@@ -148,11 +148,12 @@ protected:
         test::Click({(r.left + 6), (r.top + r.bottom) / 2});
         test::PumpUntilIdle();
     }
-    // Replaces the text of the box by typing into it.
+    // Replaces the text of the box (an edit box or a combo box's) by typing into it.
     void TypeInto(HWND dialog, int control, std::initializer_list<unsigned short> keys) {
         HWND box = GetDlgItem(dialog, control);
         SetFocus(box);
         SendMessageA(box, EM_SETSEL, 0, -1);
+        SendMessageA(box, CB_SETEDITSEL, 0, MAKELPARAM(0, -1));
         test::Type(keys);
         test::PumpUntilIdle();
     }
@@ -206,18 +207,14 @@ TEST_F(DialogsTest, OptionsFromTheToolsMenuStoreWhatOkFindsAndEscapeNothing) {
 }
 
 TEST_F(DialogsTest, TipOfTheDayFromTheHelpMenuKeepsItsBoxWithOkAndEscape) {
-    const std::vector<std::string> tips =
-        SplitTextLines(test::ReadFileBytes(folder / "lang\\en\\tipofday.en"));
     Open();
     auto openTip = [&] {
         FromMenu('H', 'T');
         return window->Tip() ? window->Tip()->Hwnd() : nullptr;
     };
+    // Unticked and closed with OK; ticked again and closed with Escape.
     HWND tip = openTip();
     ASSERT_TRUE(tip);
-    EXPECT_NE(std::find(tips.begin(), tips.end(), Item(tip, IDC_TIP_TEXT)), tips.end());
-
-    // Unticked and closed with OK; ticked again and closed with Escape.
     EXPECT_EQ(IsDlgButtonChecked(tip, IDC_TIP_SHOW), BST_CHECKED);
     ClickOn(tip, IDC_TIP_SHOW);
     ClickOn(tip, IDOK);
@@ -230,6 +227,52 @@ TEST_F(DialogsTest, TipOfTheDayFromTheHelpMenuKeepsItsBoxWithOkAndEscape) {
     test::PumpUntilIdle();
     EXPECT_FALSE(window->Tip());
     EXPECT_NE(File().find("const ShowTipsAtStartup = 1;"), std::string::npos);
+}
+
+// The group editor, modeless in this process: what proggroup.c holds after each step.
+TEST_F(DialogsTest, TheGroupEditorAddsRenamesAndRemovesAGroupWithItsProgram) {
+    test::WriteFileBytes(folder / "Clock.exe", "MZ");
+    GroupEditorDialog editor(app.Store(), app.text, messages, app.log);
+    ASSERT_TRUE(editor.ShowModeless(GetModuleHandleA(nullptr), nullptr));
+    HWND dialog = editor.Hwnd();
+    SetForegroundWindow(dialog);
+    auto select = [&](const std::string& text) {
+        const TreeModel& groups = editor.Model().Tree;
+        for (size_t i = 0; i < groups.Count(); ++i)
+            if (groups.Node(int(i)).Text == text)
+                TreeView_SelectItem(editor.TreeView()->Hwnd(), editor.TreeView()->ItemOf(int(i)));
+        test::PumpUntilIdle();
+    };
+    TypeInto(dialog, IDC_GE_GROUP, {'T', 'O', 'O', 'L', 'S'});
+    ClickOn(dialog, IDC_GE_ADD_GROUP);
+    EXPECT_NE(File().find("void tools()"), std::string::npos) << File();
+
+    // A program for it: the path from the file dialog, a delay typed ("a" is dropped).
+    messages.chosenFile = folder / "Clock.exe";
+    ClickOn(dialog, IDC_GE_BROWSE);
+    TypeInto(dialog, IDC_GE_DELAY, {'5', 'A'});
+    ClickOn(dialog, IDC_GE_ADD);
+    EXPECT_NE(File().find("void tools()\r\n{\r\n     Execute (\"" + folder / "Clock.exe" +
+                          "\", \"\", 5, \"\");"),
+              std::string::npos)
+        << File();
+
+    // Renamed: the group's node is selected, a new name typed, "Edit Group" clicked.
+    select("tools");
+    TypeInto(dialog, IDC_GE_GROUP, {'K', 'I', 'T'});
+    ClickOn(dialog, IDC_GE_EDIT_GROUP);
+    EXPECT_NE(File().find("void kit()"), std::string::npos) << File();
+    EXPECT_EQ(File().find("void tools()"), std::string::npos);
+
+    // Removed with its program, after the question.
+    select("kit");
+    messages.answer = kIdYes;
+    ClickOn(dialog, IDC_GE_REMOVE);
+    ASSERT_FALSE(messages.shown.empty());
+    EXPECT_EQ(messages.shown.back().Text, app.text.Message(10));
+    EXPECT_EQ(File().find("void kit()"), std::string::npos);
+    EXPECT_EQ(File().find("Execute (\"" + folder / "Clock.exe"), std::string::npos);
+    EXPECT_NE(File().find("void Startup()"), std::string::npos);
 }
 
 // Each dialog and the main window at its smallest in each language of the list, with the other

@@ -57,8 +57,7 @@ protected:
     // The status line's first part, as the control shows it.
     std::string StatusLine() {
         char status[512] = {};
-        SendMessageA(FindWindowExA(hwnd, nullptr, STATUSCLASSNAMEA, nullptr), SB_GETTEXTA, 0,
-                     reinterpret_cast<LPARAM>(status));
+        GetWindowTextA(FindWindowExA(hwnd, nullptr, STATUSCLASSNAMEA, nullptr), status, 512);
         return status;
     }
     std::string FilePath() { return folder / (WindowsUserName() + "\\proggroup.c"); }

@@ -25,10 +25,6 @@ std::string UniqueName(std::string_view hint) {
            std::to_string(GetTickCount()) + '-' + std::to_string(counter++);
 }
 
-HKEY RootHKey(RegistryRoot root) {
-    return root == RegistryRoot::LocalMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
-}
-
 // Calls visit(name, isFolder) for every entry of a folder but "." and "..".
 template <class Visit> void ForEachEntry(const std::string& folder, Visit visit) {
     WIN32_FIND_DATAA data{};
@@ -129,8 +125,9 @@ void ScratchKey::SetRaw(std::string_view name, unsigned long type, std::string_v
 }
 
 void DeleteRegistryTree(RegistryRoot root, const std::string& path) {
-    RegDeleteTreeA(RootHKey(root), path.c_str());
-    RegDeleteKeyA(RootHKey(root), path.c_str());
+    const HKEY key = root == RegistryRoot::LocalMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
+    RegDeleteTreeA(key, path.c_str());
+    RegDeleteKeyA(key, path.c_str());
 }
 
 std::string Utf16Bytes(std::string_view text) {
@@ -140,21 +137,14 @@ std::string Utf16Bytes(std::string_view text) {
 
 std::string ReadUtf16File(const std::string& path) {
     const std::string bytes = ReadFileBytes(path);
-    if (bytes.substr(0, 2) != "\xff\xfe")
-        return "";
-    return Narrow(std::wstring_view(reinterpret_cast<const wchar_t*>(bytes.data() + 2),
-                                    (bytes.size() - 2) / 2),
-                  CP_UTF8);
+    const auto* text = reinterpret_cast<const wchar_t*>(bytes.data() + 2);
+    return bytes.substr(0, 2) == "\xff\xfe" ? Narrow({text, (bytes.size() - 2) / 2}, CP_UTF8) : "";
 }
 
 bool CreateShortcut(const std::string& linkPath, const std::string& target,
                     const std::string& arguments) {
     const HRESULT init = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     // The path in the code page, as every other path of the tests.
-    std::wstring wide(linkPath.size(), L'\0');
-    wide.resize(static_cast<size_t>(
-        MultiByteToWideChar(CP_ACP, 0, linkPath.data(), static_cast<int>(linkPath.size()),
-                            wide.data(), static_cast<int>(wide.size()))));
     IShellLinkA* link = nullptr;
     IPersistFile* file = nullptr;
     const bool ok =
@@ -163,7 +153,7 @@ bool CreateShortcut(const std::string& linkPath, const std::string& target,
         SUCCEEDED(link->SetPath(target.c_str())) &&
         SUCCEEDED(link->SetArguments(arguments.c_str())) &&
         SUCCEEDED(link->QueryInterface(IID_IPersistFile, reinterpret_cast<void**>(&file))) &&
-        SUCCEEDED(file->Save(wide.c_str(), TRUE));
+        SUCCEEDED(file->Save(Wide(linkPath, CP_ACP).c_str(), TRUE));
     if (file)
         file->Release();
     if (link)
@@ -248,8 +238,8 @@ void StartupLocations::Clear() const {
     for (RegistryRoot root : {RegistryRoot::CurrentUser, RegistryRoot::LocalMachine}) {
         DeleteRegistryTree(root, run);
         UniqueHKey key;
-        RegCreateKeyExA(RootHKey(root), run, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.put(),
-                        nullptr);
+        RegCreateKeyExA(root == RegistryRoot::LocalMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER,
+                        run, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.put(), nullptr);
         DeleteRegistryTree(root, "Software\\Hexmoor");
         DeleteRegistryTree(
             root, "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\StartupApproved");
@@ -289,39 +279,31 @@ bool PumpUntil(const std::function<bool()>& done, unsigned long timeoutMs) {
 
 void PumpUntilIdle() {
     // Timers are left out: a window's periodic one would never let the queue look empty.
-    const UINT waiting =
-        PM_NOREMOVE | PM_QS_INPUT | PM_QS_POSTMESSAGE | PM_QS_PAINT | PM_QS_SENDMESSAGE;
-    PumpUntil([waiting] {
+    PumpUntil([] {
         MSG msg;
-        return !PeekMessageA(&msg, nullptr, 0, 0, waiting) || msg.message == WM_QUIT;
+        return !PeekMessageA(&msg, nullptr, 0, 0,
+                             PM_NOREMOVE | PM_QS_INPUT | PM_QS_POSTMESSAGE | PM_QS_PAINT |
+                                 PM_QS_SENDMESSAGE) ||
+               msg.message == WM_QUIT;
     });
 }
 
 void Type(std::initializer_list<unsigned short> keys) {
-    for (unsigned short key : keys) {
-        INPUT input[2] = {};
-        input[0].type = input[1].type = INPUT_KEYBOARD;
-        input[0].ki.wVk = input[1].ki.wVk = key;
-        input[1].ki.dwFlags = KEYEVENTF_KEYUP;
-        SendInput(2, input, sizeof(INPUT));
-    }
+    for (unsigned short key : keys)
+        Chord({key});
 }
 
 void Chord(std::initializer_list<unsigned short> keys) {
     std::vector<INPUT> inputs;
-    for (unsigned short key : keys) {
-        INPUT in{};
-        in.type = INPUT_KEYBOARD;
-        in.ki.wVk = key;
+    auto add = [&](unsigned short key, DWORD flags) {
+        INPUT in{INPUT_KEYBOARD};
+        in.ki = {key, 0, flags};
         inputs.push_back(in);
-    }
-    for (auto key = std::rbegin(keys); key != std::rend(keys); ++key) {
-        INPUT in{};
-        in.type = INPUT_KEYBOARD;
-        in.ki.wVk = *key;
-        in.ki.dwFlags = KEYEVENTF_KEYUP;
-        inputs.push_back(in);
-    }
+    };
+    for (unsigned short key : keys)
+        add(key, 0);
+    for (auto key = std::rbegin(keys); key != std::rend(keys); ++key)
+        add(*key, KEYEVENTF_KEYUP);
     SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT));
 }
 
@@ -339,10 +321,9 @@ INPUT Mouse(POINT at, DWORD flags) {
 
 } // namespace
 
-void Click(POINT at, bool right) {
-    INPUT inputs[3] = {Mouse(at, 0),
-                       Mouse(at, right ? MOUSEEVENTF_RIGHTDOWN : MOUSEEVENTF_LEFTDOWN),
-                       Mouse(at, right ? MOUSEEVENTF_RIGHTUP : MOUSEEVENTF_LEFTUP)};
+void Click(POINT at) {
+    INPUT inputs[3] = {Mouse(at, 0), Mouse(at, MOUSEEVENTF_LEFTDOWN),
+                       Mouse(at, MOUSEEVENTF_LEFTUP)};
     SendInput(3, inputs, sizeof(INPUT));
 }
 

@@ -115,8 +115,8 @@ void PumpUntilIdle();
 void Type(std::initializer_list<unsigned short> keys);
 // Keys pressed together (Alt+F4, Shift+F10), released in reverse.
 void Chord(std::initializer_list<unsigned short> keys);
-// A real click of the left (or right) mouse button at a point of the screen.
-void Click(POINT at, bool right = false);
+// A real click of the left mouse button at a point of the screen.
+void Click(POINT at);
 // A real drag with the left button held, in steps, from one point of the screen to another.
 void Drag(POINT from, POINT to);
 

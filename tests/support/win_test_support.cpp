@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/handles.h"
+#include "platform/message_pump.h"
 #include "platform/wide_text.h"
 
 namespace tolvane::test {
@@ -22,10 +23,6 @@ std::string UniqueName(std::string_view hint) {
     static std::atomic<unsigned> counter{0};
     return std::string(hint) + '-' + std::to_string(GetCurrentProcessId()) + '-' +
            std::to_string(GetTickCount()) + '-' + std::to_string(counter++);
-}
-
-HKEY RootHKey(RegistryRoot root) {
-    return root == RegistryRoot::LocalMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
 }
 
 // Calls visit(name, isFolder) for every entry of a folder but "." and "..".
@@ -128,8 +125,9 @@ void ScratchKey::SetRaw(std::string_view name, unsigned long type, std::string_v
 }
 
 void DeleteRegistryTree(RegistryRoot root, const std::string& path) {
-    RegDeleteTreeA(RootHKey(root), path.c_str());
-    RegDeleteKeyA(RootHKey(root), path.c_str());
+    const HKEY key = root == RegistryRoot::LocalMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
+    RegDeleteTreeA(key, path.c_str());
+    RegDeleteKeyA(key, path.c_str());
 }
 
 std::string Utf16Bytes(std::string_view text) {
@@ -137,25 +135,16 @@ std::string Utf16Bytes(std::string_view text) {
     return std::string(reinterpret_cast<const char*>(wide.data()), wide.size() * 2);
 }
 
-std::string FromUtf16Bytes(std::string_view bytes) {
-    return Narrow(
-        std::wstring_view(reinterpret_cast<const wchar_t*>(bytes.data()), bytes.size() / 2),
-        CP_UTF8);
-}
-
 std::string ReadUtf16File(const std::string& path) {
     const std::string bytes = ReadFileBytes(path);
-    return bytes.substr(0, 2) == "\xff\xfe" ? FromUtf16Bytes(bytes.substr(2)) : "";
+    const auto* text = reinterpret_cast<const wchar_t*>(bytes.data() + 2);
+    return bytes.substr(0, 2) == "\xff\xfe" ? Narrow({text, (bytes.size() - 2) / 2}, CP_UTF8) : "";
 }
 
 bool CreateShortcut(const std::string& linkPath, const std::string& target,
                     const std::string& arguments) {
     const HRESULT init = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     // The path in the code page, as every other path of the tests.
-    std::wstring wide(linkPath.size(), L'\0');
-    wide.resize(static_cast<size_t>(
-        MultiByteToWideChar(CP_ACP, 0, linkPath.data(), static_cast<int>(linkPath.size()),
-                            wide.data(), static_cast<int>(wide.size()))));
     IShellLinkA* link = nullptr;
     IPersistFile* file = nullptr;
     const bool ok =
@@ -164,7 +153,7 @@ bool CreateShortcut(const std::string& linkPath, const std::string& target,
         SUCCEEDED(link->SetPath(target.c_str())) &&
         SUCCEEDED(link->SetArguments(arguments.c_str())) &&
         SUCCEEDED(link->QueryInterface(IID_IPersistFile, reinterpret_cast<void**>(&file))) &&
-        SUCCEEDED(file->Save(wide.c_str(), TRUE));
+        SUCCEEDED(file->Save(Wide(linkPath, CP_ACP).c_str(), TRUE));
     if (file)
         file->Release();
     if (link)
@@ -196,13 +185,11 @@ ChildProcess::ChildProcess(const std::string& commandLine) {
     STARTUPINFOA si{sizeof si};
     PROCESS_INFORMATION pi{};
     // A prefix that is still starting up may refuse a start now and then: a few tries.
-    for (int attempt = 0; attempt < 5; ++attempt) {
+    for (int attempt = 0; attempt < 5 && !pi.hProcess; ++attempt) {
         std::string line = commandLine;
-        if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si,
-                           &pi))
-            break;
-        startError_ = GetLastError();
-        Sleep(200);
+        if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si,
+                            &pi))
+            startError_ = GetLastError();
     }
     if (!pi.hProcess)
         return;
@@ -251,8 +238,8 @@ void StartupLocations::Clear() const {
     for (RegistryRoot root : {RegistryRoot::CurrentUser, RegistryRoot::LocalMachine}) {
         DeleteRegistryTree(root, run);
         UniqueHKey key;
-        RegCreateKeyExA(RootHKey(root), run, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.put(),
-                        nullptr);
+        RegCreateKeyExA(root == RegistryRoot::LocalMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER,
+                        run, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.put(), nullptr);
         DeleteRegistryTree(root, "Software\\Hexmoor");
         DeleteRegistryTree(
             root, "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\StartupApproved");
@@ -278,34 +265,46 @@ HWND WindowOf(unsigned long process, const char* className, bool visibleOnly,
     return nullptr;
 }
 
-void Type(std::initializer_list<unsigned short> keys) {
-    for (unsigned short key : keys) {
-        INPUT input[2] = {};
-        input[0].type = input[1].type = INPUT_KEYBOARD;
-        input[0].ki.wVk = input[1].ki.wVk = key;
-        input[1].ki.dwFlags = KEYEVENTF_KEYUP;
-        SendInput(2, input, sizeof(INPUT));
-        Sleep(150);
+bool PumpUntil(const std::function<bool()>& done, unsigned long timeoutMs) {
+    const ULONGLONG end = GetTickCount64() + timeoutMs;
+    for (;;) {
+        YieldToMessageLoop();
+        if (done())
+            return true;
+        if (GetTickCount64() >= end)
+            return false;
+        MsgWaitForMultipleObjectsEx(0, nullptr, 20, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
     }
+}
+
+void PumpUntilIdle() {
+    // Timers are left out: a window's periodic one would never let the queue look empty.
+    PumpUntil([] {
+        MSG msg;
+        return !PeekMessageA(&msg, nullptr, 0, 0,
+                             PM_NOREMOVE | PM_QS_INPUT | PM_QS_POSTMESSAGE | PM_QS_PAINT |
+                                 PM_QS_SENDMESSAGE) ||
+               msg.message == WM_QUIT;
+    });
+}
+
+void Type(std::initializer_list<unsigned short> keys) {
+    for (unsigned short key : keys)
+        Chord({key});
 }
 
 void Chord(std::initializer_list<unsigned short> keys) {
     std::vector<INPUT> inputs;
-    for (unsigned short key : keys) {
-        INPUT in{};
-        in.type = INPUT_KEYBOARD;
-        in.ki.wVk = key;
+    auto add = [&](unsigned short key, DWORD flags) {
+        INPUT in{INPUT_KEYBOARD};
+        in.ki = {key, 0, flags};
         inputs.push_back(in);
-    }
-    for (auto key = std::rbegin(keys); key != std::rend(keys); ++key) {
-        INPUT in{};
-        in.type = INPUT_KEYBOARD;
-        in.ki.wVk = *key;
-        in.ki.dwFlags = KEYEVENTF_KEYUP;
-        inputs.push_back(in);
-    }
+    };
+    for (unsigned short key : keys)
+        add(key, 0);
+    for (auto key = std::rbegin(keys); key != std::rend(keys); ++key)
+        add(*key, KEYEVENTF_KEYUP);
     SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT));
-    Sleep(150);
 }
 
 namespace {
@@ -322,12 +321,10 @@ INPUT Mouse(POINT at, DWORD flags) {
 
 } // namespace
 
-void Click(POINT at, bool right) {
-    INPUT inputs[3] = {Mouse(at, 0),
-                       Mouse(at, right ? MOUSEEVENTF_RIGHTDOWN : MOUSEEVENTF_LEFTDOWN),
-                       Mouse(at, right ? MOUSEEVENTF_RIGHTUP : MOUSEEVENTF_LEFTUP)};
+void Click(POINT at) {
+    INPUT inputs[3] = {Mouse(at, 0), Mouse(at, MOUSEEVENTF_LEFTDOWN),
+                       Mouse(at, MOUSEEVENTF_LEFTUP)};
     SendInput(3, inputs, sizeof(INPUT));
-    Sleep(150);
 }
 
 void Drag(POINT from, POINT to) {
@@ -337,7 +334,6 @@ void Drag(POINT from, POINT to) {
             Mouse({from.x + (to.x - from.x) * step / 10, from.y + (to.y - from.y) * step / 10}, 0));
     inputs.push_back(Mouse(to, MOUSEEVENTF_LEFTUP));
     SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT));
-    Sleep(150);
 }
 
 } // namespace tolvane::test

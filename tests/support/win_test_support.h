@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <functional>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -65,10 +66,8 @@ std::string BuiltProgramFolder();
 // A helper program built beside the running test.
 std::string HelperProgram(std::string_view exeName);
 
-// A process started from a command line, ended (killed if need be) when the owner goes.
-// UTF-8 text as UTF-16LE bytes, and back.
+// UTF-8 text as UTF-16LE bytes.
 std::string Utf16Bytes(std::string_view text);
-std::string FromUtf16Bytes(std::string_view bytes);
 // A text value as the system stores it: UTF-16 with its end NUL.
 inline RegistryValue WideValue(uint32_t type, std::string_view text) {
     const std::string bytes = Utf16Bytes(text) + std::string(2, '\0');
@@ -78,6 +77,7 @@ inline RegistryValue WideValue(uint32_t type, std::string_view text) {
 // without the mark.
 std::string ReadUtf16File(const std::string& path);
 
+// A process started from a command line, ended (killed if need be) when the owner goes.
 class ChildProcess {
 public:
     explicit ChildProcess(const std::string& commandLine);
@@ -102,12 +102,21 @@ private:
 // nullptr otherwise. Message-only windows are looked for below HWND_MESSAGE.
 HWND WindowOf(unsigned long process, const char* className, bool visibleOnly,
               unsigned long timeoutMs, HWND parent = nullptr);
-// Real key presses, as the user types them into whatever has the keyboard.
+// Serves this thread's windows until done() holds, for at most the time; whether it held.
+bool PumpUntil(const std::function<bool()>& done, unsigned long timeoutMs = 5000);
+// Serves this thread's windows until nothing but timers waits in its queue: the keys and clicks
+// sent so far have been handled.
+void PumpUntilIdle();
+// Real input, queued at once for the window that has the keyboard (or lies under the pointer)
+// now: the caller waits for what the input must bring about (PumpUntilIdle for this thread's
+// windows, or the window, file or process it expects) before it sends input that a window
+// opened by this input must receive.
+// Key presses, as the user types them.
 void Type(std::initializer_list<unsigned short> keys);
 // Keys pressed together (Alt+F4, Shift+F10), released in reverse.
 void Chord(std::initializer_list<unsigned short> keys);
-// A real click of the left (or right) mouse button at a point of the screen.
-void Click(POINT at, bool right = false);
+// A real click of the left mouse button at a point of the screen.
+void Click(POINT at);
 // A real drag with the left button held, in steps, from one point of the screen to another.
 void Drag(POINT from, POINT to);
 

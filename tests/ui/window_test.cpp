@@ -1,13 +1,12 @@
-// The window and dialog bases: a failure inside a window procedure is logged and goes no
-// further; a child's object learns that its window went with the parent; a dialog runs from
-// its template, modal or modeless.
+// The window and dialog bases: a failure inside a window or dialog procedure is logged and goes
+// no further; a child's object learns that its window went with the parent; a dialog runs from
+// its template.
 #include <gtest/gtest.h>
 
 #include <windows.h>
 
 #include <stdexcept>
 
-#include "platform/message_pump.h"
 #include "support/win_test_support.h"
 #include "ui/dialog.h"
 #include "ui/window.h"
@@ -20,11 +19,8 @@ constexpr UINT kThrow = WM_APP + 7;
 class TestWindow : public Window<TestWindow> {
 public:
     static constexpr const char* kClassName = "TolvaneTestWindow";
-    explicit TestWindow(const EventLog* log) : Window(log, "Test Window Error: ") {}
-    HWND Make(HWND parent) {
-        return Create(GetModuleHandleA(nullptr), 0, "test", parent ? WS_CHILD : WS_OVERLAPPED, 0, 0,
-                      10, 10, parent);
-    }
+    explicit TestWindow(const EventLog* log) : Window(log, "Window: ") {}
+    using Window::Create;
     static void ClassStyle(WNDCLASSEXA&) {}
     LRESULT HandleMessage(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) {
         if (message == kThrow)
@@ -33,80 +29,50 @@ public:
     }
 };
 
-TEST(WindowBase, AFailureIsLoggedAndAChildGoesWithItsParent) {
-    test::TempFolder folder;
-    test::WriteFileBytes(folder / "log.txt", "");
-    EventLog log(folder / "log.txt");
-    TestWindow parent(&log), child(&log);
-    ASSERT_TRUE(parent.Make(nullptr));
-    ASSERT_TRUE(child.Make(parent.Hwnd()));
-    EXPECT_EQ(SendMessageA(child.Hwnd(), WM_APP, 0, 0), 42);
-    EXPECT_EQ(SendMessageA(child.Hwnd(), kThrow, 0, 0), 0);
-    EXPECT_EQ(test::ReadFileBytes(folder / "log.txt"),
-              "Error: Test Window Error: the handler failed\r\n");
-    DestroyWindow(parent.Hwnd());
-    EXPECT_EQ(child.Hwnd(), nullptr);
-    EXPECT_EQ(parent.Hwnd(), nullptr);
-}
-
+// OK reads the fields, then fails; Cancel closes.
 class TestDialog : public Dialog<TestDialog> {
 public:
     static constexpr int kTemplateId = 100;
-    explicit TestDialog(const EventLog* log) : Dialog(log, "Test Dialog Error: ") {}
+    explicit TestDialog(const EventLog* log) : Dialog(log, "Dialog: ") {}
     void Init() {
         SetText(101, "from the model");
         SetChecked(102, true);
-        if (closeAtOnce)
-            PostMessageA(Hwnd(), WM_COMMAND, IDOK, 0);
+        PostMessageA(Hwnd(), WM_COMMAND, IDOK, 0);
+        PostMessageA(Hwnd(), WM_COMMAND, IDCANCEL, 0);
     }
     bool OnMessage(UINT message, WPARAM wParam, LPARAM, INT_PTR&) {
-        switch (message) {
-        case WM_COMMAND:
-            if (LOWORD(wParam) == IDOK) {
-                text = Text(101);
-                ticked = Checked(102);
-                throw std::runtime_error("after reading the fields");
-            }
-            if (LOWORD(wParam) == IDCANCEL) {
-                Close(7);
-                return true;
-            }
-            return false;
+        if (message == WM_COMMAND && LOWORD(wParam) == IDOK) {
+            read = Text(101) + (Checked(102) ? ", ticked" : "");
+            throw std::runtime_error("after reading the fields");
         }
-        return false;
+        if (message == WM_COMMAND && LOWORD(wParam) == IDCANCEL)
+            Close(7);
+        return message == WM_COMMAND && LOWORD(wParam) == IDCANCEL;
     }
-    bool closeAtOnce = true;
-    std::string text;
-    bool ticked = false;
+    std::string read;
 };
 
-TEST(DialogBase, ATemplateRunsModalAndModeless) {
+TEST(WindowAndDialogBases, AFailureIsLoggedAndGoesNoFurther) {
     test::TempFolder folder;
     test::WriteFileBytes(folder / "log.txt", "");
     EventLog log(folder / "log.txt");
-    TestDialog modal(&log);
-    // OK throws after it read the fields: logged, and the dialog stays until Cancel ends it.
-    modal.closeAtOnce = true;
-    SetTimer(nullptr, 0, 300, [](HWND, UINT, UINT_PTR id, DWORD) {
-        KillTimer(nullptr, id);
-        PostMessageA(GetActiveWindow(), WM_COMMAND, IDCANCEL, 0);
-    });
-    EXPECT_EQ(modal.ShowModal(GetModuleHandleA(nullptr), nullptr), 7);
-    EXPECT_EQ(modal.text, "from the model");
-    EXPECT_TRUE(modal.ticked);
-    EXPECT_EQ(test::ReadFileBytes(folder / "log.txt"),
-              "Error: Test Dialog Error: after reading the fields\r\n");
-    EXPECT_EQ(modal.Hwnd(), nullptr);
+    const HINSTANCE instance = GetModuleHandleA(nullptr);
+    TestWindow parent(&log), child(&log);
+    ASSERT_TRUE(parent.Create(instance, 0, "test", WS_OVERLAPPED, 0, 0, 10, 10, nullptr));
+    ASSERT_TRUE(child.Create(instance, 0, "test", WS_CHILD, 0, 0, 10, 10, parent.Hwnd()));
+    EXPECT_EQ(SendMessageA(child.Hwnd(), WM_APP, 0, 0), 42);
+    EXPECT_EQ(SendMessageA(child.Hwnd(), kThrow, 0, 0), 0);
+    DestroyWindow(parent.Hwnd());
+    EXPECT_EQ(child.Hwnd(), nullptr);
+    EXPECT_EQ(parent.Hwnd(), nullptr);
 
-    // Modeless: the program's message loops hand it its keys; Escape is its Cancel.
-    TestDialog modeless(&log);
-    modeless.closeAtOnce = false;
-    ASSERT_TRUE(modeless.ShowModeless(GetModuleHandleA(nullptr), nullptr));
-    EXPECT_TRUE(IsWindowVisible(modeless.Hwnd()));
-    MSG key{modeless.Hwnd(), WM_KEYDOWN, VK_ESCAPE, 0};
-    EXPECT_TRUE(PreTranslate(key));
-    YieldToMessageLoop();
-    EXPECT_EQ(modeless.Hwnd(), nullptr);
+    // The modal dialog stays after the failure of OK, until Cancel ends it.
+    TestDialog modal(&log);
+    EXPECT_EQ(modal.ShowModal(instance, nullptr), 7);
+    EXPECT_EQ(modal.read, "from the model, ticked");
+    EXPECT_EQ(modal.Hwnd(), nullptr);
+    EXPECT_EQ(test::ReadFileBytes(folder / "log.txt"),
+              "Error: Window: the handler failed\r\nError: Dialog: after reading the fields\r\n");
 }
 
 } // namespace

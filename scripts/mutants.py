@@ -486,7 +486,7 @@ def main():
         args.seed, len(results), minutes)]
     report += ["  %-16s %d" % (k + ":", v) for k, v in counts.items()]
     report.append("score (killed + timed out) / (all - did not compile): %.3f" % score)
-    tests, code = code_lines("tests"), code_lines("src")
+    tests, code = folder_lines("tests"), folder_lines("src")
     report.append("size: tests %d lines against %d of src/ (%.0f %%), blank and // lines not "
                   "counted" % (tests, code, 100.0 * tests / code if code else 0))
     survivors = sorted((m for m, o in results if o == "survived"),
@@ -503,7 +503,7 @@ def main():
     return 0
 
 
-def code_lines(folder):
+def folder_lines(folder):
     """The non-blank lines of a folder's C++ files that are not // comments alone."""
     count = 0
     for root, _, files in os.walk(os.path.join(ROOT, folder)):

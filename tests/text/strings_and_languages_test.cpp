@@ -34,23 +34,13 @@ TEST(Strings, TrimRemovesBlanksOnlyAndReplaceDoesNotOverlap) {
     EXPECT_EQ(FindNoCase("abc", "", 4), std::string_view::npos);
 }
 
-TEST(Strings, SinglesAreWrittenInTheirShortestFormAndReadBack) {
+TEST(Strings, SinglesAreWrittenInTheirShortestForm) {
     const std::pair<float, const char*> cases[] = {
         {30.f, "30"},      {2.5f, "2.5"},          {0.1f, "0.1"},
         {-1.25f, "-1.25"}, {1234567.f, "1234567"}, {-0.f, "0"},
     };
     for (auto [value, text] : cases)
         EXPECT_EQ(FormatSingle(value), text) << value;
-    // Whatever is written reads back to a number that is written the same way again.
-    std::mt19937 rng(7);
-    std::uniform_real_distribution<float> dist(-1e5f, 1e5f);
-    for (int i = 0; i < 2000; ++i) {
-        const std::string once = FormatSingle(dist(rng));
-        auto back = ParseSingle(once);
-        ASSERT_TRUE(back) << once;
-        EXPECT_EQ(FormatSingle(*back), once);
-        EXPECT_EQ(once.find('e'), std::string::npos) << once;
-    }
 }
 
 // The seven digits are printf's "%.7g" exactly, whatever the single: from the smallest

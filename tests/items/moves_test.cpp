@@ -1,308 +1,202 @@
+// Items moved between active, delayed and stopped in the prefix's real Startup folders and Run
+// keys: each move changes the real files and values and the program-group file, and nothing of
+// the user's is lost on the way.
 #include "startup_fixture.h"
 
-#include <functional>
-#include <regex>
-
+#include "config/program_group_file.h"
 #include "items/move_steps.h"
+#include "items/run_entry.h"
+#include "items/startup_approved.h"
 #include "text/placeholders.h"
-#include "text/strings.h"
 
 namespace tolvane {
 namespace {
 
 using Shown = test::CapturedMessages::Shown;
 using Lines = std::vector<std::string>;
-
-class ItemMovesTest : public test::StartupFixture {
-protected:
-    // Where an item of the current user is now, as a refresh shows it: "active", then
-    // "delayed" and "stopped" once for every item of those containers that is it.
-    std::string State(bool active, const char* delayedIn, const char* stoppedIn,
-                      const std::function<bool(const std::string&)>& isIt) {
-        std::string out = active ? "active" : "";
-        for (const char* container : {delayedIn, stoppedIn})
-            for (const std::string& text : Items(container))
-                if (isIt(text))
-                    out += (out.empty() ? "" : "+") +
-                           std::string(container == delayedIn ? "delayed" : "stopped");
-        return out;
-    }
-    std::string ShortcutState(const std::string& name) {
-        Refresh();
-        return State(test::PathExists(UserStartup(name)), "DelayedItemsStartupCurrentUser",
-                     "StoppedItemsCurrentStartup", [&](auto& text) { return text == name; });
-    }
-    // A delayed value shows as "name=...", a stopped one by its path alone.
-    std::string ValueState(const std::string& name, const std::string& path) {
-        Refresh();
-        return State(Run(RegistryRoot::CurrentUser, name) != "(none)",
-                     "DelayedItemsRegistryCurrentUser", "StoppedItemsCurrentReg", [&](auto& text) {
-                         return StartsWith(text, name + "=") || Trim(text) == Trim(path);
-                     });
-    }
-    // The backup files written so far, oldest first.
-    Lines Backups() { return test::FilesBelow(folder / "Delayed Registry"); }
-    std::string AllBackups() {
-        std::string all;
-        for (const std::string& file : Backups())
-            all += test::ReadUtf16File(file);
-        return all;
-    }
-    // A refusal as the user reads it.
-    Shown Told(int message, std::string_view item, std::string_view detail = "") {
-        return {FillIn(app.text.Message(message), {item, detail}), "Tolvane", 0x30};
-    }
-    Shown ToldInPass(int pass, int message, std::string_view item, std::string_view detail) {
-        return {app.text.Message(pass) + "\r\n\r\n" +
-                    FillIn(app.text.Message(message), {item, detail}),
-                "Tolvane", 0x30};
-    }
-    std::string Log() { return test::ReadFileBytes(folder / "log.txt"); }
-    std::string File() { return test::ReadFileBytes(app.Store().File().FilePath()); }
-};
+using Snapshot = std::vector<std::pair<std::string, RegistryValue>>;
 
 constexpr auto kActive = ItemState::Active;
 constexpr auto kDelayed = ItemState::Delayed;
 constexpr auto kStopped = ItemState::Stopped;
+constexpr auto user = RegistryRoot::CurrentUser, machine = RegistryRoot::LocalMachine,
+               machine32 = RegistryRoot::LocalMachine32;
 
-TEST_F(ItemMovesTest, ConflictsAreRefusedToldAndNothingIsOverwritten) {
-    test::WriteFileBytes(folder / "log.txt", ""); // logging on
-    Shortcut(places.UserFolder, "Tool.lnk");
-    Refresh();
-    ASSERT_TRUE(Move("CurrentUserStartup", "Tool.lnk", kDelayed));
-    // Written at once, with the items-folder path (two backslashes before the name).
-    EXPECT_NE(test::ReadFileBytes(app.Store().File().FilePath())
-                  .find("     Execute (\"" + app.folders.UserItemsFolder +
-                        "\\Tool.lnk\", \"\", 0, \"\");"),
-              std::string::npos);
-    // The program put itself back into the Startup folder, as installers do, but differently.
-    test::WriteFileBytes(UserStartup("Tool.lnk"), "a newer shortcut");
-    const std::string held = test::ReadFileBytes(UserItems("Tool.lnk"));
-    Refresh();
-    EXPECT_FALSE(Move("CurrentUserStartup", "Tool.lnk", kDelayed));
-    EXPECT_FALSE(Move("DelayedItemsStartupCurrentUser", "Tool.lnk", kActive));
-    EXPECT_EQ(test::ReadFileBytes(UserStartup("Tool.lnk")), "a newer shortcut");
-    EXPECT_EQ(test::ReadFileBytes(UserItems("Tool.lnk")), held);
-    EXPECT_EQ(ShortcutState("Tool.lnk"), "active+delayed"); // both still there, both shown
-    EXPECT_EQ(messages.shown, (std::vector<Shown>{
-                                  Told(14, "Tool.lnk", app.folders.UserItemsFolder + "\\Tool.lnk"),
-                                  Told(14, "Tool.lnk", UserStartup("Tool.lnk")),
-                              }));
-    EXPECT_NE(Log().find("Error: DelayStartupItem: \"Tool.lnk\": something else named"),
-              std::string::npos);
-
-    // A folder where the shortcut would go: nothing moves into it.
-    messages.shown.clear();
-    test::MakeFolder(UserItems("Folder.lnk"));
-    Shortcut(places.UserFolder, "Folder.lnk");
-    Refresh();
-    Check("CurrentUserStartup", "Folder.lnk");
-    EXPECT_FALSE(Pass(CheckedMove::Delay));
-    EXPECT_EQ(messages.shown,
-              (std::vector<Shown>{
-                  ToldInPass(2, 14, "Folder.lnk", app.folders.UserItemsFolder + "\\Folder.lnk")}));
-    EXPECT_TRUE(test::PathExists(UserStartup("Folder.lnk")));
-
-    // The same for a Run value: the program entered itself again, differently.
-    messages.shown.clear();
-    RunValue(RegistryRoot::CurrentUser, "App", "C:\\app.exe /old");
-    Refresh();
-    ASSERT_TRUE(Move("CurrentUserRegistry", "App=C:\\app.exe /old", kDelayed));
-    RunValue(RegistryRoot::CurrentUser, "App", "C:\\app.exe /new");
-    Refresh();
-    const std::string delayed = Items("DelayedItemsRegistryCurrentUser").at(0);
-    EXPECT_FALSE(Move("DelayedItemsRegistryCurrentUser", delayed, kActive));
-    EXPECT_EQ(ValueState("App", "C:\\app.exe"), "active+delayed");
-    Check("CurrentUserRegistry", "App=C:\\app.exe /new");
-    EXPECT_FALSE(Pass(CheckedMove::Delay)); // its copy would be lost
-    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /new");
-    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "App"), "C:\\app.exe /old");
-
-    // A value that changed since the list was made is not taken out under its old command.
-    RunValue(RegistryRoot::CurrentUser, "Late", "C:\\late.exe");
-    Refresh();
-    RunValue(RegistryRoot::CurrentUser, "Late", "C:\\later.exe");
-    EXPECT_FALSE(Move("CurrentUserRegistry", "Late=C:\\late.exe", kStopped));
-    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Late"), "C:\\later.exe");
-    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Late"), "(none)");
-    // A command that the log-on run would never start is not delayed: it stays where Windows
-    // starts it, and the user is told why. Stopping it is fine.
-    RunValue(RegistryRoot::CurrentUser, "Wipe", "cmd.exe /c DEL C:\\x");
-    Refresh();
-    EXPECT_FALSE(Move("CurrentUserRegistry", "Wipe=cmd.exe /c DEL C:\\x", kDelayed));
-    EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Wipe"), "cmd.exe /c DEL C:\\x");
-    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Wipe"), "(none)");
-    EXPECT_TRUE(Move("CurrentUserRegistry", "Wipe=cmd.exe /c DEL C:\\x", kStopped));
-    Refresh();
-    EXPECT_FALSE(Move("StoppedItemsCurrentReg", Items("StoppedItemsCurrentReg").at(0), kDelayed));
-    EXPECT_EQ(Items("StoppedItemsCurrentReg").size(), 1u);
-    EXPECT_EQ(messages.shown, (std::vector<Shown>{
-                                  Told(15, delayed, "App=C:\\app.exe /new"),
-                                  ToldInPass(1, 14, "App=C:\\app.exe /new", "App=C:\\app.exe /old"),
-                                  Told(15, "Late=C:\\late.exe", "Late=C:\\later.exe"),
-                                  Told(28, "Wipe=cmd.exe /c DEL C:\\x", "del"),
-                                  Told(28, Items("StoppedItemsCurrentReg").at(0), "del"),
-                              }));
-}
-
-TEST_F(ItemMovesTest, OlderStoppedEntriesOfAPathAloneEachFindTheirOwnCopy) {
-    // Entries of an older version hold a path alone: each still finds a copy of its own, and
-    // one with "=" in its path is told apart by its state, not by the "=".
-    const RegistryRoot user = RegistryRoot::CurrentUser;
-    ASSERT_TRUE(reg.SaveSettingString(user, kSavedUserRunKey, "P", "C:\\p.exe -1"));
-    ASSERT_TRUE(reg.SaveSettingString(user, kSavedUserRunKey, "Q", "C:\\p.exe -2"));
-    ASSERT_TRUE(reg.SaveSettingString(user, kSavedUserRunKey, "E", "C:\\a=b\\e.exe"));
-    for (const char* entry : {"C:\\p.exe ", "C:\\p.exe ", "C:\\a=b\\e.exe"})
-        app.model.AddStoppedProgram(entry, kUserRun);
-    app.Store().File().WriteItems();
-    Refresh();
-    // Each is listed by the value its copy holds.
-    EXPECT_EQ(Items("StoppedItemsCurrentReg"),
-              (Lines{"E=C:\\a=b\\e.exe", "P=C:\\p.exe -1", "Q=C:\\p.exe -2"}));
-    ASSERT_TRUE(Move("StoppedItemsCurrentReg", "P=C:\\p.exe -1", kDelayed));
-    EXPECT_TRUE(Move("StoppedItemsCurrentReg", "Q=C:\\p.exe -2", kActive));
-    EXPECT_TRUE(Move("StoppedItemsCurrentReg", "E=C:\\a=b\\e.exe", kActive));
-    Refresh();
-    EXPECT_EQ(Items("DelayedItemsRegistryCurrentUser"), Lines{"P=C:\\p.exe -1"});
-    EXPECT_EQ(Run(user, "Q"), "C:\\p.exe -2");
-    EXPECT_EQ(Run(user, "E"), "C:\\a=b\\e.exe");
-    EXPECT_TRUE(Items("StoppedItemsCurrentReg").empty());
-    EXPECT_TRUE(messages.shown.empty());
-}
-
-TEST_F(ItemMovesTest, RunValuesAreSavedBackedUpAndPutBackExactly) {
-    RunValue(RegistryRoot::CurrentUser, "Tool", "C:\\T\\tool.exe -x");
-    RunValue(RegistryRoot::CurrentUser, "Opt", "C:\\x.exe /opt=1");
-    RunValue(RegistryRoot::LocalMachine, "Machine", "C:\\m.exe");
-    Refresh();
-
-    ASSERT_TRUE(Move("CurrentUserRegistry", "Tool=C:\\T\\tool.exe -x", kStopped));
-    EXPECT_EQ(app.model.StoppedPrograms.back(), "_REGCU_Tool=C:\\T\\tool.exe -x");
-    auto backups = Backups();
-    ASSERT_EQ(backups.size(), 1u);
-    EXPECT_TRUE(std::regex_search(
-        backups[0], std::regex("\\\\Delayed Registry\\\\[0-9]{4}-[0-9]{2}-[0-9]{2}\\\\[0-9]{2} "
-                               "[0-9]{2} [0-9]{2}\\.reg$")));
-    EXPECT_EQ(test::ReadFileBytes(backups[0]),
-              "\xff\xfe" + test::Utf16Bytes("Windows Registry Editor Version 5.00\r\n\r\n"
-                                            "[HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\"
-                                            "CurrentVersion\\Run]\r\n"
-                                            "\"Tool\"=\"C:\\\\T\\\\tool.exe -x\"\r\n"));
-
-    ASSERT_TRUE(Move("CurrentUserRegistry", "Opt=C:\\x.exe /opt=1", kDelayed));
-    EXPECT_EQ(test::ProgramLines(app.model.ProgramGroups[0]).back(),
-              "ExecuteReg|C:\\x.exe|/opt=1|0|Opt");
-
-    ASSERT_TRUE(Move("AllUsersRegistry", "Machine=C:\\m.exe", kStopped));
-    EXPECT_NE(AllBackups().find(
-                  "[HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\Run]\r\n"
-                  "\"Machine\"=\"C:\\\\m.exe\""),
-              std::string::npos);
-
-    // A stopped value whose saved copy is gone comes back from its own entry, which names it;
-    // an older entry that holds a path alone has nothing to put back: its entry goes, said in
-    // the log.
-    ASSERT_TRUE(reg.DeleteValue(RegistryRoot::LocalMachine, kSavedMachineRunKey, "Machine"));
-    Refresh();
-    EXPECT_TRUE(Move("StoppedItemsAllReg", "Machine=C:\\m.exe", kActive));
-    EXPECT_EQ(Run(RegistryRoot::LocalMachine, "Machine"), "C:\\m.exe");
-    app.model.AddStoppedProgram("C:\\gone.exe", kUserRun);
-    app.Store().File().WriteItems();
-    Refresh();
-    EXPECT_TRUE(Move("StoppedItemsCurrentReg", "C:\\gone.exe", kActive));
-    EXPECT_EQ(ValueState("Gone", "C:\\gone.exe"), "");
-    EXPECT_TRUE(messages.shown.empty());
-}
-
-// Any name Windows can hold is an item like any other, in every location: a value whose name
-// holds "=", one whose command is empty, names and folders of scripts that no legacy code page
-// holds, in both Run keys, the 32-bit view and both Startup folders. Each is listed by the same
-// text in every state, delayed, stopped and put back exactly: value names and data, file names
-// and bytes.
-TEST_F(ItemMovesTest, AnyNameMovesThroughEveryStateAndComesBackExactly) {
-    const RegistryRoot user = RegistryRoot::CurrentUser, machine = RegistryRoot::LocalMachine,
-                       machine32 = RegistryRoot::LocalMachine32;
-    RunValue(user, "a=b", "\"C:\\x y\\x.exe\" /y=1");
-    RunValue(user, "Empty", "");
-    RunValue(user, "微信", "\"C:\\Program Files\\微信\\WeChat.exe\" -autorun");
-    RunValue(machine, "Café ☕", "C:\\Café\\☕.exe /tray");
-    ASSERT_TRUE(
-        reg.SetValue(machine32, kRunKey, "Яндекс",
-                     WideValue(REG_EXPAND_SZ, "\"%ProgramFiles%\\Яндекс\\browser.exe\" --silent")));
-    Shortcut(places.UserFolder, "Ноутбук.lnk");
-    Shortcut(places.CommonFolder, "📅 Calendar.lnk");
-    const auto snapshot = [&] {
-        std::vector<std::pair<std::string, RegistryValue>> all;
+class ItemMovesTest : public test::StartupFixture {
+protected:
+    // The Run values of the user's key and both views of the machine's (or their saved copies),
+    // then the files of both Startup folders (or both items folders): names, types and bytes.
+    Snapshot Values(bool saved) {
+        Snapshot all;
         for (RegistryRoot root : {user, machine, machine32})
-            for (auto& value : reg.EnumValues(root, kRunKey))
-                all.push_back(std::move(value));
-        for (const std::string& f : {places.UserFolder, places.CommonFolder})
-            for (const std::string& file : test::FilesBelow(f)) {
+            for (auto& [name, value] : reg.EnumValues(root, !saved         ? kRunKey
+                                                            : root == user ? kSavedUserRunKey
+                                                                           : kSavedMachineRunKey))
+                all.push_back({std::to_string(static_cast<int>(root)) + name, value});
+        return all;
+    }
+    Snapshot Where(bool held) {
+        Snapshot all = Values(held);
+        const std::string folders[] = {held ? app.folders.UserItemsFolder : UserStartup(""),
+                                       held ? app.folders.AllUsersItemsFolder
+                                            : places.CommonFolder + "\\"};
+        for (int i : {0, 1})
+            for (const std::string& file : test::FilesBelow(folders[i])) {
                 const std::string bytes = test::ReadFileBytes(file);
-                all.push_back({file, {0, std::vector<uint8_t>(bytes.begin(), bytes.end())}});
+                all.push_back({std::to_string(i) + file.substr(folders[i].size()),
+                               {0, ByteArray(bytes.begin(), bytes.end())}});
             }
         return all;
-    };
-    const auto before = snapshot();
+    }
+    std::string Backups() {
+        std::string all;
+        for (const std::string& file : test::FilesBelow(folder / "Delayed Registry"))
+            all += test::ReadUtf16File(file);
+        return all;
+    }
+    Shown Told(int message, std::string_view item, std::string_view detail) {
+        return {FillIn(app.text.Message(message), {item, detail}), "Tolvane", 0x30};
+    }
+    std::string File() { return test::ReadFileBytes(app.Store().File().FilePath()); }
+    // A switch as Task Manager writes it: the state, three more bytes, and a FILETIME.
+    static ByteArray Flag(uint8_t state, uint8_t second = 0) {
+        return {state, second, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8};
+    }
+    ByteArray FlagOf(RegistryRoot root, const char* key, const std::string& name) {
+        auto value = reg.GetValue(root, key, name);
+        return value ? value->Data : ByteArray{};
+    }
+};
+
+// Any name Windows can hold, in every location, through every move there is: each step lists
+// every item by the same text where it went (as the program-group file, read back, has it) and
+// leaves the Run values and shortcuts, byte for byte, either where Windows starts them or in the
+// program's keeping. One name lives in both of the machine's registry views, each kept apart.
+TEST_F(ItemMovesTest, EveryMoveOfEveryLocationKeepsTheItemsExactly) {
+    RunValue(user, "a=b", "\"C:\\x y\\x.exe\" /y=1");
+    ASSERT_TRUE(reg.SetValue(user, kRunKey, "Empty", test::WideValue(REG_SZ, "")));
+    RunValue(user, "微信", "\"C:\\Program Files\\微信\\WeChat.exe\" -autorun");
+    RunValue(machine, "Café ☕", "C:\\Café\\☕.exe /tray");
+    RunValue(machine, "Same", "C:\\64\\same.exe");
+    ASSERT_TRUE(
+        reg.SetValue(machine32, kRunKey, "Same",
+                     test::WideValue(REG_EXPAND_SZ, "\"%ProgramFiles%\\Я\\same.exe\" /32")));
+    Shortcut(places.UserFolder, "Ноутбук.lnk");
+    Shortcut(places.CommonFolder, "📅 Calendar.lnk");
+    const Snapshot start = Where(false), none;
+    ASSERT_EQ(start.size(), 8u);
     struct Place {
-        const char *active, *delayed, *stopped;
+        const char* in[3]; // the containers of the active, delayed and stopped items
         Lines texts;
     };
-    const std::vector<Place> locations = {
-        {"CurrentUserRegistry",
-         "DelayedItemsRegistryCurrentUser",
-         "StoppedItemsCurrentReg",
+    const Place locations[] = {
+        {{"CurrentUserRegistry", "DelayedItemsRegistryCurrentUser", "StoppedItemsCurrentReg"},
          {"Empty=", "a=b=\"C:\\x y\\x.exe\" /y=1",
           "微信=\"C:\\Program Files\\微信\\WeChat.exe\" -autorun"}},
-        {"AllUsersRegistry",
-         "DelayedItemsRegistryAllUsers",
-         "StoppedItemsAllReg",
-         {"Café ☕=C:\\Café\\☕.exe /tray",
-          "Яндекс=\"%ProgramFiles%\\Яндекс\\browser.exe\" --silent"}},
-        {"CurrentUserStartup",
-         "DelayedItemsStartupCurrentUser",
-         "StoppedItemsCurrentStartup",
+        {{"AllUsersRegistry", "DelayedItemsRegistryAllUsers", "StoppedItemsAllReg"},
+         {"Café ☕=C:\\Café\\☕.exe /tray", "Same=\"%ProgramFiles%\\Я\\same.exe\" /32",
+          "Same=C:\\64\\same.exe"}},
+        {{"CurrentUserStartup", "DelayedItemsStartupCurrentUser", "StoppedItemsCurrentStartup"},
          {"Ноутбук.lnk"}},
-        {"AllUsersStartup",
-         "DelayedItemsStartupAllUsers",
-         "StoppedItemsAllStartup",
+        {{"AllUsersStartup", "DelayedItemsStartupAllUsers", "StoppedItemsAllStartup"},
          {"📅 Calendar.lnk"}},
     };
-    // Active, then delayed, then stopped, then active again: each step lists every item by its
-    // own text where it went, and nothing where it was.
-    for (int step = 0; step < 3; ++step) {
+    // Each move of an item in a file line the program reads back.
+    const struct {
+        ItemState to;
+        const char* line;
+    } steps[] = {
+        {kDelayed, "ExecuteReg (\"C:\\x y\\x.exe\", \"/y=1\", 0, \"a=b\");"},
+        {kStopped, "\"_REGCU_Empty=\""},
+        {kActive, ""},
+        {kStopped, "\"_REGAU_Same=%ProgramFiles%\\Я\\same.exe /32\""},
+        {kDelayed, "ExecuteReg (\"\", \"\", 0, \"Empty\");"},
+        {kActive, ""},
+    };
+    ItemState now = kActive;
+    for (const auto& step : steps) {
+        SCOPED_TRACE("from " + std::to_string(static_cast<int>(now)) + " to " +
+                     std::to_string(static_cast<int>(step.to)));
         Refresh();
-        for (const Place& p : locations) {
-            const char* from = step == 0 ? p.active : step == 1 ? p.delayed : p.stopped;
-            ASSERT_EQ(Items(from), p.texts) << from;
+        for (const Place& p : locations)
             for (const std::string& text : p.texts)
-                ASSERT_TRUE(Move(from, text,
-                                 step == 0   ? kDelayed
-                                 : step == 1 ? kStopped
-                                             : kActive))
-                    << text;
-            if (step == 0) {
-                EXPECT_NE(File().find("ExecuteReg (\"\", \"\", 0, \"Empty\");"), std::string::npos);
-                EXPECT_NE(File().find("ExecuteReg (\"C:\\x y\\x.exe\", \"/y=1\", 0, \"a=b\");"),
-                          std::string::npos);
-            }
-        }
-        if (step == 1) { // stopped: the saved copies by the values' own names
-            EXPECT_EQ(Saved(user, "微信"), "\"C:\\Program Files\\微信\\WeChat.exe\" -autorun");
-        }
-    }
-    EXPECT_EQ(snapshot(), before);
-    EXPECT_EQ(reg.EnumValues(user, kSavedUserRunKey).size(), 0u);
-    Refresh();
-    for (const Place& p : locations) {
-        EXPECT_EQ(Items(p.active), p.texts);
-        EXPECT_TRUE(Items(p.stopped).empty());
+                ASSERT_TRUE(Move(p.in[static_cast<int>(now)], text, step.to)) << text;
+        now = step.to;
+        EXPECT_EQ(Where(false), now == kActive ? start : none);
+        EXPECT_EQ(Where(true), now == kActive ? none : start);
+        EXPECT_NE(File().find(step.line), std::string::npos) << File();
+        app.Store().File().LoadItems();
+        Refresh();
+        for (const Place& p : locations)
+            for (int state = 0; state < 3; ++state)
+                EXPECT_EQ(Items(p.in[state]), state == static_cast<int>(now) ? p.texts : Lines{});
     }
     EXPECT_TRUE(messages.shown.empty());
+
+    // Every value taken out is in a backup as the registry editor writes it, the 32-bit one
+    // under its own key: imported, the backups alone bring every value back exactly.
+    EXPECT_NE(Backups().find("[HKEY_LOCAL_MACHINE\\SOFTWARE\\WOW6432Node\\Microsoft\\Windows\\"
+                             "CurrentVersion\\Run]\r\n\"Same\"=hex(2):"),
+              std::string::npos)
+        << Backups();
+    const Snapshot values = Values(false);
+    places.Clear();
+    ASSERT_EQ(Values(false), none);
+    for (const std::string& backup : test::FilesBelow(folder / "Delayed Registry")) {
+        test::ChildProcess import("reg.exe import \"" + backup + "\"");
+        unsigned long code = 1;
+        ASSERT_TRUE(import.WaitForExit(30000, &code));
+        EXPECT_EQ(code, 0u) << backup;
+    }
+    EXPECT_EQ(Values(false), values);
+}
+
+// A move that would overwrite something of the user's, or take out a value under a command it
+// no longer has, or delay a command that deletes, is refused and said; everything stays.
+TEST_F(ItemMovesTest, ConflictsAreRefusedToldAndNothingIsOverwritten) {
+    Shortcut(places.UserFolder, "Tool.lnk");
+    RunValue(user, "App", "C:\\app.exe /old");
+    RunValue(user, "Late", "C:\\late.exe");
+    RunValue(user, "Wipe", "cmd.exe /c DEL C:\\x");
+    Refresh();
+    ASSERT_TRUE(Move("CurrentUserStartup", "Tool.lnk", kDelayed));
+    ASSERT_TRUE(Move("CurrentUserRegistry", "App=C:\\app.exe /old", kDelayed));
+    const std::string held = test::ReadFileBytes(UserItems("Tool.lnk"));
+    // The programs put themselves back, as installers do, but differently.
+    test::WriteFileBytes(UserStartup("Tool.lnk"), "a newer shortcut");
+    RunValue(user, "App", "C:\\app.exe /new");
+    Refresh();
+    RunValue(user, "Late", "C:\\later.exe"); // changed since the list was made
+    const struct {
+        const char *container, *text;
+        ItemState to;
+        int message;
+        std::string detail;
+    } refused[] = {
+        {"CurrentUserStartup", "Tool.lnk", kDelayed, 14,
+         app.folders.UserItemsFolder + "\\Tool.lnk"},
+        {"DelayedItemsStartupCurrentUser", "Tool.lnk", kActive, 14, UserStartup("Tool.lnk")},
+        {"DelayedItemsRegistryCurrentUser", "App=C:\\app.exe /old", kActive, 15,
+         "App=C:\\app.exe /new"},
+        {"CurrentUserRegistry", "App=C:\\app.exe /new", kDelayed, 14, "App=C:\\app.exe /old"},
+        {"CurrentUserRegistry", "Late=C:\\late.exe", kStopped, 15, "Late=C:\\later.exe"},
+        {"CurrentUserRegistry", "Wipe=cmd.exe /c DEL C:\\x", kDelayed, 28, "del"},
+    };
+    for (const auto& r : refused) {
+        SCOPED_TRACE(r.text);
+        messages.shown.clear();
+        EXPECT_FALSE(Move(r.container, r.text, r.to));
+        EXPECT_EQ(messages.shown, (std::vector<Shown>{Told(r.message, r.text, r.detail)}));
+    }
+    EXPECT_EQ(test::ReadFileBytes(UserStartup("Tool.lnk")), "a newer shortcut");
+    EXPECT_EQ(test::ReadFileBytes(UserItems("Tool.lnk")), held);
+    EXPECT_EQ(Run(user, "App") + "|" + Saved(user, "App"), "C:\\app.exe /new|C:\\app.exe /old");
+    EXPECT_EQ(Run(user, "Late") + "|" + Saved(user, "Late"), "C:\\later.exe|(none)");
+    EXPECT_EQ(Run(user, "Wipe") + "|" + Saved(user, "Wipe"), "cmd.exe /c DEL C:\\x|(none)");
 }
 
 TEST_F(ItemMovesTest, AFailedMoveIsTakenBackAndWhatCannotBeIsReported) {
-    test::WriteFileBytes(folder / "log.txt", "");
+    test::WriteFileBytes(folder / "log.txt", ""); // logging on
     Shortcut(places.UserFolder, "Tool.lnk");
     const std::string bytes = test::ReadFileBytes(UserStartup("Tool.lnk"));
     Refresh();
@@ -316,7 +210,6 @@ TEST_F(ItemMovesTest, AFailedMoveIsTakenBackAndWhatCannotBeIsReported) {
     EXPECT_FALSE(moves.Move(ItemIn("CurrentUserStartup", "Tool.lnk"), kDelayed));
     EXPECT_EQ(test::ReadFileBytes(UserStartup("Tool.lnk")), bytes);
     EXPECT_FALSE(test::PathExists(UserItems("Tool.lnk")));
-    EXPECT_EQ(ShortcutState("Tool.lnk"), "active");
     ASSERT_EQ(messages.shown.size(), 1u);
     EXPECT_EQ(messages.shown[0].Text.rfind(FillIn(app.text.Message(17), {"Tool.lnk", ""}), 0), 0u);
 
@@ -333,13 +226,97 @@ TEST_F(ItemMovesTest, AFailedMoveIsTakenBackAndWhatCannotBeIsReported) {
     test::RemoveTree(blocked);
     EXPECT_EQ(test::ReadFileBytes(UserItems("Tool.lnk")), bytes); // moved, and kept
     ASSERT_EQ(messages.shown.size(), 2u);
-    const std::string held = app.folders.UserItemsFolder + "\\Tool.lnk";
+    const std::string at = app.folders.UserItemsFolder + "\\Tool.lnk";
     EXPECT_EQ(messages.shown[1].Text,
               FillIn(app.text.Message(18),
-                     {"Tool.lnk", "\"" + held + "\" could not be moved back to \"" +
+                     {"Tool.lnk", "\"" + at + "\" could not be moved back to \"" +
                                       UserStartup("Tool.lnk") + "\"; the shortcut is still at \"" +
-                                      held + "\""}));
-    EXPECT_NE(Log().find("Error: DelayStartupItem: not taken back: "), std::string::npos) << Log();
+                                      at + "\""}));
+    EXPECT_NE(test::ReadFileBytes(folder / "log.txt").find("not taken back: "), std::string::npos);
+}
+
+// Stopped entries of an older version hold a path alone: each still finds a copy of its own
+// (one with "=" in its path too). A stopped value whose saved copy is gone comes back from its
+// own entry; a path alone with no copy has nothing to put back, and its entry goes.
+TEST_F(ItemMovesTest, OlderAndOrphanedStoppedEntriesComeBack) {
+    ASSERT_TRUE(reg.SaveSettingString(user, kSavedUserRunKey, "P", "C:\\p.exe -1"));
+    ASSERT_TRUE(reg.SaveSettingString(user, kSavedUserRunKey, "Q", "C:\\p.exe -2"));
+    ASSERT_TRUE(reg.SaveSettingString(user, kSavedUserRunKey, "E", "C:\\a=b\\e.exe"));
+    for (const char* entry : {"C:\\p.exe ", "C:\\p.exe ", "C:\\a=b\\e.exe", "C:\\gone.exe"})
+        app.model.AddStoppedProgram(entry, kUserRun);
+    app.model.AddStoppedProgram("Machine=C:\\m.exe", kMachineRun);
+    app.Store().File().WriteItems();
+    Refresh();
+    EXPECT_EQ(Items("StoppedItemsCurrentReg"),
+              (Lines{"C:\\gone.exe", "E=C:\\a=b\\e.exe", "P=C:\\p.exe -1", "Q=C:\\p.exe -2"}));
+    ASSERT_TRUE(Move("StoppedItemsCurrentReg", "P=C:\\p.exe -1", kDelayed));
+    for (const char* text : {"Q=C:\\p.exe -2", "E=C:\\a=b\\e.exe", "C:\\gone.exe"})
+        EXPECT_TRUE(Move("StoppedItemsCurrentReg", text, kActive)) << text;
+    EXPECT_TRUE(Move("StoppedItemsAllReg", "Machine=C:\\m.exe", kActive));
+    Refresh();
+    EXPECT_EQ(Items("DelayedItemsRegistryCurrentUser"), Lines{"P=C:\\p.exe -1"});
+    EXPECT_EQ(Run(user, "Q") + "|" + Run(user, "E"), "C:\\p.exe -2|C:\\a=b\\e.exe");
+    EXPECT_EQ(Run(machine, "Machine"), "C:\\m.exe");
+    EXPECT_EQ(Items("CurrentUserRegistry"), (Lines{"E=C:\\a=b\\e.exe", "Q=C:\\p.exe -2"}));
+    EXPECT_TRUE(Items("StoppedItemsCurrentReg").empty());
+    EXPECT_TRUE(messages.shown.empty());
+}
+
+// An item switched off in Task Manager shows ghosted. Delaying leaves its switch; putting it back
+// (from the popup or the toolbar) switches it on now, found by its name as Windows compares names.
+TEST_F(ItemMovesTest, PuttingBackSwitchesOnWhatTaskManagerSwitchedOff) {
+    Shortcut(places.UserFolder, "Résumé.lnk");
+    RunValue(user, "Tool", "C:\\T\\tool.exe");
+    ASSERT_TRUE(reg.SetValue(user, kApprovedFolderKey, "rÉSUMÉ.LNK", {REG_BINARY, Flag(3)}));
+    ASSERT_TRUE(reg.SetValue(user, kApprovedRunKey, "TOOL", {REG_BINARY, Flag(7, 0x5A)}));
+    ASSERT_TRUE(reg.SetValue(user, kApprovedRunKey, "Other", {REG_BINARY, Flag(3)}));
+    Refresh();
+    EXPECT_TRUE(tree.Node(Node("CurrentUserStartup", "Résumé.lnk")).Cut);
+    EXPECT_TRUE(tree.Node(Node("CurrentUserRegistry", "Tool=C:\\T\\tool.exe")).Cut);
+    ASSERT_TRUE(Move("CurrentUserRegistry", "Tool=C:\\T\\tool.exe", kDelayed));
+    ASSERT_TRUE(Move("CurrentUserStartup", "Résumé.lnk", kStopped));
+    EXPECT_EQ(FlagOf(user, kApprovedRunKey, "Tool"), Flag(7, 0x5A));
+    Refresh();
+    FILETIME before{};
+    GetSystemTimeAsFileTime(&before); // the switch says when it was switched on
+    EXPECT_TRUE(Move("DelayedItemsRegistryCurrentUser", "Tool=C:\\T\\tool.exe", kActive));
+    Check("StoppedItemsCurrentStartup", "Résumé.lnk");
+    EXPECT_TRUE(Pass(CheckedMove::Run));
+    const ByteArray on = FlagOf(user, kApprovedRunKey, "Tool");
+    ASSERT_EQ(on.size(), 12u);
+    EXPECT_EQ(ByteArray(on.begin(), on.begin() + 4), (ByteArray{2, 0x5A, 0, 0}));
+    EXPECT_GE(uint32_t{on[11]} << 24 | on[10] << 16 | on[9] << 8 | on[8], before.dwHighDateTime);
+    EXPECT_EQ(FlagOf(user, kApprovedFolderKey, "Résumé.lnk")[0], 2);
+    EXPECT_EQ(FlagOf(user, kApprovedRunKey, "Other"), Flag(3)); // no item's: never touched
+    Refresh();
+    EXPECT_FALSE(tree.Node(Node("CurrentUserStartup", "Résumé.lnk")).Cut);
+    EXPECT_FALSE(tree.Node(Node("CurrentUserRegistry", "Tool=C:\\T\\tool.exe")).Cut);
+    EXPECT_TRUE(messages.shown.empty());
+}
+
+// The list reads the real folders and keys and the file: neither desktop.ini nor the program's
+// own Run value is an item, and a Startup folder that is not there lists nothing.
+TEST_F(ItemMovesTest, TheListShowsTheRealLocationsAndTheFile) {
+    Shortcut(places.UserFolder, "Alpha.lnk");
+    test::WriteFileBytes(UserStartup("desktop.ini"), "");
+    RunValue(machine, "M", "\"C:\\m m\\m.exe\"");
+    RunValue(user, kOwnRunValue, app.folders.RunCommand);
+    ProgramModel file;
+    SetDefaultModel(file);
+    file.ProgramGroups[0].Programs = {{"C:\\d.exe", "-q", "ExecuteReg", 5, "D"}};
+    file.StoppedPrograms = {"_STPCU_Stopped.lnk"};
+    test::WriteFileBytes(app.Store().File().FilePath(),
+                         FormatProgramGroupFile(file, app.text.Languages));
+    app.Store().File().LoadItems();
+    Refresh();
+    EXPECT_EQ(Items("CurrentUserStartup"), Lines{"Alpha.lnk"});
+    EXPECT_EQ(Items("CurrentUserRegistry"), Lines{});
+    EXPECT_EQ(Items("AllUsersRegistry"), Lines{"M=\"C:\\m m\\m.exe\""});
+    EXPECT_EQ(Items("DelayedItemsRegistryCurrentUser"), Lines{"D=C:\\d.exe -q"});
+    EXPECT_EQ(Items("StoppedItemsCurrentStartup"), Lines{"Stopped.lnk"});
+    app.folders.UserStartupFolder = folder / "no such folder";
+    Refresh();
+    EXPECT_EQ(Items("CurrentUserStartup"), Lines{});
 }
 
 } // namespace

@@ -64,9 +64,6 @@ protected:
         std::sort(texts.begin(), texts.end());
         return texts;
     }
-    std::string Caption(const std::string& container) {
-        return tree.Node(tree.Find(container)).Text;
-    }
     int Node(const std::string& container, const std::string& text) {
         for (int child : Leaves(container))
             if (tree.Node(child).Text == text)
@@ -77,9 +74,6 @@ protected:
     void Check(const std::string& container, const std::string& text) {
         if (int n = Node(container, text); n != TreeModel::kNone)
             tree.Node(n).Checked = true;
-    }
-    void Select(const std::string& container, const std::string& text) {
-        tree.Select(Node(container, text));
     }
 
     std::string UserItems(const std::string& name) const {
@@ -96,9 +90,6 @@ protected:
     }
     std::string Run(RegistryRoot root, const std::string& name) {
         return reg.GetSettingString(root, kRunKey, name, "(none)");
-    }
-    static RegistryValue WideValue(uint32_t type, std::string_view text) {
-        return test::WideValue(type, text);
     }
     std::string Saved(RegistryRoot root, const std::string& name) {
         return reg.GetSettingString(

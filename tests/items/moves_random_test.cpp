@@ -11,19 +11,11 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
-#include <optional>
 #include <random>
 #include <thread>
 
 namespace tolvane {
 namespace {
-
-// A startup item of the start and its bytes (a value's type, then its data).
-struct Item {
-    ItemLocation location;
-    std::string name, bytes;
-    bool operator==(const Item&) const = default;
-};
 
 class RandomMoves : public test::StartupFixture {
 protected:
@@ -56,47 +48,6 @@ protected:
         start = Inventory(false);
     }
 
-    static RegistryRoot RootOf(ItemLocation at) {
-        return at == ItemLocation::UserRun      ? RegistryRoot::CurrentUser
-               : at == ItemLocation::MachineRun ? RegistryRoot::LocalMachine
-                                                : RegistryRoot::LocalMachine32;
-    }
-    // Every shortcut and Run value where Windows starts it, or in the program's keeping.
-    std::vector<Item> Inventory(bool held) {
-        std::vector<Item> all;
-        for (ItemLocation at : {ItemLocation::UserFolder, ItemLocation::CommonFolder}) {
-            const std::string dir = Folder(at, held);
-            for (const std::string& path : test::FilesBelow(dir))
-                all.push_back({at, path.substr(path.rfind('\\') + 1), test::ReadFileBytes(path)});
-        }
-        for (ItemLocation at :
-             {ItemLocation::UserRun, ItemLocation::MachineRun, ItemLocation::MachineRun32})
-            for (auto& [name, value] : reg.EnumValues(RootOf(at), Key(at, held)))
-                all.push_back({at, name, Bytes(value)});
-        return all;
-    }
-    std::string Folder(ItemLocation at, bool held) {
-        const bool user = at == ItemLocation::UserFolder;
-        return held ? (user ? app.folders.UserItemsFolder : app.folders.AllUsersItemsFolder)
-                    : (user ? places.UserFolder : places.CommonFolder) + "\\";
-    }
-    static const char* Key(ItemLocation at, bool held) {
-        return !held                         ? kRunKey
-               : at == ItemLocation::UserRun ? kSavedUserRunKey
-                                             : kSavedMachineRunKey;
-    }
-    static std::string Bytes(const RegistryValue& v) {
-        return std::to_string(v.Type) + std::string(v.Data.begin(), v.Data.end());
-    }
-    std::optional<std::string> At(const Item& item, bool held) {
-        if (item.location == ItemLocation::UserFolder ||
-            item.location == ItemLocation::CommonFolder) {
-            const std::string path = Folder(item.location, held) + item.name;
-            return test::PathExists(path) ? std::optional(test::ReadFileBytes(path)) : std::nullopt;
-        }
-        auto value = reg.GetValue(RootOf(item.location), Key(item.location, held), item.name);
-        return value ? std::optional(Bytes(*value)) : std::nullopt;
-    }
     // The item of the start that a listed item is: by its location and its own name.
     size_t ItemOf(const StartupItem& listed) {
         for (size_t i = 0; i < start.size(); ++i)
@@ -107,8 +58,9 @@ protected:
     }
 
     // Each item of the start is, with its bytes, either where Windows starts it or in the
-    // program's keeping; the program-group file, read back as the next start reads it, lists it
-    // exactly once, in the state it is in (and the state wanted of it, when one is).
+    // program's keeping, and nothing else is; the program-group file, read back as the next start
+    // reads it, lists it exactly once, in the state it is in (and the state wanted of it, when one
+    // is).
     void ExpectEachItemInOnePlace(const std::string& step, const std::vector<ItemState>& want) {
         test::CapturedMessages quiet;
         AppState reader(folder.Path(), quiet);
@@ -120,14 +72,18 @@ protected:
         StartupListing read;
         ASSERT_TRUE(
             RefreshData(reader.Store(), reader.text, reader.SafeList, reader.log, readTree, read));
+        const auto live = Inventory(false), held = Inventory(true);
+        EXPECT_EQ(live.size() + held.size(), start.size()) << step;
+        auto in = [](const std::vector<Item>& all, const Item& item) {
+            return std::find(all.begin(), all.end(), item) != all.end();
+        };
         std::vector<int> listed(start.size());
         for (const StartupItem& item : read.Items) {
             const size_t i = ItemOf(item);
             ++listed[i];
-            const auto active = At(start[i], false), held = At(start[i], true);
-            EXPECT_EQ(active ? active : held, start[i].bytes) << step << ": " << item.Text();
-            EXPECT_NE(bool(active), bool(held)) << step << ": " << item.Text();
-            EXPECT_EQ(item.State == ItemState::Active, bool(active)) << step << ": " << item.Text();
+            const bool active = in(live, start[i]);
+            EXPECT_NE(active, in(held, start[i])) << step << ": " << item.Text();
+            EXPECT_EQ(item.State == ItemState::Active, active) << step << ": " << item.Text();
             if (!want.empty()) {
                 EXPECT_EQ(item.State, want[i]) << step << ": " << item.Text();
             }

@@ -97,6 +97,38 @@ protected:
             "(none)");
     }
 
+    // A shortcut or Run value and its bytes (a value's type, then its data).
+    struct Item {
+        ItemLocation location;
+        std::string name, bytes;
+        bool operator==(const Item&) const = default;
+    };
+    // Every shortcut and Run value where Windows starts it or, held, in the program's keeping
+    // (its items folders and the saved copies of values, in each value's own registry view).
+    std::vector<Item> Inventory(bool held) {
+        std::vector<Item> all;
+        for (bool user : {true, false}) {
+            const std::string dir =
+                held ? (user ? app.folders.UserItemsFolder : app.folders.AllUsersItemsFolder)
+                     : (user ? places.UserFolder : places.CommonFolder);
+            for (const std::string& path : FilesBelow(dir))
+                all.push_back({user ? ItemLocation::UserFolder : ItemLocation::CommonFolder,
+                               path.substr(path.rfind('\\') + 1), ReadFileBytes(path)});
+        }
+        const std::pair<ItemLocation, RegistryRoot> keys[] = {
+            {ItemLocation::UserRun, RegistryRoot::CurrentUser},
+            {ItemLocation::MachineRun, RegistryRoot::LocalMachine},
+            {ItemLocation::MachineRun32, RegistryRoot::LocalMachine32}};
+        for (auto [at, root] : keys)
+            for (auto& [name, v] :
+                 reg.EnumValues(root, !held                         ? kRunKey
+                                      : at == ItemLocation::UserRun ? kSavedUserRunKey
+                                                                    : kSavedMachineRunKey))
+                all.push_back(
+                    {at, name, std::to_string(v.Type) + std::string(v.Data.begin(), v.Data.end())});
+        return all;
+    }
+
     StartupLocations places;
     TempFolder folder{"program"};
     CapturedMessages messages;

@@ -4,7 +4,6 @@
 
 #include <windows.h>
 #include <msi.h>
-#include <msiquery.h>
 #include <shlobj.h>
 
 #include <optional>
@@ -22,48 +21,21 @@
 namespace tolvane {
 namespace {
 
-std::string MsiPath() {
-    return test::WinePathOfUnixPath(TOLVANE_MSI);
-}
-std::string UpgradeMsiPath() {
-    return test::WinePathOfUnixPath(TOLVANE_UPGRADE_MSI);
-}
-
-// A property of the package's own Property table.
-std::string MsiProperty(const std::string& msi, const std::string& name) {
-    MSIHANDLE db = 0, view = 0, record = 0;
-    std::string value;
-    const std::string query = "SELECT `Value` FROM `Property` WHERE `Property`='" + name + "'";
-    if (MsiOpenDatabaseA(msi.c_str(), MSIDBOPEN_READONLY, &db) == ERROR_SUCCESS &&
-        MsiDatabaseOpenViewA(db, query.c_str(), &view) == ERROR_SUCCESS &&
-        MsiViewExecute(view, 0) == ERROR_SUCCESS && MsiViewFetch(view, &record) == ERROR_SUCCESS) {
-        char buffer[256] = {};
-        DWORD size = sizeof buffer;
-        if (MsiRecordGetStringA(record, 1, buffer, &size) == ERROR_SUCCESS)
-            value = buffer;
-    }
-    for (MSIHANDLE h : {record, view, db})
-        if (h)
-            MsiCloseHandle(h);
-    return value;
-}
-
-// The installed products of the package's upgrade code, as "Installed apps" lists them.
-std::vector<std::string> InstalledProducts() {
-    const std::string upgradeCode = MsiProperty(MsiPath(), "UpgradeCode");
-    std::vector<std::string> products;
-    char code[39] = {};
-    for (DWORD i = 0; MsiEnumRelatedProductsA(upgradeCode.c_str(), 0, i, code) == ERROR_SUCCESS;
-         ++i)
-        products.push_back(code);
-    return products;
-}
-
 std::string ProductInfo(const std::string& product, const char* property) {
     char value[512] = {};
     DWORD size = sizeof value;
     return MsiGetProductInfoA(product.c_str(), property, value, &size) == ERROR_SUCCESS ? value
                                                                                         : "";
+}
+
+// The installed products named Tolvane, as "Installed apps" lists them.
+std::vector<std::string> InstalledProducts() {
+    std::vector<std::string> products;
+    char code[39] = {};
+    for (DWORD i = 0; MsiEnumProductsA(i, code) == ERROR_SUCCESS; ++i)
+        if (ProductInfo(code, INSTALLPROPERTY_INSTALLEDPRODUCTNAME) == "Tolvane")
+            products.push_back(code);
+    return products;
 }
 
 // The fixed file version of an exe as its resource states it: "major.minor.revision".
@@ -123,6 +95,8 @@ protected:
 
     test::StartupLocations places;
     CRegistry reg;
+    const std::string msi = test::WinePathOfUnixPath(TOLVANE_MSI),
+                      upgrade = test::WinePathOfUnixPath(TOLVANE_UPGRADE_MSI);
     const std::string installed = test::ShellFolder(CSIDL_LOCAL_APPDATA) + "\\Programs\\Tolvane";
     const std::string exe = installed + "\\Tolvane.exe";
     const std::string console = "\"" + installed + "\\tolvanec.exe\" ";
@@ -130,7 +104,7 @@ protected:
 };
 
 TEST_F(Package, InstallsForOneUserRunsUpgradesAndUninstallsKeepingTheUsersData) {
-    ASSERT_EQ(RunAndWait("msiexec /i \"" + MsiPath() + "\" /qn"), 0u);
+    ASSERT_EQ(RunAndWait("msiexec /i \"" + msi + "\" /qn"), 0u);
 
     // The program's files in the user's own Programs folder, a Start-menu shortcut to it, and
     // an entry in "Installed apps" with its publisher and version.
@@ -142,8 +116,10 @@ TEST_F(Package, InstallsForOneUserRunsUpgradesAndUninstallsKeepingTheUsersData) 
     std::vector<std::string> products = InstalledProducts();
     ASSERT_EQ(products.size(), 1u);
     EXPECT_EQ(ProductInfo(products[0], INSTALLPROPERTY_PUBLISHER), "Hexmoor");
-    EXPECT_EQ(ProductInfo(products[0], INSTALLPROPERTY_VERSIONSTRING), FileVersion(exe));
-    EXPECT_EQ(ProductInfo(products[0], INSTALLPROPERTY_INSTALLEDPRODUCTNAME), "Tolvane");
+    // One version in the exe, in "Installed apps" and in the package's name.
+    const std::string version = ProductInfo(products[0], INSTALLPROPERTY_VERSIONSTRING);
+    EXPECT_EQ(version, FileVersion(exe));
+    EXPECT_NE(std::string(TOLVANE_MSI).find("/Tolvane-" + version + ".msi"), std::string::npos);
 
     // The installed program starts and writes its first program-group file into its folder,
     // which its user can write to; with nothing delayed its log-on run ends at once.
@@ -163,11 +139,13 @@ TEST_F(Package, InstallsForOneUserRunsUpgradesAndUninstallsKeepingTheUsersData) 
 
     // The next version replaces the program and leaves everything of the user's as it was:
     // the delayed item still starts.
-    ASSERT_EQ(RunAndWait("msiexec /i \"" + UpgradeMsiPath() + "\" /qn"), 0u);
+    ASSERT_EQ(RunAndWait("msiexec /i \"" + upgrade + "\" /qn"), 0u);
     products = InstalledProducts();
     ASSERT_EQ(products.size(), 1u);
-    EXPECT_EQ(ProductInfo(products[0], INSTALLPROPERTY_VERSIONSTRING),
-              MsiProperty(UpgradeMsiPath(), "ProductVersion"));
+    const std::string next = ProductInfo(products[0], INSTALLPROPERTY_VERSIONSTRING);
+    EXPECT_NE(next, version);
+    EXPECT_NE(std::string(TOLVANE_UPGRADE_MSI).find("/Tolvane-" + next + ".msi"),
+              std::string::npos);
     EXPECT_EQ(test::ReadFileBytes(groupFile), delayedFile);
     EXPECT_EQ(ToLower(Run("Tolvane")), ToLower("\"" + exe + "\" -nogui"));
     EXPECT_EQ(reg.GetSettingString(RegistryRoot::CurrentUser, kSavedUserRunKey, "PackageProbe"),
@@ -179,7 +157,7 @@ TEST_F(Package, InstallsForOneUserRunsUpgradesAndUninstallsKeepingTheUsersData) 
     // own Run value, and keeps the user's data: the file, the saved value, the log-on items.
     test::ChildProcess waiting("\"" + exe + "\" -nogui");
     ASSERT_TRUE(test::WindowOf(waiting.Id(), "TolvaneStartupItems", false, 10000));
-    ASSERT_EQ(RunAndWait("msiexec /x \"" + UpgradeMsiPath() + "\" /qn"), 0u);
+    ASSERT_EQ(RunAndWait("msiexec /x \"" + upgrade + "\" /qn"), 0u);
     EXPECT_TRUE(waiting.WaitForExit(5000)) << "the waiting copy was not ended";
     EXPECT_TRUE(InstalledProducts().empty());
     for (const char* file : {"Tolvane.exe", "tolvanec.exe", "Tolvane.chm", "lang", "data"})

@@ -45,13 +45,12 @@ protected:
         return Moves().Move(ItemIn(container, text), to);
     }
     // A toolbar button's pass over the ticked items.
-    bool Pass(CheckedMove move, ItemMoves moves) {
+    bool Pass(CheckedMove move) {
         std::vector<ItemMove> wanted;
         for (const CheckedTarget& target : CheckedTargets(move, tree))
             wanted.push_back({*ItemOfNode(tree, listing, target.Node), target.To});
-        return moves.MovePass(wanted);
+        return Moves().MovePass(wanted);
     }
-    bool Pass(CheckedMove move) { return Pass(move, Moves()); }
 
     std::vector<int> Leaves(const std::string& container) {
         return tree.Node(tree.Find(container)).Children;

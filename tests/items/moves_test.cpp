@@ -4,7 +4,6 @@
 #include "startup_fixture.h"
 
 #include "items/move_steps.h"
-#include "items/run_entry.h"
 #include "items/startup_approved.h"
 #include "text/placeholders.h"
 
@@ -20,19 +19,7 @@ constexpr auto kStopped = ItemState::Stopped;
 constexpr auto user = RegistryRoot::CurrentUser, machine = RegistryRoot::LocalMachine,
                machine32 = RegistryRoot::LocalMachine32;
 
-class ItemMovesTest : public test::StartupFixture {
-protected:
-    std::string Backups() {
-        std::string all;
-        for (const std::string& file : test::FilesBelow(folder / "Delayed Registry"))
-            all += test::ReadUtf16File(file);
-        return all;
-    }
-    Shown Told(int message, std::string_view item, std::string_view detail) {
-        return {FillIn(app.text.Message(message), {item, detail}), "Tolvane", 0x30};
-    }
-    std::string File() { return test::ReadFileBytes(app.Store().File().FilePath()); }
-};
+using ItemMovesTest = test::StartupFixture;
 
 // Any name Windows can hold, in every location, through every move there is: each step lists
 // every item by the same text where it went (as the program-group file, read back, has it) and
@@ -100,7 +87,8 @@ TEST_F(ItemMovesTest, EveryMoveOfEveryLocationKeepsTheItemsExactly) {
             EXPECT_EQ(reg.GetValue(root, key, name)->Data[0], switched) << name;
         EXPECT_EQ(Inventory(false), now == kActive ? start : none);
         EXPECT_EQ(Inventory(true), now == kActive ? none : start);
-        EXPECT_NE(File().find(step.line), std::string::npos) << File();
+        const std::string file = test::ReadFileBytes(app.Store().File().FilePath());
+        EXPECT_NE(file.find(step.line), std::string::npos) << file;
         app.Store().File().LoadItems();
         Refresh();
         for (const Place& p : locations)
@@ -111,10 +99,13 @@ TEST_F(ItemMovesTest, EveryMoveOfEveryLocationKeepsTheItemsExactly) {
 
     // Every value taken out is in a backup as the registry editor writes it, the 32-bit one
     // under its own key: imported, the backups alone bring every value back exactly.
-    EXPECT_NE(Backups().find("[HKEY_LOCAL_MACHINE\\SOFTWARE\\WOW6432Node\\Microsoft\\Windows\\"
-                             "CurrentVersion\\Run]\r\n\"Same\"=hex(2):"),
+    std::string backups;
+    for (const std::string& file : test::FilesBelow(folder / "Delayed Registry"))
+        backups += test::ReadUtf16File(file);
+    EXPECT_NE(backups.find("[HKEY_LOCAL_MACHINE\\SOFTWARE\\WOW6432Node\\Microsoft\\Windows\\"
+                           "CurrentVersion\\Run]\r\n\"Same\"=hex(2):"),
               std::string::npos)
-        << Backups();
+        << backups;
     std::vector<Item> values = start;
     std::erase_if(values, [](const Item& i) { return i.name.ends_with(".lnk"); });
     places.Clear();
@@ -161,7 +152,8 @@ TEST_F(ItemMovesTest, ConflictsAreRefusedToldAndNothingIsOverwritten) {
         SCOPED_TRACE(r.text);
         messages.shown.clear();
         EXPECT_FALSE(Move(r.container, r.text, r.to));
-        EXPECT_EQ(messages.shown, (std::vector<Shown>{Told(r.message, r.text, r.detail)}));
+        const std::string told = FillIn(app.text.Message(r.message), {r.text, r.detail});
+        EXPECT_EQ(messages.shown, (std::vector<Shown>{{told, "Tolvane", 0x30}}));
     }
     EXPECT_EQ(test::ReadFileBytes(UserStartup("Tool.lnk")), "a newer shortcut");
     EXPECT_EQ(test::ReadFileBytes(UserItems("Tool.lnk")), held);
@@ -212,16 +204,6 @@ TEST_F(ItemMovesTest, AStoppedValueWithoutItsSavedCopyComesBackFromItsEntry) {
     Refresh();
     EXPECT_EQ(Items("StoppedItemsCurrentReg"), Lines{});
     EXPECT_TRUE(messages.shown.empty());
-}
-
-// Neither desktop.ini nor the program's own Run value is an item.
-TEST_F(ItemMovesTest, TheProgramsOwnFileAndValueAreNoItems) {
-    Shortcut(places.UserFolder, "Alpha.lnk");
-    test::WriteFileBytes(UserStartup("desktop.ini"), "");
-    RunValue(user, kOwnRunValue, app.folders.RunCommand);
-    Refresh();
-    EXPECT_EQ(Items("CurrentUserStartup"), Lines{"Alpha.lnk"});
-    EXPECT_EQ(Items("CurrentUserRegistry"), Lines{});
 }
 
 } // namespace

@@ -70,10 +70,6 @@ protected:
         ADD_FAILURE() << text << " is not under " << container;
         return TreeModel::kNone;
     }
-    void Check(const std::string& container, const std::string& text) {
-        if (int n = Node(container, text); n != TreeModel::kNone)
-            tree.Node(n).Checked = true;
-    }
 
     std::string UserItems(const std::string& name) const {
         return app.folders.UserItemsFolder + name;

@@ -75,22 +75,20 @@ std::string StartRecorded(const std::string& folder, const std::string& record) 
 
 class Package : public ::testing::Test {
 protected:
-    void SetUp() override {
-        places.Clear();
-        Uninstall();
-        test::RemoveTree(installed);
-    }
+    void SetUp() override { TearDown(); }
     void TearDown() override {
-        Uninstall();
-        test::RemoveTree(installed);
-        places.Clear();
-    }
-    void Uninstall() {
         for (const std::string& product : InstalledProducts())
             RunAndWait("msiexec /x " + product + " /qn");
+        test::RemoveTree(installed);
+        places.Clear();
     }
     std::string Run(const std::string& name) {
         return reg.GetSettingString(RegistryRoot::CurrentUser, kRunKey, name);
+    }
+    // Everything of the user's: the program-group file, the delayed value and its saved copy.
+    std::string UsersData() {
+        return test::ReadFileBytes(groupFile) + "|" + Run("PackageProbe") + "|" +
+               reg.GetSettingString(RegistryRoot::CurrentUser, kSavedUserRunKey, "PackageProbe");
     }
 
     test::StartupLocations places;
@@ -132,10 +130,10 @@ TEST_F(Package, InstallsForOneUserRunsUpgradesAndUninstallsKeepingTheUsersData) 
         "\"" + test::WinePathOfUnixPath(TOLVANE_START_RECORDER) + "\" \"" + record + "\" probe";
     ASSERT_TRUE(reg.SaveSettingString(RegistryRoot::CurrentUser, kRunKey, "PackageProbe", probe));
     ASSERT_EQ(RunAndWait(console + "delay PackageProbe --location user-run"), 0u);
-    EXPECT_EQ(Run("PackageProbe"), "");
     EXPECT_EQ(ToLower(Run("Tolvane")), ToLower("\"" + exe + "\" -nogui"));
-    const std::string delayedFile = test::ReadFileBytes(groupFile);
-    ASSERT_NE(delayedFile.find("PackageProbe"), std::string::npos);
+    const std::string delayed = UsersData();
+    ASSERT_NE(delayed.find("PackageProbe\");"), std::string::npos);
+    EXPECT_NE(delayed.find("||" + probe), std::string::npos); // out of the Run key, saved
 
     // The next version replaces the program and leaves everything of the user's as it was:
     // the delayed item still starts.
@@ -146,10 +144,8 @@ TEST_F(Package, InstallsForOneUserRunsUpgradesAndUninstallsKeepingTheUsersData) 
     EXPECT_NE(next, version);
     EXPECT_NE(std::string(TOLVANE_UPGRADE_MSI).find("/Tolvane-" + next + ".msi"),
               std::string::npos);
-    EXPECT_EQ(test::ReadFileBytes(groupFile), delayedFile);
+    EXPECT_EQ(UsersData(), delayed);
     EXPECT_EQ(ToLower(Run("Tolvane")), ToLower("\"" + exe + "\" -nogui"));
-    EXPECT_EQ(reg.GetSettingString(RegistryRoot::CurrentUser, kSavedUserRunKey, "PackageProbe"),
-              probe);
     ASSERT_EQ(RunAndWait(console + "run-startup"), 0u);
     EXPECT_EQ(StartRecorded(installed, record).rfind("probe ", 0), 0u);
 
@@ -164,9 +160,7 @@ TEST_F(Package, InstallsForOneUserRunsUpgradesAndUninstallsKeepingTheUsersData) 
         EXPECT_FALSE(test::PathExists(installed + "\\" + file)) << file;
     EXPECT_FALSE(test::PathExists(shortcut));
     EXPECT_EQ(Run("Tolvane"), "");
-    EXPECT_EQ(test::ReadFileBytes(groupFile), delayedFile);
-    EXPECT_EQ(reg.GetSettingString(RegistryRoot::CurrentUser, kSavedUserRunKey, "PackageProbe"),
-              probe);
+    EXPECT_EQ(UsersData(), delayed);
 }
 
 // Unzipped by the test's set-up into a folder of the build: the whole program, which runs there

@@ -29,10 +29,6 @@ protected:
         app.model.StartupType = 1; // Windows starts Tolvane while something is delayed
         app.Store().File().WriteItems();
     }
-    void TearDown() override {
-        EXPECT_TRUE(reg.DeleteValue(RegistryRoot::LocalMachine, kRunKey, "Dup"));
-        StartupFixture::TearDown();
-    }
     struct Ran {
         unsigned long code = 99;
         std::string out; // standard output, then standard error
@@ -141,7 +137,6 @@ TEST_F(Console, CommandsMoveAndListItemsByNameAndSayWhatTheyDid) {
         {"delay \"Нет ☕\"", 1, "Нет ☕"},
         {"delay Word.lnk", 2, "Word.lnk"}, // all users' active items are not the console's
         {"delay", 3, "usage: tolvanec"},
-        {"stop Dup --location nowhere", 3, "usage: tolvanec"},
         {"frobnicate", 3, "usage: tolvanec"},
         {"--help", 0, "usage: tolvanec"},
         {"stop Dup --location user-run", 0, "", "S Dup"},
@@ -168,21 +163,6 @@ TEST_F(Console, CommandsMoveAndListItemsByNameAndSayWhatTheyDid) {
     EXPECT_EQ(ran.code, 2u);
     EXPECT_NE(ran.out.find(app.text.Message(37)), std::string::npos) << ran.out;
     EXPECT_EQ(Held(), "D Clock");
-    ASSERT_TRUE(reg.DeleteValue(user, kRunKey, kOwnRunValue));
-}
-
-// One name in both of the machine's views, both delayed: a delay goes on the line of the view
-// asked for, never on the other's.
-TEST_F(Console, ADelayGoesToTheViewAskedFor) {
-    RunValue(RegistryRoot::LocalMachine, "Dup", "C:\\dup64.exe");
-    RunValue(RegistryRoot::LocalMachine32, "Dup", "C:\\dup32.exe");
-    Refresh();
-    for (int leaf : Leaves("AllUsersRegistry"))
-        ASSERT_TRUE(Moves().Move(*ItemOfNode(tree, listing, leaf), ItemState::Delayed));
-    EXPECT_EQ(Cli("delay Dup --location machine-run-32 --delay 5").code, 0u);
-    for (const char* line : {"ExecuteRegAU (\"C:\\dup32.exe\", \"\", 5, \"Dup\");",
-                             "ExecuteRegAU (\"C:\\dup64.exe\", \"\", 0, \"Dup\");"})
-        EXPECT_NE(File().find(line), std::string::npos) << line << "\n" << File();
 }
 
 } // namespace

@@ -10,7 +10,6 @@
 namespace tolvane {
 namespace {
 
-using Shown = test::CapturedMessages::Shown;
 using Lines = std::vector<std::string>;
 
 constexpr auto kActive = ItemState::Active;
@@ -153,7 +152,8 @@ TEST_F(ItemMovesTest, ConflictsAreRefusedToldAndNothingIsOverwritten) {
         messages.shown.clear();
         EXPECT_FALSE(Move(r.container, r.text, r.to));
         const std::string told = FillIn(app.text.Message(r.message), {r.text, r.detail});
-        EXPECT_EQ(messages.shown, (std::vector<Shown>{{told, "Tolvane", 0x30}}));
+        EXPECT_EQ(messages.shown,
+                  (std::vector<test::CapturedMessages::Shown>{{told, "Tolvane", 0x30}}));
     }
     EXPECT_EQ(test::ReadFileBytes(UserStartup("Tool.lnk")), "a newer shortcut");
     EXPECT_EQ(test::ReadFileBytes(UserItems("Tool.lnk")), held);

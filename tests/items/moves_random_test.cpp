@@ -26,7 +26,6 @@ protected:
         Shortcut(places.CommonFolder, "Same.lnk");
         const RegistryRoot user = RegistryRoot::CurrentUser, machine = RegistryRoot::LocalMachine,
                            machine32 = RegistryRoot::LocalMachine32;
-        RunValue(user, "Quoted", "\"C:\\Program Files\\Q\\q.exe\"   /min");
         RunValue(user, "Eq", "C:\\eq=1\\eq.exe /opt=1 -x=2");
         RunValue(user, "Long", "C:\\" + test::LongText(400) + ".exe --arg");
         // Values that start the same program, twice with the same command.
@@ -96,11 +95,10 @@ protected:
             ++passes;
             const size_t button = pick(4); // Save, Delay, Stop, Run
             for (int leaf : leaves) {
-                const ItemPlace place = *PlaceOf(tree, leaf);
+                const ItemPlace at = *PlaceOf(tree, leaf);
                 // The toolbar takes no all users' active item.
-                const bool common =
-                    place.Location == kCommonStartup || place.Location == kMachineRun;
-                const bool active = place.State == ItemState::Active;
+                const bool common = at.Location == kCommonStartup || at.Location == kMachineRun;
+                const bool active = at.State == ItemState::Active;
                 if ((tree.Node(leaf).Checked = !(common && active) && coin()))
                     // Save delays the active items and puts the others back.
                     want[ItemOf(*ItemOfNode(tree, listing, leaf))] = std::array{

@@ -36,7 +36,6 @@ TEST_F(ItemMovesTest, EveryMoveOfEveryLocationKeepsTheItemsExactly) {
     Shortcut(places.UserFolder, "Ноутбук.lnk");
     Shortcut(places.CommonFolder, "📅 Calendar.lnk");
     const std::vector<Item> start = Inventory(false), none;
-    ASSERT_EQ(start.size(), 8u);
     // Switched off in Task Manager, named in another letter case: a delay leaves the switch, and
     // putting the item back switches it on (the first byte; its other bytes stay).
     const ByteArray off = {3, 0x5A, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8};
@@ -179,12 +178,9 @@ TEST_F(ItemMovesTest, AMoveThatCannotBeTakenBackSaysWhereTheShortcutIs) {
     test::RemoveTree(app.Store().File().FilePath() + ".new");
     EXPECT_EQ(test::ReadFileBytes(UserItems("Tool.lnk")), bytes);
     ASSERT_EQ(messages.shown.size(), 2u);
-    const std::string at = app.folders.UserItemsFolder + "\\Tool.lnk";
-    EXPECT_EQ(messages.shown[1].Text,
-              FillIn(app.text.Message(18),
-                     {"Tool.lnk", "\"" + at + "\" could not be moved back to \"" +
-                                      UserStartup("Tool.lnk") + "\"; the shortcut is still at \"" +
-                                      at + "\""}));
+    const std::string at =
+        "the shortcut is still at \"" + app.folders.UserItemsFolder + "\\Tool.lnk";
+    EXPECT_NE(messages.shown[1].Text.find(at), std::string::npos) << messages.shown[1].Text;
     EXPECT_NE(test::ReadFileBytes(folder / "log.txt").find("not taken back: "), std::string::npos);
 }
 
@@ -200,9 +196,7 @@ TEST_F(ItemMovesTest, AStoppedValueWithoutItsSavedCopyComesBackFromItsEntry) {
     EXPECT_TRUE(Move("StoppedItemsCurrentReg", "C:\\gone.exe", kActive));
     EXPECT_EQ(Run(machine, "Machine"), "C:\\m.exe");
     EXPECT_EQ(Inventory(false).size(), 1u); // nothing for the path alone
-    app.Store().File().LoadItems();
-    Refresh();
-    EXPECT_EQ(Items("StoppedItemsCurrentReg"), Lines{});
+    EXPECT_EQ(test::ReadFileBytes(app.Store().File().FilePath()).find("gone"), std::string::npos);
     EXPECT_TRUE(messages.shown.empty());
 }
 

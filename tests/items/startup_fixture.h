@@ -37,8 +37,7 @@ protected:
     // The item a leaf of the container shows, as the last refresh listed it.
     StartupItem ItemIn(const std::string& container, const std::string& text) {
         const StartupItem* item = ItemOfNode(tree, listing, Node(container, text));
-        EXPECT_TRUE(item) << text;
-        return item ? *item : StartupItem{};
+        return item ? *item : StartupItem{}; // Node said which is missing
     }
     // The popup's move of that item.
     bool Move(const std::string& container, const std::string& text, ItemState to) {

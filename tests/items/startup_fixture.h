@@ -37,21 +37,19 @@ protected:
     // The item a leaf of the container shows, as the last refresh listed it.
     StartupItem ItemIn(const std::string& container, const std::string& text) {
         const StartupItem* item = ItemOfNode(tree, listing, Node(container, text));
-        EXPECT_TRUE(item) << text;
-        return item ? *item : StartupItem{};
+        return item ? *item : StartupItem{}; // Node said which is missing
     }
     // The popup's move of that item.
     bool Move(const std::string& container, const std::string& text, ItemState to) {
         return Moves().Move(ItemIn(container, text), to);
     }
     // A toolbar button's pass over the ticked items.
-    bool Pass(CheckedMove move, ItemMoves moves) {
+    bool Pass(CheckedMove move) {
         std::vector<ItemMove> wanted;
         for (const CheckedTarget& target : CheckedTargets(move, tree))
             wanted.push_back({*ItemOfNode(tree, listing, target.Node), target.To});
-        return moves.MovePass(wanted);
+        return Moves().MovePass(wanted);
     }
-    bool Pass(CheckedMove move) { return Pass(move, Moves()); }
 
     std::vector<int> Leaves(const std::string& container) {
         return tree.Node(tree.Find(container)).Children;
@@ -64,22 +62,12 @@ protected:
         std::sort(texts.begin(), texts.end());
         return texts;
     }
-    std::string Caption(const std::string& container) {
-        return tree.Node(tree.Find(container)).Text;
-    }
     int Node(const std::string& container, const std::string& text) {
         for (int child : Leaves(container))
             if (tree.Node(child).Text == text)
                 return child;
         ADD_FAILURE() << text << " is not under " << container;
         return TreeModel::kNone;
-    }
-    void Check(const std::string& container, const std::string& text) {
-        if (int n = Node(container, text); n != TreeModel::kNone)
-            tree.Node(n).Checked = true;
-    }
-    void Select(const std::string& container, const std::string& text) {
-        tree.Select(Node(container, text));
     }
 
     std::string UserItems(const std::string& name) const {
@@ -97,13 +85,42 @@ protected:
     std::string Run(RegistryRoot root, const std::string& name) {
         return reg.GetSettingString(root, kRunKey, name, "(none)");
     }
-    static RegistryValue WideValue(uint32_t type, std::string_view text) {
-        return test::WideValue(type, text);
-    }
     std::string Saved(RegistryRoot root, const std::string& name) {
         return reg.GetSettingString(
             root, root == RegistryRoot::CurrentUser ? kSavedUserRunKey : kSavedMachineRunKey, name,
             "(none)");
+    }
+
+    // A shortcut or Run value and its bytes (a value's type, then its data).
+    struct Item {
+        ItemLocation location;
+        std::string name, bytes;
+        bool operator==(const Item&) const = default;
+    };
+    // Every shortcut and Run value where Windows starts it or, held, in the program's keeping
+    // (its items folders and the saved copies of values, in each value's own registry view).
+    std::vector<Item> Inventory(bool held) {
+        std::vector<Item> all;
+        for (bool user : {true, false}) {
+            const std::string dir =
+                held ? (user ? app.folders.UserItemsFolder : app.folders.AllUsersItemsFolder)
+                     : (user ? places.UserFolder : places.CommonFolder);
+            for (const std::string& path : FilesBelow(dir))
+                all.push_back({user ? ItemLocation::UserFolder : ItemLocation::CommonFolder,
+                               path.substr(path.rfind('\\') + 1), ReadFileBytes(path)});
+        }
+        const std::pair<ItemLocation, RegistryRoot> keys[] = {
+            {ItemLocation::UserRun, RegistryRoot::CurrentUser},
+            {ItemLocation::MachineRun, RegistryRoot::LocalMachine},
+            {ItemLocation::MachineRun32, RegistryRoot::LocalMachine32}};
+        for (auto [at, root] : keys)
+            for (auto& [name, v] :
+                 reg.EnumValues(root, !held                         ? kRunKey
+                                      : at == ItemLocation::UserRun ? kSavedUserRunKey
+                                                                    : kSavedMachineRunKey))
+                all.push_back(
+                    {at, name, std::to_string(v.Type) + std::string(v.Data.begin(), v.Data.end())});
+        return all;
     }
 
     StartupLocations places;

@@ -6,19 +6,17 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <map>
 #include <regex>
 #include <set>
 #include <sstream>
 #include <string>
-#include <vector>
 
 namespace {
 
 namespace fs = std::filesystem;
 
-std::string Read(const fs::path& path) {
-    return tolvane::test::ReadFileBytes(path.string());
+std::string Source(const fs::path& name) {
+    return tolvane::test::ReadFileBytes((fs::path(TOLVANE_HELP_SOURCE) / name).string());
 }
 
 // The ordinary files that the CHM holds, by their names inside it ("/start.html").
@@ -28,45 +26,23 @@ std::set<std::string> ChmFiles() {
     FILE* pipe = popen(command.c_str(), "r");
     if (!pipe)
         return files;
+    static const std::regex file(R"(normal file.*\t([^\t\r\n]+))");
     char line[1024];
-    while (fgets(line, sizeof line, pipe)) {
-        std::string text = line;
-        const size_t tab = text.find_last_of('\t');
-        if (text.find("normal file") == std::string::npos || tab == std::string::npos)
-            continue;
-        std::string name = text.substr(tab + 1);
-        while (!name.empty() && (name.back() == '\n' || name.back() == '\r'))
-            name.pop_back();
-        files.insert(name);
-    }
+    std::cmatch m;
+    while (fgets(line, sizeof line, pipe))
+        if (std::regex_search(line, m, file))
+            files.insert(m[1].str());
     EXPECT_EQ(pclose(pipe), 0) << command;
     return files;
 }
 
-// "key=value" of the project file's [OPTIONS], and the lines of its [FILES].
-struct Project {
-    std::map<std::string, std::string> options;
-    std::vector<std::string> files;
-};
-
-Project ReadProject() {
-    Project project;
-    std::istringstream in(Read(fs::path(TOLVANE_HELP_SOURCE) / "tolvane.hhp"));
-    std::string section, line;
-    while (std::getline(in, line)) {
-        if (!line.empty() && line.back() == '\r')
-            line.pop_back();
-        if (line.empty() || line[0] == ';')
-            continue;
-        if (line[0] == '[') {
-            section = line;
-        } else if (section == "[OPTIONS]" && line.find('=') != std::string::npos) {
-            project.options[line.substr(0, line.find('='))] = line.substr(line.find('=') + 1);
-        } else if (section == "[FILES]") {
-            project.files.push_back(line);
-        }
-    }
-    return project;
+// The value of a line "key=value" of the project file.
+std::string Option(const std::string& project, const std::string& key) {
+    const size_t at = project.find("\n" + key + "=");
+    if (at == std::string::npos)
+        return {};
+    const size_t start = at + key.size() + 2;
+    return project.substr(start, project.find_first_of("\r\n", start) - start);
 }
 
 // Links of a page, a contents file or an index: href, src and the sitemaps' "Local" values.
@@ -81,25 +57,23 @@ std::vector<std::string> LinksOf(const std::string& text) {
     return links;
 }
 
-bool HasAnchor(const std::string& page, const std::string& anchor) {
-    return page.find("id=\"" + anchor + "\"") != std::string::npos ||
-           page.find("name=\"" + anchor + "\"") != std::string::npos;
-}
-
 TEST(HelpFile, TheChmHoldsEveryPageAndEveryLinkFindsItsTarget) {
     const std::set<std::string> chm = ChmFiles();
     ASSERT_FALSE(chm.empty()) << "chmlib lists nothing in " << TOLVANE_HELP_FILE;
-    const Project project = ReadProject();
-    for (const char* option : {"Contents file", "Index file", "Default topic"}) {
-        ASSERT_TRUE(project.options.count(option)) << option;
-        EXPECT_TRUE(chm.count("/" + project.options.at(option))) << project.options.at(option);
+    const std::string project = Source("tolvane.hhp");
+    EXPECT_EQ(Option(project, "Compiled file"), "Tolvane.chm");
+    for (const char* option : {"Contents file", "Index file", "Default topic"})
+        EXPECT_TRUE(chm.count("/" + Option(project, option))) << option;
+    // Every line of [FILES] up to the next section.
+    const size_t files = project.find("[FILES]");
+    ASSERT_NE(files, std::string::npos);
+    std::istringstream listed(project.substr(files + 7));
+    for (std::string file; std::getline(listed, file) && !file.starts_with("[");) {
+        if (!file.empty() && file != "\r")
+            EXPECT_TRUE(chm.count("/" + file.substr(0, file.find('\r')))) << file;
     }
-    EXPECT_EQ(project.options.at("Compiled file"), "Tolvane.chm");
-    for (const std::string& file : project.files)
-        EXPECT_TRUE(chm.count("/" + file)) << file << " is not in the CHM";
 
-    const std::string contents =
-        Read(fs::path(TOLVANE_HELP_SOURCE) / project.options.at("Contents file"));
+    const std::string contents = Source(Option(project, "Contents file"));
     size_t pages = 0;
     for (const auto& entry : fs::directory_iterator(TOLVANE_HELP_SOURCE)) {
         const std::string name = entry.path().filename().string();
@@ -112,18 +86,16 @@ TEST(HelpFile, TheChmHoldsEveryPageAndEveryLinkFindsItsTarget) {
             EXPECT_NE(contents.find("\"" + name + "\""), std::string::npos)
                 << name << " cannot be reached from the contents";
         }
-        const std::string text = Read(entry.path());
-        for (const std::string& link : LinksOf(text)) {
-            if (link.rfind("http:", 0) == 0 || link.rfind("https:", 0) == 0 ||
-                link.rfind("mailto:", 0) == 0)
+        for (const std::string& link : LinksOf(Source(name))) {
+            if (std::regex_search(link, std::regex("^(https?|mailto):")))
                 continue;
             const size_t hash = link.find('#');
-            const std::string file = link.substr(0, hash);
-            const std::string anchor = hash == std::string::npos ? "" : link.substr(hash + 1);
-            const std::string target = file.empty() ? name : file;
+            const std::string target = hash == 0 ? name : link.substr(0, hash);
             EXPECT_TRUE(chm.count("/" + target)) << name << " links to " << link;
-            if (!anchor.empty() && fs::exists(fs::path(TOLVANE_HELP_SOURCE) / target)) {
-                EXPECT_TRUE(HasAnchor(Read(fs::path(TOLVANE_HELP_SOURCE) / target), anchor))
+            if (hash != std::string::npos && fs::exists(fs::path(TOLVANE_HELP_SOURCE) / target)) {
+                const std::string anchor = link.substr(hash + 1), page = Source(target);
+                EXPECT_TRUE(page.find("id=\"" + anchor + "\"") != std::string::npos ||
+                            page.find("name=\"" + anchor + "\"") != std::string::npos)
                     << name << " links to " << link << ", which has no such anchor";
             }
         }

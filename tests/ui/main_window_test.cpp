@@ -190,7 +190,7 @@ TEST_F(MainWindowTest, SaveHelpSearchAndLanguage) {
     EXPECT_EQ(app.text.Menus[0], "&Datei");
     EXPECT_NE(File().find("const Language = Deutsch;"), std::string::npos);
     tree = window->Tree();
-    EXPECT_EQ(Caption("CurrentUserStartup"), app.text.Toolbar.at(10) + " (1)");
+    EXPECT_EQ(tree.Node(tree.Find("CurrentUserStartup")).Text, app.text.Toolbar.at(10) + " (1)");
     ASSERT_EQ(messages.shown.size(), 2u);
     EXPECT_EQ(messages.shown[1].Text, app.text.Message(41));
 

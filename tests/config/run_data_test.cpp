@@ -47,7 +47,6 @@ TEST(RunData, RunValuesReadAsWindowsReadsThem) {
         "C:\\Program Files\\Google\\Drive File Stream\\launch.bat",
         "C:\\Program Files (x86)\\Microsoft\\Skype for Desktop\\Skype.exe",
         "C:\\Program Files\\Dell\\SupportAssistAgent\\bin\\SupportAssistAgent.exe",
-        "C:\\Program Files\\iTunes\\iTunesHelper.exe",
         "C:\\Program Files\\Docker\\Docker\\Docker Desktop.exe",
         "C:\\Program Files\\Windows Defender\\MSASCui.exe",
         "C:\\Program Files\\Windows Defender\\MSASCuiL.exe",
@@ -59,7 +58,6 @@ TEST(RunData, RunValuesReadAsWindowsReadsThem) {
         "C:\\Windows\\System32\\cmd.exe",
         "C:\\Windows\\System32\\rundll32.exe",
         "C:\\Windows\\System32\\ctfmon.exe",
-        "C:\\Windows\\System32\\igfxtray.exe",
         "C:\\Windows\\System32\\SecurityHealthSystray.exe",
         "C:\\Windows\\System32\\LogiLDA.dll",
         "C:\\Windows\\System32\\DriverStore\\FileRepository\\realtekservice.inf_amd64_"
@@ -75,8 +73,6 @@ TEST(RunData, RunValuesReadAsWindowsReadsThem) {
         // Quoted programs, with and without arguments.
         {"\"C:\\Users\\Ann\\AppData\\Local\\Microsoft\\OneDrive\\OneDrive.exe\" /background", false,
          "C:\\Users\\Ann\\AppData\\Local\\Microsoft\\OneDrive\\OneDrive.exe", "/background"},
-        {"\"C:\\Program Files\\iTunes\\iTunesHelper.exe\"", false,
-         "C:\\Program Files\\iTunes\\iTunesHelper.exe", ""},
         // A driver's helper in the driver store, an upper-case system folder.
         {"\"C:\\WINDOWS\\System32\\DriverStore\\FileRepository\\realtekservice.inf_amd64_"
          "8b2c7e03b1f5e5c4\\RtkAudUService64.exe\" -background",
@@ -90,8 +86,6 @@ TEST(RunData, RunValuesReadAsWindowsReadsThem) {
          false, "C:\\Program Files\\Google\\Chrome\\Application\\chrome.exe",
          "--no-startup-window /prefetch:5"},
         // Squirrel's Update.exe: the arguments end in ".exe" and hold quotes.
-        {"C:\\Users\\Ann\\AppData\\Local\\Discord\\Update.exe --processStart Discord.exe", false,
-         "C:\\Users\\Ann\\AppData\\Local\\Discord\\Update.exe", "--processStart Discord.exe"},
         {"C:\\Users\\Ann\\AppData\\Local\\Microsoft\\Teams\\Update.exe --processStart "
          "\"Teams.exe\" --process-start-args \"--system-initiated\"",
          false, "C:\\Users\\Ann\\AppData\\Local\\Microsoft\\Teams\\Update.exe",
@@ -110,7 +104,6 @@ TEST(RunData, RunValuesReadAsWindowsReadsThem) {
         {"C:\\Tools\\agent --daemon", false, "C:\\Tools\\agent.exe", "--daemon"},
         // Programs of the system folders, found there or by their bare names; a DLL's entry.
         {"ctfmon.exe", false, "ctfmon.exe", ""},
-        {"C:\\Windows\\system32\\igfxtray.exe", false, "C:\\Windows\\system32\\igfxtray.exe", ""},
         {"C:\\Windows\\system32\\rundll32.exe C:\\Windows\\System32\\LogiLDA.dll,LogiFetch", false,
          "C:\\Windows\\system32\\rundll32.exe", "C:\\Windows\\System32\\LogiLDA.dll,LogiFetch"},
         // Commands through cmd and a batch file.

@@ -222,21 +222,8 @@ Lines Entries(const std::string& relative) {
 
 // Well-formed UTF-8 without a byte-order mark, every line ended by CR LF.
 bool InShippedForm(std::string_view bytes) {
-    if (bytes.starts_with("\xEF\xBB\xBF"))
-        return false;
-    for (size_t i = 0; i < bytes.size(); ++i) {
-        const unsigned char c = bytes[i];
-        if ((c == '\n' && (i == 0 || bytes[i - 1] != '\r')) ||
-            (c == '\r' && (i + 1 == bytes.size() || bytes[i + 1] != '\n')))
-            return false;
-        size_t more = c < 0x80 ? 0 : c < 0xC2 ? 9 : c < 0xE0 ? 1 : c < 0xF0 ? 2 : c < 0xF5 ? 3 : 9;
-        if (i + more >= bytes.size())
-            return false;
-        while (more--)
-            if ((bytes[++i] & 0xC0) != 0x80)
-                return false;
-    }
-    return true;
+    return IsUtf8(bytes) && !bytes.starts_with("\xEF\xBB\xBF") &&
+           ReplaceAll(std::string(bytes), "\r\n", "").find_first_of("\r\n") == std::string::npos;
 }
 
 // The fill-ins of a text ("%1" to "%9"), in the order of their numbers.

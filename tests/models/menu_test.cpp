@@ -79,7 +79,7 @@ TEST(TrayMenu, EmptyListsHaveNoSubmenuAndAnotherIndexShiftsEveryNumber) {
 }
 
 // The whole menu bar as rendered is the main window's test; here, what the model decides.
-TEST(MainMenu, LanguagesCheckedAndWhatTheCommandTableDoesNotRunGrayed) {
+TEST(MainMenu, LanguagesCheckedWhatTheCommandTableDoesNotRunGrayedAndToolbarCaptions) {
     std::vector<std::string> menus = TextTables().Menus;
     menus[14] = "&Forum";
     std::vector<MenuItem> bar = BuildMainMenu(menus, {{"English", "en"}, {"Deutsch", "de"}}, "de");
@@ -114,10 +114,9 @@ TEST(MainMenu, LanguagesCheckedAndWhatTheCommandTableDoesNotRunGrayed) {
 
     EXPECT_EQ(Outline(BuildItemPopup(menus)), "40010 Delay\n0 -\n40011 Stop\n0 -\n40012 Run\n0 -\n"
                                               "40013 Properties\n0 -\n40014 &Search Online\n");
-}
 
-TEST(MainMenu, ToolbarButtonsTakeTheMovesCaptionsAndTheToolbarTablesTips) {
-    std::vector<std::string> menus = TextTables().Menus;
+    // The toolbar's buttons take the moves' captions without their access keys, and the
+    // toolbar table's tips.
     menus[1] = "&&Save &me";
     std::string out;
     for (const ToolbarButton& b : BuildMainToolbar(menus, TextTables().Toolbar))

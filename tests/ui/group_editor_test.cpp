@@ -105,6 +105,7 @@ TEST_F(GroupEditorTest, AProgramAddedToANewGroupIsWrittenAndShown) {
     // into it.
     editor.Tree.Node(NodeOf("Startup")).Expanded = true;
     editor.ClickTV(NodeOf("Program Groups"));
+    EXPECT_EQ(editor.Message, Reason(33)); // the name in the box names a group already
     Type("My_Tools");
     EXPECT_FALSE(editor.AddGroupEnabled);
     EXPECT_EQ(editor.Message, Reason(33));
@@ -128,6 +129,7 @@ TEST_F(GroupEditorTest, AProgramAddedToANewGroupIsWrittenAndShown) {
     EXPECT_EQ(editor.Tree.Node(program).Parent, NodeOf("My Tools"));
     EXPECT_EQ(Rows(program), (Texts{"Parameters: -min", "Delay: 5"}));
     EXPECT_EQ(Rows(NodeOf("Tool.lnk")), (Texts{"Parameters:", "Delay: 2"}));
+    EXPECT_TRUE(editor.Tree.Node(0).Expanded);
     EXPECT_TRUE(editor.Tree.Node(NodeOf("My Tools")).Expanded);
     EXPECT_TRUE(editor.Tree.Node(NodeOf("Startup")).Expanded);
 
@@ -138,18 +140,26 @@ TEST_F(GroupEditorTest, AProgramAddedToANewGroupIsWrittenAndShown) {
     editor.Add();
     EXPECT_EQ(Rows(NodeOf("My Tools")), (Texts{"C:\\Tools\\Other.exe", "C:\\Tools\\Clock.exe"}));
 
-    // The rows' labels are the editor's texts as its language file gives them.
+    // The rows' labels and the message line are the editor's texts as its language file gives
+    // them.
     Texts german = Own();
     german[kEditorDelay] = "&Verz\xF6gerung";
+    german[kEditorExplanation] = "Gruppen enthalten Programme.";
     editor.SetCaptions(german);
+    EXPECT_EQ(editor.Message, "Gruppen enthalten Programme.");
     program = NodeOf("C:\\Tools\\Clock.exe");
     EXPECT_EQ(Rows(program), (Texts{"Parameters: -min", "Verz\xF6gerung: 5"}));
 
-    // A group named like a row is a group all the same: fields come from records.
+    // A group named like a row is a group all the same: fields come from records, and a group
+    // clicked after a program in edit mode holds nothing to edit.
     Type("Parameters: -min");
     editor.AddGroup();
+    editor.ClickTV(program);
+    editor.ChooseAddMode(false);
     editor.ClickTV(editor.Tree.Node(0).Children.back());
     EXPECT_EQ(Fields(), "Parameters: -min|||");
+    EXPECT_TRUE(editor.AddMode);
+    EXPECT_FALSE(editor.SelectedProgram);
     EXPECT_TRUE(editor.RemoveEnabled);
 }
 
@@ -160,40 +170,29 @@ TEST_F(GroupEditorTest, StartupKeepsItsNameAndNoOtherGroupTakesIt) {
     }
     files.writes = 0;
     // The group clicked, the name typed, the message line's entry (0: no refusal, the
-    // explanation shows), whether Add Group may be used. Edit Group never may.
-    struct Case {
-        const char *group, *typed;
-        size_t reason;
-        bool addGroup;
-    };
-    const Case cases[] = {
-        // "Startup" is never renamed: not to another name, not to an empty one.
-        {"Startup", "Startup", 0, false},
-        {"Startup", "Kit", 31, true},
-        {"Startup", "", 31, false},
-        {"Startup", "   ", 31, false},
-        // No other group is renamed to "Startup" in any letter case, to the name of another
-        // group in either spelling, or to nothing.
-        {"Other", "Startup", 32, false},
-        {"Other", "STARTUP", 32, false},
-        {"Other", "My_Tools", 33, false},
-        {"Other", "My Tools", 33, false},
-        {"Other", "", 34, false},
-        // With nothing selected, a name that a new group cannot have says so too.
-        {"Program Groups", "startup", 32, false},
-        {"Program Groups", "", 0, false},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(std::string(c.group) + " to \"" + c.typed + "\"");
-        editor.ClickTV(NodeOf(c.group));
-        Type(c.typed);
-        const std::string message = c.reason ? Reason(c.reason) : "Groups hold programs.";
+    // explanation shows), whether Add Group may be used. Edit Group never may. "Startup" is
+    // never renamed, not even to nothing; no other group is renamed to "Startup" in any letter
+    // case, to another group's name in either spelling, or to nothing; with nothing selected, a
+    // name that a new group cannot have says so too.
+    const std::tuple<const char*, const char*, size_t, bool> cases[] = {
+        {"Startup", "Startup", 0, false}, {"Startup", "Kit", 31, true},
+        {"Startup", "", 31, false},       {"Startup", "   ", 31, false},
+        {"Other", "Startup", 32, false},  {"Other", "STARTUP", 32, false},
+        {"Other", "My_Tools", 33, false}, {"Other", "My Tools", 33, false},
+        {"Other", "", 34, false},         {"Program Groups", "startup", 32, false},
+        {"Program Groups", "", 0, false}};
+    for (auto [group, typed, reason, addGroup] : cases) {
+        SCOPED_TRACE(std::string(group) + " to \"" + typed + "\"");
+        editor.ClickTV(NodeOf(group));
+        Type(typed);
+        const std::string message = reason ? Reason(reason) : "Groups hold programs.";
+        EXPECT_EQ(editor.RemoveEnabled, std::string(group) == "Other");
         EXPECT_FALSE(editor.EditGroupEnabled);
-        EXPECT_EQ(editor.AddGroupEnabled, c.addGroup);
+        EXPECT_EQ(editor.AddGroupEnabled, addGroup);
         EXPECT_EQ(editor.Message, message);
         // Asked all the same, the model renames nothing and writes nothing.
         editor.EditGroup();
-        if (!c.addGroup)
+        if (!addGroup)
             editor.AddGroup();
         EXPECT_EQ(editor.Message, message);
     }
@@ -300,14 +299,11 @@ TEST_F(GroupEditorTest, BadInputIsRefusedAndRemovingAsksAndSparesStartup) {
     });
     ASSERT_TRUE(editor.RefreshGroups());
     const std::string before = files.file;
-    const std::tuple<const char*, const char*, size_t> refused[] = {
-        {"C:\\Tools\\Clock.exe", ".", 7},
-        {"C:\\Tools\\Clock.exe", "1.2.3", 7},
-        {"C:\\Tools\\Clock.exe", "a", 7},
-        {"C:\\Tools\\Missing.exe", "1", 5}};
-    for (auto [path, delay, reason] : refused) {
+    // A delay that is no number, then a file that is not there.
+    const std::pair<const char*, size_t> refused[] = {{".", 7}, {"1.2.3", 7}, {"a", 7}, {"1", 5}};
+    for (auto [delay, reason] : refused) {
         Type("Other");
-        TypePath(path);
+        TypePath("C:\\Tools\\Missing.exe");
         editor.Delay = delay;
         editor.Add();
         ASSERT_FALSE(messages.shown.empty());

@@ -250,6 +250,9 @@ TEST_F(GroupEditorTest, EditModeChangesTheClickedProgramByItsRecord) {
     ASSERT_NE(nodeB, TreeModel::kNone);
     EXPECT_NE(nodeB, editor.FindProgramNode(a));
     EXPECT_EQ(editor.Tree.Node(editor.Tree.Node(nodeB).Parent).Text, "Startup");
+    GroupProgram moved = b;
+    moved.Delay = 4;
+    EXPECT_EQ(editor.FindProgramNode(moved), TreeModel::kNone);
     editor.ClickTV(nodeB);
     EXPECT_EQ(Fields(), "Startup|C:\\Tools\\Clock.exe|-b|3");
 
@@ -288,14 +291,22 @@ TEST_F(GroupEditorTest, EditModeChangesTheClickedProgramByItsRecord) {
 }
 
 TEST_F(GroupEditorTest, BadInputIsRefusedAndRemovingAsksAndSparesStartup) {
+    // "Startup" typed: edit mode only, and with no program of it clicked, nothing to edit.
     Type("Startup");
     editor.ChooseAddMode(true);
-    EXPECT_FALSE(editor.AddMode); // "Startup" typed: edit mode only
+    EXPECT_FALSE(editor.AddMode);
+    TypePath("C:\\Tools\\Clock.exe");
+    editor.Parameters = "-x";
+    editor.Add();
+    EXPECT_EQ(Fields(), "Startup|||0");
+    EXPECT_EQ(files.writes, 0);
 
-    // "Other" comes first in the file and holds Other.exe.
+    // "Other" comes first in the file and holds Other.exe and a program in a "Startup" folder.
     files.Change([](ProgramModel& file) {
         file.ProgramGroups.insert(file.ProgramGroups.begin(),
-                                  {"Other", {{"C:\\Tools\\Other.exe", "", "Execute", 1, ""}}});
+                                  {"Other",
+                                   {{"C:\\Tools\\Other.exe", "", "Execute", 1, ""},
+                                    {"C:\\Startup\\Late.exe", "", "Execute", 2, ""}}});
     });
     ASSERT_TRUE(editor.RefreshGroups());
     const std::string before = files.file;
@@ -322,11 +333,13 @@ TEST_F(GroupEditorTest, BadInputIsRefusedAndRemovingAsksAndSparesStartup) {
             taken += static_cast<char>(key);
     EXPECT_EQ(taken, "\b.0123456789");
 
-    // Nothing of a group whose name holds "startup" is removed: not offered, and refused if
-    // asked.
+    // Nothing of a group whose name holds "startup", nor a program whose path does, is removed:
+    // not offered, and refused if asked.
     Type("My startup things");
     editor.AddGroup();
     editor.ClickTV(NodeOf("My startup things"));
+    EXPECT_FALSE(editor.RemoveEnabled);
+    editor.ClickTV(NodeOf("C:\\Startup\\Late.exe"));
     EXPECT_FALSE(editor.RemoveEnabled);
     editor.ClickTV(NodeOf("Tool.lnk"));
     editor.Remove();
@@ -340,7 +353,7 @@ TEST_F(GroupEditorTest, BadInputIsRefusedAndRemovingAsksAndSparesStartup) {
     editor.Remove();
     EXPECT_FALSE(files.Holds("Other.exe"));
     EXPECT_EQ(Fields(), "Other|||0");
-    EXPECT_EQ(Rows(NodeOf("Other")), Texts{});
+    EXPECT_EQ(Rows(NodeOf("Other")), Texts{"C:\\Startup\\Late.exe"});
 
     // Removing a group asks first; "No" keeps it. Removed, it is gone from the name box and
     // the list, and the open "Startup" group stays open.

@@ -228,7 +228,7 @@ TEST_F(GroupEditorTest, StartupKeepsItsNameAndNoOtherGroupTakesIt) {
 // program's own, and edit mode changes that one only, once.
 TEST_F(GroupEditorTest, EditModeChangesTheClickedProgramByItsRecord) {
     const GroupProgram a{"C:\\Tools\\Clock.exe", "-a", "ExecuteReg", 3, "ClockA"};
-    const GroupProgram b{"C:\\Tools\\Clock.exe", "-b", "ExecuteReg", 3, "ClockB"};
+    const GroupProgram b{"C:\\Tools\\Clock.exe", "-b", "ExecuteReg", 1, "ClockB"};
     // The file names "Other" twice, as a hand-edited one may; the second holds b.
     files.Change([&](ProgramModel& file) {
         file.ProgramGroups[0].Programs.push_back(a);
@@ -254,31 +254,49 @@ TEST_F(GroupEditorTest, EditModeChangesTheClickedProgramByItsRecord) {
     moved.Delay = 4;
     EXPECT_EQ(editor.FindProgramNode(moved), TreeModel::kNone);
     editor.ClickTV(nodeB);
-    EXPECT_EQ(Fields(), "Startup|C:\\Tools\\Clock.exe|-b|3");
+    EXPECT_EQ(Fields(), "Startup|C:\\Tools\\Clock.exe|-b|1");
+
+    // A delay below 0 changes nothing.
+    editor.Delay = "-1";
+    editor.Add();
+    EXPECT_EQ(messages.shown.back().Text, Reason(7));
+    EXPECT_EQ(files.writes, 0);
 
     // Open nodes stay open, and the changed program stays selected under its new record.
     editor.Tree.Node(NodeOf("Startup")).Expanded = true;
     editor.Tree.Node(nodeB).Expanded = true;
-    editor.Delay = "7";
+    editor.Delay = "0";
     editor.Add();
     EXPECT_TRUE(files.Holds("ExecuteReg (\"C:\\Tools\\Clock.exe\", \"-a\", 3, \"ClockA\");"));
-    EXPECT_TRUE(files.Holds("ExecuteReg (\"C:\\Tools\\Clock.exe\", \"-b\", 7, \"ClockB\");"));
-    EXPECT_TRUE(files.Holds("ExecuteReg (\"C:\\Tools\\Clock.exe\", \"-b\", 3, \"ClockB\");"))
+    EXPECT_TRUE(files.Holds("ExecuteReg (\"C:\\Tools\\Clock.exe\", \"-b\", 0, \"ClockB\");"));
+    EXPECT_TRUE(files.Holds("ExecuteReg (\"C:\\Tools\\Clock.exe\", \"-b\", 1, \"ClockB\");"))
         << files.file; // the copy in "Other"
     EXPECT_EQ(files.writes, 1);
-    EXPECT_EQ(Fields(), "Startup|C:\\Tools\\Clock.exe|-b|7");
+    EXPECT_EQ(Fields(), "Startup|C:\\Tools\\Clock.exe|-b|0");
     const int updated = editor.Tree.Selected();
     ASSERT_NE(updated, TreeModel::kNone);
-    EXPECT_EQ(Rows(updated), (Texts{"Parameters: -b", "Delay: 7"}));
+    EXPECT_EQ(Rows(updated), (Texts{"Parameters: -b", "Delay: 0"}));
     EXPECT_TRUE(editor.Tree.Node(updated).Expanded);
     EXPECT_TRUE(editor.Tree.Node(NodeOf("Startup")).Expanded);
     EXPECT_FALSE(editor.Tree.Node(NodeOf("Other")).Expanded);
 
     // A second click adds no copy and changes nothing more.
-    const std::string after = files.file;
+    std::string after = files.file;
     editor.Add();
     EXPECT_EQ(files.file, after);
     EXPECT_EQ(files.writes, 1);
+
+    // a, removed by another copy meanwhile, has nothing left to update: the tree shows the file
+    // as it is now.
+    editor.ClickTV(editor.FindProgramNode(a));
+    files.Change([&](ProgramModel& file) {
+        std::erase_if(file.ProgramGroups[0].Programs, [&](auto& p) { return SameRecord(p, a); });
+    });
+    after = files.file;
+    editor.Delay = "5";
+    editor.Add();
+    EXPECT_EQ(files.file, after);
+    EXPECT_EQ(editor.FindProgramNode(a), TreeModel::kNone);
 
     // b of the second "Other" is not found by its group's name: nothing changes, and nothing
     // stays selected that edit mode no longer stands for.
@@ -288,6 +306,7 @@ TEST_F(GroupEditorTest, EditModeChangesTheClickedProgramByItsRecord) {
     editor.Add();
     EXPECT_EQ(files.file, after);
     EXPECT_EQ(editor.Tree.Selected(), TreeModel::kNone);
+    EXPECT_FALSE(editor.SelectedProgram);
 }
 
 TEST_F(GroupEditorTest, BadInputIsRefusedAndRemovingAsksAndSparesStartup) {

@@ -75,6 +75,17 @@ TEST_F(OptionsTest, OkStoresWhatChangedOverWhatTheFileHoldsNow) {
                        options.WaitForIdle),
               std::tuple("30", 1, 1, true, false));
     EXPECT_EQ(Ok(options), Lines{});
+    // A type stored outside the choices shows as none chosen.
+    const std::tuple<int, int, int> stored[] = {
+        {0, 0, 0}, {2, 2, -1}, {3, 3, -1}, {4, -1, -1}, {-1, -1, -1}};
+    for (auto [type, runAtLogin, closeMethod] : stored) {
+        model.StartupType = model.CloseType = type;
+        const OptionsModel shown = Open();
+        EXPECT_EQ(std::pair(shown.RunAtLogin, shown.CloseMethod),
+                  std::pair(runAtLogin, closeMethod))
+            << type;
+    }
+    model.StartupType = model.CloseType = 1;
 
     // Only the close button: the file, and the Run entry left alone. What another copy of the
     // program wrote meanwhile stays.
@@ -102,7 +113,7 @@ TEST_F(OptionsTest, OkStoresWhatChangedOverWhatTheFileHoldsNow) {
     EXPECT_EQ(Open().DelayText, "2.5"); // shown again as it was typed
 
     // No start-up type chosen: -1 is passed on and stored. A cleared box is stored as 0, a
-    // ticked one as -1.
+    // ticked tips box as -1.
     OptionsModel none = Open();
     none.RunAtLogin = -1;
     none.ShowTips = false;
@@ -113,8 +124,10 @@ TEST_F(OptionsTest, OkStoresWhatChangedOverWhatTheFileHoldsNow) {
     EXPECT_TRUE(host.Holds("const ShowTipsAtStartup = 0;"));
     OptionsModel tips = Open();
     tips.ShowTips = true;
+    tips.WaitForIdle = false;
     EXPECT_EQ(Ok(tips), Lines{"Change"});
     EXPECT_TRUE(host.Holds("const ShowTipsAtStartup = -1;"));
+    EXPECT_EQ(model.WaitForIdle, 0);
     EXPECT_TRUE(messages.shown.empty());
 }
 

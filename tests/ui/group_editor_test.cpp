@@ -228,7 +228,7 @@ TEST_F(GroupEditorTest, StartupKeepsItsNameAndNoOtherGroupTakesIt) {
 // program's own, and edit mode changes that one only, once.
 TEST_F(GroupEditorTest, EditModeChangesTheClickedProgramByItsRecord) {
     const GroupProgram a{"C:\\Tools\\Clock.exe", "-a", "ExecuteReg", 3, "ClockA"};
-    const GroupProgram b{"C:\\Tools\\Clock.exe", "-b", "ExecuteReg", 1, "ClockB"};
+    const GroupProgram b{"C:\\Tools\\Clock.exe", "-b", "ExecuteReg", 3, "ClockB"};
     // The file names "Other" twice, as a hand-edited one may; the second holds b.
     files.Change([&](ProgramModel& file) {
         file.ProgramGroups[0].Programs.push_back(a);
@@ -239,12 +239,21 @@ TEST_F(GroupEditorTest, EditModeChangesTheClickedProgramByItsRecord) {
     ASSERT_TRUE(editor.RefreshGroups());
     files.writes = 0;
 
-    // The delay row fills all four fields from its program; "Startup" is edited only.
+    // The delay row fills all four fields from its program; "Startup" is edited only, and not
+    // to a delay below 0.
     editor.ClickTV(editor.Tree.Node(NodeOf("Tool.lnk")).Children[1]);
     EXPECT_EQ(Fields(), "Startup|Tool.lnk||2");
     EXPECT_FALSE(editor.RemoveEnabled);
     EXPECT_FALSE(editor.AddModeEnabled);
     EXPECT_FALSE(editor.AddMode);
+    editor.Delay = "-1";
+    editor.Add();
+    EXPECT_EQ(messages.shown.back().Text, Reason(7));
+    EXPECT_EQ(files.writes, 0);
+    editor.Delay = "0";
+    editor.Parameters = "-min";
+    editor.Add();
+    EXPECT_TRUE(files.Holds("Execute (\"Tool.lnk\", \"-min\", 0, \"\");"));
 
     const int nodeB = editor.FindProgramNode(b);
     ASSERT_NE(nodeB, TreeModel::kNone);
@@ -254,28 +263,22 @@ TEST_F(GroupEditorTest, EditModeChangesTheClickedProgramByItsRecord) {
     moved.Delay = 4;
     EXPECT_EQ(editor.FindProgramNode(moved), TreeModel::kNone);
     editor.ClickTV(nodeB);
-    EXPECT_EQ(Fields(), "Startup|C:\\Tools\\Clock.exe|-b|1");
-
-    // A delay below 0 changes nothing.
-    editor.Delay = "-1";
-    editor.Add();
-    EXPECT_EQ(messages.shown.back().Text, Reason(7));
-    EXPECT_EQ(files.writes, 0);
+    EXPECT_EQ(Fields(), "Startup|C:\\Tools\\Clock.exe|-b|3");
 
     // Open nodes stay open, and the changed program stays selected under its new record.
     editor.Tree.Node(NodeOf("Startup")).Expanded = true;
     editor.Tree.Node(nodeB).Expanded = true;
-    editor.Delay = "0";
+    editor.Delay = "7";
     editor.Add();
     EXPECT_TRUE(files.Holds("ExecuteReg (\"C:\\Tools\\Clock.exe\", \"-a\", 3, \"ClockA\");"));
-    EXPECT_TRUE(files.Holds("ExecuteReg (\"C:\\Tools\\Clock.exe\", \"-b\", 0, \"ClockB\");"));
-    EXPECT_TRUE(files.Holds("ExecuteReg (\"C:\\Tools\\Clock.exe\", \"-b\", 1, \"ClockB\");"))
+    EXPECT_TRUE(files.Holds("ExecuteReg (\"C:\\Tools\\Clock.exe\", \"-b\", 7, \"ClockB\");"));
+    EXPECT_TRUE(files.Holds("ExecuteReg (\"C:\\Tools\\Clock.exe\", \"-b\", 3, \"ClockB\");"))
         << files.file; // the copy in "Other"
-    EXPECT_EQ(files.writes, 1);
-    EXPECT_EQ(Fields(), "Startup|C:\\Tools\\Clock.exe|-b|0");
+    EXPECT_EQ(files.writes, 2);
+    EXPECT_EQ(Fields(), "Startup|C:\\Tools\\Clock.exe|-b|7");
     const int updated = editor.Tree.Selected();
     ASSERT_NE(updated, TreeModel::kNone);
-    EXPECT_EQ(Rows(updated), (Texts{"Parameters: -b", "Delay: 0"}));
+    EXPECT_EQ(Rows(updated), (Texts{"Parameters: -b", "Delay: 7"}));
     EXPECT_TRUE(editor.Tree.Node(updated).Expanded);
     EXPECT_TRUE(editor.Tree.Node(NodeOf("Startup")).Expanded);
     EXPECT_FALSE(editor.Tree.Node(NodeOf("Other")).Expanded);
@@ -284,7 +287,7 @@ TEST_F(GroupEditorTest, EditModeChangesTheClickedProgramByItsRecord) {
     std::string after = files.file;
     editor.Add();
     EXPECT_EQ(files.file, after);
-    EXPECT_EQ(files.writes, 1);
+    EXPECT_EQ(files.writes, 2);
 
     // a, removed by another copy meanwhile, has nothing left to update: the tree shows the file
     // as it is now.
@@ -362,7 +365,7 @@ TEST_F(GroupEditorTest, BadInputIsRefusedAndRemovingAsksAndSparesStartup) {
     EXPECT_FALSE(editor.RemoveEnabled);
     editor.ClickTV(NodeOf("Tool.lnk"));
     editor.Remove();
-    EXPECT_EQ(messages.shown.back().Title, "Tolvane");
+    EXPECT_EQ(messages.shown.back().Text, Reason(12));
     EXPECT_TRUE(files.Holds("Tool.lnk"));
 
     // A program of another group is removed; its group stays, named in the box.
@@ -379,6 +382,7 @@ TEST_F(GroupEditorTest, BadInputIsRefusedAndRemovingAsksAndSparesStartup) {
     editor.ClickTV(NodeOf("Other"));
     messages.answer = kIdNo;
     editor.Remove();
+    EXPECT_EQ(messages.shown.back().Text, Reason(10));
     EXPECT_EQ(messages.shown.back().Style, unsigned(kMbYesNo | kMbIconQuestion | kMbDefButton2));
     EXPECT_TRUE(files.Holds("void Other()"));
     messages.answer = kIdYes;

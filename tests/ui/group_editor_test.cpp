@@ -106,7 +106,8 @@ TEST_F(GroupEditorTest, AProgramAddedToANewGroupIsWrittenAndShown) {
     Type("My_Tools");
     EXPECT_EQ(editor.Message, Reason(33));
     editor.AddGroup();
-    EXPECT_FALSE(editor.AddEnabled); // no path yet
+    EXPECT_EQ(editor.Tree.Selected(), 0); // the tree built afresh keeps the root selected
+    EXPECT_FALSE(editor.AddEnabled);      // no path yet
     TypePath("C:\\Tools\\Clock.exe");
     EXPECT_TRUE(editor.AddEnabled);
     editor.Parameters = "-min";

@@ -93,7 +93,6 @@ protected:
 
 TEST_F(GroupEditorTest, AProgramAddedToANewGroupIsWrittenAndShown) {
     Type("My Tools");
-    EXPECT_FALSE(editor.AddEnabled); // an unlisted group
     editor.AddGroup();
     EXPECT_TRUE(files.Holds("void My_Tools()"));
     EXPECT_EQ(editor.GroupNames, (Texts{"Startup", "My Tools"}));
@@ -110,6 +109,9 @@ TEST_F(GroupEditorTest, AProgramAddedToANewGroupIsWrittenAndShown) {
     EXPECT_FALSE(editor.AddEnabled);      // no path yet
     TypePath("C:\\Tools\\Clock.exe");
     EXPECT_TRUE(editor.AddEnabled);
+    Type("Nowhere");
+    EXPECT_FALSE(editor.AddEnabled); // an unlisted group
+    Type("My_Tools");
     editor.Parameters = "-min";
     editor.Delay = "5";
     editor.Add();
@@ -335,6 +337,7 @@ TEST_F(GroupEditorTest, BadInputIsRefusedAndRemovingAsksAndSparesStartup) {
         ASSERT_FALSE(messages.shown.empty());
         EXPECT_EQ(messages.shown.back().Text, Reason(reason)) << delay;
     }
+    EXPECT_TRUE(editor.AddModeEnabled); // "Startup" no longer typed
     EXPECT_EQ(files.file, before);
 
     // A cancelled file dialog empties the path.

@@ -119,6 +119,7 @@ TEST_F(GroupEditorTest, AProgramAddedToANewGroupIsWrittenAndShown) {
         "void My_Tools()\r\n{\r\n     Execute (\"C:\\Tools\\Clock.exe\", \"-min\", 5, \"\");"))
         << files.file;
     EXPECT_EQ(Fields(), "|||0");
+    EXPECT_FALSE(editor.AddEnabled);
     EXPECT_EQ(editor.Tree.Selected(), TreeModel::kNone);
     EXPECT_EQ(editor.GroupNames, (Texts{"Startup", "My Tools"}));
 
@@ -133,7 +134,7 @@ TEST_F(GroupEditorTest, AProgramAddedToANewGroupIsWrittenAndShown) {
     // A group lists its programs in the order the log-on run starts them: by their delays.
     Type("My Tools");
     TypePath("C:\\Tools\\Other.exe");
-    editor.Delay = "1";
+    editor.Delay = "0";
     editor.Add();
     EXPECT_EQ(Rows(NodeOf("My Tools")), (Texts{"C:\\Tools\\Other.exe", "C:\\Tools\\Clock.exe"}));
 

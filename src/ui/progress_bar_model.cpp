@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace tolvane {
 
@@ -80,8 +81,9 @@ std::vector<ColourSpan> ProgressBarModel::FilledSpans(int areaWidth, Colour soli
         return {{0, filled, solidColour}};
 
     // Each line lands on the device column its x falls into; a later line overdraws an
-    // earlier one there, as drawing them one after another would.
-    std::vector<int> blueOf(static_cast<size_t>(filled), -1);
+    // earlier one there, as drawing them one after another would. A column that no line falls
+    // into takes the colour of the column before it.
+    std::vector<std::optional<uint8_t>> blueOf(static_cast<size_t>(filled));
     const double pixelsPerUnit = areaWidth / static_cast<double>(ScaleWidth());
     WalkGradient(*this, [&](float x, uint8_t blue) {
         // x and the columns per unit are binary fractions, so a line that stands exactly on
@@ -92,11 +94,11 @@ std::vector<ColourSpan> ProgressBarModel::FilledSpans(int areaWidth, Colour soli
             blueOf[static_cast<size_t>(column)] = blue;
     });
     std::vector<ColourSpan> spans;
-    int blue = 0;
+    uint8_t blue = 0;
     for (int column = 0; column < filled; ++column) {
-        if (blueOf[static_cast<size_t>(column)] >= 0)
-            blue = blueOf[static_cast<size_t>(column)];
-        const Colour colour = RgbColour(0, 0, static_cast<uint8_t>(blue));
+        if (const auto own = blueOf[static_cast<size_t>(column)])
+            blue = *own;
+        const Colour colour = RgbColour(0, 0, blue);
         if (!spans.empty() && spans.back().colour == colour)
             spans.back().right = column + 1;
         else

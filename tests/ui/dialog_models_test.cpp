@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "config/program_group_file.h"
-#include "platform/log_rules.h"
 #include "support/test_support.h"
 #include "text/text_tables.h"
 #include "ui/options/options_model.h"
@@ -16,6 +15,8 @@
 
 namespace tolvane {
 namespace {
+
+using Lines = std::vector<std::string>;
 
 // Records every call with the settings as they stood at that moment; the file is the real
 // writer's text, and `model` what it holds.
@@ -42,17 +43,24 @@ struct RecordingHost : OptionsHost {
 
     ProgramModel& model;
     std::string profileFolder; // the program folder, when it is inside a profile
-    std::vector<std::string> calls;
+    Lines calls;
     std::string file;
     bool failWrite = false;
     std::function<void(ProgramModel&)> changedElsewhere;
 };
 
+// The settings start at 30 s, types 1 and 1, tips 1.
 class OptionsTest : public ::testing::Test {
 protected:
-    void SetUp() override { SetDefaultModel(model); } // 30 s, types 1 and 1, tips 1
+    void SetUp() override { SetDefaultModel(model); }
     OptionsModel Open(std::string decimal = ".") {
         return OptionsModel(model, host, messages, TextTables().Messages, std::move(decimal));
+    }
+    // What OK called, from a fresh record.
+    Lines Ok(OptionsModel& options, bool closes = true) {
+        host.calls.clear();
+        EXPECT_EQ(options.Ok(), closes);
+        return host.calls;
     }
 
     ProgramModel model;
@@ -60,128 +68,114 @@ protected:
     test::CapturedMessages messages;
 };
 
-TEST_F(OptionsTest, OkWritesOnlyWhatChangedInThePartsOrder) {
+TEST_F(OptionsTest, OkStoresWhatChangedOverWhatTheFileHoldsNow) {
     // Opened and confirmed as it stands: nothing is called.
     OptionsModel options = Open();
-    EXPECT_EQ(options.DelayText, "30");
-    EXPECT_EQ(options.RunAtLogin, 1);
-    EXPECT_EQ(options.CloseMethod, 1);
-    EXPECT_TRUE(options.ShowTips);
-    EXPECT_FALSE(options.Changed());
-    EXPECT_TRUE(options.Ok());
-    EXPECT_TRUE(host.calls.empty());
+    EXPECT_EQ(std::tie(options.DelayText, options.RunAtLogin, options.CloseMethod, options.ShowTips,
+                       options.WaitForIdle),
+              std::tuple("30", 1, 1, true, false));
+    EXPECT_EQ(Ok(options), Lines{});
+    // A type stored outside the choices shows as none chosen.
+    const std::tuple<int, int, int> stored[] = {
+        {0, 0, 0}, {2, 2, -1}, {3, 3, -1}, {4, -1, -1}, {-1, -1, -1}};
+    for (auto [type, runAtLogin, closeMethod] : stored) {
+        model.StartupType = model.CloseType = type;
+        const OptionsModel shown = Open();
+        EXPECT_EQ(std::pair(shown.RunAtLogin, shown.CloseMethod),
+                  std::pair(runAtLogin, closeMethod))
+            << type;
+    }
+    model.StartupType = model.CloseType = 1;
 
-    // Only the close button: the file, and the Run keys left alone.
+    // Only the close button: the file, and the Run entry left alone. What another copy of the
+    // program wrote meanwhile stays.
+    host.changedElsewhere = [](ProgramModel& file) {
+        file.AddProgramToGroup(file.StartupGroupIndex, "ExecuteReg", "C:\\chat.exe", "", 0, "C");
+    };
     options.CloseMethod = 0;
-    EXPECT_TRUE(options.Ok());
-    EXPECT_EQ(host.calls, std::vector<std::string>{"Change"});
+    EXPECT_EQ(Ok(options), Lines{"Change"});
     EXPECT_TRUE(host.Holds("const CloseType = 0;"));
     EXPECT_TRUE(host.Holds("const StartupType = 1;"));
+    EXPECT_TRUE(host.Holds("ExecuteReg (\"C:\\chat.exe\", \"\", 0, \"C\");"));
 
     // The start-up type: the Run entry first, with the settings still the old ones, then one
-    // write of the new settings. What the user left alone stays as the file has it.
-    host.calls.clear();
+    // write of the new settings. What the user left alone stays as the file has it, even when
+    // another copy changed it since the dialog opened.
     OptionsModel again = Open();
     again.RunAtLogin = 3;
     again.DelayText = "2.5";
-    EXPECT_TRUE(again.Ok());
-    EXPECT_EQ(host.calls,
-              (std::vector<std::string>{"UpdateRunEntry 3 while StartupType 1", "Change"}));
+    host.changedElsewhere = [](ProgramModel& file) { file.CloseType = 1; };
+    EXPECT_EQ(Ok(again), (Lines{"UpdateRunEntry 3 while StartupType 1", "Change"}));
     EXPECT_TRUE(host.Holds("const StartupType = 3;"));
     EXPECT_TRUE(host.Holds("const MainStartupDelay = 2.5;"));
     EXPECT_TRUE(host.Holds("const ShowTipsAtStartup = 1;"));
-    // Shown again as it was typed.
-    EXPECT_EQ(Open().DelayText, "2.5");
-    EXPECT_FALSE(Open().Changed());
+    EXPECT_TRUE(host.Holds("const CloseType = 1;"));
+    EXPECT_EQ(Open().DelayText, "2.5"); // shown again as it was typed
 
-    // No start-up type chosen and a change elsewhere: -1 is passed on and stored.
-    host.calls.clear();
+    // No start-up type chosen: -1 is passed on and stored. A cleared box is stored as 0, a
+    // ticked tips box as -1.
     OptionsModel none = Open();
     none.RunAtLogin = -1;
     none.ShowTips = false;
     none.WaitForIdle = true;
-    EXPECT_TRUE(none.Ok());
-    EXPECT_TRUE(host.Holds("const WaitForIdle = 1;"));
-    EXPECT_EQ(host.calls.front(), "UpdateRunEntry -1 while StartupType 3");
+    EXPECT_EQ(Ok(none).front(), "UpdateRunEntry -1 while StartupType 3");
     EXPECT_EQ(model.StartupType, -1);
+    EXPECT_TRUE(host.Holds("const WaitForIdle = 1;"));
     EXPECT_TRUE(host.Holds("const ShowTipsAtStartup = 0;"));
-    // A ticked box is stored as -1.
     OptionsModel tips = Open();
     tips.ShowTips = true;
-    EXPECT_TRUE(tips.Ok());
+    tips.WaitForIdle = false;
+    EXPECT_EQ(Ok(tips), Lines{"Change"});
     EXPECT_TRUE(host.Holds("const ShowTipsAtStartup = -1;"));
+    EXPECT_EQ(model.WaitForIdle, 0);
     EXPECT_TRUE(messages.shown.empty());
 }
 
-// The dialog was open while another copy of the program (tolvanec from a script, say) changed
-// the file: OK stores what the user changed over what the file holds now, and what the other
-// copy wrote stays.
-TEST_F(OptionsTest, OkKeepsWhatAnotherCopyWroteMeanwhile) {
-    OptionsModel options = Open();
-    host.changedElsewhere = [](ProgramModel& file) {
-        file.CloseType = 0;
-        file.AddProgramToGroup(file.StartupGroupIndex, "ExecuteReg", "C:\\chat.exe", "-min", 0,
-                               "Chat");
-    };
-    options.DelayText = "12";
-    EXPECT_TRUE(options.Ok());
-    EXPECT_TRUE(host.Holds("const MainStartupDelay = 12;"));
-    EXPECT_TRUE(host.Holds("const CloseType = 0;"));
-    EXPECT_TRUE(host.Holds("ExecuteReg (\"C:\\chat.exe\", \"-min\", 0, \"Chat\");"));
-}
-
-TEST_F(OptionsTest, ADelayThatIsNoNumberOrAFailedWriteKeepsTheDialogOpenAndChangesNothing) {
+TEST_F(OptionsTest, RefusedOrUnwrittenTheDialogStaysOpenAndNothingChanges) {
     // All users cannot start the program from inside one user's profile: refused, with the
-    // folder named, and nothing changed.
+    // folder named. For this user only, it may.
     host.profileFolder = "C:\\Users\\Ann\\AppData\\Local\\Programs\\Tolvane";
     OptionsModel forAll = Open();
     forAll.RunAtLogin = 3;
-    EXPECT_FALSE(forAll.Ok());
-    EXPECT_EQ(host.calls.size(), 1u);
+    EXPECT_EQ(Ok(forAll, false).size(), 1u); // the log line
     EXPECT_NE(messages.shown.back().Text.find("\r\n" + host.profileFolder + "\r\n"),
               std::string::npos);
     EXPECT_EQ(model.StartupType, 1);
-    forAll.RunAtLogin = 2; // for this user only, it may
-    EXPECT_TRUE(forAll.Ok());
-    EXPECT_TRUE(host.Holds("const StartupType = 2;"));
+    forAll.RunAtLogin = 2;
+    EXPECT_EQ(Ok(forAll).back(), "Change");
     model.StartupType = 1;
-    host.profileFolder.clear();
-    host.calls.clear();
 
+    // A delay that is no number: logged and told, before anything changes.
     for (const char* bad : {"", "1.2.3", "-1", "1e3", "1,5", "5 s", "."}) {
         OptionsModel options = Open();
         options.DelayText = bad;
         options.RunAtLogin = 2;
-        EXPECT_FALSE(options.Ok()) << bad;
-        ASSERT_EQ(host.calls.size(), 1u) << bad;
-        EXPECT_EQ(host.calls[0].rfind("Log 1 Set Startup Delay error: ", 0), 0u) << host.calls[0];
-        host.calls.clear();
+        const Lines calls = Ok(options, false);
+        ASSERT_EQ(calls.size(), 1u) << bad;
+        EXPECT_EQ(calls[0].rfind("Log 1 Set Startup Delay error: ", 0), 0u) << calls[0];
+        EXPECT_EQ(messages.shown.back().Text, TextTables().Message(7)) << bad;
     }
     EXPECT_EQ(model.StartupType, 1);
-    EXPECT_EQ(messages.shown.back().Text, TextTables().Message(7));
 
     // The locale's own separator is read as well as a full stop.
     OptionsModel comma = Open(",");
     comma.DelayText = "2,5";
-    EXPECT_TRUE(comma.Ok());
+    EXPECT_EQ(Ok(comma), Lines{"Change"});
     EXPECT_FLOAT_EQ(model.MainStartupDelay, 2.5f);
     EXPECT_EQ(Open(",").DelayText, "2.5");
 
     // A file that cannot be written: logged, told, and the settings as the file still has
     // them, so that OK once more tries again.
-    host.calls.clear();
     host.failWrite = true;
     OptionsModel options = Open();
     options.CloseMethod = 0;
     options.WaitForIdle = true;
-    EXPECT_FALSE(options.Ok());
-    EXPECT_EQ(host.calls,
-              std::vector<std::string>{"Log 1 Set Startup Delay error: the disk is full"});
+    EXPECT_EQ(Ok(options, false), Lines{"Log 1 Set Startup Delay error: the disk is full"});
     EXPECT_EQ(messages.shown.back().Text, "The settings could not be saved:\r\nthe disk is full");
     EXPECT_EQ(model.CloseType, 1);
     EXPECT_EQ(model.WaitForIdle, 0);
     host.failWrite = false;
-    EXPECT_TRUE(options.Ok());
+    EXPECT_EQ(Ok(options), Lines{"Change"});
     EXPECT_TRUE(host.Holds("const CloseType = 0;"));
 }
 
@@ -194,31 +188,20 @@ TEST(OptionsKeys, TheDelayBoxTakesDigitsAndAFullStopOnly) {
 }
 
 TEST(TipOfDay, DrawsEveryLineOfTheFileAsATip) {
-    double next = 0;
+    double next = 0.9;
     TipOfDay tips([&] { return next; });
-    const std::vector<std::string> texts = BuiltInTipTexts();
-
-    // One line: always that line.
-    ASSERT_TRUE(tips.LoadTips(std::string("Only tip\r\n")));
-    for (double r : {0.0, 0.5, 0.999999}) {
-        next = r;
-        tips.ShowRandomTip();
-        EXPECT_EQ(tips.Shown(texts), "Only tip");
-    }
-
-    // An empty last line is a tip too; the draws cover each tip once over [0, 1).
-    next = 0.9;
+    const Lines texts = BuiltInTipTexts();
+    // An empty last line is a tip too; the draws cover each tip once over [0, 1), and a draw
+    // of 1 still names the last.
     ASSERT_TRUE(tips.LoadTips(std::string("First\r\nSecond\nThird\r\n\r\n")));
-    EXPECT_EQ(tips.Tips().size(), 4u);
     EXPECT_EQ(tips.Current(), 4);
-    EXPECT_EQ(tips.Shown(texts), "");
-    std::vector<std::string> drawn;
-    for (double r : {0.0, 0.25, 0.5, 0.75, 1.0}) {
+    Lines drawn;
+    for (double r : {0.0, 0.2499, 0.25, 0.5, 0.75, 1.0}) {
         next = r;
         tips.ShowRandomTip();
         drawn.push_back(tips.Shown(texts));
     }
-    EXPECT_EQ(drawn, (std::vector<std::string>{"First", "Second", "Third", "", ""}));
+    EXPECT_EQ(drawn, (Lines{"First", "First", "Second", "Third", "", ""}));
 
     // No file, or a file with nothing in it: the table's text, however often Next is pressed.
     TipOfDay none([] { return 0.5; });
@@ -229,13 +212,13 @@ TEST(TipOfDay, DrawsEveryLineOfTheFileAsATip) {
     EXPECT_EQ(none.Shown(texts), texts[kTipNoTips]);
 }
 
+// Any setting but 0 is "on": only a real change is written.
 TEST(TipOfDay, ClosingWritesTheBoxBackOnlyWhenItChanged) {
-    EXPECT_EQ(TipOfDay::ShowTipsOnClose(false, 1), 0);
-    EXPECT_EQ(TipOfDay::ShowTipsOnClose(false, -1), 0);
-    EXPECT_EQ(TipOfDay::ShowTipsOnClose(true, 0), 1);
-    EXPECT_EQ(TipOfDay::ShowTipsOnClose(true, -1), std::nullopt);
-    EXPECT_EQ(TipOfDay::ShowTipsOnClose(true, 1), std::nullopt);
-    EXPECT_EQ(TipOfDay::ShowTipsOnClose(false, 0), std::nullopt);
+    const std::tuple<bool, int, std::optional<int>> cases[] = {
+        {false, 1, 0},           {false, -1, 0},          {true, 0, 1}, {true, -1, std::nullopt},
+        {true, 1, std::nullopt}, {false, 0, std::nullopt}};
+    for (auto [ticked, stored, written] : cases)
+        EXPECT_EQ(TipOfDay::ShowTipsOnClose(ticked, stored), written) << ticked << stored;
 }
 
 } // namespace

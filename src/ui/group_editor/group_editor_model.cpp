@@ -213,7 +213,8 @@ void GroupEditor::SelectKey(const std::string& key) {
 }
 
 const GroupEditor::NodeRecord* GroupEditor::RecordOf(int node) const {
-    return node >= 0 && static_cast<size_t>(node) < records_.size() ? &records_[node] : nullptr;
+    // A negative node (kNone), as a size, lies past every record.
+    return static_cast<size_t>(node) < records_.size() ? &records_[node] : nullptr;
 }
 
 bool GroupEditor::Apply(const std::function<void(ProgramModel&)>& change) {
@@ -528,9 +529,10 @@ void GroupEditor::Remove() {
         }
         if (Show(kConfirmRemove, kMbYesNo | kMbIconQuestion | kMbDefButton2) != kIdYes)
             return;
+        // The file's group of the record's name, so not "Startup" either; gone meanwhile:
+        // nothing left to remove.
         Apply([&](ProgramModel& file) {
-            const int group = file.GetGroupID(record.Group);
-            if (group >= 0 && !IsStartup(file.ProgramGroups[group].Name))
+            if (const int group = file.GetGroupID(record.Group); group >= 0)
                 file.RemoveProgramGroup(group);
         });
         ClearFields(); // the box no longer names the group that is gone

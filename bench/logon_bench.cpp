@@ -6,7 +6,7 @@
 //  3. memory while waiting: private bytes of the waiting process against a program that only
 //     shows a tray icon;
 //  4. the same once the tray menu was built and shown once.
-//   logon_bench <bin folder> <start_recorder.exe> <shellexec_baseline.exe> <tray_baseline.exe>
+//   logon_bench <bin folder> <helper_program.exe> <shellexec_baseline.exe> <tray_baseline.exe>
 #include <windows.h>
 #include <psapi.h>
 
@@ -126,13 +126,14 @@ int main(int argc, char** argv) {
     const std::string tolvane = "\"" + install.folder + "\\Tolvane.exe\" -nogui";
 
     // 1. Start-up cost, alternating the two so that both meet the same machine.
-    install.Programs(0, {{recorder, record + " first", "Execute", 0, ""}});
+    install.Programs(0, {{recorder, "record " + record + " first", "Execute", 0, ""}});
     std::vector<double> own, base;
     for (int round = 0; round < 40; ++round) {
         for (int which = 0; which < 2; ++which) {
             DeleteFileA(record.c_str());
             const unsigned long long t0 = GetTickCount64();
-            Run(which ? "\"" + baseline + "\" \"" + recorder + "\" " + record + " first" : tolvane);
+            Run(which ? "\"" + baseline + "\" \"" + recorder + "\" record " + record + " first"
+                      : tolvane);
             auto s = Starts(record, 1);
             if (s.empty())
                 return 1;
@@ -155,7 +156,8 @@ int main(int argc, char** argv) {
     std::vector<GroupProgram> ten;
     const float delays[10] = {0, 0.3f, 0.2f, 0.5f, 0.25f, 0.4f, 0.3f, 0.2f, 0.35f, 0.3f};
     for (int i = 0; i < 10; ++i)
-        ten.push_back({recorder, record + " p" + std::to_string(i), "Execute", delays[i], ""});
+        ten.push_back(
+            {recorder, "record " + record + " p" + std::to_string(i), "Execute", delays[i], ""});
     install.Programs(0.5f, ten);
     DeleteFileA(record.c_str());
     Run(tolvane);
@@ -175,7 +177,7 @@ int main(int argc, char** argv) {
                 worst);
 
     // 3. Private bytes while waiting.
-    install.Programs(60, {{recorder, record + " never", "Execute", 0, ""}});
+    install.Programs(60, {{recorder, "record " + record + " never", "Execute", 0, ""}});
     HANDLE waiting = nullptr, baselineProcess = nullptr;
     Run(tolvane, &waiting);
     Run("\"" + tray + "\"", &baselineProcess);

@@ -6,7 +6,7 @@
 //   3. by Tolvane's log-on run waiting for an idle machine (WaitForIdle).
 // For each: the probe's 95th percentile lateness against an idle machine's, measured in the
 // same invocation, and the time until all eight are done against all at once.
-//   storm_bench <bin folder> <load_program.exe>
+//   storm_bench <bin folder> <helper_program.exe>
 #include <windows.h>
 
 #include <algorithm>
@@ -143,7 +143,7 @@ struct Outcome {
 
 int main(int argc, char** argv) {
     if (argc < 3) {
-        std::fprintf(stderr, "usage: storm_bench <bin> <load_program.exe>\n");
+        std::fprintf(stderr, "usage: storm_bench <bin> <helper_program.exe>\n");
         return 2;
     }
     const std::string bin = argv[1], loader = argv[2];
@@ -163,7 +163,7 @@ int main(int argc, char** argv) {
             out << chunk;
     }
     auto command = [&](int i) {
-        return record + " P" + std::to_string(i) + " " + kBurnMs + " " + data;
+        return "load " + record + " P" + std::to_string(i) + " " + kBurnMs + " " + data;
     };
 
     // The idle machine's lateness, the yardstick.

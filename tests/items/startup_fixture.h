@@ -34,14 +34,10 @@ protected:
         ASSERT_TRUE(RefreshData(app.Store(), app.text, app.SafeList, app.log, tree, listing));
     }
     ItemMoves Moves() { return ItemMoves({app.Store(), app.text, app.messages, app.log}, nullptr); }
-    // The item a leaf of the container shows, as the last refresh listed it.
-    StartupItem ItemIn(const std::string& container, const std::string& text) {
-        const StartupItem* item = ItemOfNode(tree, listing, Node(container, text));
-        return item ? *item : StartupItem{}; // Node said which is missing
-    }
-    // The popup's move of that item.
+    // The popup's move of the item that a leaf of the container shows.
     bool Move(const std::string& container, const std::string& text, ItemState to) {
-        return Moves().Move(ItemIn(container, text), to);
+        const StartupItem* item = ItemOfNode(tree, listing, Node(container, text));
+        return Moves().Move(item ? *item : StartupItem{}, to); // Node said which is missing
     }
     // A toolbar button's pass over the ticked items.
     bool Pass(CheckedMove move) {
@@ -49,6 +45,21 @@ protected:
         for (const CheckedTarget& target : CheckedTargets(move, tree))
             wanted.push_back({*ItemOfNode(tree, listing, target.Node), target.To});
         return Moves().MovePass(wanted);
+    }
+
+    // The items as the next start lists them: the program-group file read back afresh.
+    std::vector<StartupItem> ReadBack() {
+        CapturedMessages quiet;
+        AppState reader(folder.Path(), quiet);
+        reader.text.Languages = app.text.Languages;
+        reader.folders.UserStartupFolder = places.UserFolder;
+        reader.folders.CommonStartupFolder = places.CommonFolder;
+        reader.Store().File().LoadItems(false);
+        TreeModel readTree;
+        StartupListing read;
+        EXPECT_TRUE(
+            RefreshData(reader.Store(), reader.text, reader.SafeList, reader.log, readTree, read));
+        return read.Items;
     }
 
     std::vector<int> Leaves(const std::string& container) {

@@ -3,6 +3,7 @@
 // the user's is lost on the way.
 #include "startup_fixture.h"
 
+#include "items/move_steps.h"
 #include "items/startup_approved.h"
 #include "text/placeholders.h"
 
@@ -157,6 +158,47 @@ TEST_F(ItemMovesTest, ConflictsAreRefusedToldAndNothingIsOverwritten) {
     EXPECT_EQ(test::ReadFileBytes(UserItems("Tool.lnk")), held);
     EXPECT_EQ(Run(user, "App") + "|" + Saved(user, "App"), "C:\\app.exe /new|C:\\app.exe /old");
     EXPECT_EQ(Run(user, "Late") + "|" + Saved(user, "Late"), "C:\\later.exe|(none)");
+}
+
+// The program-group file cannot be written, and the shortcut that went to the items folder
+// cannot be moved back: nothing is lost, the error is logged and the user told where it is.
+TEST_F(ItemMovesTest, AMoveThatCannotBeTakenBackSaysWhereTheShortcutIs) {
+    test::WriteFileBytes(folder / "log.txt", ""); // logging on
+    Shortcut(places.UserFolder, "Tool.lnk");
+    const std::string bytes = test::ReadFileBytes(UserStartup("Tool.lnk"));
+    Refresh();
+    test::MakeFolder(app.folders.UserItemsFolder);
+    test::MakeFolder(app.Store().File().FilePath() + ".new");
+    ItemMoves moves = Moves();
+    int calls = 0;
+    moves.SetFileMover([&](const std::string& from, const std::string& to) {
+        return ++calls == 1 && MoveFileA(from.c_str(), to.c_str()) ? 0 : 5;
+    });
+    EXPECT_FALSE(
+        moves.Move(*ItemOfNode(tree, listing, Node("CurrentUserStartup", "Tool.lnk")), kDelayed));
+    test::RemoveTree(app.Store().File().FilePath() + ".new");
+    EXPECT_EQ(test::ReadFileBytes(UserItems("Tool.lnk")), bytes);
+    ASSERT_EQ(messages.shown.size(), 2u);
+    const std::string at =
+        "the shortcut is still at \"" + app.folders.UserItemsFolder + "\\Tool.lnk";
+    EXPECT_NE(messages.shown[1].Text.find(at), std::string::npos) << messages.shown[1].Text;
+    EXPECT_NE(test::ReadFileBytes(folder / "log.txt").find("not taken back: "), std::string::npos);
+}
+
+// A stopped value whose saved copy is gone comes back from its own entry, which names it; an
+// entry of an older version that holds a path alone and has no copy has nothing to put back:
+// its entry goes.
+TEST_F(ItemMovesTest, AStoppedValueWithoutItsSavedCopyComesBackFromItsEntry) {
+    app.model.AddStoppedProgram("Machine=C:\\m.exe", kMachineRun);
+    app.model.AddStoppedProgram("C:\\gone.exe", kUserRun);
+    app.Store().File().WriteItems();
+    Refresh();
+    EXPECT_TRUE(Move("StoppedItemsAllReg", "Machine=C:\\m.exe", kActive));
+    EXPECT_TRUE(Move("StoppedItemsCurrentReg", "C:\\gone.exe", kActive));
+    EXPECT_EQ(Run(machine, "Machine"), "C:\\m.exe");
+    EXPECT_EQ(Inventory(false).size(), 1u); // nothing for the path alone
+    EXPECT_EQ(test::ReadFileBytes(app.Store().File().FilePath()).find("gone"), std::string::npos);
+    EXPECT_TRUE(messages.shown.empty());
 }
 
 } // namespace

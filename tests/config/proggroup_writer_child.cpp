@@ -8,7 +8,6 @@
 #include "config/app_state.h"
 #include "config/delay_load.h"
 #include "support/test_support.h"
-#include "support/writer_models.h"
 #include "config/language_files.h"
 
 int main(int argc, char** argv) {

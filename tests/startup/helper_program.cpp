@@ -21,7 +21,6 @@
 #include "config/delay_load.h"
 #include "config/language_files.h"
 #include "support/test_support.h"
-#include "support/writer_models.h"
 
 namespace {
 

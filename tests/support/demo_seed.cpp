@@ -11,40 +11,31 @@
 
 using namespace tolvane;
 
-namespace {
-
-void Shortcut(int csidl, const char* name, const char* target, const char* args) {
-    std::string folder = test::ShellFolder(csidl);
-    if (folder.empty())
-        return;
-    std::string link = folder + "\\" + name;
-    if (GetFileAttributesA(link.c_str()) == INVALID_FILE_ATTRIBUTES &&
-        !test::CreateShortcut(link, target, args))
-        std::fprintf(stderr, "demo-seed: could not make %s\n", link.c_str());
-}
-
-void RunValue(RegistryRoot root, const char* name, const char* data) {
-    CRegistry reg;
-    if (reg.GetSettingString(root, kRunKey, name).empty() &&
-        !reg.SaveSettingString(root, kRunKey, name, data))
-        std::fprintf(stderr, "demo-seed: could not write the Run value %s\n", name);
-}
-
-} // namespace
-
 int main() {
-    Shortcut(CSIDL_STARTUP, "Notepad.lnk", "C:\\windows\\notepad.exe", "");
-    Shortcut(CSIDL_STARTUP, "Task Manager.lnk", "C:\\windows\\system32\\taskmgr.exe", "");
-    Shortcut(CSIDL_COMMON_STARTUP, "Wine Help.lnk", "C:\\windows\\winhlp32.exe", "");
-    RunValue(RegistryRoot::CurrentUser, "OneDrive",
-             "\"C:\\Program Files\\Microsoft OneDrive\\OneDrive.exe\" /background");
-    RunValue(RegistryRoot::CurrentUser, "Spotify",
-             "C:\\Users\\Public\\AppData\\Roaming\\Spotify\\Spotify.exe /minimized");
-    RunValue(RegistryRoot::CurrentUser, "Discord",
-             "C:\\Users\\Public\\AppData\\Local\\Discord\\Update.exe --processStart Discord.exe");
-    RunValue(RegistryRoot::LocalMachine, "SecurityHealth",
-             "C:\\Windows\\system32\\SecurityHealthSystray.exe");
-    RunValue(RegistryRoot::LocalMachine, "RtkAudUService",
-             "\"C:\\Windows\\System32\\RtkAudUService64.exe\" -background");
+    const std::tuple<int, const char*, const char*> shortcuts[] = {
+        {CSIDL_STARTUP, "Notepad.lnk", "C:\\windows\\notepad.exe"},
+        {CSIDL_STARTUP, "Task Manager.lnk", "C:\\windows\\system32\\taskmgr.exe"},
+        {CSIDL_COMMON_STARTUP, "Wine Help.lnk", "C:\\windows\\winhlp32.exe"}};
+    for (const auto& [csidl, name, target] : shortcuts) {
+        const std::string folder = test::ShellFolder(csidl), link = folder + "\\" + name;
+        if (!folder.empty() && !test::PathExists(link) && !test::CreateShortcut(link, target))
+            std::fprintf(stderr, "demo-seed: could not make %s\n", link.c_str());
+    }
+    using enum RegistryRoot;
+    const std::tuple<RegistryRoot, const char*, const char*> values[] = {
+        {CurrentUser, "OneDrive",
+         "\"C:\\Program Files\\Microsoft OneDrive\\OneDrive.exe\" /background"},
+        {CurrentUser, "Spotify",
+         "C:\\Users\\Public\\AppData\\Roaming\\Spotify\\Spotify.exe /minimized"},
+        {CurrentUser, "Discord",
+         "C:\\Users\\Public\\AppData\\Local\\Discord\\Update.exe --processStart Discord.exe"},
+        {LocalMachine, "SecurityHealth", "C:\\Windows\\system32\\SecurityHealthSystray.exe"},
+        {LocalMachine, "RtkAudUService",
+         "\"C:\\Windows\\System32\\RtkAudUService64.exe\" -background"}};
+    CRegistry reg;
+    for (const auto& [root, name, data] : values)
+        if (reg.GetSettingString(root, kRunKey, name).empty() &&
+            !reg.SaveSettingString(root, kRunKey, name, data))
+            std::fprintf(stderr, "demo-seed: could not write the Run value %s\n", name);
     return 0;
 }

@@ -3,10 +3,13 @@
 #include <algorithm>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <sstream>
 
 #include <gtest/gtest.h>
 
+#include "config/program_group_file.h"
+#include "text/language.h"
 #include "text/strings.h"
 
 namespace tolvane::test {
@@ -25,9 +28,7 @@ std::string LongText(size_t n, char first) {
 
 std::string WinePathOfUnixPath(std::string_view unixPath) {
     std::string path = "Z:" + std::string(unixPath);
-    for (char& c : path)
-        if (c == '/')
-            c = '\\';
+    std::replace(path.begin(), path.end(), '/', '\\');
     return path;
 }
 
@@ -38,10 +39,7 @@ std::string AccessKey(std::string_view caption) {
         size_t n = 1; // the rest of a UTF-8 character
         while (i + n < caption.size() && (caption[i + n] & 0xC0) == 0x80)
             ++n;
-        std::string key(caption.substr(i, n));
-        if (key[0] >= 'A' && key[0] <= 'Z')
-            key[0] = static_cast<char>(key[0] - 'A' + 'a');
-        return key;
+        return ToLower(caption.substr(i, n));
     }
     return "";
 }
@@ -58,9 +56,7 @@ std::string TestDataPath(std::string_view relative) {
 std::string ReadFileBytes(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     EXPECT_TRUE(in) << "cannot read " << path;
-    std::ostringstream s;
-    s << in.rdbuf();
-    return s.str();
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 void WriteFileBytes(const std::string& path, std::string_view bytes) {
@@ -70,12 +66,8 @@ void WriteFileBytes(const std::string& path, std::string_view bytes) {
 }
 
 std::vector<std::string> ReadLines(const std::string& path) {
-    std::vector<std::string> lines;
     std::ifstream in(path, std::ios::binary);
-    for (std::string line; std::getline(in, line); lines.push_back(line))
-        if (!line.empty() && line.back() == '\r')
-            line.pop_back();
-    return lines;
+    return SplitTextLines(std::string(std::istreambuf_iterator<char>(in), {}));
 }
 
 std::vector<std::string> ProgramLines(const ProgramGroup& group) {
@@ -89,6 +81,20 @@ std::vector<std::string> ProgramLines(const ProgramGroup& group) {
     return lines;
 }
 
+void FillWriterModel(ProgramModel& model, int variant, int programs) {
+    SetDefaultModel(model);
+    model.MainStartupDelay = variant ? 45.5f : 30;
+    auto& startup = model.ProgramGroups[0].Programs;
+    startup.clear();
+    for (int i = 0; i < programs; ++i) {
+        std::string n = std::to_string(i);
+        startup.push_back({"C:\\Program Files\\Vendor " + n + "\\tool" + n + ".exe",
+                           variant ? "--variant b" : "/a", i % 2 ? "ExecuteReg" : "Execute",
+                           static_cast<float>(i % 60), "Value " + n});
+    }
+    model.StoppedPrograms = {variant ? "_STPCU_B.lnk" : "_STPCU_A.lnk"};
+}
+
 std::vector<std::string> GroupNames(const ProgramModel& model) {
     std::vector<std::string> names;
     for (const ProgramGroup& g : model.ProgramGroups)
@@ -96,18 +102,15 @@ std::vector<std::string> GroupNames(const ProgramModel& model) {
     return names;
 }
 
-std::string Outline(const TreeModel& tree, bool sorted) {
+std::string Outline(const TreeModel& tree) {
     std::function<std::string(const std::vector<int>&)> list = [&](const std::vector<int>& nodes) {
-        std::vector<std::string> siblings;
+        std::string out;
         for (int node : nodes) {
             const TreeNode& n = tree.Node(node);
-            siblings.push_back(n.Children.empty() ? n.Text : n.Text + "[" + list(n.Children) + "]");
+            out += (out.empty() ? "" : ", ") + n.Text;
+            if (!n.Children.empty())
+                out += "[" + list(n.Children) + "]";
         }
-        if (sorted)
-            std::sort(siblings.begin(), siblings.end());
-        std::string out;
-        for (const std::string& sibling : siblings)
-            out += (out.empty() ? "" : ", ") + sibling;
         return out;
     };
     return list(tree.Roots());

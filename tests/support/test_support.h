@@ -60,10 +60,11 @@ std::vector<std::string> ReadLines(const std::string& path);
 
 // A group's programs, one "command|path|parameters|delay|value name" each.
 std::vector<std::string> ProgramLines(const ProgramGroup& group);
+// Two clearly different models (variant 0 or 1) of a chosen size, for tests of the file writer.
+void FillWriterModel(ProgramModel& model, int variant, int programs);
 // The model's group names, holes included.
 std::vector<std::string> GroupNames(const ProgramModel& model);
-// Every text of the tree, a node's children in brackets after it: "A[B[C, D], E], F";
-// sorted, siblings in the order of their text (for listings in the file system's order).
-std::string Outline(const TreeModel& tree, bool sorted = false);
+// Every text of the tree, a node's children in brackets after it: "A[B[C, D], E], F".
+std::string Outline(const TreeModel& tree);
 
 } // namespace tolvane::test

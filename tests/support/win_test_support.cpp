@@ -1,9 +1,5 @@
 #include "support/win_test_support.h"
 
-#include <windows.h>
-#include <objbase.h>
-#include <shlobj.h>
-
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
@@ -11,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/handles.h"
 #include "platform/message_pump.h"
+#include "platform/runtime_libraries.h"
 #include "platform/wide_text.h"
 
 namespace tolvane::test {
@@ -25,17 +21,26 @@ std::string UniqueName(std::string_view hint) {
            std::to_string(GetTickCount()) + '-' + std::to_string(counter++);
 }
 
-// Calls visit(name, isFolder) for every entry of a folder but "." and "..".
-template <class Visit> void ForEachEntry(const std::string& folder, Visit visit) {
+// Calls visit(path, isFolder) for every entry below a folder but "." and "..", at any depth, a
+// folder before what it holds.
+template <class Visit> void ForEachBelow(const std::string& folder, const Visit& visit) {
     WIN32_FIND_DATAA data{};
     UniqueFind find(FindFirstFileA((folder + "\\*").c_str(), &data));
     if (!find)
         return;
     do {
-        const std::string name = data.cFileName;
-        if (name != "." && name != "..")
-            visit(name, (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0);
+        const std::string name = data.cFileName, path = folder + "\\" + name;
+        const bool isFolder = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+        if (name == "." || name == "..")
+            continue;
+        visit(path, isFolder);
+        if (isFolder)
+            ForEachBelow(path, visit);
     } while (FindNextFileA(find.get(), &data));
+}
+
+HKEY KeyOf(RegistryRoot root) {
+    return root == RegistryRoot::CurrentUser ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE;
 }
 
 } // namespace
@@ -47,10 +52,6 @@ TempFolder::TempFolder(std::string_view hint) {
     MakeFolder(path_);
 }
 
-TempFolder::~TempFolder() {
-    RemoveTree(path_);
-}
-
 bool PathExists(const std::string& path) {
     return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
@@ -60,15 +61,13 @@ void MakeFolder(const std::string& path) {
 }
 
 void RemoveTree(const std::string& path) {
-    ForEachEntry(path, [&](const std::string& name, bool isFolder) {
-        const std::string child = path + "\\" + name;
-        SetFileAttributesA(child.c_str(), FILE_ATTRIBUTE_NORMAL);
-        if (isFolder)
-            RemoveTree(child);
-        else
-            DeleteFileA(child.c_str());
+    std::vector<std::string> folders{path};
+    ForEachBelow(path, [&](const std::string& entry, bool isFolder) {
+        SetFileAttributesA(entry.c_str(), FILE_ATTRIBUTE_NORMAL);
+        isFolder ? folders.push_back(entry) : void(DeleteFileA(entry.c_str()));
     });
-    RemoveDirectoryA(path.c_str());
+    for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder)
+        RemoveDirectoryA(folder->c_str());
 }
 
 void CopyTree(const std::string& from, const std::string& to) {
@@ -79,22 +78,17 @@ void CopyTree(const std::string& from, const std::string& to) {
         std::abort();
     }
     MakeFolder(to);
-    ForEachEntry(from, [&](const std::string& name, bool isFolder) {
-        if (isFolder)
-            CopyTree(from + "\\" + name, to + "\\" + name);
-        else
-            CopyFileA((from + "\\" + name).c_str(), (to + "\\" + name).c_str(), FALSE);
+    ForEachBelow(from, [&](const std::string& entry, bool isFolder) {
+        const std::string target = to + entry.substr(from.size());
+        isFolder ? MakeFolder(target) : void(CopyFileA(entry.c_str(), target.c_str(), FALSE));
     });
 }
 
 std::vector<std::string> FilesBelow(const std::string& folder) {
     std::vector<std::string> files;
-    ForEachEntry(folder, [&](const std::string& name, bool isFolder) {
+    ForEachBelow(folder, [&](const std::string& entry, bool isFolder) {
         if (!isFolder)
-            files.push_back(folder + "\\" + name);
-        else
-            for (std::string& file : FilesBelow(folder + "\\" + name))
-                files.push_back(std::move(file));
+            files.push_back(entry);
     });
     std::sort(files.begin(), files.end());
     return files;
@@ -102,37 +96,27 @@ std::vector<std::string> FilesBelow(const std::string& folder) {
 
 ScratchKey::ScratchKey() : path_("Software\\TolvaneTests\\" + UniqueName("key")) {
     UniqueHKey key;
-    RegCreateKeyExA(HKEY_CURRENT_USER, path_.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                    key.put(), nullptr);
-}
-
-ScratchKey::~ScratchKey() {
-    DeleteRegistryTree(RegistryRoot::CurrentUser, path_);
+    RegCreateKeyA(HKEY_CURRENT_USER, path_.c_str(), key.put());
 }
 
 void ScratchKey::SetRaw(std::string_view name, unsigned long type, std::string_view bytes) const {
-    UniqueHKey key;
-    ASSERT_EQ(RegOpenKeyExA(HKEY_CURRENT_USER, path_.c_str(), 0, KEY_SET_VALUE, key.put()),
-              ERROR_SUCCESS);
     // The byte after the data is not a NUL: the system adds a "forgotten" NUL to text values
     // when the caller's buffer happens to be followed by one, and the raw bytes must stay raw.
-    std::string buffer(bytes);
-    buffer.push_back('X');
-    ASSERT_EQ(RegSetValueExA(key.get(), std::string(name).c_str(), 0, type,
-                             reinterpret_cast<const BYTE*>(buffer.data()),
-                             static_cast<DWORD>(bytes.size())),
+    const std::string buffer = std::string(bytes) + 'X';
+    ASSERT_EQ(RegSetKeyValueA(HKEY_CURRENT_USER, path_.c_str(), std::string(name).c_str(), type,
+                              buffer.data(), static_cast<DWORD>(bytes.size())),
               ERROR_SUCCESS);
 }
 
 void DeleteRegistryTree(RegistryRoot root, const std::string& path) {
-    const HKEY key = root == RegistryRoot::LocalMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
-    RegDeleteTreeA(key, path.c_str());
-    RegDeleteKeyA(key, path.c_str());
+    RegDeleteTreeA(KeyOf(root), path.c_str());
+    RegDeleteKeyA(KeyOf(root), path.c_str());
 }
 
-std::string Utf16Bytes(std::string_view text) {
-    const std::wstring wide = Wide(text, CP_UTF8);
-    return std::string(reinterpret_cast<const char*>(wide.data()), wide.size() * 2);
+RegistryValue WideValue(uint32_t type, std::string_view text) {
+    const std::wstring wide = Wide(text, CP_UTF8) + L'\0';
+    const auto* bytes = reinterpret_cast<const uint8_t*>(wide.c_str());
+    return RegistryValue{type, std::vector<uint8_t>(bytes, bytes + wide.size() * 2)};
 }
 
 std::string ReadUtf16File(const std::string& path) {
@@ -143,11 +127,11 @@ std::string ReadUtf16File(const std::string& path) {
 
 bool CreateShortcut(const std::string& linkPath, const std::string& target,
                     const std::string& arguments) {
-    const HRESULT init = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     // The path in the code page, as every other path of the tests.
     IShellLinkA* link = nullptr;
     IPersistFile* file = nullptr;
     const bool ok =
+        EnsureCom() &&
         SUCCEEDED(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkA,
                                    reinterpret_cast<void**>(&link))) &&
         SUCCEEDED(link->SetPath(target.c_str())) &&
@@ -158,16 +142,13 @@ bool CreateShortcut(const std::string& linkPath, const std::string& target,
         file->Release();
     if (link)
         link->Release();
-    if (SUCCEEDED(init))
-        CoUninitialize();
     return ok;
 }
 
 std::string ShellFolder(int csidl) {
     char path[MAX_PATH] = {};
-    if (FAILED(SHGetFolderPathA(nullptr, csidl, nullptr, SHGFP_TYPE_CURRENT, path)))
-        return std::string();
-    return path;
+    return SUCCEEDED(SHGetFolderPathA(nullptr, csidl, nullptr, SHGFP_TYPE_CURRENT, path)) ? path
+                                                                                          : "";
 }
 
 std::string BuiltProgramFolder() {
@@ -189,68 +170,50 @@ ChildProcess::ChildProcess(const std::string& commandLine) {
         std::string line = commandLine;
         if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si,
                             &pi))
-            startError_ = GetLastError();
+            std::fprintf(stderr, "cannot start %s: error %lu\n", line.c_str(), GetLastError());
     }
     if (!pi.hProcess)
         return;
-    startError_ = 0;
     CloseHandle(pi.hThread);
-    process_ = pi.hProcess;
+    process_.reset(pi.hProcess);
     id_ = pi.dwProcessId;
-}
-
-ChildProcess::~ChildProcess() {
-    Kill();
-    if (process_)
-        CloseHandle(process_);
 }
 
 bool ChildProcess::WaitForExit(unsigned long milliseconds, unsigned long* exitCode) {
     DWORD code = 0;
-    if (!process_ || WaitForSingleObject(process_, milliseconds) != WAIT_OBJECT_0 ||
-        !GetExitCodeProcess(process_, &code))
+    if (!process_ || WaitForSingleObject(process_.get(), milliseconds) != WAIT_OBJECT_0 ||
+        !GetExitCodeProcess(process_.get(), &code))
         return false;
     if (exitCode)
         *exitCode = code;
     return true;
 }
 
-bool ChildProcess::Running() {
-    return process_ && WaitForSingleObject(process_, 0) == WAIT_TIMEOUT;
-}
-
 void ChildProcess::Kill() {
-    if (Running() && TerminateProcess(process_, 9))
-        WaitForSingleObject(process_, 5000);
+    if (process_ && TerminateProcess(process_.get(), 9))
+        WaitForSingleObject(process_.get(), 5000);
 }
-
-StartupLocations::StartupLocations()
-    : UserFolder(ShellFolder(CSIDL_STARTUP)), CommonFolder(ShellFolder(CSIDL_COMMON_STARTUP)) {}
 
 void StartupLocations::Clear() const {
-    for (const std::string& folder : {UserFolder, CommonFolder}) {
-        if (folder.empty())
-            continue;
-        RemoveTree(folder);
-        MakeFolder(folder);
-    }
-    const char* run = "Software\\Microsoft\\Windows\\CurrentVersion\\Run";
-    for (RegistryRoot root : {RegistryRoot::CurrentUser, RegistryRoot::LocalMachine}) {
-        DeleteRegistryTree(root, run);
+    for (const std::string& folder : {UserFolder, CommonFolder})
+        if (!folder.empty()) {
+            RemoveTree(folder);
+            MakeFolder(folder);
+        }
+    // Both Run keys emptied, the machine's 32-bit one by the path a 64-bit program sees it
+    // under; the saved copies and Task Manager's switches gone.
+    const std::pair<RegistryRoot, std::string> views[] = {
+        {RegistryRoot::CurrentUser, "Software\\"},
+        {RegistryRoot::LocalMachine, "Software\\"},
+        {RegistryRoot::LocalMachine, "Software\\WOW6432Node\\"}};
+    for (const auto& [root, software] : views) {
+        const std::string windows = software + "Microsoft\\Windows\\CurrentVersion\\";
+        DeleteRegistryTree(root, windows + "Run");
         UniqueHKey key;
-        RegCreateKeyExA(root == RegistryRoot::LocalMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER,
-                        run, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.put(), nullptr);
-        DeleteRegistryTree(root, "Software\\Hexmoor");
-        DeleteRegistryTree(
-            root, "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\StartupApproved");
+        RegCreateKeyA(KeyOf(root), (windows + "Run").c_str(), key.put());
+        DeleteRegistryTree(root, software + "Hexmoor");
+        DeleteRegistryTree(root, windows + "Explorer\\StartupApproved");
     }
-    // The machine's 32-bit view, by the path a 64-bit program sees it under.
-    DeleteRegistryTree(RegistryRoot::LocalMachine, "Software\\WOW6432Node\\Hexmoor");
-    const std::string run32 = "Software\\WOW6432Node\\Microsoft\\Windows\\CurrentVersion\\Run";
-    DeleteRegistryTree(RegistryRoot::LocalMachine, run32);
-    UniqueHKey key32;
-    RegCreateKeyExA(HKEY_LOCAL_MACHINE, run32.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                    key32.put(), nullptr);
 }
 
 HWND WindowOf(unsigned long process, const char* className, bool visibleOnly,
@@ -307,33 +270,12 @@ void Chord(std::initializer_list<unsigned short> keys) {
     SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT));
 }
 
-namespace {
-
-INPUT Mouse(POINT at, DWORD flags) {
-    INPUT in{};
-    in.type = INPUT_MOUSE;
-    // Absolute positions are in 0 to 65535 over the primary screen.
-    in.mi.dx = MulDiv(at.x, 65535, GetSystemMetrics(SM_CXSCREEN) - 1);
-    in.mi.dy = MulDiv(at.y, 65535, GetSystemMetrics(SM_CYSCREEN) - 1);
-    in.mi.dwFlags = flags | MOUSEEVENTF_ABSOLUTE | MOUSEEVENTF_MOVE;
-    return in;
-}
-
-} // namespace
-
 void Click(POINT at) {
-    INPUT inputs[3] = {Mouse(at, 0), Mouse(at, MOUSEEVENTF_LEFTDOWN),
-                       Mouse(at, MOUSEEVENTF_LEFTUP)};
-    SendInput(3, inputs, sizeof(INPUT));
-}
-
-void Drag(POINT from, POINT to) {
-    std::vector<INPUT> inputs = {Mouse(from, 0), Mouse(from, MOUSEEVENTF_LEFTDOWN)};
-    for (int step = 1; step <= 10; ++step)
-        inputs.push_back(
-            Mouse({from.x + (to.x - from.x) * step / 10, from.y + (to.y - from.y) * step / 10}, 0));
-    inputs.push_back(Mouse(to, MOUSEEVENTF_LEFTUP));
-    SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT));
+    SetCursorPos(at.x, at.y);
+    INPUT inputs[2] = {{INPUT_MOUSE}, {INPUT_MOUSE}};
+    inputs[0].mi.dwFlags = MOUSEEVENTF_LEFTDOWN;
+    inputs[1].mi.dwFlags = MOUSEEVENTF_LEFTUP;
+    SendInput(2, inputs, sizeof(INPUT));
 }
 
 } // namespace tolvane::test

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <windows.h>
+#include <shlobj.h>
 
 #include <functional>
 #include <initializer_list>
@@ -9,24 +10,11 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/handles.h"
 #include "platform/registry.h"
 #include "support/test_support.h"
 
 namespace tolvane::test {
-
-// A fresh folder in the Windows temp folder, removed with all it holds when the test ends.
-class TempFolder {
-public:
-    explicit TempFolder(std::string_view hint = "tolvane");
-    ~TempFolder();
-    TempFolder(const TempFolder&) = delete;
-    const std::string& Path() const { return path_; }
-    // The folder, a backslash and the name.
-    std::string operator/(std::string_view name) const { return path_ + "\\" + std::string(name); }
-
-private:
-    std::string path_;
-};
 
 bool PathExists(const std::string& path);
 // Makes a folder and any missing parents.
@@ -37,12 +25,29 @@ void CopyTree(const std::string& from, const std::string& to);
 // The files below a folder, at any depth, as full paths in sorted order.
 std::vector<std::string> FilesBelow(const std::string& folder);
 
+// A fresh folder in the Windows temp folder, removed with all it holds when the test ends.
+class TempFolder {
+public:
+    explicit TempFolder(std::string_view hint = "tolvane");
+    ~TempFolder() { RemoveTree(path_); }
+    TempFolder(const TempFolder&) = delete;
+    const std::string& Path() const { return path_; }
+    // The folder, a backslash and the name.
+    std::string operator/(std::string_view name) const { return path_ + "\\" + std::string(name); }
+
+private:
+    std::string path_;
+};
+
+// Deletes a key with all its values and subkeys; a missing key is fine.
+void DeleteRegistryTree(RegistryRoot root, const std::string& path);
+
 // A key of the current user that only this test uses, below Software\TolvaneTests; deleted
 // with its values and subkeys when the test ends.
 class ScratchKey {
 public:
     ScratchKey();
-    ~ScratchKey();
+    ~ScratchKey() { DeleteRegistryTree(RegistryRoot::CurrentUser, path_); }
     ScratchKey(const ScratchKey&) = delete;
     const std::string& Path() const { return path_; }
     // Writes a value with any type and exactly these bytes (no NUL added), bypassing CRegistry.
@@ -51,9 +56,6 @@ public:
 private:
     std::string path_;
 };
-
-// Deletes a key with all its values and subkeys; a missing key is fine.
-void DeleteRegistryTree(RegistryRoot root, const std::string& path);
 
 // A real shell shortcut (.lnk) to a target with arguments, made through IShellLink.
 bool CreateShortcut(const std::string& linkPath, const std::string& target,
@@ -66,36 +68,28 @@ std::string BuiltProgramFolder();
 // A helper program built beside the running test.
 std::string HelperProgram(std::string_view exeName);
 
-// UTF-8 text as UTF-16LE bytes.
-std::string Utf16Bytes(std::string_view text);
 // A text value as the system stores it: UTF-16 with its end NUL.
-inline RegistryValue WideValue(uint32_t type, std::string_view text) {
-    const std::string bytes = Utf16Bytes(text) + std::string(2, '\0');
-    return RegistryValue{type, std::vector<uint8_t>(bytes.begin(), bytes.end())};
-}
+RegistryValue WideValue(uint32_t type, std::string_view text);
 // The text of a UTF-16LE file with its byte-order mark, as a .reg backup is; "" for a file
 // without the mark.
 std::string ReadUtf16File(const std::string& path);
 
-// A process started from a command line, ended (killed if need be) when the owner goes.
+// A process started from a command line (why it could not be is printed), ended (killed if
+// need be) when the owner goes.
 class ChildProcess {
 public:
     explicit ChildProcess(const std::string& commandLine);
-    ~ChildProcess();
+    ~ChildProcess() { Kill(); }
     ChildProcess(const ChildProcess&) = delete;
-    bool Started() const { return process_ != nullptr; }
-    // Why the process did not start (the system's error code), 0 when it did.
-    unsigned long StartError() const { return startError_; }
+    bool Started() const { return bool(process_); }
     unsigned long Id() const { return id_; }
-    // True when the process ended within the time; its exit code then.
+    // True when the process ended within the time (0: has ended); its exit code then.
     bool WaitForExit(unsigned long milliseconds, unsigned long* exitCode = nullptr);
-    bool Running();
     void Kill();
 
 private:
-    void* process_ = nullptr;
+    UniqueHandle process_;
     unsigned long id_ = 0;
-    unsigned long startError_ = 0;
 };
 
 // A window of the process with that class, shown or not, once there is one within the time;
@@ -115,18 +109,15 @@ void PumpUntilIdle();
 void Type(std::initializer_list<unsigned short> keys);
 // Keys pressed together (Alt+F4, Shift+F10), released in reverse.
 void Chord(std::initializer_list<unsigned short> keys);
-// A real click of the left mouse button at a point of the screen.
+// A real click of the left mouse button at a point of the screen, the pointer put there first.
 void Click(POINT at);
-// A real drag with the left button held, in steps, from one point of the screen to another.
-void Drag(POINT from, POINT to);
 
 // The test prefix's startup locations: both Startup folders, both Run keys, and the keys that
 // keep the saved copies of Run values. Tests that use them hold the ctest lock
 // "startup_locations" and leave them empty.
 struct StartupLocations {
-    std::string UserFolder;
-    std::string CommonFolder;
-    StartupLocations();
+    std::string UserFolder = ShellFolder(CSIDL_STARTUP);
+    std::string CommonFolder = ShellFolder(CSIDL_COMMON_STARTUP);
     // Removes every shortcut, Run value and saved copy.
     void Clear() const;
 };

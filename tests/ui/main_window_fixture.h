@@ -1,5 +1,6 @@
 // The main window in this process against the prefix's real startup locations, with the
-// program's language files, and the helpers that drive it with real keys and clicks.
+// program's language files, and the helpers that drive it and its dialogs with real keys and
+// clicks.
 #pragma once
 
 #include <windows.h>
@@ -7,14 +8,18 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "config/language_files.h"
 #include "items/startup_fixture.h"
-#include "platform/registry.h"
 #include "ui/main_window.h"
 
 namespace tolvane::test {
+
+inline std::string TextOf(HWND window) {
+    char text[512] = {};
+    GetWindowTextA(window, text, sizeof text);
+    return text;
+}
 
 class MainWindowTest : public StartupFixture {
 protected:
@@ -23,7 +28,6 @@ protected:
         CopyTree(BuiltProgramFolder() + "\\lang", folder / "lang");
         LoadLanguageList(app.folders.ProgramFolder, app.text);
         LoadLanguageFiles(app.folders.ProgramFolder, app.model.Language, app.text);
-        app.OnlineSearchTemplate = "https://s.example/?q={SEARCHTERMS}";
     }
     void TearDown() override {
         window.reset();
@@ -36,15 +40,11 @@ protected:
         while (PeekMessageA(&msg, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE)) {
         }
     }
-    // A new window, opened at the place and size given (the kept one when none is).
+    // A new window, in front at a place of its own, or where the kept place puts it.
     void Open(bool place = true) {
         window.reset();
         TakeQuitMessage();
         window = std::make_unique<MainWindow>(app, GetModuleHandleA(nullptr));
-        window->OpenWithShell = [this](const std::string& target) {
-            opened.push_back(target);
-            return shellOpens;
-        };
         ASSERT_TRUE(window->Load());
         hwnd = window->Handle();
         if (place) {
@@ -54,12 +54,6 @@ protected:
         PumpUntilIdle();
     }
     HWND TreeHwnd() { return window->TreeView()->Hwnd(); }
-    // The status line's first part, as the control shows it.
-    std::string StatusLine() {
-        char status[512] = {};
-        GetWindowTextA(FindWindowExA(hwnd, nullptr, STATUSCLASSNAMEA, nullptr), status, 512);
-        return status;
-    }
     std::string FilePath() { return folder / (WindowsUserName() + "\\proggroup.c"); }
     std::string File() { return ReadFileBytes(FilePath()); }
     // The tree's node of an item, selected in the control, with the keyboard in the tree.
@@ -71,29 +65,32 @@ protected:
         PumpUntilIdle();
         return node;
     }
-    // Ticked with the space bar.
-    void Tick(const std::string& container, const std::string& text) {
-        SelectItem(container, text);
-        Type({VK_SPACE});
-        PumpUntilIdle();
-    }
-    void ClickButton(int command) {
-        HWND bar = window->Toolbar()->Hwnd();
+    // A real click near the left end of a control (on a box's tick), or of a toolbar's button.
+    void ClickOn(HWND control, int button = 0) {
         RECT r{};
-        SendMessageA(bar, TB_GETRECT, command, reinterpret_cast<LPARAM>(&r));
-        POINT at{(r.left + r.right) / 2, (r.top + r.bottom) / 2};
-        ClientToScreen(bar, &at);
-        Click(at);
+        GetWindowRect(control, &r);
+        if (button) {
+            SendMessageA(control, TB_GETRECT, button, reinterpret_cast<LPARAM>(&r));
+            MapWindowPoints(control, nullptr, reinterpret_cast<POINT*>(&r), 2);
+        }
+        Click({r.left + 6, (r.top + r.bottom) / 2});
         PumpUntilIdle();
     }
+    void ClickButton(int command) { ClickOn(window->Toolbar()->Hwnd(), command); }
     bool ButtonOn(int command) {
         return SendMessageA(window->Toolbar()->Hwnd(), TB_ISBUTTONENABLED, command, 0) != 0;
+    }
+    // Keys typed into a control in place of its text (an edit box or a combo box's).
+    void TypeInto(HWND box, std::initializer_list<unsigned short> keys) {
+        SetFocus(box);
+        SendMessageA(box, EM_SETSEL, 0, -1);
+        SendMessageA(box, CB_SETEDITSEL, 0, MAKELPARAM(0, -1));
+        Type(keys);
+        PumpUntilIdle();
     }
 
     std::unique_ptr<MainWindow> window;
     HWND hwnd = nullptr;
-    std::vector<std::string> opened;
-    bool shellOpens = true; // whether a program opens what the window hands the shell
 };
 
 } // namespace tolvane::test

@@ -53,7 +53,7 @@ protected:
                                  "_STPAU_Common.lnk", "_REGAU_C:\\h.exe", "_REGAU_C:\\i.exe"};
     }
     void Build(long long timer = 1234) {
-        BuildStartupTree(tree, listing, model, kOwn,
+        BuildStartupTree(tree, listing, model, OwnRunEntry(folders),
                          {[=] { return timer; },
                           [this](double v) { progress.push_back(v); },
                           {},
@@ -67,8 +67,8 @@ protected:
     ProgramModel model;
     std::vector<double> progress;
     TreeModel tree;
-    const AppFolders folders{"C:\\T",       "", "C:\\Start", "C:\\Common", "C:\\T\\Items\\",
-                             "C:\\T\\All\\"};
+    const AppFolders folders{"C:\\T",      kOwn.Data,        "C:\\Start",
+                             "C:\\Common", "C:\\T\\Items\\", "C:\\T\\All\\"};
     const NoFiles noFiles;
 };
 

@@ -127,5 +127,27 @@ TEST_F(Package, InstallsForOneUserRunsUpgradesAndUninstallsKeepingTheUsersData) 
     EXPECT_EQ(UsersData(), delayed);
 }
 
+// Unzipped by the test's set-up into a folder of the build: the whole program, which runs there
+// and keeps its data beside itself.
+TEST_F(Package, ThePortableZipRunsWhereItIsUnzipped) {
+    const std::string folder = test::WinePathOfUnixPath(TOLVANE_PORTABLE_DIR) + "\\Tolvane";
+    for (const char* file : {"Tolvane.exe", "tolvanec.exe", "Tolvane.chm", "README.txt",
+                             "lang\\languagefile.dat", "data\\safelist.dat"})
+        EXPECT_TRUE(test::PathExists(folder + "\\" + file)) << file;
+    const std::string data = folder + "\\" + WindowsUserName();
+    test::RemoveTree(data);
+    {
+        // Nothing is delayed yet: the log-on run has nothing to wait for and ends at once.
+        test::ChildProcess tolvane("\"" + folder + "\\Tolvane.exe\" -nogui");
+        unsigned long code = 99;
+        ASSERT_TRUE(tolvane.WaitForExit(30000, &code));
+        EXPECT_EQ(code, 0u);
+    }
+    EXPECT_NE(test::ReadFileBytes(data + "\\proggroup.c").find("MainStartupDelay"),
+              std::string::npos);
+    EXPECT_EQ(RunAndWait("\"" + folder + "\\tolvanec.exe\" list --csv"), 0u);
+    test::RemoveTree(data);
+}
+
 } // namespace
 } // namespace tolvane

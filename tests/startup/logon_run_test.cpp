@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <commctrl.h>
+#include <shellapi.h>
 
 #include "config/delay_load.h"
 #include "config/impact_file.h"
@@ -179,6 +180,20 @@ TEST_F(LogOnRun, ASecondStartAndTheTrayMenuWorkWhileTheRunWaits) {
     // Brought to the front: a menu opened before that would close again as the window comes up.
     for (int i = 0; i < 250 && GetForegroundWindow() != window; ++i)
         Sleep(20);
+
+    // Explorer started again (its icons gone): the run's icon comes back, or the user could
+    // no longer reach the waiting run.
+    NOTIFYICONDATAA icon{};
+    icon.cbSize = sizeof icon;
+    icon.hWnd = tray;
+    icon.uID = 1;
+    ASSERT_TRUE(Shell_NotifyIconA(NIM_DELETE, &icon));
+    icon.uFlags = NIF_TIP;
+    PostMessageA(HWND_BROADCAST, RegisterWindowMessageA("TaskbarCreated"), 0, 0);
+    bool back = false;
+    for (int i = 0; i < 100 && !(back = Shell_NotifyIconA(NIM_MODIFY, &icon)); ++i)
+        Sleep(50);
+    EXPECT_TRUE(back) << "the tray icon did not come back";
 
     PostMessageA(tray, WM_APP + 1, 1, WM_RBUTTONUP);
     ASSERT_TRUE(test::WindowOf(tolvane.Id(), "#32768", true, 5000)) << "no menu";

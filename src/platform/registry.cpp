@@ -125,41 +125,6 @@ std::vector<std::pair<std::string, RegistryValue>> EnumWide(HKEY key) {
     }
 }
 
-// Hands every value of the key to `visit` (name, type, bytes), in the registry's order; false
-// when the listing broke off. The classic 255-character buffers serve almost every value; a
-// longer name or data is asked for again with buffers as big as the key's largest value.
-template <class Visit> bool ForEachValue(HKEY key, Visit visit) {
-    std::vector<char> name(256);
-    std::vector<BYTE> data(256);
-    for (DWORD index = 0;; ++index) {
-        DWORD nameLength = static_cast<DWORD>(name.size());
-        DWORD dataLength = static_cast<DWORD>(data.size());
-        DWORD type = 0;
-        LONG rc = RegEnumValueA(key, index, name.data(), &nameLength, nullptr, &type, data.data(),
-                                &dataLength);
-        if (rc == ERROR_NO_MORE_ITEMS)
-            return true;
-        if (rc == ERROR_MORE_DATA) {
-            DWORD maxName = 0, maxData = 0;
-            if (RegQueryInfoKeyA(key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                 &maxName, &maxData, nullptr, nullptr) != ERROR_SUCCESS)
-                return false;
-            size_t wantName = std::max<size_t>(name.size() * 2, maxName + 1);
-            size_t wantData = std::max<size_t>(data.size() * 2, maxData + 1);
-            if (wantName > (1u << 20) || wantData > (64u << 20))
-                return false;
-            name.resize(wantName);
-            data.resize(wantData);
-            --index; // the same value again
-            continue;
-        }
-        if (rc != ERROR_SUCCESS)
-            return false;
-        visit(std::string_view(name.data(), std::min<size_t>(nameLength, name.size())), type,
-              data.data(), std::min<size_t>(dataLength, data.size()));
-    }
-}
-
 } // namespace
 
 bool CRegistry::DeleteValue(RegistryRoot root, std::string_view path, std::string_view name) {
@@ -189,28 +154,6 @@ std::string CRegistry::GetSettingString(RegistryRoot root, std::string_view path
 bool CRegistry::SaveSettingString(RegistryRoot root, std::string_view path, std::string_view name,
                                   std::string_view value) {
     return WriteValue(root, path, name, REG_SZ, value.data(), value.size());
-}
-
-bool CRegistry::EnumKey(RegistryRoot root, std::string_view path, std::vector<std::string>& out) {
-    out.assign(1, std::string());
-    UniqueHKey key = OpenKey(root, path, KEY_QUERY_VALUE);
-    if (!key)
-        return true;
-    return ForEachValue(key.get(),
-                        [&](std::string_view name, DWORD, const BYTE* data, size_t size) {
-                            if (size == 0)
-                                return;
-                            // The terminating NUL is dropped only when it is there: a string stored
-                            // without one keeps its last character.
-                            if (data[size - 1] == 0)
-                                --size;
-                            if (!out.back().empty())
-                                out.emplace_back();
-                            std::string& entry = out.back();
-                            entry.assign(name);
-                            entry += '=';
-                            entry.append(reinterpret_cast<const char*>(data), size);
-                        });
 }
 
 // Typed values go through the wide entry points: they hand over the stored bytes untouched,

@@ -52,11 +52,6 @@ public:
     [[nodiscard]] bool SaveSettingString(RegistryRoot root, std::string_view path,
                                          std::string_view name, std::string_view value);
 
-    // Every value of the key as "name=data", in the registry's order; one "" when there are
-    // none or the key is missing. Values with no data are left out. Long names and data are
-    // listed whole: a command cut short here would be written back cut short.
-    bool EnumKey(RegistryRoot root, std::string_view path, std::vector<std::string>& out);
-
     // The value with its type, for moves that must put back exactly what they took.
     std::optional<RegistryValue> GetValue(RegistryRoot root, std::string_view path,
                                           std::string_view name);

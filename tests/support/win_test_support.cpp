@@ -155,13 +155,6 @@ std::string BuiltProgramFolder() {
     return WinePathOfUnixPath(TOLVANE_BIN_DIR);
 }
 
-std::string HelperProgram(std::string_view exeName) {
-    char self[MAX_PATH] = {};
-    GetModuleFileNameA(nullptr, self, MAX_PATH);
-    const std::string path = self;
-    return path.substr(0, path.find_last_of('\\') + 1) + std::string(exeName);
-}
-
 ChildProcess::ChildProcess(const std::string& commandLine) {
     STARTUPINFOA si{sizeof si};
     PROCESS_INFORMATION pi{};

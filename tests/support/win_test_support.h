@@ -65,8 +65,6 @@ std::string ShellFolder(int csidl);
 
 // The folder of the built Tolvane.exe with its lang and data folders.
 std::string BuiltProgramFolder();
-// A helper program built beside the running test.
-std::string HelperProgram(std::string_view exeName);
 
 // A text value as the system stores it: UTF-16 with its end NUL.
 RegistryValue WideValue(uint32_t type, std::string_view text);

@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "support/test_support.h"
+#include "text/language.h"
 
 #include <cstdio>
 #include <filesystem>
 #include <regex>
 #include <set>
-#include <sstream>
 #include <string>
 
 namespace {
@@ -67,9 +67,9 @@ TEST(HelpFile, TheChmHoldsEveryPageAndEveryLinkFindsItsTarget) {
     // Every line of [FILES] up to the next section.
     const size_t files = project.find("[FILES]");
     ASSERT_NE(files, std::string::npos);
-    std::istringstream listed(project.substr(files + 7));
-    for (std::string file; std::getline(listed, file) && !file.starts_with("[");) {
-        file = file.substr(0, file.find('\r'));
+    for (const std::string& file : tolvane::SplitTextLines(project.substr(files + 7))) {
+        if (file.starts_with("["))
+            break;
         EXPECT_TRUE(file.empty() || chm.count("/" + file)) << file;
     }
 

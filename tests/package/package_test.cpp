@@ -107,9 +107,8 @@ TEST_F(Package, InstallsForOneUserRunsUpgradesAndUninstallsKeepingTheUsersData) 
     EXPECT_EQ(UsersData(), delayed);
     EXPECT_EQ(ToLower(Run("Tolvane")), ToLower("\"" + exe + "\" -nogui"));
     ASSERT_EQ(RunAndWait(console + "run-startup"), 0u);
-    std::vector<std::string> started = test::ReadLines(record);
-    for (int i = 0; i < 500 && started.empty(); ++i, started = test::ReadLines(record))
-        Sleep(20);
+    std::vector<std::string> started;
+    test::PumpUntil([&] { return !(started = test::ReadLines(record)).empty(); }, 10000);
     ASSERT_EQ(started.size(), 1u);
     EXPECT_EQ(started[0].rfind("probe ", 0), 0u);
 

@@ -24,9 +24,8 @@ namespace {
 
 // The lines of a record once there are at least this many, or after ten seconds.
 std::vector<std::string> WaitForLines(const std::string& record, size_t count) {
-    std::vector<std::string> lines = test::ReadLines(record);
-    for (int i = 0; i < 500 && lines.size() < count; ++i, lines = test::ReadLines(record))
-        Sleep(20);
+    std::vector<std::string> lines;
+    test::PumpUntil([&] { return (lines = test::ReadLines(record)).size() >= count; }, 10000);
     return lines;
 }
 
@@ -178,8 +177,7 @@ TEST_F(LogOnRun, ASecondStartAndTheTrayMenuWorkWhileTheRunWaits) {
     ASSERT_TRUE(treeView);
     EXPECT_EQ(SendMessageA(treeView, TVM_GETCOUNT, 0, 0), 22); // containers, 2 delayed
     // Brought to the front: a menu opened before that would close again as the window comes up.
-    for (int i = 0; i < 250 && GetForegroundWindow() != window; ++i)
-        Sleep(20);
+    test::PumpUntil([&] { return GetForegroundWindow() == window; });
 
     // Explorer started again (its icons gone): the run's icon comes back, or the user could
     // no longer reach the waiting run.
@@ -190,10 +188,8 @@ TEST_F(LogOnRun, ASecondStartAndTheTrayMenuWorkWhileTheRunWaits) {
     ASSERT_TRUE(Shell_NotifyIconA(NIM_DELETE, &icon));
     icon.uFlags = NIF_TIP;
     PostMessageA(HWND_BROADCAST, RegisterWindowMessageA("TaskbarCreated"), 0, 0);
-    bool back = false;
-    for (int i = 0; i < 100 && !(back = Shell_NotifyIconA(NIM_MODIFY, &icon)); ++i)
-        Sleep(50);
-    EXPECT_TRUE(back) << "the tray icon did not come back";
+    EXPECT_TRUE(test::PumpUntil([&] { return Shell_NotifyIconA(NIM_MODIFY, &icon) != FALSE; }))
+        << "the tray icon did not come back";
 
     PostMessageA(tray, WM_APP + 1, 1, WM_RBUTTONUP);
     ASSERT_TRUE(test::WindowOf(tolvane.Id(), "#32768", true, 5000)) << "no menu";
@@ -201,11 +197,10 @@ TEST_F(LogOnRun, ASecondStartAndTheTrayMenuWorkWhileTheRunWaits) {
     // between would go to the window behind it.
     const DWORD thread = GetWindowThreadProcessId(tray, nullptr);
     GUITHREADINFO gui{sizeof gui};
-    for (int i = 0;
-         i < 250 && !(GetGUIThreadInfo(thread, &gui) && (gui.flags & GUI_POPUPMENUMODE) &&
-                      GetWindowThreadProcessId(GetForegroundWindow(), nullptr) == thread);
-         ++i)
-        Sleep(20);
+    test::PumpUntil([&] {
+        return GetGUIThreadInfo(thread, &gui) && (gui.flags & GUI_POPUPMENUMODE) &&
+               GetWindowThreadProcessId(GetForegroundWindow(), nullptr) == thread;
+    });
     // Quit during the main wait: the process ends, and the log holds the main wait and its end,
     // and no wait for a program's turn: the run started nothing.
     test::Type({'Q'});

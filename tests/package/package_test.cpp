@@ -107,10 +107,7 @@ TEST_F(Package, InstallsForOneUserRunsUpgradesAndUninstallsKeepingTheUsersData) 
     EXPECT_EQ(UsersData(), delayed);
     EXPECT_EQ(ToLower(Run("Tolvane")), ToLower("\"" + exe + "\" -nogui"));
     ASSERT_EQ(RunAndWait(console + "run-startup"), 0u);
-    std::vector<std::string> started;
-    test::PumpUntil([&] { return !(started = test::ReadLines(record)).empty(); }, 10000);
-    ASSERT_EQ(started.size(), 1u);
-    EXPECT_EQ(started[0].rfind("probe ", 0), 0u);
+    EXPECT_TRUE(test::PumpUntil([&] { return test::ReadLines(record).size() == 1; }, 10000));
 
     // Uninstalling ends the copy that waits in the tray, removes the program's files and its
     // own Run value, and keeps the user's data: the file, the saved value, the log-on items.
@@ -135,17 +132,11 @@ TEST_F(Package, ThePortableZipRunsWhereItIsUnzipped) {
         EXPECT_TRUE(test::PathExists(folder + "\\" + file)) << file;
     const std::string data = folder + "\\" + WindowsUserName();
     test::RemoveTree(data);
-    {
-        // Nothing is delayed yet: the log-on run has nothing to wait for and ends at once.
-        test::ChildProcess tolvane("\"" + folder + "\\Tolvane.exe\" -nogui");
-        unsigned long code = 99;
-        ASSERT_TRUE(tolvane.WaitForExit(30000, &code));
-        EXPECT_EQ(code, 0u);
-    }
+    // Nothing is delayed yet: the log-on run has nothing to wait for and ends at once.
+    EXPECT_EQ(RunAndWait("\"" + folder + "\\Tolvane.exe\" -nogui"), 0u);
     EXPECT_NE(test::ReadFileBytes(data + "\\proggroup.c").find("MainStartupDelay"),
               std::string::npos);
     EXPECT_EQ(RunAndWait("\"" + folder + "\\tolvanec.exe\" list --csv"), 0u);
-    test::RemoveTree(data);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // The program that the tests and benchmarks start in place of real ones. By its first argument:
-//   helper_program record <record file> <name> [arguments...]
-//     appends "<name> <milliseconds> [arguments]" to the record and ends;
+//   helper_program record <record file> <name>
+//     appends "<name> <milliseconds>" to the record and ends;
 //   helper_program load <record file> <name> <cpu milliseconds> [file to read]
 //     a heavy start-up program: waits for input once (so that it counts as ready), burns one
 //     core for the CPU time asked, reads the file whole, then records "<name> <milliseconds>";
@@ -118,12 +118,8 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
                        AppendLine(record, std::string(self) + "|" + Arguments())
                    ? 0
                    : 1;
-    if (mode == "record" && __argc > 3) {
-        std::string line = Stamp(__argv[3]);
-        for (int i = 4; i < __argc; ++i)
-            line += std::string(" ") + __argv[i];
-        return AppendLine(__argv[2], line) ? 0 : 1;
-    }
+    if (mode == "record" && __argc > 3)
+        return AppendLine(__argv[2], Stamp(__argv[3])) ? 0 : 1;
     if (mode == "load" && __argc > 4)
         return Load(__argc, __argv);
     if (mode == "write" && __argc > 4)

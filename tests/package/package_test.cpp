@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "config/delay_load.h"
-#include "platform/handles.h"
 #include "platform/processes.h"
 #include "platform/registry.h"
 #include "support/win_test_support.h"
@@ -110,7 +109,6 @@ TEST_F(Package, InstallsForOneUserRunsUpgradesAndUninstallsKeepingTheUsersData) 
     ASSERT_TRUE(test::WindowOf(waiting.Id(), "TolvaneStartupItems", false, 10000));
     ASSERT_EQ(RunAndWait("msiexec /x \"" + upgrade + "\" /qn"), 0u);
     EXPECT_TRUE(waiting.WaitForExit(5000)) << "the waiting copy was not ended";
-    EXPECT_TRUE(InstalledProducts().empty());
     for (const char* file : {"Tolvane.exe", "tolvanec.exe", "Tolvane.chm", "lang", "data"})
         EXPECT_FALSE(test::PathExists(installed + "\\" + file)) << file;
     EXPECT_FALSE(test::PathExists(shortcut));

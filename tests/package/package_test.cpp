@@ -18,20 +18,17 @@
 namespace tolvane {
 namespace {
 
-std::string ProductInfo(const std::string& product, const char* property) {
-    char value[512] = {};
-    DWORD size = sizeof value;
-    return MsiGetProductInfoA(product.c_str(), property, value, &size) == ERROR_SUCCESS ? value
-                                                                                        : "";
-}
-
 // The installed products named Tolvane, as "Installed apps" lists them.
 std::vector<std::string> InstalledProducts() {
     std::vector<std::string> products;
-    char code[39] = {};
-    for (DWORD i = 0; MsiEnumProductsA(i, code) == ERROR_SUCCESS; ++i)
-        if (ProductInfo(code, INSTALLPROPERTY_INSTALLEDPRODUCTNAME) == "Tolvane")
+    char code[39] = {}, name[64] = {};
+    for (DWORD i = 0; MsiEnumProductsA(i, code) == ERROR_SUCCESS; ++i) {
+        DWORD size = sizeof name;
+        if (MsiGetProductInfoA(code, INSTALLPROPERTY_INSTALLEDPRODUCTNAME, name, &size) ==
+                ERROR_SUCCESS &&
+            std::string(name) == "Tolvane")
             products.push_back(code);
+    }
     return products;
 }
 
@@ -74,15 +71,13 @@ TEST_F(Package, InstallsForOneUserRunsUpgradesAndUninstallsKeepingTheUsersData) 
     ASSERT_EQ(RunAndWait("msiexec /i \"" + msi + "\" /qn"), 0u);
 
     // The program's files in the user's own Programs folder, a Start-menu shortcut to it, and
-    // one entry in "Installed apps" with its version.
+    // one entry in "Installed apps".
     for (const char* file : {"Tolvane.exe", "tolvanec.exe", "Tolvane.chm", "lang\\languagefile.dat",
                              "lang\\en\\messages.en", "data\\safelist.dat", "data\\online.txt"})
         EXPECT_TRUE(test::PathExists(installed + "\\" + file)) << file;
     const std::string shortcut = test::ShellFolder(CSIDL_PROGRAMS) + "\\Tolvane.lnk";
     EXPECT_EQ(ToLower(ShortcutTarget(shortcut)), ToLower(exe));
-    std::vector<std::string> products = InstalledProducts();
-    ASSERT_EQ(products.size(), 1u);
-    const std::string version = ProductInfo(products[0], INSTALLPROPERTY_VERSIONSTRING);
+    ASSERT_EQ(InstalledProducts().size(), 1u);
 
     // A Run value delayed by the installed console program, which writes the program-group
     // file into the program's folder: its user can write to it.
@@ -93,12 +88,10 @@ TEST_F(Package, InstallsForOneUserRunsUpgradesAndUninstallsKeepingTheUsersData) 
     ASSERT_NE(delayed.find("PackageProbe\");"), std::string::npos);
     EXPECT_NE(delayed.find("||" + probe), std::string::npos); // out of the Run key, saved
 
-    // The next version replaces the program, brings its own Run value in step and leaves
-    // everything of the user's as it was.
+    // The next version replaces the program (one entry still), brings its own Run value in step
+    // and leaves everything of the user's as it was.
     ASSERT_EQ(RunAndWait("msiexec /i \"" + upgrade + "\" /qn"), 0u);
-    products = InstalledProducts();
-    ASSERT_EQ(products.size(), 1u);
-    EXPECT_NE(ProductInfo(products[0], INSTALLPROPERTY_VERSIONSTRING), version);
+    ASSERT_EQ(InstalledProducts().size(), 1u);
     EXPECT_EQ(UsersData(), delayed);
     EXPECT_EQ(ToLower(Run("Tolvane")), ToLower("\"" + exe + "\" -nogui"));
 

@@ -89,7 +89,7 @@ int Load(int argc, char** argv) {
         }
         CloseHandle(file);
     }
-    return AppendLine(argv[2], Stamp(argv[3])) ? 0 : 1;
+    return !AppendLine(argv[2], Stamp(argv[3]));
 }
 
 int Write(char** argv) {
@@ -114,12 +114,10 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
     GetModuleFileNameA(nullptr, self, sizeof self);
     const std::string mode = __argc > 1 ? __argv[1] : "";
     if (!std::string(self).ends_with("\\helper_program.exe"))
-        return GetEnvironmentVariableA("TOLVANE_ARGS_RECORD", record, sizeof record) &&
-                       AppendLine(record, std::string(self) + "|" + Arguments())
-                   ? 0
-                   : 1;
+        return !(GetEnvironmentVariableA("TOLVANE_ARGS_RECORD", record, sizeof record) &&
+                 AppendLine(record, std::string(self) + "|" + Arguments()));
     if (mode == "record" && __argc > 3)
-        return AppendLine(__argv[2], Stamp(__argv[3])) ? 0 : 1;
+        return !AppendLine(__argv[2], Stamp(__argv[3]));
     if (mode == "load" && __argc > 4)
         return Load(__argc, __argv);
     if (mode == "write" && __argc > 4)

@@ -20,7 +20,6 @@ public:
     // window starts the count again.
     bool Add(const LoadSample& window);
     bool Idle() const { return quiet_ >= kIdleWindowsNeeded; }
-    void Reset() { quiet_ = 0; }
 
 private:
     int quiet_ = 0;

@@ -1,6 +1,6 @@
 // The program that the tests and benchmarks start in place of real ones. By its first argument:
-//   helper_program record <record file> <name> [arguments...]
-//     appends "<name> <milliseconds> [arguments]" to the record and ends;
+//   helper_program record <record file> <name>
+//     appends "<name> <milliseconds>" to the record and ends;
 //   helper_program load <record file> <name> <cpu milliseconds> [file to read]
 //     a heavy start-up program: waits for input once (so that it counts as ready), burns one
 //     core for the CPU time asked, reads the file whole, then records "<name> <milliseconds>";
@@ -89,7 +89,7 @@ int Load(int argc, char** argv) {
         }
         CloseHandle(file);
     }
-    return AppendLine(argv[2], Stamp(argv[3])) ? 0 : 1;
+    return !AppendLine(argv[2], Stamp(argv[3]));
 }
 
 int Write(char** argv) {
@@ -114,16 +114,10 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
     GetModuleFileNameA(nullptr, self, sizeof self);
     const std::string mode = __argc > 1 ? __argv[1] : "";
     if (!std::string(self).ends_with("\\helper_program.exe"))
-        return GetEnvironmentVariableA("TOLVANE_ARGS_RECORD", record, sizeof record) &&
-                       AppendLine(record, std::string(self) + "|" + Arguments())
-                   ? 0
-                   : 1;
-    if (mode == "record" && __argc > 3) {
-        std::string line = Stamp(__argv[3]);
-        for (int i = 4; i < __argc; ++i)
-            line += std::string(" ") + __argv[i];
-        return AppendLine(__argv[2], line) ? 0 : 1;
-    }
+        return !(GetEnvironmentVariableA("TOLVANE_ARGS_RECORD", record, sizeof record) &&
+                 AppendLine(record, std::string(self) + "|" + Arguments()));
+    if (mode == "record" && __argc > 3)
+        return !AppendLine(__argv[2], Stamp(__argv[3]));
     if (mode == "load" && __argc > 4)
         return Load(__argc, __argv);
     if (mode == "write" && __argc > 4)

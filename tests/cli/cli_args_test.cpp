@@ -6,12 +6,15 @@
 #include "config/run_data.h"
 #include "items/startup_tree.h"
 #include "support/test_support.h"
+#include "text/strings.h"
 
 namespace tolvane {
 namespace {
 
-std::string Parsed(std::vector<std::string> arguments) {
-    const CliParse p = ParseCliArguments(arguments);
+// The arguments, split at each blank.
+std::string Parsed(std::string_view line) {
+    const CliParse p =
+        ParseCliArguments(line.empty() ? std::vector<std::string>{} : Split(line, ' '));
     if (!p.Request)
         return "error: " + p.Error;
     const CliRequest& r = *p.Request;
@@ -25,30 +28,19 @@ std::string Parsed(std::vector<std::string> arguments) {
 }
 
 TEST(CliArguments, VerbsOptionsAndUsageErrors) {
-    EXPECT_EQ(Parsed({"list"}), "1 0 []");
-    EXPECT_EQ(Parsed({"list", "--csv"}), "1 2 []");
-    EXPECT_EQ(Parsed({"delay", "Clock", "--delay", "2.5", "--location", "machine-run-32"}),
+    EXPECT_EQ(Parsed("list"), "1 0 []");
+    EXPECT_EQ(Parsed("list --csv"), "1 2 []");
+    EXPECT_EQ(Parsed("delay Clock --delay 2.5 --location machine-run-32"),
               "2 0 [Clock] machine-run-32 2.50");
-    EXPECT_EQ(Parsed({"delay", "Clock", "--delay", "0"}),
-              "2 0 [Clock] 0.00"); // the main delay alone
-    EXPECT_EQ(Parsed({"stop", "--location", "user-folder", "Tool.lnk"}),
-              "3 0 [Tool.lnk] user-folder");
-    EXPECT_EQ(Parsed({"restore", "Name=C:\\a b.exe"}), "4 0 [Name=C:\\a b.exe]");
-    EXPECT_EQ(Parsed({"run-startup"}), "5 0 []");
-    EXPECT_EQ(Parsed({"stop", "x", "--help"}), "0 0 []");
-    for (const std::vector<std::string>& bad : std::vector<std::vector<std::string>>{
-             {},
-             {"start"},
-             {"delay"},
-             {"list", "--json", "--csv"},
-             {"list", "Clock"},
-             {"stop", "x", "--delay", "3"},
-             {"delay", "x", "--delay", "-1"},
-             {"delay", "x", "--delay"},
-             {"delay", "x", "y"},
-             {"restore", "x", "--location", "user"},
-             {"run-startup", "--location", "user-run"},
-         })
+    EXPECT_EQ(Parsed("delay Clock --delay 0"), "2 0 [Clock] 0.00"); // the main delay alone
+    EXPECT_EQ(Parsed("stop --location user-folder Tool.lnk"), "3 0 [Tool.lnk] user-folder");
+    EXPECT_EQ(Parsed("restore Name=C:\\a.exe"), "4 0 [Name=C:\\a.exe]");
+    EXPECT_EQ(Parsed("run-startup"), "5 0 []");
+    EXPECT_EQ(Parsed("stop x --help"), "0 0 []");
+    for (const char* bad :
+         {"", "start", "delay", "list --json --csv", "list Clock", "stop x --delay 3",
+          "delay x --delay -1", "delay x --delay", "delay x y", "restore x --location user",
+          "run-startup --location user-run"})
         EXPECT_EQ(Parsed(bad).rfind("error: ", 0), 0u) << Parsed(bad);
 }
 
@@ -68,9 +60,7 @@ TEST(CliRecords, TheTreesItemsWithTheirCommandsInThreeFormats) {
         bool FileExists(const std::string&) const override { return false; }
         std::string Expand(const std::string& text) const override { return text; }
     } const noFiles;
-    AppFolders folders;
-    folders.UserStartupFolder = "C:\\Start";
-    folders.UserItemsFolder = "C:\\Items\\";
+    const AppFolders folders{"", "", "C:\\Start", "", "C:\\Items\\"};
     TreeModel tree;
     BuildStartupTree(tree, listing, model, {}, {{}, {}, {}, &folders, &noFiles});
     RecordLookups lookups;
@@ -100,8 +90,7 @@ TEST(CliRecords, TheTreesItemsWithTheirCommandsInThreeFormats) {
     control.Name = "a\tb\x01";
     EXPECT_NE(FormatRecordsJson({control}).find("\"a\\u0009b\\u0001\""), std::string::npos);
     EXPECT_EQ(FormatRecordsJson({}), "[]\n");
-    EXPECT_EQ(records[1].OwnName, "Caf\xc3\xa9 \"q\"");
-    EXPECT_EQ(records[0].OwnName, "Word.lnk");
+    EXPECT_EQ(records[0].OwnName + "|" + records[1].OwnName, "Word.lnk|Caf\xc3\xa9 \"q\"");
     EXPECT_NE(
         FormatRecordsTable(records).find("delayed  user-folder     7.5    Later.lnk  (not found)"),
         std::string::npos);

@@ -4,8 +4,6 @@
 
 #include <windows.h>
 
-#include <set>
-
 #include "config/language_files.h"
 #include "items/run_entry.h"
 #include "items/startup_fixture.h"
@@ -29,45 +27,25 @@ protected:
         app.model.StartupType = 1; // Windows starts Tolvane while something is delayed
         app.Store().File().WriteItems();
     }
-    struct Ran {
+    // Runs tolvanec with the arguments as a script would: its exit code, and its output and
+    // errors, which go into a file.
+    std::pair<unsigned long, std::string> Cli(const std::string& arguments) {
+        const std::string out = folder / "out.txt";
+        test::ChildProcess cli("cmd.exe /c \"\"" + folder / "tolvanec.exe" + "\" " + arguments +
+                               " >\"" + out + "\" 2>&1\"");
         unsigned long code = 99;
-        std::string out; // standard output, then standard error
-    };
-    // Runs tolvanec with the arguments, its output and errors into a file.
-    Ran Cli(const std::string& arguments) {
-        SECURITY_ATTRIBUTES inherit{sizeof inherit, nullptr, TRUE};
-        const std::string path = folder / "out.txt";
-        HANDLE out = CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherit,
-                                 CREATE_ALWAYS, 0, nullptr);
-        STARTUPINFOA si{sizeof si};
-        si.dwFlags = STARTF_USESTDHANDLES;
-        si.hStdOutput = si.hStdError = out;
-        PROCESS_INFORMATION pi{};
-        std::string line = "\"" + folder / "tolvanec.exe" + "\" " + arguments;
-        Ran ran;
-        if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr,
-                           nullptr, &si, &pi)) {
-            WaitForSingleObject(pi.hProcess, 60000);
-            GetExitCodeProcess(pi.hProcess, &ran.code);
-            CloseHandle(pi.hProcess);
-            CloseHandle(pi.hThread);
-        }
-        CloseHandle(out);
-        ran.out = test::ReadFileBytes(path);
-        return ran;
+        EXPECT_TRUE(cli.WaitForExit(60000, &code));
+        return {code, test::ReadFileBytes(out)};
     }
-    // The items that are not active, as the program-group file read back lists them, sorted.
+    // The items that are not active, as the program-group file read back lists them.
     std::string Held() {
-        std::set<std::string> held;
+        std::string all;
         for (const StartupItem& item : ReadBack())
             if (item.State != ItemState::Active)
-                held.insert((item.State == ItemState::Delayed ? "D " : "S ") + item.Name);
-        std::string all;
-        for (const std::string& h : held)
-            all += (all.empty() ? "" : ", ") + h;
+                all += (all.empty() ? "" : ", ") +
+                       std::string(item.State == ItemState::Delayed ? "D " : "S ") + item.Name;
         return all;
     }
-    std::string File() { return test::ReadFileBytes(app.Store().File().FilePath()); }
 };
 
 // Each command in turn, as a script would give it: its exit code, what it says (a line of the
@@ -107,14 +85,13 @@ TEST_F(Console, CommandsMoveAndListItemsByNameAndSayWhatTheyDid) {
         {"delay Wipe", 2, "del", "D Clock, D Exp"}, // a command that deletes is never delayed
         {"stop Exp", 0, "", "D Clock, S Exp"},
         {"list --json", 0, exp, "D Clock, S Exp"},
-        {"stop \"Clock=C:\\clock.exe -min\"", 0, "", "S Clock, S Exp",
+        {"stop \"Clock=C:\\clock.exe -min\"", 0, "", "S Exp, S Clock",
          "\"_REGCU_Clock=C:\\clock.exe -min\""},
         {"restore Clock", 0, "", "S Exp"},
         {"restore Exp", 0, ""},
         {"delay Tool.lnk --delay 7.5", 0, "", "D Tool.lnk",
          "Execute (\"Tool.lnk\", \"\", 7.5, \"\");"},
-        {"stop \"tOOL.LNK\"", 0, "", "S Tool.lnk"},
-        {"list", 0, "stopped  user-folder            Tool.lnk", "S Tool.lnk"},
+        {"list", 0, "delayed  user-folder     7.5    Tool.lnk", "D Tool.lnk"},
         {"restore tool.lnk", 0, ""},
         {"delay \"über яндекс ☕\"", 0, "", "D Über Яндекс ☕"},
         {"restore \"Über Яндекс ☕=\\\"C:\\Я S\\u.exe\\\" -q ☕\"", 0, ""},
@@ -128,12 +105,12 @@ TEST_F(Console, CommandsMoveAndListItemsByNameAndSayWhatTheyDid) {
     const std::string own = "\"" + folder / "Tolvane.exe" + "\" -nogui";
     for (const auto& step : steps) {
         SCOPED_TRACE(step.command);
-        const Ran ran = Cli(step.command);
-        EXPECT_EQ(ran.code, step.code) << ran.out;
-        EXPECT_NE(ran.out.find(step.says), std::string::npos) << ran.out;
-        const std::string held = Held();
+        const auto [code, out] = Cli(step.command);
+        EXPECT_EQ(code, step.code) << out;
+        EXPECT_NE(out.find(step.says), std::string::npos) << out;
+        const std::string held = Held(), file = test::ReadFileBytes(app.Store().File().FilePath());
         EXPECT_EQ(held, step.held);
-        EXPECT_NE(File().find(step.fileLine), std::string::npos) << File();
+        EXPECT_NE(file.find(step.fileLine), std::string::npos) << file;
         // The program's own Run value is there exactly while something is delayed.
         EXPECT_EQ(Run(user, kOwnRunValue), held.find("D ") == 0 ? own : "(none)");
     }

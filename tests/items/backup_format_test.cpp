@@ -7,12 +7,11 @@ namespace tolvane {
 namespace {
 
 TEST(RegBackupFormat, LinesReadBackAsTheValuesTheyCameFrom) {
-    EXPECT_EQ(RegKeyLine(RegistryRoot::CurrentUser),
-              "[HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Run]");
-    EXPECT_EQ(RegKeyLine(RegistryRoot::LocalMachine),
-              "[HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\Run]");
     EXPECT_EQ(
-        RegKeyLine(RegistryRoot::LocalMachine32),
+        RegKeyLine(RegistryRoot::CurrentUser) + RegKeyLine(RegistryRoot::LocalMachine) +
+            RegKeyLine(RegistryRoot::LocalMachine32),
+        "[HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Run]"
+        "[HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\Run]"
         "[HKEY_LOCAL_MACHINE\\SOFTWARE\\WOW6432Node\\Microsoft\\Windows\\CurrentVersion\\Run]");
     EXPECT_EQ(RegValueLine({"Tool", 1, {}, "\"C:\\T\\tool.exe\" /min"}),
               "\"Tool\"=\"\\\"C:\\\\T\\\\tool.exe\\\" /min\"");

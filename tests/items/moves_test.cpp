@@ -27,7 +27,11 @@ using ItemMovesTest = test::StartupFixture;
 TEST_F(ItemMovesTest, EveryMoveOfEveryLocationKeepsTheItemsExactly) {
     RunValue(user, "a=b", "\"C:\\x y\\x.exe\" /y=1");
     ASSERT_TRUE(reg.SetValue(user, kRunKey, "Empty", test::WideValue(REG_SZ, "")));
-    RunValue(user, "微信", "\"C:\\Program Files\\微信\\WeChat.exe\" -autorun");
+    // A name and a command longer than any fixed buffer would take.
+    const std::string wechat = "微信 " + test::LongText(300),
+                      command = "\"C:\\Program Files\\微信\\WeChat.exe\" -autorun " +
+                                test::LongText(5000);
+    RunValue(user, wechat, command);
     RunValue(machine, "Café ☕", "C:\\Café\\☕.exe /tray");
     RunValue(machine, "Same", "C:\\64\\same.exe");
     ASSERT_TRUE(
@@ -42,27 +46,27 @@ TEST_F(ItemMovesTest, EveryMoveOfEveryLocationKeepsTheItemsExactly) {
     ASSERT_TRUE(reg.SetValue(user, kApprovedFolderKey, "НОУТБУК.LNK", {REG_BINARY, off}));
     ASSERT_TRUE(reg.SetValue(machine, kApprovedRunKey, "café ☕", {REG_BINARY, off}));
     uint8_t switched = 3;
-    struct Place {
-        const char* in[3]; // the containers of the active, delayed and stopped items
-        Lines texts;
+    // Every item as the program-group file, read back, lists it: its location, its state and
+    // its text, sorted.
+    auto listed = [&] {
+        std::vector<std::string> all;
+        for (const StartupItem& item : ReadBack())
+            all.push_back(std::to_string(int(item.Location)) + "ADS"[int(item.State)] + " " +
+                          item.Text());
+        std::sort(all.begin(), all.end());
+        return all;
     };
-    const Place locations[] = {
-        {{"CurrentUserRegistry", "DelayedItemsRegistryCurrentUser", "StoppedItemsCurrentReg"},
-         {"Empty=", "a=b=\"C:\\x y\\x.exe\" /y=1",
-          "微信=\"C:\\Program Files\\微信\\WeChat.exe\" -autorun"}},
-        {{"AllUsersRegistry", "DelayedItemsRegistryAllUsers", "StoppedItemsAllReg"},
-         {"Café ☕=C:\\Café\\☕.exe /tray", "Same=\"%ProgramFiles%\\Я\\same.exe\" /32",
-          "Same=C:\\64\\same.exe"}},
-        {{"CurrentUserStartup", "DelayedItemsStartupCurrentUser", "StoppedItemsCurrentStartup"},
-         {"Ноутбук.lnk"}},
-        {{"AllUsersStartup", "DelayedItemsStartupAllUsers", "StoppedItemsAllStartup"},
-         {"📅 Calendar.lnk"}},
-    };
+    const Lines items = {"0A Ноутбук.lnk",
+                         "1A Empty=",
+                         "1A a=b=\"C:\\x y\\x.exe\" /y=1",
+                         "1A " + wechat + "=" + command,
+                         "2A 📅 Calendar.lnk",
+                         "3A Café ☕=C:\\Café\\☕.exe /tray",
+                         "3A Same=C:\\64\\same.exe",
+                         "4A Same=\"%ProgramFiles%\\Я\\same.exe\" /32"};
+    ASSERT_EQ(listed(), items);
     // Each move of an item in a file line the program reads back.
-    const struct {
-        ItemState to;
-        const char* line;
-    } steps[] = {
+    const std::pair<ItemState, const char*> steps[] = {
         {kDelayed, "ExecuteReg (\"C:\\x y\\x.exe\", \"/y=1\", 0, \"a=b\");"},
         {kStopped, "\"_REGCU_Empty=\""},
         {kActive, ""},
@@ -70,40 +74,28 @@ TEST_F(ItemMovesTest, EveryMoveOfEveryLocationKeepsTheItemsExactly) {
         {kDelayed, "ExecuteReg (\"\", \"\", 0, \"Empty\");"},
         {kActive, ""},
     };
-    ItemState now = kActive;
-    for (const auto& step : steps) {
-        SCOPED_TRACE("from " + std::to_string(static_cast<int>(now)) + " to " +
-                     std::to_string(static_cast<int>(step.to)));
+    for (const auto& [to, line] : steps) {
+        SCOPED_TRACE(std::string("to ") + "ADS"[int(to)] + " " + line);
         Refresh();
-        for (const Place& p : locations)
-            for (const std::string& text : p.texts)
-                ASSERT_TRUE(Move(p.in[static_cast<int>(now)], text, step.to)) << text;
-        now = step.to;
-        switched = now == kActive ? 2 : switched;
+        for (const StartupItem& item : listing.Items)
+            ASSERT_TRUE(Moves().Move(item, to)) << item.Text();
+        switched = to == kActive ? 2 : switched;
         for (auto [root, key, name] : {std::tuple{user, kApprovedFolderKey, "Ноутбук.lnk"},
                                        std::tuple{machine, kApprovedRunKey, "Café ☕"}})
             EXPECT_EQ(reg.GetValue(root, key, name)->Data[0], switched) << name;
-        EXPECT_EQ(Inventory(false), now == kActive ? start : none);
-        EXPECT_EQ(Inventory(true), now == kActive ? none : start);
+        EXPECT_EQ(Inventory(false), to == kActive ? start : none);
+        EXPECT_EQ(Inventory(true), to == kActive ? none : start);
         const std::string file = test::ReadFileBytes(app.Store().File().FilePath());
-        EXPECT_NE(file.find(step.line), std::string::npos) << file;
-        app.Store().File().LoadItems();
-        Refresh();
-        for (const Place& p : locations)
-            for (int state = 0; state < 3; ++state)
-                EXPECT_EQ(Items(p.in[state]), state == static_cast<int>(now) ? p.texts : Lines{});
+        EXPECT_NE(file.find(line), std::string::npos) << file;
+        Lines now = items;
+        for (std::string& item : now)
+            item[1] = "ADS"[int(to)];
+        EXPECT_EQ(listed(), now);
     }
     EXPECT_TRUE(messages.shown.empty());
 
     // Every value taken out is in a backup as the registry editor writes it, the 32-bit one
     // under its own key: imported, the backups alone bring every value back exactly.
-    std::string backups;
-    for (const std::string& file : test::FilesBelow(folder / "Delayed Registry"))
-        backups += test::ReadUtf16File(file);
-    EXPECT_NE(backups.find("[HKEY_LOCAL_MACHINE\\SOFTWARE\\WOW6432Node\\Microsoft\\Windows\\"
-                           "CurrentVersion\\Run]\r\n\"Same\"=hex(2):"),
-              std::string::npos)
-        << backups;
     std::vector<Item> values = start;
     std::erase_if(values, [](const Item& i) { return i.name.ends_with(".lnk"); });
     places.Clear();
@@ -119,10 +111,16 @@ TEST_F(ItemMovesTest, EveryMoveOfEveryLocationKeepsTheItemsExactly) {
 
 // A move that would overwrite something of the user's, or take out a value under a command it
 // no longer has, is refused and said; everything stays. (A command that deletes: see tolvanec.)
-TEST_F(ItemMovesTest, ConflictsAreRefusedToldAndNothingIsOverwritten) {
+// A stopped value whose saved copy is gone comes back from its own entry, which names it; an
+// entry of an older version that holds a path alone and has no copy has nothing to put back:
+// its entry goes.
+TEST_F(ItemMovesTest, NothingChangedMeanwhileIsOverwrittenAndAValueWithoutItsCopyComesBack) {
     Shortcut(places.UserFolder, "Tool.lnk");
     RunValue(user, "App", "C:\\app.exe /old");
     RunValue(user, "Late", "C:\\late.exe");
+    app.model.AddStoppedProgram("Machine=C:\\m.exe", kMachineRun);
+    app.model.AddStoppedProgram("C:\\gone.exe", kUserRun);
+    app.Store().File().WriteItems();
     Refresh();
     ASSERT_TRUE(Move("CurrentUserStartup", "Tool.lnk", kDelayed));
     ASSERT_TRUE(Move("CurrentUserRegistry", "App=C:\\app.exe /old", kDelayed));
@@ -135,9 +133,9 @@ TEST_F(ItemMovesTest, ConflictsAreRefusedToldAndNothingIsOverwritten) {
     const struct {
         const char *container, *text;
         ItemState to;
-        int message;
+        int message; // 0: moved
         std::string detail;
-    } refused[] = {
+    } moves[] = {
         {"CurrentUserStartup", "Tool.lnk", kDelayed, 14,
          app.folders.UserItemsFolder + "\\Tool.lnk"},
         {"DelayedItemsStartupCurrentUser", "Tool.lnk", kActive, 14, UserStartup("Tool.lnk")},
@@ -145,19 +143,26 @@ TEST_F(ItemMovesTest, ConflictsAreRefusedToldAndNothingIsOverwritten) {
          "App=C:\\app.exe /new"},
         {"CurrentUserRegistry", "App=C:\\app.exe /new", kDelayed, 14, "App=C:\\app.exe /old"},
         {"CurrentUserRegistry", "Late=C:\\late.exe", kStopped, 15, "Late=C:\\later.exe"},
+        {"StoppedItemsAllReg", "Machine=C:\\m.exe", kActive, 0, ""},
+        {"StoppedItemsCurrentReg", "C:\\gone.exe", kActive, 0, ""},
     };
-    for (const auto& r : refused) {
-        SCOPED_TRACE(r.text);
+    for (const auto& m : moves) {
+        SCOPED_TRACE(m.text);
         messages.shown.clear();
-        EXPECT_FALSE(Move(r.container, r.text, r.to));
-        const std::string told = FillIn(app.text.Message(r.message), {r.text, r.detail});
-        EXPECT_EQ(messages.shown,
-                  (std::vector<test::CapturedMessages::Shown>{{told, "Tolvane", 0x30}}));
+        EXPECT_EQ(Move(m.container, m.text, m.to), !m.message);
+        std::vector<test::CapturedMessages::Shown> told;
+        if (m.message)
+            told.push_back(
+                {FillIn(app.text.Message(m.message), {m.text, m.detail}), "Tolvane", 0x30});
+        EXPECT_EQ(messages.shown, told);
     }
     EXPECT_EQ(test::ReadFileBytes(UserStartup("Tool.lnk")), "a newer shortcut");
     EXPECT_EQ(test::ReadFileBytes(UserItems("Tool.lnk")), held);
     EXPECT_EQ(Run(user, "App") + "|" + Saved(user, "App"), "C:\\app.exe /new|C:\\app.exe /old");
     EXPECT_EQ(Run(user, "Late") + "|" + Saved(user, "Late"), "C:\\later.exe|(none)");
+    EXPECT_EQ(Run(machine, "Machine"), "C:\\m.exe");
+    EXPECT_EQ(reg.EnumValues(user, kRunKey).size(), 2u); // nothing for the path alone
+    EXPECT_EQ(test::ReadFileBytes(app.Store().File().FilePath()).find("gone"), std::string::npos);
 }
 
 // The program-group file cannot be written, and the shortcut that went to the items folder
@@ -183,22 +188,6 @@ TEST_F(ItemMovesTest, AMoveThatCannotBeTakenBackSaysWhereTheShortcutIs) {
         "the shortcut is still at \"" + app.folders.UserItemsFolder + "\\Tool.lnk";
     EXPECT_NE(messages.shown[1].Text.find(at), std::string::npos) << messages.shown[1].Text;
     EXPECT_NE(test::ReadFileBytes(folder / "log.txt").find("not taken back: "), std::string::npos);
-}
-
-// A stopped value whose saved copy is gone comes back from its own entry, which names it; an
-// entry of an older version that holds a path alone and has no copy has nothing to put back:
-// its entry goes.
-TEST_F(ItemMovesTest, AStoppedValueWithoutItsSavedCopyComesBackFromItsEntry) {
-    app.model.AddStoppedProgram("Machine=C:\\m.exe", kMachineRun);
-    app.model.AddStoppedProgram("C:\\gone.exe", kUserRun);
-    app.Store().File().WriteItems();
-    Refresh();
-    EXPECT_TRUE(Move("StoppedItemsAllReg", "Machine=C:\\m.exe", kActive));
-    EXPECT_TRUE(Move("StoppedItemsCurrentReg", "C:\\gone.exe", kActive));
-    EXPECT_EQ(Run(machine, "Machine"), "C:\\m.exe");
-    EXPECT_EQ(Inventory(false).size(), 1u); // nothing for the path alone
-    EXPECT_EQ(test::ReadFileBytes(app.Store().File().FilePath()).find("gone"), std::string::npos);
-    EXPECT_TRUE(messages.shown.empty());
 }
 
 } // namespace

@@ -10,6 +10,8 @@ namespace {
 // without rights.
 class FakeValues : public RunEntryValues {
 public:
+    FakeValues(std::string user, std::string machine, std::string refused = "")
+        : user(std::move(user)), machine(std::move(machine)), refused(std::move(refused)) {}
     std::string Read(RunEntryKey key) override { return Value(key); }
     bool Write(RunEntryKey key, const std::string& command) override {
         return Step("write", key) && (Value(key) = command, true);
@@ -105,10 +107,7 @@ TEST(RunEntrySteps, TheNewValueIsWrittenBeforeTheOldOneGoes) {
          "warning: Run entry: \"Tolvane\" could not be removed from " + machine + "."},
     };
     for (const Case& t : cases) {
-        FakeValues values;
-        values.user = t.user;
-        values.machine = t.machine;
-        values.refused = t.refused;
+        FakeValues values(t.user, t.machine, t.refused);
         std::string problems;
         for (const RunEntryProblem& p :
              ApplyRunEntryMode(values, t.mode, c, t.allUsersDelays, t.userDelays, t.oneUser))
@@ -128,10 +127,9 @@ TEST(RunEntrySteps, UninstallRemovesOnlyTheValuesThatStartThisCopy) {
     const std::string c =
         "\"C:\\Users\\Ann\\AppData\\Local\\Programs\\Tolvane\\Tolvane.exe\" -nogui";
     const std::string other = "\"D:\\Portable\\Tolvane.exe\" -nogui";
-    FakeValues values;
     // The same path in other letters is this copy.
-    values.user = "\"C:\\USERS\\ANN\\APPDATA\\LOCAL\\PROGRAMS\\TOLVANE\\TOLVANE.EXE\" -NOGUI";
-    values.machine = other;
+    FakeValues values("\"C:\\USERS\\ANN\\APPDATA\\LOCAL\\PROGRAMS\\TOLVANE\\TOLVANE.EXE\" -NOGUI",
+                      other);
     EXPECT_TRUE(RemoveRunEntriesOf(values, c).empty());
     EXPECT_EQ(values.user + " | " + values.machine, " | " + other);
 

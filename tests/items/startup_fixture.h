@@ -39,6 +39,7 @@ protected:
         const StartupItem* item = ItemOfNode(tree, listing, Node(container, text));
         return Moves().Move(item ? *item : StartupItem{}, to); // Node said which is missing
     }
+
     // A toolbar button's pass over the ticked items.
     bool Pass(CheckedMove move) {
         std::vector<ItemMove> wanted;
@@ -106,31 +107,29 @@ protected:
     struct Item {
         ItemLocation location;
         std::string name, bytes;
-        bool operator==(const Item&) const = default;
+        auto operator<=>(const Item&) const = default;
     };
     // Every shortcut and Run value where Windows starts it or, held, in the program's keeping
-    // (its items folders and the saved copies of values, in each value's own registry view).
+    // (its items folders and the saved copies of values, in each value's own registry view),
+    // sorted.
     std::vector<Item> Inventory(bool held) {
         std::vector<Item> all;
-        for (bool user : {true, false}) {
-            const std::string dir =
-                held ? (user ? app.folders.UserItemsFolder : app.folders.AllUsersItemsFolder)
-                     : (user ? places.UserFolder : places.CommonFolder);
+        const std::pair<ItemLocation, std::string> folders[] = {
+            {ItemLocation::UserFolder, held ? app.folders.UserItemsFolder : places.UserFolder},
+            {ItemLocation::CommonFolder,
+             held ? app.folders.AllUsersItemsFolder : places.CommonFolder}};
+        for (const auto& [at, dir] : folders)
             for (const std::string& path : FilesBelow(dir))
-                all.push_back({user ? ItemLocation::UserFolder : ItemLocation::CommonFolder,
-                               path.substr(path.rfind('\\') + 1), ReadFileBytes(path)});
-        }
-        const std::pair<ItemLocation, RegistryRoot> keys[] = {
-            {ItemLocation::UserRun, RegistryRoot::CurrentUser},
-            {ItemLocation::MachineRun, RegistryRoot::LocalMachine},
-            {ItemLocation::MachineRun32, RegistryRoot::LocalMachine32}};
-        for (auto [at, root] : keys)
-            for (auto& [name, v] :
-                 reg.EnumValues(root, !held                         ? kRunKey
-                                      : at == ItemLocation::UserRun ? kSavedUserRunKey
-                                                                    : kSavedMachineRunKey))
+                all.push_back({at, path.substr(path.rfind('\\') + 1), ReadFileBytes(path)});
+        const std::tuple<ItemLocation, RegistryRoot, const char*> keys[] = {
+            {ItemLocation::UserRun, RegistryRoot::CurrentUser, kSavedUserRunKey},
+            {ItemLocation::MachineRun, RegistryRoot::LocalMachine, kSavedMachineRunKey},
+            {ItemLocation::MachineRun32, RegistryRoot::LocalMachine32, kSavedMachineRunKey}};
+        for (auto [at, root, saved] : keys)
+            for (auto& [name, v] : reg.EnumValues(root, held ? saved : kRunKey))
                 all.push_back(
                     {at, name, std::to_string(v.Type) + std::string(v.Data.begin(), v.Data.end())});
+        std::sort(all.begin(), all.end());
         return all;
     }
 

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <stdexcept>
 
 #include "items/checked_items.h"
 #include "items/startup_tree.h"
@@ -17,14 +16,6 @@ struct NoFiles : CommandLineSystem {
     bool FileExists(const std::string&) const override { return false; }
     std::string Expand(const std::string& text) const override { return text; }
 };
-
-// Task Manager's switches of one key, off for each name.
-SwitchedOffNames Off(const std::vector<std::string>& names) {
-    std::vector<std::pair<std::string, RegistryValue>> flags;
-    for (const std::string& name : names)
-        flags.push_back({name, {kBinaryType, {0x03}}});
-    return SwitchedOffNames(flags, test::AsciiNameOrder);
-}
 
 // Items of every location, delayed and stopped, as a refresh at 12:34 builds them.
 class StartupTree : public ::testing::Test {
@@ -89,45 +80,41 @@ TEST_F(StartupTree, ContainersCountAndShowEveryItemOfEachLocation) {
     ASSERT_EQ(listing.UserRunValues.size(), 2u);
     EXPECT_EQ(listing.UserRunValues[0].Name, "A");
     ASSERT_EQ(listing.MachineRunValues.size(), 1u);
-    // Each leaf shows an item of the listing: its location, state, own name and command.
+    // Each leaf shows an item of the listing: what it starts, where it is now (a shortcut's
+    // file in its Startup folder or the items folder, a value's program and arguments as its
+    // command, a delayed one's record, reads), its state, the location code that its
+    // container's key (never a caption) gives, and whether it offers moves (all but the active
+    // all-users items do). A container shows none.
+    auto leaf = [&](const char* key) -> std::string {
+        const StartupItem* item = ItemOfNode(tree, listing, tree.Find(key));
+        const std::optional<ItemPlace> place = PlaceOf(tree, tree.Find(key));
+        if (!item || !place)
+            return item || place ? "half an item" : "none";
+        return item->File + "|" + item->Arguments + " " + "ADS"[int(item->State)] +
+               "ADS"[int(place->State)] + std::to_string(place->Location) +
+               (item->ForAllUsers() ? " all" : "") + (N(key).Tag == kPopupTag ? " moves" : "");
+    };
+    const std::pair<const char*, const char*> leaves[] = {
+        {"#12340#Tool.lnk", "C:\\Start\\Tool.lnk| AA3 moves"},
+        {"#12340#Word.lnk", "C:\\Common\\Word.lnk| AA2 all"},
+        {"#12341#DELAYEDDelayed.lnk", "C:\\T\\Items\\Delayed.lnk| DD3 moves"},
+        {"#12343#DELAYEDAll.lnk", "C:\\T\\All\\All.lnk| DD2 all moves"},
+        {"#12340#STOPPED_STPCU_Old.lnk", "C:\\T\\Items\\Old.lnk| SS3 moves"},
+        {"#12343#STOPPED_STPAU_Common.lnk", "C:\\T\\All\\Common.lnk| SS2 all moves"},
+        {"#12340#A=C:\\a.exe /x", "C:\\a.exe|/x AA1 moves"},
+        {"#12340#M=C:\\m.exe", "C:\\m.exe| AA0 all"},
+        {"#12344#DELAYEDC:\\x.exe ", "C:\\x.exe|-m DD0 all moves"},
+        {"#12345#STOPPED_REGAU_C:\\i.exe", "C:\\i.exe| SS0 all moves"},
+        {"DelayedItemsRoot", "none"},
+        {"StoppedItemsAllReg", "none"},
+        {"CurrentUserRoot", "none"},
+    };
+    for (auto [key, shows] : leaves)
+        EXPECT_EQ(leaf(key), shows) << key;
     const StartupItem* x = ItemOfNode(tree, listing, tree.Find("#12344#DELAYEDC:\\x.exe "));
     ASSERT_TRUE(x);
-    EXPECT_EQ(x->Location, ItemLocation::MachineRun);
-    EXPECT_EQ(x->State, ItemState::Delayed);
     EXPECT_EQ(x->Name + "|" + x->Command + "|" + std::to_string(x->Record), "X|C:\\x.exe -m|4");
-    EXPECT_TRUE(x->ForAllUsers());
-    EXPECT_EQ(ItemOfNode(tree, listing, tree.Find("DelayedItemsRoot")), nullptr);
-    // What each starts, where it is now: a shortcut's file in its Startup folder or the items
-    // folder, a value's program and arguments as its command (a delayed one's record) reads.
-    auto file = [&](const char* key) {
-        const StartupItem* item = ItemOfNode(tree, listing, tree.Find(key));
-        return item ? item->File + "|" + item->Arguments : std::string("none");
-    };
-    EXPECT_EQ(file("#12340#Tool.lnk"), "C:\\Start\\Tool.lnk|");
-    EXPECT_EQ(file("#12340#Word.lnk"), "C:\\Common\\Word.lnk|");
-    EXPECT_EQ(file("#12341#DELAYEDDelayed.lnk"), "C:\\T\\Items\\Delayed.lnk|");
-    EXPECT_EQ(file("#12343#STOPPED_STPAU_Common.lnk"), "C:\\T\\All\\Common.lnk|");
-    EXPECT_EQ(file("#12340#A=C:\\a.exe /x"), "C:\\a.exe|/x");
-    EXPECT_EQ(file("#12344#DELAYEDC:\\x.exe "), "C:\\x.exe|-m");
-    EXPECT_EQ(file("#12345#STOPPED_REGAU_C:\\i.exe"), "C:\\i.exe|");
-
-    // Keys carry time, index and origin; all but the active all-users items offer moves.
-    for (const char* key : {"#12340#Tool.lnk", "#12340#A=C:\\a.exe /x", "#12341#DELAYEDDelayed.lnk",
-                            "#12344#DELAYEDC:\\x.exe ", "#12340#STOPPED_STPCU_Old.lnk",
-                            "#12343#STOPPED_STPAU_Common.lnk"})
-        EXPECT_EQ(N(key).Tag, "#POP#") << key;
-    // Where an item is comes from its container's key, never from a caption.
-    auto place = [&](const char* key) {
-        auto p = PlaceOf(tree, tree.Find(key));
-        return p ? std::to_string(p->Location) + "/" + std::to_string(int(p->State)) : "none";
-    };
-    EXPECT_EQ(place("#12340#A=C:\\a.exe /x"), "1/0");
-    EXPECT_EQ(place("#12343#DELAYEDAll.lnk"), "2/1");
-    EXPECT_EQ(place("#12345#STOPPED_REGAU_C:\\i.exe"), "0/2");
-    EXPECT_EQ(place("StoppedItemsAllReg"), "none");
-    EXPECT_EQ(place("CurrentUserRoot"), "none");
-    for (const char* key : {"#12340#Word.lnk", "#12340#M=C:\\m.exe"})
-        EXPECT_EQ(N(key).Tag, "") << key;
+    EXPECT_EQ(x->Location, ItemLocation::MachineRun);
     EXPECT_EQ(N("#12340#Tool.lnk").Image, "");
     EXPECT_EQ(N("StoppedItemsRoot").Image, "Stopped");
     EXPECT_EQ(N("DIR_AllUsers").Image, "Group");
@@ -138,10 +125,10 @@ TEST_F(StartupTree, ContainersCountAndShowEveryItemOfEachLocation) {
 }
 
 TEST_F(StartupTree, EmptyLocationsAndTheSameItemInTwoPlaces) {
-    listing = {};
-    listing.UserRunValues = {kOwn}; // only the program's own value: hidden
-    listing.UserStartupFiles = {"Same.lnk"};
-    listing.CommonStartupFiles = {"Same.lnk"};
+    // Only the program's own value, hidden.
+    listing = {.UserStartupFiles = {"Same.lnk"},
+               .CommonStartupFiles = {"Same.lnk"},
+               .UserRunValues = {kOwn}};
     model = {}; // no group: nothing delayed
     Build();
     // One name at one index in both folders within one second: both are shown.
@@ -169,11 +156,9 @@ TEST(TaskManagerFlag, TheFirstBytesLowestBitSwitchesAnItemOff) {
         EXPECT_EQ(SwitchedOff(type, bytes), off)
             << type << " " << int(bytes.empty() ? 0 : bytes[0]);
     // Switched on: 02 and the new time; what else the value holds stays.
-    std::vector<uint8_t> off = flag(0x07);
-    off[1] = 0x11;
-    off.push_back(0xAA);
-    EXPECT_EQ(SwitchedOnFlag(off, 0x0102030405060708ull),
-              (std::vector<uint8_t>{0x02, 0x11, 0, 0, 8, 7, 6, 5, 4, 3, 2, 1, 0xAA}));
+    EXPECT_EQ(
+        SwitchedOnFlag({0x07, 0x11, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8, 0xAA}, 0x0102030405060708ull),
+        (std::vector<uint8_t>{0x02, 0x11, 0, 0, 8, 7, 6, 5, 4, 3, 2, 1, 0xAA}));
     EXPECT_EQ(SwitchedOnFlag({0x03}, 0x10),
               (std::vector<uint8_t>{2, 0, 0, 0, 0x10, 0, 0, 0, 0, 0, 0, 0}));
     // A key's switched-off names, found whatever their letter case; a missing name is on.
@@ -190,62 +175,52 @@ TEST(TaskManagerFlag, TheFirstBytesLowestBitSwitchesAnItemOff) {
 TEST_F(StartupTree, ThirtyTwoBitValuesJoinTheMachinesAndSwitchedOffItemsAreGhosted) {
     Fill();
     listing.MachineRun32Values = {{"M", "C:\\m32.exe"}, {"W", "C:\\w.exe"}};
-    listing.OffUserFolder = Off({"NOTES.LNK"});
-    listing.OffMachineRun32 = Off({"m"});
-    listing.OffMachineRun = Off({"W"}); // the 64-bit key's switch: not the 32-bit value's
+    // Task Manager's switches, each of its own key: the 64-bit key's "W" is not the 32-bit
+    // value's.
+    const RegistryValue off{kBinaryType, {0x03}};
+    listing.OffUserFolder = SwitchedOffNames({{"NOTES.LNK", off}}, test::AsciiNameOrder);
+    listing.OffMachineRun32 = SwitchedOffNames({{"m", off}}, test::AsciiNameOrder);
+    listing.OffMachineRun = SwitchedOffNames({{"W", off}}, test::AsciiNameOrder);
     // Copies of the machine's own view, then of the 32-bit one.
     listing.SavedMachineCopies = {
         {"Y", "C:\\y.exe"}, {"X", "\"C:\\x.exe\" -m"}, {"I", "C:\\i.exe"}};
     listing.SavedMachineCopyIs32 = {false, true, true};
     Build();
-    auto leaf = [&](const char* container, const std::string& text) -> TreeNode& {
-        for (int child : N(container).Children)
-            if (tree.Node(child).Text == text)
-                return tree.Node(child);
-        throw std::runtime_error(text + " is not shown");
+    // Counted and shown with the machine's values, 64-bit first, each marked with its view;
+    // ghosted by the switch of the item's own key, and only there.
+    EXPECT_EQ(N("AllUsersRoot").Text + ", " + N("AllUsersRegistry").Text,
+              "All Users (5), Registry Run (4)");
+    const std::pair<const char*, const char*> marked[] = {
+        {"AllUsersRegistry", "M=C:\\m.exe, M=C:\\m32.exe #32 32-bit off, W=C:\\w.exe #32 32-bit"},
+        {"DelayedItemsRegistryAllUsers", "X=\"C:\\x.exe\" -m #32 32-bit"},
+        {"StoppedItemsAllReg", "C:\\h.exe, I=C:\\i.exe #32 32-bit"}, // no copy: the own view
+        {"CurrentUserStartup", "Tool.lnk, Notes.lnk off"},
     };
-    // Counted and shown with the machine's values, each marked with its view.
-    EXPECT_EQ(N("AllUsersRegistry").Text, "Registry Run (4)");
-    EXPECT_EQ(N("AllUsersRoot").Text, "All Users (5)");
-    EXPECT_EQ(N("AllUsersRegistry").Children.size(), 3u);
-    EXPECT_EQ(leaf("AllUsersRegistry", "M=C:\\m32.exe").Data, kWow32Item);
-    EXPECT_EQ(leaf("AllUsersRegistry", "M=C:\\m.exe").Data, 0);
-    EXPECT_EQ(leaf("DelayedItemsRegistryAllUsers", "X=\"C:\\x.exe\" -m").Data, kWow32Item);
-    EXPECT_EQ(leaf("StoppedItemsAllReg", "I=C:\\i.exe").Data, kWow32Item);
-    EXPECT_EQ(leaf("StoppedItemsAllReg", "C:\\h.exe").Data, 0);       // no copy: the own view
-    const std::vector<int>& machine = N("AllUsersRegistry").Children; // 64-bit first
-    EXPECT_TRUE(PlaceOf(tree, machine[1])->Wow32);
-    EXPECT_FALSE(PlaceOf(tree, machine[0])->Wow32);
-
-    // Ghosted: by the switch of the item's own key, and only there.
-    EXPECT_TRUE(leaf("CurrentUserStartup", "Notes.lnk").Cut);
-    EXPECT_TRUE(leaf("AllUsersRegistry", "M=C:\\m32.exe").Cut);
-    EXPECT_FALSE(leaf("AllUsersRegistry", "M=C:\\m.exe").Cut);
-    EXPECT_FALSE(leaf("AllUsersRegistry", "W=C:\\w.exe").Cut);
-    EXPECT_FALSE(leaf("CurrentUserStartup", "Tool.lnk").Cut);
+    for (auto [container, leaves] : marked) {
+        std::string shown;
+        for (int child : N(container).Children) {
+            const TreeNode& n = tree.Node(child);
+            shown += (shown.empty() ? "" : ", ") + n.Text +
+                     (n.Data ? " #" + std::to_string(n.Data) : "") +
+                     (PlaceOf(tree, child)->Wow32 ? " 32-bit" : "") + (n.Cut ? " off" : "");
+        }
+        EXPECT_EQ(shown, leaves) << container;
+    }
 
     const std::vector<SafeEntry> safe = {{"Notes", "Note taker"}};
     const ItemTipLines lines{"Switched off", "32-bit"};
-    EXPECT_EQ(ItemToolTip(leaf("CurrentUserStartup", "Notes.lnk"), safe, lines),
-              "Note taker\r\nSwitched off");
-    EXPECT_EQ(ItemToolTip(leaf("AllUsersRegistry", "M=C:\\m32.exe"), safe, lines),
-              "Switched off\r\n32-bit");
-    EXPECT_EQ(ItemToolTip(leaf("CurrentUserStartup", "Tool.lnk"), safe, lines, "", "C:\\t.exe"),
+    EXPECT_EQ(ItemToolTip(N("#12341#Notes.lnk"), safe, lines), "Note taker\r\nSwitched off");
+    EXPECT_EQ(ItemToolTip(N("#12340#M=C:\\m32.exe"), safe, lines), "Switched off\r\n32-bit");
+    EXPECT_EQ(ItemToolTip(N("#12340#Tool.lnk"), safe, lines, "", "C:\\t.exe"),
               "C:\\t.exe"); // nothing else to say: what it starts
 
     // A delayed item's last measurement is found by its location and its own name, and shown
     // last in the user's decimal separator; an active item's start was Windows' own.
-    auto index = [&](const char* container, const std::string& text) {
-        for (int child : N(container).Children)
-            if (tree.Node(child).Text == text)
-                return child;
-        return -1;
-    };
     const std::optional<ImpactKey> delayed =
-        DelayedItemKey(tree, listing, index("DelayedItemsRegistryAllUsers", "X=\"C:\\x.exe\" -m"));
+        DelayedItemKey(tree, listing, tree.Find("#12344#DELAYEDC:\\x.exe "));
     ASSERT_TRUE(delayed);
     EXPECT_TRUE(SameItem(*delayed, {kMachineRun, "X"}, nullptr));
-    EXPECT_FALSE(DelayedItemKey(tree, listing, index("AllUsersRegistry", "M=C:\\m.exe")));
+    EXPECT_FALSE(DelayedItemKey(tree, listing, tree.Find("#12340#M=C:\\m.exe")));
     EXPECT_FALSE(DelayedItemKey(tree, listing, tree.Find("DelayedItemsRegistryAllUsers")));
     const ImpactTexts texts{{"Low", "Medium", "High"},
                             "%1: %2 s CPU, %3 MB read, ready after %4 s",
@@ -254,30 +229,29 @@ TEST_F(StartupTree, ThirtyTwoBitValuesJoinTheMachinesAndSwitchedOffItemsAreGhost
     ImpactRecord x{*delayed, "", 4140, 2260, 45 << 20, 1 << 20, 30000};
     const std::string line = ImpactTipLine(x, texts);
     EXPECT_EQ(line, "High: 2,3 s CPU, 45 MB read, ready after 4,1 s");
-    EXPECT_EQ(ItemToolTip(leaf("DelayedItemsRegistryAllUsers", "X=\"C:\\x.exe\" -m"), safe, lines,
-                          line, "C:\\x.exe"),
+    EXPECT_EQ(ItemToolTip(N("#12344#DELAYEDC:\\x.exe "), safe, lines, line, "C:\\x.exe"),
               "32-bit\r\n" + line + "\r\nC:\\x.exe");
-    x.ReadyMs.reset();
-    x.CpuMs = 250;
-    x.ReadBytes = 200 * 1024;
-    x.WriteBytes = 0;
+    x = {*delayed, "", std::nullopt, 250, 200 * 1024, 0, 30000};
     EXPECT_EQ(ImpactTipLine(x, texts), "Low: 0,3 s CPU, 0,2 MB read");
 }
 
 TEST_F(StartupTree, ARefreshKeepsWhatTheUserOpened) {
-    for (size_t i = 0; i < tree.Count(); ++i)
-        EXPECT_FALSE(tree.Node(static_cast<int>(i)).Expanded); // a first refresh: all closed
+    auto opened = [&] {
+        std::string keys;
+        for (size_t i = 0; i < tree.Count(); ++i)
+            keys += tree.Node(static_cast<int>(i)).Expanded ? tree.Node(int(i)).Key + " " : "";
+        return keys;
+    };
+    EXPECT_EQ(opened(), ""); // a first refresh: all closed
     for (const char* key : {"CurrentUserRoot", "DelayedItemsRegistryAllUsers", "StoppedItemsAll",
                             "StoppedItemsAllReg"})
         N(key).Expanded = true;
     Fill(); // a later refresh: new keys, same containers
     Build(9);
-    EXPECT_TRUE(N("CurrentUserRoot").Expanded);
-    EXPECT_TRUE(N("DelayedItemsRegistryAllUsers").Expanded);
-    EXPECT_TRUE(N("StoppedItemsAll").Expanded);
-    EXPECT_TRUE(N("StoppedItemsRoot").Expanded);    // opens with one of its user containers
-    EXPECT_FALSE(N("StoppedItemsAllReg").Expanded); // these four always start closed
-    EXPECT_FALSE(N("AllUsersRoot").Expanded);
+    // The stopped items open with one of their users' containers; the innermost containers of
+    // the stopped items always start closed.
+    EXPECT_EQ(opened(),
+              "CurrentUserRoot DelayedItemsRegistryAllUsers StoppedItemsRoot StoppedItemsAll ");
     EXPECT_NE(tree.Find("#90#Tool.lnk"), TreeModel::kNone);
 }
 
@@ -327,21 +301,9 @@ TEST_F(StartupTree, AContainerPassesItsCheckDownThreeLevels) {
     EXPECT_TRUE(N("#12343#DELAYEDAll.lnk").Checked);
 }
 
-// Records the pass and the rest in the order they run.
-struct PassLog : CheckedPasses {
-    const TreeModel* tree = nullptr;
-    std::vector<std::string> calls;
-    void Move(const std::vector<CheckedTarget>& targets) override {
-        std::string out = "Move";
-        for (const CheckedTarget& t : targets)
-            out += " " + tree->Node(t.Node).Text + ">" + "ADS"[static_cast<int>(t.To)];
-        calls.push_back(out);
-    }
-    void WriteItems() override { calls.push_back("Write"); }
-    void RefreshData() override { calls.push_back("Refresh"); }
-};
-
-TEST_F(StartupTree, TickedItemsDecideTheToolbarsMovesAndAllUsersItemsLoseTheirTicks) {
+// Active all-users items lose their ticks; the others decide the moves that the toolbar offers,
+// and where each move takes them.
+TEST_F(StartupTree, TickedItemsDecideTheToolbarsMovesAndWhereEachTakesThem) {
     auto moves = [&](std::vector<std::string> keys) {
         for (size_t i = 0; i < tree.Count(); ++i)
             tree.Node(int(i)).Checked = false;
@@ -366,41 +328,27 @@ TEST_F(StartupTree, TickedItemsDecideTheToolbarsMovesAndAllUsersItemsLoseTheirTi
     EXPECT_FALSE(N("#12340#Word.lnk").Checked);
     EXPECT_EQ(moves({"#12340#Word.lnk"}), "---");
     EXPECT_FALSE(AnyChecked(tree));
-}
 
-TEST_F(StartupTree, EachMoveTakesTheTickedItemsWhereItSaysAndNothingWithoutTicks) {
-    auto run = [&](CheckedMove move) {
-        PassLog log;
-        log.tree = &tree;
-        const bool ran = RunCheckedMove(move, tree, log);
-        std::string out = ran ? "" : "(nothing)";
-        for (const std::string& call : log.calls)
-            out += (out.empty() ? "" : ", ") + call;
+    // Where each move takes the ticked items.
+    auto targets = [&](CheckedMove move) {
+        std::string out;
+        for (const CheckedTarget& t : CheckedTargets(move, tree))
+            out += tree.Node(t.Node).Text + ">" + "ADS"[static_cast<int>(t.To)] + " ";
         return out;
     };
-    // Nothing ticked: not even the file is written.
-    EXPECT_EQ(run(CheckedMove::Save), "(nothing)");
-    EXPECT_EQ(run(CheckedMove::Delay), "(nothing)");
-
-    // An active, a delayed and a stopped item of the user, and a delayed and a stopped one of
-    // all users: every state and location moves; what is where the move goes stays out.
+    // An active, a delayed and a stopped item of the user, a delayed and a stopped one of all
+    // users: every state and location moves; what is where the move goes stays out, and so does
+    // an active item of all users, which offers no moves.
     for (const char* key :
          {"#12340#Tool.lnk", "#12342#DELAYEDC:\\T\\tool.exe", "#12341#STOPPED_REGCU_C:\\s.exe",
-          "#12344#DELAYEDC:\\x.exe ", "#12343#STOPPED_STPAU_Common.lnk"})
+          "#12344#DELAYEDC:\\x.exe ", "#12343#STOPPED_STPAU_Common.lnk", "#12340#Word.lnk"})
         N(key).Checked = true;
-    EXPECT_EQ(run(CheckedMove::Save),
-              "Move Tool.lnk>D Tool=C:\\T\\tool.exe>A X=C:\\x.exe -m>A C:\\s.exe>A "
-              "Common.lnk>A, Write, Refresh");
-    EXPECT_EQ(run(CheckedMove::Delay), "Move Tool.lnk>D C:\\s.exe>D Common.lnk>D, Refresh");
-    EXPECT_EQ(run(CheckedMove::Stop),
-              "Move Tool.lnk>S Tool=C:\\T\\tool.exe>S X=C:\\x.exe -m>S, Refresh");
-    EXPECT_EQ(run(CheckedMove::Run),
-              "Move Tool=C:\\T\\tool.exe>A X=C:\\x.exe -m>A C:\\s.exe>A Common.lnk>A, Refresh");
-    // An active item of all users offers no moves: a tick on it moves nothing.
-    for (size_t i = 0; i < tree.Count(); ++i)
-        tree.Node(int(i)).Checked = false;
-    N("#12340#Word.lnk").Checked = true;
-    EXPECT_EQ(run(CheckedMove::Delay), "Refresh");
+    EXPECT_EQ(targets(CheckedMove::Save),
+              "Tool.lnk>D Tool=C:\\T\\tool.exe>A X=C:\\x.exe -m>A C:\\s.exe>A Common.lnk>A ");
+    EXPECT_EQ(targets(CheckedMove::Delay), "Tool.lnk>D C:\\s.exe>D Common.lnk>D ");
+    EXPECT_EQ(targets(CheckedMove::Stop), "Tool.lnk>S Tool=C:\\T\\tool.exe>S X=C:\\x.exe -m>S ");
+    EXPECT_EQ(targets(CheckedMove::Run),
+              "Tool=C:\\T\\tool.exe>A X=C:\\x.exe -m>A C:\\s.exe>A Common.lnk>A ");
 }
 
 } // namespace

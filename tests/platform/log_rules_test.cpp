@@ -17,26 +17,19 @@ TEST(LogRules, ThePruneCutTakesTheRestOfItsLineAlong) {
     EXPECT_EQ(PrunedLog(std::string(kLogPruneSize, 'x'), "marker"), "\r\nmarker\r\n");
 }
 
-// Each entry as "name|description".
-std::vector<std::string> Entries(const std::vector<SafeEntry>& list) {
-    std::vector<std::string> out;
-    for (const SafeEntry& e : list)
-        out.push_back(e.Name + "|" + e.Description);
-    return out;
-}
-
 TEST(DataLists, SafeListLinesGiveNamesAndDescriptions) {
     // The blank before "//" stays; of "a//b//c" the one character after the last "//" is
     // dropped.
-    EXPECT_EQ(Entries(ParseSafeList("// comment\r\n"
-                                    "notepad.exe // Text editor\r\n"
-                                    "a//b//c\r\n"
-                                    "\t  \t\r\n"
-                                    "\tbare.exe  \r\n"
-                                    "tight.exe// Known\r\n"
-                                    "ends//\r\n")),
-              (std::vector<std::string>{"notepad.exe |Text editor", "a|", "bare.exe|",
-                                        "tight.exe|Known", "ends|"}));
+    std::string entries;
+    for (const SafeEntry& e : ParseSafeList("// comment\r\n"
+                                            "notepad.exe // Text editor\r\n"
+                                            "a//b//c\r\n"
+                                            "\t  \t\r\n"
+                                            "\tbare.exe  \r\n"
+                                            "tight.exe// Known\r\n"
+                                            "ends//\r\n"))
+        entries += e.Name + "|" + e.Description + "; ";
+    EXPECT_EQ(entries, "notepad.exe |Text editor; a|; bare.exe|; tight.exe|Known; ends|; ");
     EXPECT_EQ(ParseSafeList("// only comments\r\n").size(), 1u);
     EXPECT_EQ(ParseSafeList("").front().Name, "");
     EXPECT_EQ(ParseOnlineTemplate("  https://a/?q={SEARCHTERMS}  \r\nsecond line\r\n"),

@@ -41,16 +41,15 @@ TEST(FileOperationRequest, TargetFolderIsWhatHoldsTheTarget) {
 TEST(PathRules, DoubleByteCharactersKeepTheirTrailBytes) {
     const std::string folder = "C:\\\x83\x5C";
     for (unsigned codePage : {932u, 936u}) {
-        EXPECT_EQ(WithTrailingBackslash(folder, codePage), folder + "\\") << codePage;
-        EXPECT_EQ(JoinSearchPath(folder, "a.lnk", codePage), folder + "\\a.lnk") << codePage;
-        EXPECT_EQ(JoinSearchPath(folder + "\\", "b", codePage), folder + "\\b") << codePage;
-        EXPECT_EQ(JoinSearchPath("\\\\srv\\\x81\x5C", "x", codePage), "\\\\srv\\\x81\x5C\\x")
-            << codePage;
-        EXPECT_EQ(PathLastPart(folder + "\\\x81\x5C.lnk", codePage), "\x81\x5C.lnk") << codePage;
-        EXPECT_EQ(TargetFolder(folder + "\\x.lnk", codePage), folder) << codePage;
-        EXPECT_EQ(TargetFolder(folder + "\\\\\x83\x5C\\x", codePage), folder + "\\\x83\x5C")
-            << codePage;
-        EXPECT_EQ(TargetFolder(folder, codePage), "") << codePage; // in the root of C:
+        SCOPED_TRACE(codePage);
+        EXPECT_EQ(WithTrailingBackslash(folder, codePage), folder + "\\");
+        EXPECT_EQ(JoinSearchPath(folder, "a.lnk", codePage), folder + "\\a.lnk");
+        EXPECT_EQ(JoinSearchPath(folder + "\\", "b", codePage), folder + "\\b");
+        EXPECT_EQ(JoinSearchPath("\\\\srv\\\x81\x5C", "x", codePage), "\\\\srv\\\x81\x5C\\x");
+        EXPECT_EQ(PathLastPart(folder + "\\\x81\x5C.lnk", codePage), "\x81\x5C.lnk");
+        EXPECT_EQ(TargetFolder(folder + "\\x.lnk", codePage), folder);
+        EXPECT_EQ(TargetFolder(folder + "\\\\\x83\x5C\\x", codePage), folder + "\\\x83\x5C");
+        EXPECT_EQ(TargetFolder(folder, codePage), ""); // in the root of C:
     }
     // The same bytes in a single-byte code page are two characters and a "\".
     EXPECT_EQ(JoinSearchPath(folder, "a.lnk", 1252), folder + "a.lnk");

@@ -21,7 +21,9 @@ std::string Parsed(std::vector<std::string> arguments) {
         text += std::string(" ") + CliLocationWord(r.Location->Code, r.Location->Wow32);
     if (r.Delay)
         text += " " + std::to_string(*r.Delay).substr(0, 4);
-    return text;
+    if (!r.File.empty())
+        text += " <" + r.File + ">";
+    return text + (r.Check ? " check" : "");
 }
 
 TEST(CliArguments, VerbsOptionsAndUsageErrors) {
@@ -36,6 +38,10 @@ TEST(CliArguments, VerbsOptionsAndUsageErrors) {
     EXPECT_EQ(Parsed({"restore", "Name=C:\\a b.exe"}), "4 0 [Name=C:\\a b.exe]");
     EXPECT_EQ(Parsed({"run-startup"}), "5 0 []");
     EXPECT_EQ(Parsed({"stop", "x", "--help"}), "0 0 []");
+    EXPECT_EQ(Parsed({"export"}), "6 0 []");
+    EXPECT_EQ(Parsed({"export", "C:\\a b\\p.json"}), "6 0 [] <C:\\a b\\p.json>");
+    EXPECT_EQ(Parsed({"apply", "p.json"}), "7 0 [] <p.json>");
+    EXPECT_EQ(Parsed({"apply", "--check", "p.json"}), "7 0 [] <p.json> check");
     for (const std::vector<std::string>& bad : std::vector<std::vector<std::string>>{
              {},
              {"start"},
@@ -48,6 +54,10 @@ TEST(CliArguments, VerbsOptionsAndUsageErrors) {
              {"delay", "x", "y"},
              {"restore", "x", "--location", "user"},
              {"run-startup", "--location", "user-run"},
+             {"apply", "--check"},
+             {"export", "a", "b"},
+             {"export", "a", "--check"},
+             {"apply", "p", "--json"},
          })
         EXPECT_EQ(Parsed(bad).rfind("error: ", 0), 0u) << Parsed(bad);
 }

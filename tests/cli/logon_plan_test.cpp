@@ -34,7 +34,7 @@ std::string Parsed(std::string_view bytes) {
                   : std::to_string(p.Line) + ":" + std::to_string(p.Column) + " " + p.Error;
 }
 
-TEST(LogonPlan, ExportWritesOnlyWhatMovedAndReadsBackByteForByte) {
+TEST(LogonPlan, ExportKeepsOnlyWhatMovedAndReadsBackByteForByte) {
     ProgramModel model;
     model.MainStartupDelay = 30;
     model.WaitForIdle = 1;
@@ -49,47 +49,22 @@ TEST(LogonPlan, ExportWritesOnlyWhatMovedAndReadsBackByteForByte) {
         Record(kDelayed, kMachine, "Locked", "C:\\l.exe", "", 1, false),
         Record(kStopped, kUserRunKey, "ONEDRIVE", "C:\\other.exe"),
     };
-    const std::string json = FormatPlanJson(
-        PlanFromRecords(records, model, {{"USERPROFILE", "C:\\Users\\Ann"}}, test::AsciiNameOrder));
-    EXPECT_EQ(json, R"({
-  "tolvanePlan": 1,
-  "settings": {
-    "mainDelay": 30,
-    "idleStart": true,
-    "startupType": 2
-  },
-  "items": [
-    {
-      "location": "user-run",
-      "name": "OneDrive",
-      "command": "\"%USERPROFILE%\\AppData\\Local\\My Apps\\o.exe\" /background /d %USERPROFILE%\\Doc",
-      "state": "delayed",
-      "delay": 5
-    },
-    {
-      "location": "user-folder",
-      "name": "Tool.lnk",
-      "command": "C:\\Tools\\tool.exe",
-      "state": "stopped"
-    },
-    {
-      "location": "user-folder",
-      "name": "Gone.lnk",
-      "command": "",
-      "state": "stopped"
-    },
-    {
-      "location": "machine-run-32",
-      "name": "Caf)"
-                    "\xc3\xa9"
-                    R"( \"q\"\u0009",
-      "command": "C:\\c.exe",
-      "state": "delayed",
-      "delay": 2.5
-    }
-  ]
-}
-)");
+    const LogonPlan plan =
+        PlanFromRecords(records, model, {{"USERPROFILE", "C:\\Users\\Ann"}}, test::AsciiNameOrder);
+    EXPECT_EQ(std::tuple(*plan.MainDelay, *plan.IdleStart, *plan.StartupType),
+              std::tuple(30.0f, true, 2));
+    std::vector<std::string> items;
+    for (const PlanItem& p : plan.Items)
+        items.push_back(std::string(CliLocationWord(p.Location.Code, p.Location.Wow32)) + "|" +
+                        p.Name + "|" + p.Command + "|" + StateWord(p.State) + "|" +
+                        (p.Delay ? FormatSingle(*p.Delay) : "-"));
+    EXPECT_EQ(items, (std::vector<std::string>{
+                         "user-run|OneDrive|\"%USERPROFILE%\\AppData\\Local\\My Apps\\o.exe\" "
+                         "/background /d %USERPROFILE%\\Doc|delayed|5",
+                         "user-folder|Tool.lnk|C:\\Tools\\tool.exe|stopped|-",
+                         "user-folder|Gone.lnk||stopped|-",
+                         "machine-run-32|Caf\xc3\xa9 \"q\"\t|C:\\c.exe|delayed|2.5"}));
+    const std::string json = FormatPlanJson(plan);
     EXPECT_EQ(Parsed(json), json);
     const PlanParse back = ParsePlanJson(json, nullptr);
     ASSERT_TRUE(back.Plan);

@@ -1,6 +1,7 @@
 // tolvanec list --json with 2,000 items (1,000 Run values, 1,000 shortcuts) against what a
 // script would otherwise run to see the same: "reg query" of the Run key and "dir" of the
-// Startup folder, in the same invocation, alternated, medians of five.
+// Startup folder, in the same invocation, alternated, medians of five. Then apply --check of a
+// plan of 200 of those items against the list of all 2,000.
 //   cli_bench <bin folder>
 #include <windows.h>
 
@@ -9,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/logon_plan.h"
 #include "platform/registry.h"
 #include "support/win_test_support.h"
 
@@ -16,7 +18,7 @@ using namespace tolvane;
 
 namespace {
 
-constexpr int kEach = 1000;
+constexpr int kEach = 1000, kPlanned = 200;
 
 // Runs the command with its output to a file; the milliseconds it took.
 double Timed(const std::string& command, const std::string& output) {
@@ -74,10 +76,28 @@ int main(int argc, char** argv) {
     const std::string query =
         "reg.exe query HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Run";
     const std::string dir = "cmd.exe /c dir \"" + places.UserFolder + "\"";
-    std::vector<double> own, base;
+    // A plan that delays 100 of the Run values and stops 100 of the shortcuts.
+    LogonPlan plan;
+    for (int i = 0; i < kPlanned / 2; ++i) {
+        const std::string n = std::to_string(i);
+        plan.Items.push_back({{kUserRun, false},
+                              "Value" + n,
+                              "\"C:\\Program Files\\Tool " + n + "\\tool.exe\" -min",
+                              ItemState::Delayed,
+                              5.0f});
+        plan.Items.push_back({{kUserStartup, false},
+                              "Item " + n + ".lnk",
+                              "C:\\windows\\notepad.exe",
+                              ItemState::Stopped});
+    }
+    test::WriteFileBytes(folder / "plan.json", FormatPlanJson(plan));
+    const std::string check =
+        "\"" + folder / "tolvanec.exe" + "\" apply \"" + folder / "plan.json" + "\" --check";
+    std::vector<double> own, base, checked;
     for (int round = 0; round < 5; ++round) {
         own.push_back(Timed(tolvanec, folder / "own.txt"));
         base.push_back(Timed(query, folder / "reg.txt") + Timed(dir, folder / "dir.txt"));
+        checked.push_back(Timed(check, folder / "check.txt"));
     }
     const double ownMs = Median(own), baseMs = Median(base);
     const std::string listed = test::ReadFileBytes(folder / "own.txt");
@@ -89,6 +109,13 @@ int main(int argc, char** argv) {
                 "ratio %.2f "
                 "(goal <= 2)\n",
                 records, 2 * kEach, ownMs, baseMs, ownMs / baseMs);
+    const std::string differences = test::ReadFileBytes(folder / "check.txt");
+    const double checkMs = Median(checked);
+    std::printf("tolvanec apply --check, a plan of %d items, %zu differences listed: %.0f ms; "
+                "against list --json: ratio %.2f (goal <= 1.5)\n",
+                kPlanned,
+                static_cast<size_t>(std::count(differences.begin(), differences.end(), '\n')),
+                checkMs, checkMs / ownMs);
     places.Clear();
     return 0;
 }

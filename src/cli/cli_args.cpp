@@ -56,11 +56,16 @@ CliParse ParseCliArguments(const std::vector<std::string>& arguments) {
         request.Verb = CliVerb::Restore;
     else if (verb == "run-startup")
         request.Verb = CliVerb::RunStartup;
+    else if (verb == "export")
+        request.Verb = CliVerb::Export;
+    else if (verb == "apply")
+        request.Verb = CliVerb::Apply;
     else
         return Fail("unknown command \"" + verb + "\"");
 
     const bool named = request.Verb == CliVerb::Delay || request.Verb == CliVerb::Stop ||
                        request.Verb == CliVerb::Restore;
+    const bool plan = request.Verb == CliVerb::Export || request.Verb == CliVerb::Apply;
     bool formatGiven = false;
     for (size_t i = 1; i < arguments.size(); ++i) {
         const std::string& a = arguments[i];
@@ -89,14 +94,20 @@ CliParse ParseCliArguments(const std::vector<std::string>& arguments) {
             if (!delay || *delay < 0)
                 return Fail("--delay needs a number of seconds, 0 or more");
             request.Delay = delay;
+        } else if (request.Verb == CliVerb::Apply && a == "--check") {
+            request.Check = true;
         } else if (named && request.Name.empty() && !StartsWith(a, "--")) {
             request.Name = a;
+        } else if (plan && request.File.empty() && !a.empty() && !StartsWith(a, "--")) {
+            request.File = a;
         } else {
             return Fail("unexpected \"" + a + "\"");
         }
     }
     if (named && request.Name.empty())
         return Fail(verb + " needs the name of an item");
+    if (request.Verb == CliVerb::Apply && request.File.empty())
+        return Fail("apply needs the plan's file");
     return {request, ""};
 }
 
@@ -108,10 +119,15 @@ std::string CliUsage() {
            "  stop NAME [--location L]            nobody starts it; it can be restored\n"
            "  restore NAME [--location L]         Windows starts it again\n"
            "  run-startup                         starts the delayed programs now\n"
+           "  export [FILE]                       this user's log-on plan as JSON, into FILE\n"
+           "                                      or to standard output\n"
+           "  apply FILE [--check]                brings this user's log-on to the plan in FILE;\n"
+           "                                      --check changes nothing and lists what differs\n"
            "NAME is the item's text in the list or, for a Run value, its value name.\n"
            "L is user-folder, user-run, common-folder, machine-run or machine-run-32.\n"
            "Exit codes: 0 done, 1 no such item or ambiguous, 2 refused or not done in full,\n"
-           "3 bad usage.\n";
+           "3 bad usage, or a plan that cannot be read or holds a fault (nothing changed),\n"
+           "4 apply --check: the log-on differs from the plan.\n";
 }
 
 } // namespace tolvane

@@ -10,10 +10,17 @@ namespace tolvane {
 
 // Exit codes a script can rely on.
 // kCliRefused: refused, or not done in full (moved, but its delay or the program's own Run value
-// could not be set).
-enum CliExit : int { kCliDone = 0, kCliNoItem = 1, kCliRefused = 2, kCliUsage = 3 };
+// could not be set). kCliUsage also for a plan that cannot be read or holds a fault: nothing was
+// changed. kCliDiffers: apply --check found something that apply would change.
+enum CliExit : int {
+    kCliDone = 0,
+    kCliNoItem = 1,
+    kCliRefused = 2,
+    kCliUsage = 3,
+    kCliDiffers = 4
+};
 
-enum class CliVerb { Help, List, Delay, Stop, Restore, RunStartup };
+enum class CliVerb { Help, List, Delay, Stop, Restore, RunStartup, Export, Apply };
 enum class ListFormat { Table, Json, Csv };
 
 // Where an item lives, as the command line names it: a location code and, for the machine's
@@ -32,6 +39,8 @@ struct CliRequest {
     std::string Name;
     std::optional<CliLocation> Location;
     std::optional<float> Delay; // seconds, for delay
+    std::string File;           // the plan's file; "" for export to standard output
+    bool Check = false;         // apply only lists what differs
 };
 
 // The request, or the reason the arguments are not one (a usage error).

@@ -1,6 +1,7 @@
 // What tolvanec does: lists the startup items, or moves one of them by name as the list's popup
-// would, with the same saved copies, backups and program-group file; or starts the delayed
-// programs now, as the tray's "Run All" does.
+// would, with the same saved copies, backups and program-group file; writes the user's log-on
+// plan, or brings the user to a plan by the same moves; or starts the delayed programs now, as
+// the tray's "Run All" does.
 #pragma once
 
 #include <functional>

@@ -6,26 +6,12 @@
 #include "cli/cli_args.h"
 #include "config/run_data.h"
 #include "items/startup_tree.h"
+#include "text/json.h"
 #include "text/strings.h"
 
 namespace tolvane {
 
 namespace {
-
-std::string JsonText(const std::string& s) {
-    std::string out = "\"";
-    for (unsigned char c : s) {
-        if (c == '"' || c == '\\') {
-            out += '\\';
-            out += static_cast<char>(c);
-        } else if (c < 0x20) {
-            out += "\\u" + HexPadded(c, 4);
-        } else {
-            out += static_cast<char>(c);
-        }
-    }
-    return out + "\"";
-}
 
 std::string CsvText(const std::string& s) {
     if (s.find_first_of(",\"\r\n") == std::string::npos)

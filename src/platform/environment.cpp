@@ -1,6 +1,7 @@
 #include "platform/environment.h"
 
 #include <windows.h>
+#include <shlobj.h>
 
 #include <string>
 
@@ -24,6 +25,24 @@ std::string ExpandEnvironment(const std::string& text) {
         return text;
     out.resize(written - 1);
     return Narrow(out);
+}
+
+std::vector<std::pair<std::string, std::string>> ProfileVariables() {
+    const std::pair<const char*, int> known[] = {{"LOCALAPPDATA", CSIDL_LOCAL_APPDATA},
+                                                 {"APPDATA", CSIDL_APPDATA},
+                                                 {"USERPROFILE", CSIDL_PROFILE}};
+    std::vector<std::pair<std::string, std::string>> variables;
+    for (auto [name, csidl] : known) {
+        const std::string variable = "%" + std::string(name) + "%";
+        std::string folder = ExpandEnvironment(variable);
+        wchar_t path[MAX_PATH] = {};
+        if (folder == variable)
+            folder =
+                SUCCEEDED(SHGetFolderPathW(nullptr, csidl, nullptr, 0, path)) ? Narrow(path) : "";
+        if (!folder.empty())
+            variables.emplace_back(name, folder);
+    }
+    return variables;
 }
 
 namespace {

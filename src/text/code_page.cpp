@@ -58,6 +58,10 @@ std::pair<char32_t, size_t> Utf8Character(std::string_view s, size_t at) {
 } // namespace
 
 bool IsUtf8(std::string_view bytes) {
+    return Utf8FaultAt(bytes) == std::string_view::npos;
+}
+
+size_t Utf8FaultAt(std::string_view bytes) {
     for (size_t i = 0; i < bytes.size();) {
         if (static_cast<unsigned char>(bytes[i]) < 0x80) {
             ++i;
@@ -65,10 +69,10 @@ bool IsUtf8(std::string_view bytes) {
         }
         const auto [c, n] = Utf8Character(bytes, i);
         if (n == 1)
-            return false;
+            return i;
         i += n;
     }
-    return true;
+    return std::string_view::npos;
 }
 
 std::string_view WithoutUtf8Mark(std::string_view text) {

@@ -29,6 +29,8 @@ unsigned ActiveCodePage();
 // Whether the bytes are well-formed UTF-8 (no overlong form, no surrogate, nothing past
 // U+10FFFF). Plain ASCII is.
 bool IsUtf8(std::string_view bytes);
+// Where the first byte is that no well-formed UTF-8 character begins with; npos when none.
+size_t Utf8FaultAt(std::string_view bytes);
 // The text without a UTF-8 byte-order mark in front.
 std::string_view WithoutUtf8Mark(std::string_view text);
 

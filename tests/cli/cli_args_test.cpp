@@ -24,7 +24,9 @@ std::string Parsed(std::string_view line) {
         text += std::string(" ") + CliLocationWord(r.Location->Code, r.Location->Wow32);
     if (r.Delay)
         text += " " + std::to_string(*r.Delay).substr(0, 4);
-    return text;
+    if (!r.File.empty())
+        text += " <" + r.File + ">";
+    return text + (r.Check ? " check" : "");
 }
 
 TEST(CliArguments, VerbsOptionsAndUsageErrors) {
@@ -37,10 +39,15 @@ TEST(CliArguments, VerbsOptionsAndUsageErrors) {
     EXPECT_EQ(Parsed("restore Name=C:\\a.exe"), "4 0 [Name=C:\\a.exe]");
     EXPECT_EQ(Parsed("run-startup"), "5 0 []");
     EXPECT_EQ(Parsed("stop x --help"), "0 0 []");
+    EXPECT_EQ(Parsed("export"), "6 0 []");
+    EXPECT_EQ(Parsed("export C:\\Plans\\p.json"), "6 0 [] <C:\\Plans\\p.json>");
+    EXPECT_EQ(Parsed("apply p.json"), "7 0 [] <p.json>");
+    EXPECT_EQ(Parsed("apply --check p.json"), "7 0 [] <p.json> check");
     for (const char* bad :
          {"", "start", "delay", "list --json --csv", "list Clock", "stop x --delay 3",
           "delay x --delay -1", "delay x --delay", "delay x y", "restore x --location user",
-          "run-startup --location user-run"})
+          "run-startup --location user-run", "apply --check", "export a b", "export a --check",
+          "apply p --json"})
         EXPECT_EQ(Parsed(bad).rfind("error: ", 0), 0u) << Parsed(bad);
 }
 

@@ -179,14 +179,6 @@ TEST_F(OptionsTest, RefusedOrUnwrittenTheDialogStaysOpenAndNothingChanges) {
     EXPECT_TRUE(host.Holds("const CloseType = 0;"));
 }
 
-TEST(OptionsKeys, TheDelayBoxTakesDigitsAndAFullStopOnly) {
-    std::string taken;
-    for (int c = 1; c < 128; ++c)
-        if (OptionsModel::DelayKeyAllowed(static_cast<char>(c)))
-            taken += static_cast<char>(c);
-    EXPECT_EQ(taken, ".0123456789"); // no Backspace, no minus, no comma
-}
-
 TEST(TipOfDay, DrawsEveryLineOfTheFileAsATip) {
     double next = 0.9;
     TipOfDay tips([&] { return next; });

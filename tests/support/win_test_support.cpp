@@ -94,11 +94,6 @@ std::vector<std::string> FilesBelow(const std::string& folder) {
     return files;
 }
 
-ScratchKey::ScratchKey() : path_("Software\\TolvaneTests\\" + UniqueName("key")) {
-    UniqueHKey key;
-    RegCreateKeyA(HKEY_CURRENT_USER, path_.c_str(), key.put());
-}
-
 void DeleteRegistryTree(RegistryRoot root, const std::string& path) {
     RegDeleteTreeA(KeyOf(root), path.c_str());
     RegDeleteKeyA(KeyOf(root), path.c_str());
@@ -108,12 +103,6 @@ RegistryValue WideValue(uint32_t type, std::string_view text) {
     const std::wstring wide = Wide(text, CP_UTF8) + L'\0';
     const auto* bytes = reinterpret_cast<const uint8_t*>(wide.c_str());
     return RegistryValue{type, std::vector<uint8_t>(bytes, bytes + wide.size() * 2)};
-}
-
-std::string ReadUtf16File(const std::string& path) {
-    const std::string bytes = ReadFileBytes(path);
-    const auto* text = reinterpret_cast<const wchar_t*>(bytes.data() + 2);
-    return bytes.substr(0, 2) == "\xff\xfe" ? Narrow({text, (bytes.size() - 2) / 2}, CP_UTF8) : "";
 }
 
 bool CreateShortcut(const std::string& linkPath, const std::string& target,

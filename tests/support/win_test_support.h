@@ -42,18 +42,6 @@ private:
 // Deletes a key with all its values and subkeys; a missing key is fine.
 void DeleteRegistryTree(RegistryRoot root, const std::string& path);
 
-// A key of the current user that only this test uses, below Software\TolvaneTests; deleted
-// with its values and subkeys when the test ends.
-class ScratchKey {
-public:
-    ScratchKey();
-    ~ScratchKey() { DeleteRegistryTree(RegistryRoot::CurrentUser, path_); }
-    ScratchKey(const ScratchKey&) = delete;
-    const std::string& Path() const { return path_; }
-
-private:
-    std::string path_;
-};
 
 // A real shell shortcut (.lnk) to a target with arguments, made through IShellLink.
 bool CreateShortcut(const std::string& linkPath, const std::string& target,
@@ -66,9 +54,6 @@ std::string BuiltProgramFolder();
 
 // A text value as the system stores it: UTF-16 with its end NUL.
 RegistryValue WideValue(uint32_t type, std::string_view text);
-// The text of a UTF-16LE file with its byte-order mark, as a .reg backup is; "" for a file
-// without the mark.
-std::string ReadUtf16File(const std::string& path);
 
 // A process started from a command line (why it could not be is printed), ended (killed if
 // need be) when the owner goes.

@@ -3,7 +3,6 @@
 // administrative templates that describe them, read by a real XML parser (MSXML).
 #include <msxml2.h>
 
-#include <map>
 #include <set>
 
 #include "config/policies.h"
@@ -32,104 +31,75 @@ std::string Taken(BSTR text) {
     return narrow;
 }
 
-// Every element of a file as MSXML parses it, by its attributes ("" its own name); a file that
-// is not well-formed fails the test.
-std::vector<std::map<std::string, std::string>> XmlElements(const std::string& path) {
-    std::vector<std::map<std::string, std::string>> elements;
+// The texts of what the XPath finds in a file as MSXML parses it; a file that is not
+// well-formed fails the test.
+std::set<std::string> Select(const std::string& path, const std::string& xpath) {
+    std::set<std::string> found;
     CLSID dom{};
     IXMLDOMDocument* raw = nullptr;
     if (FAILED(CLSIDFromProgID(L"Msxml2.DOMDocument.6.0", &dom)) ||
         FAILED(CoCreateInstance(dom, nullptr, CLSCTX_INPROC_SERVER, IID_IXMLDOMDocument,
                                 reinterpret_cast<void**>(&raw)))) {
         ADD_FAILURE() << "no MSXML";
-        return elements;
+        return found;
     }
     Com<IXMLDOMDocument> document(raw);
     document->put_async(VARIANT_FALSE);
-    VARIANT file;
-    VariantInit(&file);
+    VARIANT file{};
     file.vt = VT_BSTR;
     file.bstrVal = SysAllocString(Wide(path).c_str());
     VARIANT_BOOL loaded = VARIANT_FALSE;
     document->load(file, &loaded);
     VariantClear(&file);
-    if (loaded != VARIANT_TRUE) {
-        IXMLDOMParseError* error = nullptr;
-        BSTR reason = nullptr;
-        if (SUCCEEDED(document->get_parseError(&error)) && error) {
-            error->get_reason(&reason);
-            error->Release();
-        }
-        ADD_FAILURE() << path << " is not well-formed: " << Taken(reason);
-        return elements;
-    }
-    BSTR all = SysAllocString(L"*");
+    BSTR query = SysAllocString(Wide(xpath).c_str());
     IXMLDOMNodeList* list = nullptr;
-    document->getElementsByTagName(all, &list);
-    SysFreeString(all);
+    if (loaded != VARIANT_TRUE || document->selectNodes(query, &list) != S_OK)
+        ADD_FAILURE() << path << " is not well-formed XML, or " << xpath << " no XPath";
+    SysFreeString(query);
     Com<IXMLDOMNodeList> nodes(list);
-    for (IXMLDOMNode* n = nullptr; nodes->nextNode(&n) == S_OK && n;) {
+    for (IXMLDOMNode* n = nullptr; nodes && nodes->nextNode(&n) == S_OK && n;) {
         Com<IXMLDOMNode> node(n);
-        BSTR name = nullptr;
-        node->get_nodeName(&name);
-        auto& element = elements.emplace_back();
-        element[""] = Taken(name);
-        IXMLDOMNamedNodeMap* map = nullptr;
-        node->get_attributes(&map);
-        Com<IXMLDOMNamedNodeMap> attributes(map);
-        for (IXMLDOMNode* a = nullptr; attributes->nextNode(&a) == S_OK && a;) {
-            Com<IXMLDOMNode> attribute(a);
-            BSTR key = nullptr, value = nullptr;
-            attribute->get_nodeName(&key);
-            attribute->get_text(&value);
-            element[Taken(key)] = Taken(value);
-        }
+        BSTR text = nullptr;
+        node->get_text(&text);
+        found.insert(Taken(text));
     }
-    return elements;
+    return found;
 }
 
 // The templates beside the built program, as they ship: every value they write is one that
-// Tolvane reads (its own table, PolicyValue), under its keys, and every text and presentation
-// they refer to is there in each language.
+// Tolvane reads (its own table), under its keys, and every text and presentation they refer to
+// is there in each language.
 TEST(PolicyTemplates, WriteTheValuesTolvaneReadsWithEveryTextInEachLanguage) {
     ASSERT_TRUE(EnsureCom());
     const std::string folder = test::BuiltProgramFolder() + "\\policy\\";
-    std::set<std::string> written, keys, referred;
-    for (const auto& element : XmlElements(folder + "Tolvane.admx"))
-        for (const auto& [attribute, value] : element) {
-            if (attribute == "valueName")
-                written.insert(value);
-            if (attribute == "key")
-                keys.insert(element.at("") + " " + value);
-            if (value.starts_with("$(") && value.ends_with(")"))
-                referred.insert(value.substr(2, value.size() - 3)); // "string.X", "presentation.Y"
-        }
+    const std::string admx = folder + "Tolvane.admx";
     std::set<std::string> read;
     for (const PolicyValueRule& rule : kPolicyValues)
         read.insert(rule.Name);
-    EXPECT_EQ(written, read);
-    EXPECT_EQ(keys, (std::set<std::string>{std::string("policy ") + kPolicyKey,
-                                           std::string("list ") + kLockedItemsKey}));
+    EXPECT_EQ(Select(admx, "//@valueName"), read);
+    EXPECT_EQ(Select(admx, "//@key"), (std::set<std::string>{kPolicyKey, kLockedItemsKey}));
+    EXPECT_EQ(Select(admx, "//*[local-name()='list']/@key"),
+              std::set<std::string>{kLockedItemsKey});
+    const std::set<std::string> referred = Select(admx, "//@*[starts-with(., '$(')]");
     EXPECT_GT(referred.size(), 10u);
     for (const char* language : {"en-US", "de-DE"}) {
         std::set<std::string> defined;
-        for (const auto& element : XmlElements(folder + language + "\\Tolvane.adml"))
-            if (element.at("") == "string" || element.at("") == "presentation")
-                defined.insert(element.at("") + "." + element.at("id"));
+        for (const std::string kind : {"string", "presentation"})
+            for (const std::string& id : Select(folder + language + "\\Tolvane.adml",
+                                                "//*[local-name()='" + kind + "']/@id"))
+                defined.insert("$(" + kind + "." + id + ")");
         for (const std::string& id : referred)
             EXPECT_TRUE(defined.count(id)) << language << " has no " << id;
     }
 }
 
-// The policy keys as Group Policy writes them; the fixture's clearing of the startup locations
-// takes them away again.
-class PolicyTest : public test::MainWindowTest {
-protected:
-    void Set(RegistryRoot root, const char* name, uint32_t value) {
-        ASSERT_TRUE(reg.SetValue(root, kPolicyKey, name,
-                                 {REG_DWORD, {uint8_t(value), uint8_t(value >> 8), 0, 0}}));
-    }
-};
+// A policy value as Group Policy writes it; the fixture's clearing of the startup locations
+// takes it away again.
+void Set(RegistryRoot root, const char* name, uint32_t value) {
+    ASSERT_TRUE(CRegistry().SetValue(root, kPolicyKey, name,
+                                     {REG_DWORD, {uint8_t(value), uint8_t(value >> 8), 0, 0}}));
+}
+using PolicyTest = test::MainWindowTest;
 
 // A locked item, alone or among the ticked items of a pass, and any item while only the
 // administrator moves items: refused with the policy named, in the window and by tolvanec (exit
@@ -137,7 +107,6 @@ protected:
 TEST_F(PolicyTest, ALockedItemAndAnyItemUnderAdminMovesOnlyAreRefusedAndNothingMoves) {
     ASSERT_TRUE(CopyFileA((test::BuiltProgramFolder() + "\\tolvanec.exe").c_str(),
                           (folder / "tolvanec.exe").c_str(), FALSE));
-    test::CopyTree(test::BuiltProgramFolder() + "\\data", folder / "data");
     RunValue(user, "OneDrive", "C:\\od.exe /background");
     RunValue(user, "Free", "C:\\free.exe");
     ASSERT_TRUE(reg.SetValue(machine, kLockedItemsKey, "user-run\\ONEDRIVE",
@@ -166,9 +135,7 @@ TEST_F(PolicyTest, ALockedItemAndAnyItemUnderAdminMovesOnlyAreRefusedAndNothingM
     EXPECT_EQ(test::ReadFileBytes(app.Store().File().FilePath()), file);
 }
 
-// The log-on run on a clock the test moves, on an idle machine, from the user's own main delay
-// of 20 s: a fixed main delay (the machine's over the user's) and a fixed idle start decide when
-// the first program starts; a value out of range is ignored, and logged.
+// The log-on run's clock, which the test moves, on an idle machine, and its window.
 class RunClockAndWindow : public MainWindowControl, public RunClock {
 public:
     bool IsVisible() const override { return false; }
@@ -184,6 +151,9 @@ public:
     uint64_t now = 0;
 };
 
+// From the user's own main delay of 20 s, a fixed main delay (the machine's over the user's) and
+// a fixed idle start decide when the run starts the first program; a value out of range is
+// ignored, and logged.
 TEST_F(PolicyTest, FixedSettingsDecideTheRunTheOwnRunValueAndShowGreyedInTheOptions) {
     test::WriteFileBytes(folder / "log.txt", "");
     test::WriteFileBytes(folder / "a.exe", "x");
@@ -195,7 +165,6 @@ TEST_F(PolicyTest, FixedSettingsDecideTheRunTheOwnRunValueAndShowGreyedInTheOpti
         std::vector<std::tuple<RegistryRoot, const char*, uint32_t>> policies;
         uint64_t started;
     } runs[] = {
-        {{}, 20000},
         {{{machine, "MainDelay", 45}, {user, "MainDelay", 5}}, 45000},
         {{{user, "IdleStart", 1}}, 10000}, // five quiet seconds, then five more for the program
         {{{machine, "MainDelay", 3601}}, 20000},
@@ -230,11 +199,6 @@ TEST_F(PolicyTest, FixedSettingsDecideTheRunTheOwnRunValueAndShowGreyedInTheOpti
     auto item = [&](int id) { return GetDlgItem(options.Hwnd(), id); };
     EXPECT_EQ(test::TextOf(item(IDC_OPT_DELAY)), "45");
     EXPECT_EQ(SendMessageA(item(IDC_OPT_RUN), CB_GETCURSEL, 0, 0), 2);
-    HWND tips = nullptr;
-    while ((tips = FindWindowExA(nullptr, tips, TOOLTIPS_CLASSA, nullptr)) &&
-           GetWindow(tips, GW_OWNER) != options.Hwnd()) {
-    }
-    ASSERT_TRUE(tips);
     for (int id : {IDC_OPT_DELAY, IDC_OPT_RUN, IDC_OPT_WAIT_IDLE}) {
         RECT r{};
         GetWindowRect(item(id), &r);
@@ -242,9 +206,10 @@ TEST_F(PolicyTest, FixedSettingsDecideTheRunTheOwnRunValueAndShowGreyedInTheOpti
         char tip[128] = {};
         TTHITTESTINFOA hit{options.Hwnd(), {(r.left + r.right) / 2, (r.top + r.bottom) / 2}};
         hit.ti.cbSize = sizeof hit.ti;
-        if (SendMessageA(tips, TTM_HITTESTA, 0, reinterpret_cast<LPARAM>(&hit))) {
+        if (SendMessageA(options.Tips(), TTM_HITTESTA, 0, reinterpret_cast<LPARAM>(&hit))) {
             hit.ti.lpszText = tip;
-            SendMessageA(tips, TTM_GETTEXTA, sizeof tip, reinterpret_cast<LPARAM>(&hit.ti));
+            SendMessageA(options.Tips(), TTM_GETTEXTA, sizeof tip,
+                         reinterpret_cast<LPARAM>(&hit.ti));
         }
         const bool fixed = id != IDC_OPT_WAIT_IDLE;
         EXPECT_EQ(IsWindowEnabled(item(id)) == FALSE, fixed) << id;

@@ -25,6 +25,8 @@ public:
                   EventLog& log);
 
     OptionsModel& Model() { return model_; }
+    // The tips of the settings that a policy fixes; none when no setting is fixed.
+    HWND Tips() const { return tips_; }
 
     bool OnMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result);
 

@@ -12,7 +12,8 @@ endforeach()
 find_program(WIXL wixl REQUIRED)
 find_program(WIXL_HEAT wixl-heat REQUIRED)
 
-# The program's folder, as a user has it: the exes, the help, the languages and the data.
+# The program's folder, as a user has it: the exes, the help, the languages, the data and the
+# administrative templates.
 set(app ${STAGE}/Tolvane)
 file(REMOVE_RECURSE ${STAGE})
 file(MAKE_DIRECTORY ${app})
@@ -22,13 +23,13 @@ foreach(f Tolvane.exe tolvanec.exe Tolvane.chm)
     endif()
     file(COPY ${BIN}/${f} DESTINATION ${app})
 endforeach()
-file(COPY ${BIN}/lang ${BIN}/data DESTINATION ${app})
+file(COPY ${BIN}/lang ${BIN}/data ${BIN}/policy DESTINATION ${app})
 file(COPY ${ICON} ${WXS} DESTINATION ${STAGE})
 get_filename_component(icon_name ${ICON} NAME)
 get_filename_component(wxs_name ${WXS} NAME)
 
 # The data files' components, one per file, with ids from their paths (stable across builds).
-file(GLOB_RECURSE data_files RELATIVE ${app} ${app}/lang/* ${app}/data/*)
+file(GLOB_RECURSE data_files RELATIVE ${app} ${app}/lang/* ${app}/data/* ${app}/policy/*)
 list(SORT data_files)
 string(REPLACE ";" "\n" data_list "${data_files}")
 file(WRITE ${STAGE}/data-files.txt "${data_list}\n")

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "config/delay_load.h"
+#include "config/policy_registry.h"
 #include "config/program_group_store.h"
 #include "platform/dir_struct.h"
 #include "platform/handles.h"
@@ -176,7 +177,7 @@ int RunTolvane(HINSTANCE instance, std::string_view arguments, UserMessages& mes
         app->ShowGui = !ArgumentsAskForLogOnMode(arguments);
         if (app->ShowGui)
             EnsureStartupFolders(app->folders);
-        if (!app->ShowGui && app->model.StartupType <= 0)
+        if (!app->ShowGui && InForce(app->model, ReadPolicies(app->log)).StartupType <= 0)
             return 0; // a log-on start with start-up turned off does nothing
 
         meter = std::make_unique<ImpactMeter>(app->Store().File().ImpactFilePath(), &app->log);

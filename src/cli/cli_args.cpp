@@ -7,16 +7,6 @@ namespace tolvane {
 
 namespace {
 
-struct LocationWord {
-    const char* Word;
-    CliLocation Location;
-};
-constexpr LocationWord kLocationWords[] = {
-    {"user-folder", {kUserStartup, false}},     {"user-run", {kUserRun, false}},
-    {"common-folder", {kCommonStartup, false}}, {"machine-run", {kMachineRun, false}},
-    {"machine-run-32", {kMachineRun, true}},
-};
-
 CliParse Fail(std::string error) {
     return {std::nullopt, std::move(error)};
 }
@@ -24,17 +14,13 @@ CliParse Fail(std::string error) {
 } // namespace
 
 std::optional<CliLocation> ParseCliLocation(const std::string& word) {
-    for (const LocationWord& w : kLocationWords)
-        if (word == w.Word)
-            return w.Location;
+    if (const std::optional<LocationWord> w = ParseLocationWord(word))
+        return CliLocation{w->Code, w->Wow32};
     return std::nullopt;
 }
 
 const char* CliLocationWord(int code, bool wow32) {
-    for (const LocationWord& w : kLocationWords)
-        if (w.Location.Code == code && w.Location.Wow32 == (wow32 && code == kMachineRun))
-            return w.Word;
-    return "";
+    return LocationWordOf(code, wow32);
 }
 
 CliParse ParseCliArguments(const std::vector<std::string>& arguments) {

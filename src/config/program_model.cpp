@@ -46,6 +46,30 @@ std::string_view LocationPrefix(int code) {
     }
 }
 
+namespace {
+
+constexpr LocationWord kLocationWords[] = {
+    {"user-folder", kUserStartup, false},     {"user-run", kUserRun, false},
+    {"common-folder", kCommonStartup, false}, {"machine-run", kMachineRun, false},
+    {"machine-run-32", kMachineRun, true},
+};
+
+} // namespace
+
+std::optional<LocationWord> ParseLocationWord(std::string_view word) {
+    for (const LocationWord& w : kLocationWords)
+        if (word == w.Word)
+            return w;
+    return std::nullopt;
+}
+
+const char* LocationWordOf(int code, bool wow32) {
+    for (const LocationWord& w : kLocationWords)
+        if (w.Code == code && w.Wow32 == (wow32 && code == kMachineRun))
+            return w.Word;
+    return "";
+}
+
 std::string NormalGroupName(std::string_view name) {
     return ReplaceAllCharacters(name, "_", " ");
 }

@@ -3,6 +3,7 @@
 // change them. Plain data and rules; the file and the registry stay outside.
 #pragma once
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -54,6 +55,18 @@ std::string_view LocationPrefix(int code);
 // word; "" and -1 for anything else.
 std::string_view CommandOfLocation(int code);
 int LocationOfCommand(std::string_view command);
+
+// A location as scripts and the administrator's policies name it: its code and, for the
+// machine's Run key, its registry view.
+struct LocationWord {
+    const char* Word;
+    int Code;
+    bool Wow32;
+};
+// "user-folder", "user-run", "common-folder", "machine-run", "machine-run-32"; nothing else.
+std::optional<LocationWord> ParseLocationWord(std::string_view word);
+// The word of a location; "" for a code that is none.
+const char* LocationWordOf(int code, bool wow32);
 
 // The built-in disallowed words, each followed by one blank.
 inline constexpr std::string_view kBuiltInDisallowed = "format fdisk del rmdir mkdir delete ";

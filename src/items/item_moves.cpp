@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "config/delay_load.h"
+#include "config/policy_registry.h"
 #include "config/program_group_store.h"
 #include "config/run_data.h"
 #include "config/system_command_line.h"
@@ -30,6 +31,8 @@ constexpr int kGoneMessage = 16;
 constexpr int kFailedMessage = 17;
 constexpr int kNotTakenBackMessage = 18;
 constexpr int kBlockedMessage = 28;
+constexpr int kLockedMessage = 43;
+constexpr int kAdminMovesOnlyMessage = 44;
 
 // A Run value's key: its location and, for the machine's, the registry view it is in. The
 // saved copy of a value is kept in the same view, and a value goes back to its copy's view.
@@ -180,6 +183,7 @@ public:
             throw MoveFailure("the delayed program could not be removed from the Startup group");
     }
 
+    Policies PoliciesNow() const { return ReadPolicies(needs_.Log); }
     void Log(const std::string& text, int level = kLogError) { needs_.Log.WriteLog(text, level); }
     void Show(const std::string& text) {
         needs_.Messages.ShowMessage(text, "Tolvane", kMbOk | kMbIconExclamation);
@@ -590,6 +594,28 @@ void MoveOne(Mover& m, const StartupItem& item, ItemState to, RegBackup*& backup
     MoveValueItem(m, item, to, *backup, undo);
 }
 
+// The administrator's policies as they are now refuse a move of a locked item, and every move
+// while only the administrator moves items: the user is told which policy, the log says so, and
+// nothing is touched. A pass with a locked item among its items moves none of them.
+bool RefusedByPolicy(Mover& m, const char* routine, const std::vector<const StartupItem*>& items) {
+    if (items.empty())
+        return false;
+    const Policies policies = m.PoliciesNow();
+    for (const StartupItem* item : items) {
+        const PolicyRefusal why = RefusedMove(policies, item->Code(), item->Wow32(), item->Name,
+                                              &CDirStruct::CompareNames);
+        if (why == PolicyRefusal::None)
+            continue;
+        const bool all = why == PolicyRefusal::AdminMovesOnly;
+        m.Log(std::string(routine) + ": \"" + item->Text() + "\": refused by the " +
+                  (all ? "AdminMovesOnly" : "LockedItems") + " policy",
+              kLogWarning);
+        m.Show(FillIn(m.Message(all ? kAdminMovesOnlyMessage : kLockedMessage), {item->Text()}));
+        return true;
+    }
+    return false;
+}
+
 } // namespace
 
 int FindDelayedRecord(const ProgramModel& model, const StartupItem& item) {
@@ -604,6 +630,8 @@ ItemMoves::ItemMoves(Needs needs, HWND owner) : needs_(needs), owner_(owner) {}
 
 bool ItemMoves::Move(const StartupItem& item, ItemState to) {
     Mover m(needs_, owner_, mover_);
+    if (RefusedByPolicy(m, RoutineOf(item, to), {&item}))
+        return false;
     return m.Single(RoutineOf(item, to), item.Text(), [&](UndoSteps& undo) {
         RegBackup* backup = nullptr;
         std::unique_ptr<RegBackup> owned;
@@ -615,6 +643,11 @@ bool ItemMoves::Move(const StartupItem& item, ItemState to) {
 
 bool ItemMoves::MovePass(const std::vector<ItemMove>& moves) {
     Mover m(needs_, owner_, mover_);
+    std::vector<const StartupItem*> items;
+    for (const ItemMove& move : moves)
+        items.push_back(&move.Item);
+    if (RefusedByPolicy(m, "MovePass", items))
+        return false;
     const bool registry = std::any_of(moves.begin(), moves.end(),
                                       [](const ItemMove& move) { return move.Item.Registry(); });
     RegBackup* backup = nullptr;

@@ -50,11 +50,13 @@ public:
     // Moves the item from the state the list shows it in to the one asked for; one asked to go
     // where it is stays there, once. Asked to go back to Windows while it is there already, an
     // active item has its switch in Task Manager turned on. Refusals and failures are told the
-    // user; false when the item was not moved.
+    // user; false when the item was not moved. The administrator's policies are read first: an
+    // item they lock, or any item while only the administrator moves items, is refused.
     [[nodiscard]] bool Move(const StartupItem& item, ItemState to);
     // The toolbar's passes and Save: each item where it is asked to go, in order, the file
     // written once. An item that fails is taken back and ends the pass; the items before it
-    // stay moved. False when not every item was moved.
+    // stay moved. False when not every item was moved. A pass with an item that the policies
+    // refuse moves none.
     [[nodiscard]] bool MovePass(const std::vector<ItemMove>& moves);
 
     // How shortcuts are moved; the shell's move unless set.

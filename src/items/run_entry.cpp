@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include "config/policy_registry.h"
 #include "platform/environment.h"
 #include "platform/registry.h"
 #include "config/program_model.h"
@@ -40,6 +41,8 @@ private:
 
 bool UpdateRunEntry(int mode, const std::string& runCommand, const ProgramModel& model,
                     EventLog& log) {
+    if (const std::optional<uint32_t> fixed = ReadPolicies(log).Get(PolicyValue::StartupType))
+        mode = static_cast<int>(*fixed);
     if (mode < 0 || mode > 3)
         return true; // no start-up type chosen: nothing to bring in step
     RegistryRunValues values;

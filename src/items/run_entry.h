@@ -19,6 +19,7 @@ inline constexpr const char* kOwnRunValue = "Tolvane";
 // value is never rewritten. False when Windows will not start the program as the mode asks (a
 // value could not be written or removed, or one of another program stands in the way); every
 // problem is logged.
+// A start-up type that the administrator's policy fixes stands in for the mode, whoever asks.
 // runCommand: the command of this copy of the program; model: its delayed items.
 [[nodiscard]] bool UpdateRunEntry(int mode, const std::string& runCommand,
                                   const ProgramModel& model, EventLog& log);

@@ -19,14 +19,18 @@ HKEY RootKey(RegistryRoot root) {
         return HKEY_CURRENT_USER;
     case RegistryRoot::LocalMachine:
     case RegistryRoot::LocalMachine32:
+    case RegistryRoot::LocalMachine64:
         return HKEY_LOCAL_MACHINE;
     }
     return HKEY_CURRENT_USER;
 }
 
-// The view a root asks for: the 32-bit one for LocalMachine32, the process's own otherwise.
+// The view a root asks for: the 32-bit one for LocalMachine32, the 64-bit one for
+// LocalMachine64, the process's own otherwise.
 REGSAM ViewOf(RegistryRoot root) {
-    return root == RegistryRoot::LocalMachine32 ? KEY_WOW64_32KEY : 0;
+    return root == RegistryRoot::LocalMachine32   ? KEY_WOW64_32KEY
+           : root == RegistryRoot::LocalMachine64 ? KEY_WOW64_64KEY
+                                                  : 0;
 }
 
 // With or without a trailing "\" the path names the same key.

@@ -19,6 +19,9 @@ enum class RegistryRoot : uint32_t {
     // their machine-wide Run values and the program's saved copies of them live there
     // (Software\WOW6432Node\...). Not a handle of its own: the same root, another view.
     LocalMachine32 = 0x80000002u | 0x0200u,
+    // The machine's keys in their 64-bit view (KEY_WOW64_64KEY), whatever the process is: where
+    // Group Policy writes the machine's policies.
+    LocalMachine64 = 0x80000002u | 0x0100u,
 };
 
 inline constexpr const char* kRunKey = "Software\\Microsoft\\Windows\\CurrentVersion\\Run";

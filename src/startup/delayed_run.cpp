@@ -8,6 +8,7 @@
 
 #include "platform/message_pump.h"
 #include "config/app_state.h"
+#include "config/policy_registry.h"
 #include "startup/idle_detector.h"
 #include "startup/launcher.h"
 #include "text/strings.h"
@@ -98,8 +99,10 @@ private:
 struct MeasuredOrKept {
     const RunNeeds& Run;
     MainWindowControl& Window;
+    const Policies& Policy;
     bool operator()() const {
-        return !Run.Watcher->Busy() || Window.IsVisible() || Run.Store.Model().StartupType != 1;
+        return !Run.Watcher->Busy() || Window.IsVisible() ||
+               InForce(Run.Store.Model(), Policy).StartupType != 1;
     }
 };
 
@@ -226,15 +229,18 @@ void DelayedRun(const RunNeeds& run, MainWindowControl& window, RunClock& clock,
     const ProgramGroup* startup = model.StartupGroup();
     const std::vector<GroupProgram> programs =
         startup ? startup->Programs : std::vector<GroupProgram>();
-    const bool waitForIdle = model.WaitForIdle != 0;
+    // The settings as the administrator's policies leave them, the user's own where none is fixed.
+    const Policies policies = ReadPolicies(run.Log);
+    const SettingsInForce settings = InForce(model, policies);
+    const bool waitForIdle = settings.IdleStart;
     Readiness ready(run, clock, window);
 
     if (!startup) {
         run.Log.WriteLog("Start Delay was called, but there weren't delayed items!", kLogInfo);
     } else if (std::any_of(programs.begin(), programs.end(),
                            [](const GroupProgram& p) { return !p.Path.empty(); })) {
-        LogInfo(run.Log, "  Waiting for ", FormatSingle(model.MainStartupDelay), " seconds.");
-        const uint64_t mainDelay = DelayMilliseconds(model.MainStartupDelay);
+        LogInfo(run.Log, "  Waiting for ", FormatSingle(settings.MainDelay), " seconds.");
+        const uint64_t mainDelay = DelayMilliseconds(settings.MainDelay);
         if (waitForIdle || mainDelay > 0)
             ready();
         if (waitForIdle)
@@ -278,10 +284,10 @@ void DelayedRun(const RunNeeds& run, MainWindowControl& window, RunClock& clock,
 
     // The program ends after the run: first the measurements of what it started are kept,
     // with the tray still there. Opening the window meanwhile keeps the program.
-    auto ends = [&] { return !window.IsVisible() && model.StartupType == 1; };
+    auto ends = [&] { return !window.IsVisible() && InForce(model, policies).StartupType == 1; };
     if (!run.Wait.QuitRequested && ends() && run.Watcher)
         WaitUntil(run.Wait, run.Log, clock, clock.NowMs() + kImpactWatchMs + kSliceMs,
-                  MeasuredOrKept{run, window});
+                  MeasuredOrKept{run, window, policies});
     if (!run.Wait.QuitRequested) {
         if (ends())
             window.Unload();

@@ -98,6 +98,8 @@ ProgramLauncher MeasuredLauncher(const RunNeeds& run);
 // machine is idle, at the latest their delay and two minutes after the wait began; a program
 // still starts no sooner than its delay after the start before. Where the load cannot be read
 // they wait their delay. The run ends only once the measurements of what it started are kept.
+// The main delay, the wait for idle and whether the process ends after the run (StartupType 1)
+// are the administrator's where a policy fixes them.
 void DelayedRun(const RunNeeds& run, MainWindowControl& window, RunClock& clock,
                 const ProgramLauncher& launch);
 // With the program's own clock and launcher.

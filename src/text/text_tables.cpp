@@ -126,7 +126,11 @@ TextTables::TextTables() : Languages(1) {
         "The main window's menus, toolbar and title change to the new language the next time "
         "Tolvane starts.\0"
         "No program on this computer opened the address:\r\n%1\r\nCopy it to the clipboard, to "
-        "paste it into a browser?\0";
+        "paste it into a browser?\0"
+        "\"%1\" was not moved: your administrator has locked it with the policy \"Startup items "
+        "that users may not move\". It stays where it is.\0"
+        "\"%1\" was not moved: your administrator has set the policy \"Only the administrator "
+        "moves startup items\". Tolvane lists every item, but moves none.\0";
     Messages = UnpackTexts(kMessages, sizeof kMessages);
     static const char kToolbar[] = "Save Changes\0"
                                    "Refresh the list\0"

@@ -11,6 +11,7 @@
 
 #include "config/app_state.h"
 #include "config/delay_load.h"
+#include "config/policy_registry.h"
 #include "config/program_group_store.h"
 #include "config/language_files.h"
 #include "items/item_moves.h"
@@ -716,7 +717,7 @@ void MainWindow::EndForGood() {
             YieldToMessageLoop();
     tray_.RemoveTrayIcon();
     DestroyWindow(Hwnd());
-    if (app_.model.StartupType == 1)
+    if (InForce(app_.model, ReadPolicies(app_.log)).StartupType == 1)
         (void)UpdateRunEntry(1, app_.folders.RunCommand, app_.model,
                              app_.log); // its problems are logged: the program is ending
 }

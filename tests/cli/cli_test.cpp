@@ -38,6 +38,7 @@ protected:
         EXPECT_TRUE(cli.WaitForExit(60000, &code));
         return {code, test::ReadFileBytes(out)};
     }
+    std::string File() { return test::ReadFileBytes(app.Store().File().FilePath()); }
     // The items that are not active, as the program-group file read back lists them.
     std::string Held() {
         std::string all;
@@ -109,7 +110,7 @@ TEST_F(Console, CommandsMoveAndListItemsByNameAndSayWhatTheyDid) {
         const auto [code, out] = Cli(step.command);
         EXPECT_EQ(code, step.code) << out;
         EXPECT_NE(out.find(step.says), std::string::npos) << out;
-        const std::string held = Held(), file = test::ReadFileBytes(app.Store().File().FilePath());
+        const std::string held = Held(), file = File();
         EXPECT_EQ(held, step.held);
         EXPECT_NE(file.find(step.fileLine), std::string::npos) << file;
         // The program's own Run value is there exactly while something is delayed.
@@ -191,9 +192,9 @@ TEST_F(Console, PlansAreExportedAndAppliedByTheListsMoves) {
         SCOPED_TRACE(step.command);
         const auto before = std::pair(Inventory(false), Inventory(true));
         const std::string file = File();
-        const Ran ran = Cli(step.command);
-        EXPECT_EQ(ran.code, step.code) << ran.out;
-        EXPECT_NE(ran.out.find(step.says), std::string::npos) << ran.out;
+        const auto [code, out] = Cli(step.command);
+        EXPECT_EQ(code, step.code) << out;
+        EXPECT_NE(out.find(step.says), std::string::npos) << out;
         EXPECT_EQ(Held(), step.held);
         EXPECT_EQ(Run(user, kOwnRunValue) != "(none)", step.own);
         if (step.code == 3) { // nothing at all changed
@@ -204,7 +205,7 @@ TEST_F(Console, PlansAreExportedAndAppliedByTheListsMoves) {
     EXPECT_EQ(test::ReadFileBytes(plan), json);
     // A check reads as a list does: the program's own Run value stays missing.
     ASSERT_TRUE(reg.DeleteValue(user, kRunKey, kOwnRunValue));
-    EXPECT_EQ(Cli("apply \"" + plan + "\" --check").code, 0u);
+    EXPECT_EQ(Cli("apply \"" + plan + "\" --check").first, 0u);
     EXPECT_EQ(Run(user, kOwnRunValue), "(none)");
 }
 

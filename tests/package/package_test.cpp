@@ -73,7 +73,8 @@ TEST_F(Package, InstallsForOneUserRunsUpgradesAndUninstallsKeepingTheUsersData) 
     // The program's files in the user's own Programs folder, a Start-menu shortcut to it, and
     // one entry in "Installed apps".
     for (const char* file : {"Tolvane.exe", "tolvanec.exe", "Tolvane.chm", "lang\\languagefile.dat",
-                             "lang\\en\\messages.en", "data\\safelist.dat", "data\\online.txt"})
+                             "lang\\en\\messages.en", "data\\safelist.dat", "data\\online.txt",
+                             "policy\\Tolvane.admx", "policy\\de-DE\\Tolvane.adml"})
         EXPECT_TRUE(test::PathExists(installed + "\\" + file)) << file;
     const std::string shortcut = test::ShellFolder(CSIDL_PROGRAMS) + "\\Tolvane.lnk";
     EXPECT_EQ(ToLower(ShortcutTarget(shortcut)), ToLower(exe));

@@ -174,7 +174,7 @@ void StartupLocations::Clear() const {
             MakeFolder(folder);
         }
     // Both Run keys emptied, the machine's 32-bit one by the path a 64-bit program sees it
-    // under; the saved copies and Task Manager's switches gone.
+    // under; the saved copies, Task Manager's switches and the administrator's policies gone.
     const std::pair<RegistryRoot, std::string> views[] = {
         {RegistryRoot::CurrentUser, "Software\\"},
         {RegistryRoot::LocalMachine, "Software\\"},
@@ -185,6 +185,7 @@ void StartupLocations::Clear() const {
         UniqueHKey key;
         RegCreateKeyA(KeyOf(root), (windows + "Run").c_str(), key.put());
         DeleteRegistryTree(root, software + "Hexmoor");
+        DeleteRegistryTree(root, software + "Policies\\Hexmoor");
         DeleteRegistryTree(root, windows + "Explorer\\StartupApproved");
     }
 }

@@ -94,8 +94,8 @@ void Chord(std::initializer_list<unsigned short> keys);
 void Click(POINT at);
 
 // The test prefix's startup locations: both Startup folders, both Run keys, and the keys that
-// keep the saved copies of Run values. Tests that use them hold the ctest lock
-// "startup_locations" and leave them empty.
+// keep the saved copies of Run values, with the administrator's policies that govern them. Tests
+// that use them hold the ctest lock "startup_locations" and leave them empty.
 struct StartupLocations {
     std::string UserFolder = ShellFolder(CSIDL_STARTUP);
     std::string CommonFolder = ShellFolder(CSIDL_COMMON_STARTUP);

@@ -1,7 +1,9 @@
 #include "ui/options/options_dialog.h"
 
+#include "config/policy_registry.h"
 #include "config/program_group_store.h"
 #include "platform/environment.h"
+#include "platform/runtime_libraries.h"
 #include "config/language_files.h"
 #include "items/run_entry.h"
 #include "models/menu_model.h"
@@ -27,7 +29,8 @@ std::string LocaleDecimalSeparator() {
 OptionsDialog::OptionsDialog(ProgramGroupStore store, const TextTables& text,
                              UserMessages& messages, EventLog& log)
     : Dialog(&log, "Options Error: "), store_(store), text_(text), messages_(messages), log_(log),
-      model_(store.Model(), *this, messages, text.Messages, LocaleDecimalSeparator()) {}
+      model_(store.Model(), *this, messages, text.Messages, LocaleDecimalSeparator(),
+             ReadPolicies(log)) {}
 
 void OptionsDialog::UpdateRunEntry(int startupType) {
     // The settings are kept all the same; the user learns that Windows will not follow them.
@@ -91,6 +94,32 @@ void OptionsDialog::Init() {
     HWND delay = GetDlgItem(Hwnd(), IDC_OPT_DELAY);
     SetText(IDC_OPT_DELAY, model_.DelayText);
     FilterTypedKeys(delay, &OptionsModel::DelayKeyAllowed);
+
+    const std::pair<int, bool> fixed[] = {{IDC_OPT_DELAY, model_.FixedByPolicy.Delay},
+                                          {IDC_OPT_RUN, model_.FixedByPolicy.RunAtLogin},
+                                          {IDC_OPT_WAIT_IDLE, model_.FixedByPolicy.WaitForIdle}};
+    for (const auto& [control, isFixed] : fixed) {
+        if (!isFixed)
+            continue;
+        EnableWindow(GetDlgItem(Hwnd(), control), FALSE);
+        AddFixedTip(control, text(kOptionsSetByAdministrator));
+    }
+}
+
+void OptionsDialog::AddFixedTip(int control, const std::string& text) {
+    if (!tips_) {
+        EnsureCommonControls();
+        tips_ = CreateWindowExA(WS_EX_TOPMOST, TOOLTIPS_CLASSA, nullptr,
+                                WS_POPUP | TTS_NOPREFIX | TTS_ALWAYSTIP, 0, 0, 0, 0, Hwnd(),
+                                nullptr, GetModuleHandleA(nullptr), nullptr);
+    }
+    // A disabled control gets no mouse messages, its dialog does: the tip is the dialog's, over
+    // the control's place.
+    TOOLINFOA tool{sizeof tool, TTF_SUBCLASS, Hwnd(), static_cast<UINT_PTR>(control)};
+    GetWindowRect(GetDlgItem(Hwnd(), control), &tool.rect);
+    MapWindowPoints(nullptr, Hwnd(), reinterpret_cast<POINT*>(&tool.rect), 2);
+    tool.lpszText = const_cast<char*>(text.c_str()); // copied by the control
+    SendMessageA(tips_, TTM_ADDTOOLA, 0, reinterpret_cast<LPARAM>(&tool));
 }
 
 void OptionsDialog::ReadFields() {

@@ -1,5 +1,6 @@
 // frmOptions: the options dialog over its template, modeless. It renders the options model and
-// hands the user's typing and choices back to it.
+// hands the user's typing and choices back to it. The administrator's policies are read as it
+// opens: a setting they fix is shown greyed, with the policy's value and a tip that says so.
 #pragma once
 
 #include <windows.h>
@@ -24,6 +25,8 @@ public:
                   EventLog& log);
 
     OptionsModel& Model() { return model_; }
+    // The tips of the settings that a policy fixes; none when no setting is fixed.
+    HWND Tips() const { return tips_; }
 
     bool OnMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result);
 
@@ -36,12 +39,15 @@ private:
 
     void Init();
     void ReadFields();
+    // The tip over a control whose setting a policy fixes.
+    void AddFixedTip(int control, const std::string& text);
 
     ProgramGroupStore store_;
     const TextTables& text_;
     UserMessages& messages_;
     EventLog& log_;
     OptionsModel model_;
+    HWND tips_ = nullptr; // owned by the dialog: destroyed with it
 };
 
 // The user's decimal separator, as the locale writes numbers.

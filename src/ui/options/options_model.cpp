@@ -41,7 +41,8 @@ std::vector<std::string> BuiltInOptionsTexts() {
         "Run Program at Login\0"
         "Main form's X\0"
         "Show Tips At Startup\0"
-        "Start delayed programs when the computer is idle\0";
+        "Start delayed programs when the computer is idle\0"
+        "Set by your administrator\0";
     return UnpackTexts(kTexts, sizeof kTexts);
 }
 
@@ -72,16 +73,23 @@ std::optional<float> ParseDelayText(std::string_view text, std::string_view loca
 }
 
 OptionsModel::OptionsModel(const ProgramModel& model, OptionsHost& host, UserMessages& messages,
-                           std::vector<std::string> messageTable, std::string localeDecimal)
-    : DelayText(FormatSingle(model.MainStartupDelay)),
-      RunAtLogin(model.StartupType >= 0 && model.StartupType < kStartupTypeCount ? model.StartupType
-                                                                                 : -1),
-      CloseMethod(model.CloseType >= 0 && model.CloseType < kCloseTypeCount ? model.CloseType : -1),
-      ShowTips(model.ShowTipsAtStartup != 0),
-      WaitForIdle(model.WaitForIdle != 0), shown_{DelayText, RunAtLogin, CloseMethod, ShowTips,
-                                                  WaitForIdle},
+                           std::vector<std::string> messageTable, std::string localeDecimal,
+                           const Policies& policies)
+    : FixedByPolicy{IsFixed(policies, PolicyValue::MainDelay),
+                    IsFixed(policies, PolicyValue::StartupType),
+                    IsFixed(policies, PolicyValue::IdleStart)},
       host_(host), messages_(messages), messageTable_(std::move(messageTable)),
-      localeDecimal_(std::move(localeDecimal)) {}
+      localeDecimal_(std::move(localeDecimal)) {
+    const SettingsInForce settings = InForce(model, policies);
+    DelayText = FormatSingle(settings.MainDelay);
+    RunAtLogin = settings.StartupType >= 0 && settings.StartupType < kStartupTypeCount
+                     ? settings.StartupType
+                     : -1;
+    CloseMethod = model.CloseType >= 0 && model.CloseType < kCloseTypeCount ? model.CloseType : -1;
+    ShowTips = model.ShowTipsAtStartup != 0;
+    WaitForIdle = settings.IdleStart;
+    shown_ = {DelayText, RunAtLogin, CloseMethod, ShowTips, WaitForIdle};
+}
 
 bool OptionsModel::Changed() const {
     return DelayText != shown_.DelayText || RunAtLogin != shown_.RunAtLogin ||
@@ -94,6 +102,13 @@ bool OptionsModel::DelayKeyAllowed(char key) {
 }
 
 bool OptionsModel::Ok() {
+    // A fixed setting keeps the value shown, the policy's: nothing of it is stored.
+    if (FixedByPolicy.Delay)
+        DelayText = shown_.DelayText;
+    if (FixedByPolicy.RunAtLogin)
+        RunAtLogin = shown_.RunAtLogin;
+    if (FixedByPolicy.WaitForIdle)
+        WaitForIdle = shown_.WaitForIdle;
     if (!Changed())
         return true;
     // The delay is read before anything is changed: a delay that is no number leaves the Run

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "config/policies.h"
 #include "config/program_model.h"
 #include "models/user_messages.h"
 
@@ -42,6 +43,7 @@ enum OptionsText : size_t {
     kOptionsProgramClosing = 12,
     kOptionsShowTips = 13,
     kOptionsWaitForIdle = 14,
+    kOptionsSetByAdministrator = 15, // the tip of a setting fixed by policy
 };
 inline constexpr int kStartupTypeCount = 4, kCloseTypeCount = 2;
 std::vector<std::string> BuiltInOptionsTexts();
@@ -54,9 +56,11 @@ std::optional<float> ParseDelayText(std::string_view text, std::string_view loca
 class OptionsModel {
 public:
     // messages: the shared message table; localeDecimal: the user's decimal separator.
-    // The fields start as the model's settings stand.
+    // The fields start as the settings stand: the policy's where the administrator fixes one,
+    // the model's otherwise.
     OptionsModel(const ProgramModel& model, OptionsHost& host, UserMessages& messages,
-                 std::vector<std::string> messageTable, std::string localeDecimal);
+                 std::vector<std::string> messageTable, std::string localeDecimal,
+                 const Policies& policies = {});
 
     // The fields as the dialog shows them; they start as the settings stand.
     std::string DelayText;
@@ -64,6 +68,12 @@ public:
     int CloseMethod = -1; // index of the close type's entry; -1: none chosen
     bool ShowTips = false;
     bool WaitForIdle = false;
+
+    // The settings that the administrator's policies fix: the dialog shows them unchangeable,
+    // and OK never stores them, so the user's own value is back once the policy goes.
+    struct Fixed {
+        bool Delay = false, RunAtLogin = false, WaitForIdle = false;
+    } FixedByPolicy;
 
     // The fields differ from what the dialog showed.
     [[nodiscard]] bool Changed() const;

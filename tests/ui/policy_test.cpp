@@ -1,0 +1,226 @@
+// The administrator's policies in the prefix's real registry: what each value changes in what
+// Tolvane does (moves, the log-on run, the program's own Run value, the options), and the
+// administrative templates that describe them, read by a real XML parser (MSXML).
+#include <msxml2.h>
+
+#include <set>
+
+#include "config/policies.h"
+#include "items/run_entry.h"
+#include "platform/runtime_libraries.h"
+#include "platform/wide_text.h"
+#include "startup/delayed_run.h"
+#include "text/placeholders.h"
+#include "ui/main_window_fixture.h"
+#include "ui/options/options_dialog.h"
+#include "ui/options/options_ids.h"
+
+namespace tolvane {
+namespace {
+
+constexpr auto machine = RegistryRoot::LocalMachine64, user = RegistryRoot::CurrentUser;
+
+struct Released {
+    void operator()(IUnknown* p) const { p->Release(); }
+};
+template <class T> using Com = std::unique_ptr<T, Released>;
+
+std::string Taken(BSTR text) {
+    const std::string narrow = Narrow(text ? text : L"");
+    SysFreeString(text);
+    return narrow;
+}
+
+// The texts of what the XPath finds in a file as MSXML parses it; a file that is not
+// well-formed fails the test.
+std::set<std::string> Select(const std::string& path, const std::string& xpath) {
+    std::set<std::string> found;
+    CLSID dom{};
+    IXMLDOMDocument* raw = nullptr;
+    if (FAILED(CLSIDFromProgID(L"Msxml2.DOMDocument.6.0", &dom)) ||
+        FAILED(CoCreateInstance(dom, nullptr, CLSCTX_INPROC_SERVER, IID_IXMLDOMDocument,
+                                reinterpret_cast<void**>(&raw)))) {
+        ADD_FAILURE() << "no MSXML";
+        return found;
+    }
+    Com<IXMLDOMDocument> document(raw);
+    document->put_async(VARIANT_FALSE);
+    VARIANT file{};
+    file.vt = VT_BSTR;
+    file.bstrVal = SysAllocString(Wide(path).c_str());
+    VARIANT_BOOL loaded = VARIANT_FALSE;
+    document->load(file, &loaded);
+    VariantClear(&file);
+    BSTR query = SysAllocString(Wide(xpath).c_str());
+    IXMLDOMNodeList* list = nullptr;
+    if (loaded != VARIANT_TRUE || document->selectNodes(query, &list) != S_OK)
+        ADD_FAILURE() << path << " is not well-formed XML, or " << xpath << " no XPath";
+    SysFreeString(query);
+    Com<IXMLDOMNodeList> nodes(list);
+    for (IXMLDOMNode* n = nullptr; nodes && nodes->nextNode(&n) == S_OK && n;) {
+        Com<IXMLDOMNode> node(n);
+        BSTR text = nullptr;
+        node->get_text(&text);
+        found.insert(Taken(text));
+    }
+    return found;
+}
+
+// The templates beside the built program, as they ship: every value they write is one that
+// Tolvane reads (its own table), under its keys, and every text and presentation they refer to
+// is there in each language.
+TEST(PolicyTemplates, WriteTheValuesTolvaneReadsWithEveryTextInEachLanguage) {
+    ASSERT_TRUE(EnsureCom());
+    const std::string folder = test::BuiltProgramFolder() + "\\policy\\";
+    const std::string admx = folder + "Tolvane.admx";
+    std::set<std::string> read;
+    for (const PolicyValueRule& rule : kPolicyValues)
+        read.insert(rule.Name);
+    EXPECT_EQ(Select(admx, "//@valueName"), read);
+    EXPECT_EQ(Select(admx, "//@key"), (std::set<std::string>{kPolicyKey, kLockedItemsKey}));
+    EXPECT_EQ(Select(admx, "//*[local-name()='list']/@key"),
+              std::set<std::string>{kLockedItemsKey});
+    const std::set<std::string> referred = Select(admx, "//@*[starts-with(., '$(')]");
+    EXPECT_GT(referred.size(), 10u);
+    for (const char* language : {"en-US", "de-DE"}) {
+        std::set<std::string> defined;
+        for (const std::string kind : {"string", "presentation"})
+            for (const std::string& id : Select(folder + language + "\\Tolvane.adml",
+                                                "//*[local-name()='" + kind + "']/@id"))
+                defined.insert("$(" + kind + "." + id + ")");
+        for (const std::string& id : referred)
+            EXPECT_TRUE(defined.count(id)) << language << " has no " << id;
+    }
+}
+
+// A policy value as Group Policy writes it; the fixture's clearing of the startup locations
+// takes it away again.
+void Set(RegistryRoot root, const char* name, uint32_t value) {
+    ASSERT_TRUE(CRegistry().SetValue(root, kPolicyKey, name,
+                                     {REG_DWORD, {uint8_t(value), uint8_t(value >> 8), 0, 0}}));
+}
+using PolicyTest = test::MainWindowTest;
+
+// A locked item, alone or among the ticked items of a pass, and any item while only the
+// administrator moves items: refused with the policy named, in the window and by tolvanec (exit
+// code 2), and nothing of the items or the program-group file changes.
+TEST_F(PolicyTest, ALockedItemAndAnyItemUnderAdminMovesOnlyAreRefusedAndNothingMoves) {
+    ASSERT_TRUE(CopyFileA((test::BuiltProgramFolder() + "\\tolvanec.exe").c_str(),
+                          (folder / "tolvanec.exe").c_str(), FALSE));
+    RunValue(user, "OneDrive", "C:\\od.exe /background");
+    RunValue(user, "Free", "C:\\free.exe");
+    ASSERT_TRUE(reg.SetValue(machine, kLockedItemsKey, "user-run\\ONEDRIVE",
+                             test::WideValue(REG_SZ, "user-run\\ONEDRIVE")));
+    Refresh();
+    const std::vector<Item> before = Inventory(false);
+    const std::string file = test::ReadFileBytes(app.Store().File().FilePath());
+    const std::string locked = "OneDrive=C:\\od.exe /background";
+    EXPECT_FALSE(Move("CurrentUserRegistry", locked, ItemState::Delayed));
+    for (const std::string& text : {locked, std::string("Free=C:\\free.exe")})
+        tree.Node(Node("CurrentUserRegistry", text)).Checked = true;
+    EXPECT_FALSE(Pass(CheckedMove::Stop));
+    const std::string told = FillIn(app.text.Message(43), {locked});
+    EXPECT_EQ(messages.shown,
+              (std::vector<test::CapturedMessages::Shown>(2, {told, "Tolvane", 0x30})));
+
+    Set(user, "AdminMovesOnly", 1);
+    const std::string out = folder / "out.txt";
+    test::ChildProcess cli("cmd.exe /c \"\"" + folder / "tolvanec.exe" + "\" stop Free 2>\"" + out +
+                           "\"\"");
+    unsigned long code = 99;
+    ASSERT_TRUE(cli.WaitForExit(60000, &code));
+    EXPECT_EQ(code, 2u);
+    EXPECT_EQ(test::ReadFileBytes(out), FillIn(app.text.Message(44), {"Free=C:\\free.exe"}) + "\n");
+    EXPECT_EQ(Inventory(false), before);
+    EXPECT_EQ(test::ReadFileBytes(app.Store().File().FilePath()), file);
+}
+
+// The log-on run's clock, which the test moves, on an idle machine, and its window.
+class RunClockAndWindow : public MainWindowControl, public RunClock {
+public:
+    bool IsVisible() const override { return false; }
+    void Unload() override {}
+    void Open() override {}
+    uint64_t NowMs() override { return now; }
+    void WaitUntil(uint64_t deadline, const std::function<bool()>& stop) override {
+        while (!stop() && now < deadline)
+            now = std::min(deadline, now + 100);
+    }
+    bool CanSampleLoad() override { return true; }
+    std::optional<LoadSample> SampleLoad() override { return LoadSample{0.05, 0.05}; }
+    uint64_t now = 0;
+};
+
+// From the user's own main delay of 20 s, a fixed main delay (the machine's over the user's) and
+// a fixed idle start decide when the run starts the first program; a value out of range is
+// ignored, and logged.
+TEST_F(PolicyTest, FixedSettingsDecideTheRunTheOwnRunValueAndShowGreyedInTheOptions) {
+    test::WriteFileBytes(folder / "log.txt", "");
+    test::WriteFileBytes(folder / "a.exe", "x");
+    app.Store().Change([&](ProgramModel& m) {
+        m.MainStartupDelay = 20;
+        m.AddProgramToGroup(m.StartupGroupIndex, "Execute", folder / "a.exe", "", 0, "");
+    });
+    const struct {
+        std::vector<std::tuple<RegistryRoot, const char*, uint32_t>> policies;
+        uint64_t started;
+    } runs[] = {
+        {{{machine, "MainDelay", 45}, {user, "MainDelay", 5}}, 45000},
+        {{{user, "IdleStart", 1}}, 10000}, // five quiet seconds, then five more for the program
+        {{{machine, "MainDelay", 3601}}, 20000},
+    };
+    for (const auto& run : runs) {
+        test::DeleteRegistryTree(machine, kPolicyKey);
+        test::DeleteRegistryTree(user, kPolicyKey);
+        for (const auto& [root, name, value] : run.policies)
+            Set(root, name, value);
+        RunClockAndWindow clock;
+        uint64_t started = 0;
+        app.starts = {};
+        DelayedRun(
+            RunNeedsOf(app), clock, clock,
+            [&](const std::string&, const std::string&, const ImpactKey*) { started = clock.now; });
+        EXPECT_EQ(started, run.started) << run.policies.size();
+    }
+    EXPECT_NE(test::ReadFileBytes(folder / "log.txt")
+                  .find("Policy in HKEY_LOCAL_MACHINE\\SOFTWARE\\Policies\\Hexmoor\\Tolvane: "
+                        "MainDelay is ignored: 3601 is not 0 to 3600"),
+              std::string::npos);
+
+    // Started for this user at log-on though the user's own choice is never: the window's
+    // refresh writes the program's own Run value. The options show the fixed settings greyed,
+    // with the policy's values and their tip; OK stores only what the user may change.
+    Set(machine, "MainDelay", 45);
+    Set(machine, "StartupType", 2);
+    Open();
+    EXPECT_EQ(Run(user, kOwnRunValue), app.folders.RunCommand);
+    OptionsDialog options(app.Store(), app.text, messages, app.log);
+    ASSERT_TRUE(options.ShowModeless(GetModuleHandleA(nullptr), hwnd));
+    auto item = [&](int id) { return GetDlgItem(options.Hwnd(), id); };
+    EXPECT_EQ(test::TextOf(item(IDC_OPT_DELAY)), "45");
+    EXPECT_EQ(SendMessageA(item(IDC_OPT_RUN), CB_GETCURSEL, 0, 0), 2);
+    for (int id : {IDC_OPT_DELAY, IDC_OPT_RUN, IDC_OPT_WAIT_IDLE}) {
+        RECT r{};
+        GetWindowRect(item(id), &r);
+        MapWindowPoints(nullptr, options.Hwnd(), reinterpret_cast<POINT*>(&r), 2);
+        char tip[128] = {};
+        TTHITTESTINFOA hit{options.Hwnd(), {(r.left + r.right) / 2, (r.top + r.bottom) / 2}};
+        hit.ti.cbSize = sizeof hit.ti;
+        if (SendMessageA(options.Tips(), TTM_HITTESTA, 0, reinterpret_cast<LPARAM>(&hit))) {
+            hit.ti.lpszText = tip;
+            SendMessageA(options.Tips(), TTM_GETTEXTA, sizeof tip,
+                         reinterpret_cast<LPARAM>(&hit.ti));
+        }
+        const bool fixed = id != IDC_OPT_WAIT_IDLE;
+        EXPECT_EQ(IsWindowEnabled(item(id)) == FALSE, fixed) << id;
+        EXPECT_EQ(std::string(tip), fixed ? "Set by your administrator" : "") << id;
+    }
+    ClickOn(item(IDC_OPT_WAIT_IDLE));
+    ClickOn(item(IDOK));
+    for (const char* line :
+         {"const MainStartupDelay = 20;", "const StartupType = 0;", "const WaitForIdle = 1;"})
+        EXPECT_NE(File().find(line), std::string::npos) << line;
+}
+
+} // namespace
+} // namespace tolvane

@@ -10,13 +10,6 @@
 
 namespace tolvane {
 
-std::string TrimLeft(std::string_view s) {
-    size_t b = 0;
-    while (b < s.size() && s[b] == ' ')
-        ++b;
-    return std::string(s.substr(b));
-}
-
 std::string TrimRight(std::string_view s) {
     size_t e = s.size();
     while (e > 0 && s[e - 1] == ' ')
@@ -84,10 +77,6 @@ size_t FindNoCase(std::string_view haystack, std::string_view needle, size_t fro
             return i;
     }
     return std::string_view::npos;
-}
-
-bool ContainsNoCase(std::string_view haystack, std::string_view needle) {
-    return FindNoCase(haystack, needle) != std::string_view::npos;
 }
 
 std::vector<std::string> Split(std::string_view s, char separator) {

@@ -11,7 +11,6 @@ namespace tolvane {
 
 // Blanks (code 32) only: tabs and line ends are data unless a rule removes them.
 std::string Trim(std::string_view s);
-std::string TrimLeft(std::string_view s);
 std::string TrimRight(std::string_view s);
 
 // Every occurrence, scanned left to right without overlap; an empty pattern changes nothing.
@@ -22,7 +21,6 @@ std::string RemoveAll(std::string_view s, char c);
 // are ASCII, and a code-page-dependent rule would make the same file behave differently on
 // two machines.
 std::string ToLower(std::string_view s);
-bool ContainsNoCase(std::string_view haystack, std::string_view needle);
 size_t FindNoCase(std::string_view haystack, std::string_view needle, size_t from = 0);
 
 // How Windows orders the names of files and registry values: below, equal to or above 0, every

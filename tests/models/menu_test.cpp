@@ -94,13 +94,14 @@ TEST(MainMenu, LanguagesCheckedWhatTheCommandTableDoesNotRunGrayedAndToolbarCapt
     EXPECT_EQ(Outline(BuildMainMenu(menus, {}, "")[0].Entries),
               "40004 &Speichern\tCtrl+S\n40003 &Aktualisieren\tF5\n0 -\n40005 &Minimize to Tray\n"
               "40002 E&xit\n");
-    EXPECT_EQ(Outline({bar[3], bar[4].Entries[6]}), "0 &Language\n"
-                                                    "  41000 English\n"
-                                                    "  41001 Deutsch v\n"
-                                                    "0 &Online\n"
-                                                    "  40031 &Forum\n"
-                                                    "  40032 &Support E-Mail (off)\n"
-                                                    "  40033 &Main Page (off)\n");
+    EXPECT_EQ(Outline({bar[2], bar[3], bar[4].Entries[6]}), "0 &Tools\n  40007 &Options (off)\n"
+                                                            "0 &Language\n"
+                                                            "  41000 English\n"
+                                                            "  41001 Deutsch v\n"
+                                                            "0 &Online\n"
+                                                            "  40031 &Forum\n"
+                                                            "  40032 &Support E-Mail (off)\n"
+                                                            "  40033 &Main Page (off)\n");
     // A grayed or unknown command does not run.
     EXPECT_TRUE(commands.Execute(ID_CMD_FORUMS));
     EXPECT_FALSE(commands.Execute(ID_CMD_MAIN_PAGE));

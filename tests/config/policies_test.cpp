@@ -1,6 +1,6 @@
 // The administrator's policies as their keys hold them: each value counts only in its type and
 // range, and the rest is said for the log; the machine's win over the user's; an item is locked
-// by its location, view and own name; the settings in force follow what the policies fix.
+// by its location, view and own name.
 #include <gtest/gtest.h>
 
 #include "config/policies.h"
@@ -13,68 +13,36 @@ RegistryValue Dword(uint32_t n) {
     return {4, {uint8_t(n), uint8_t(n >> 8), uint8_t(n >> 16), uint8_t(n >> 24)}};
 }
 
-TEST(Policies, AValueCountsOnlyInItsTypeAndRangeAndWhatIsIgnoredIsSaid) {
-    const struct {
-        const char* name;
-        RegistryValue value;
-        PolicyValue which;
-        std::optional<uint32_t> read;
-        std::string said;
-    } values[] = {
-        {"MainDelay", Dword(3600), PolicyValue::MainDelay, 3600, ""},
-        {"maindelay", Dword(3601), PolicyValue::MainDelay, {}, "MainDelay is ignored: 3601 is not"},
-        {"IdleStart", {1, {'1', 0}}, PolicyValue::IdleStart, {}, "IdleStart is ignored: not a"},
-        {"StartupType", Dword(3), PolicyValue::StartupType, 3, ""},
-        {"StartupType", {4, {3, 0}}, PolicyValue::StartupType, {}, "StartupType is ignored: not a"},
-        {"AdminMovesOnly",
-         Dword(2),
-         PolicyValue::AdminMovesOnly,
-         {},
-         "AdminMovesOnly is ignored: 2 is not 0 to 1"},
-        {"Unknown", Dword(1), PolicyValue::MainDelay, {}, ""},
-    };
-    for (const auto& v : values) {
-        std::vector<std::string> ignored;
-        const Policies policies = PoliciesOfKey({{{v.name, v.value}}, {}}, ignored);
-        EXPECT_EQ(policies.Get(v.which), v.read) << v.name;
-        EXPECT_EQ(ignored.empty() ? "" : ignored[0].substr(0, v.said.size()), v.said) << v.name;
-    }
-    const struct {
-        std::optional<std::string> text;
-        std::vector<LockedItem> locked;
-        std::string said;
-    } items[] = {
-        {"user-run\\OneDrive", {{kUserRun, false, "OneDrive"}}, ""},
-        {" machine-run-32 \\Sync\\Tool", {{kMachineRun, true, "Sync\\Tool"}}, ""},
-        {"common-folder\\", {}, "LockedItems value \"x\" is ignored: \"common-folder\\\" is not"},
-        {"desktop\\Tool.lnk", {}, "LockedItems value \"x\" is ignored: \"desktop"},
-        {std::nullopt, {}, "LockedItems value \"x\" is ignored: not a text"},
-    };
-    for (const auto& i : items) {
-        std::vector<std::string> ignored;
-        EXPECT_EQ(PoliciesOfKey({{}, {{"x", i.text}}}, ignored).Locked, i.locked);
-        EXPECT_EQ(ignored.empty() ? "" : ignored[0].substr(0, i.said.size()), i.said);
-    }
-}
-
-TEST(Policies, TheMachineWinsValueByValueEitherLocksAnItemAndTheSettingsInForceFollow) {
-    Policies machine, user;
-    machine.Values[size_t(PolicyValue::MainDelay)] = 60;
-    machine.Values[size_t(PolicyValue::AdminMovesOnly)] = 0; // set off: the user's "on" loses
-    user.Values[size_t(PolicyValue::MainDelay)] = 5;
-    user.Values[size_t(PolicyValue::IdleStart)] = 1;
-    user.Values[size_t(PolicyValue::AdminMovesOnly)] = 1;
-    machine.Locked = {{kUserRun, false, "OneDrive"}};
-    user.Locked = {{kMachineRun, true, "Sync"}};
+TEST(Policies, OnlyValuesOfTheirTypeAndRangeCountTheMachinesWinAndEitherLocksAnItem) {
+    std::vector<std::string> ignored;
+    const Policies machine = PoliciesOfKey(
+        {{{"maindelay", Dword(3600)}, // value names in any letter case
+          {"IdleStart", {3, {1, 0, 0, 0}}},
+          {"StartupType", {4, {3, 0}}},
+          {"AdminMovesOnly", Dword(0)}, // set off: the user's "on" loses
+          {"Unknown", Dword(1)}},
+         {{"a", "user-run\\OneDrive"}, {"b", "common-folder\\"}, {"c", "desktop\\Tool.lnk"}}},
+        ignored);
+    const Policies user = PoliciesOfKey({{{"MainDelay", Dword(5)},
+                                          {"IdleStart", Dword(1)},
+                                          {"StartupType", Dword(4)},
+                                          {"AdminMovesOnly", Dword(1)}},
+                                         {{"d", " machine-run-32 \\Sync\\Tool"}, {"e", {}}}},
+                                        ignored);
+    const std::string notItem = "\" is not <location>\\<name>, the location one of user-folder, "
+                                "user-run, common-folder, machine-run, machine-run-32";
+    EXPECT_EQ(ignored, (std::vector<std::string>{
+                           "IdleStart is ignored: not a REG_DWORD of 0 to 1",
+                           "StartupType is ignored: not a REG_DWORD of 0 to 3",
+                           "LockedItems value \"b\" is ignored: \"common-folder\\" + notItem,
+                           "LockedItems value \"c\" is ignored: \"desktop\\Tool.lnk" + notItem,
+                           "StartupType is ignored: 4 is not 0 to 3",
+                           "LockedItems value \"e\" is ignored: not a text"}));
     Policies merged = MergePolicies(machine, user);
-    ProgramModel model;
-    model.MainStartupDelay = 2.5f;
-    model.StartupType = 2;
-    const SettingsInForce settings = InForce(model, merged);
-    EXPECT_EQ(settings.MainDelay, 60);
-    EXPECT_TRUE(settings.IdleStart);
-    EXPECT_EQ(settings.StartupType, 2);
-    EXPECT_FALSE(IsFixed(merged, PolicyValue::StartupType));
+    EXPECT_EQ(std::vector(std::begin(merged.Values), std::end(merged.Values)),
+              (std::vector<std::optional<uint32_t>>{3600, 1, {}, 0}));
+    EXPECT_EQ(merged.Locked, (std::vector<LockedItem>{{kUserRun, false, "OneDrive"},
+                                                      {kMachineRun, true, "Sync\\Tool"}}));
 
     const struct {
         int location;
@@ -83,8 +51,8 @@ TEST(Policies, TheMachineWinsValueByValueEitherLocksAnItemAndTheSettingsInForceF
         PolicyRefusal why;
     } moves[] = {
         {kUserRun, false, "ONEDRIVE", PolicyRefusal::Locked}, // as Windows compares names
-        {kMachineRun, true, "sync", PolicyRefusal::Locked},
-        {kMachineRun, false, "Sync", PolicyRefusal::None}, // the other registry view
+        {kMachineRun, true, "sync\\tool", PolicyRefusal::Locked},
+        {kMachineRun, false, "Sync\\Tool", PolicyRefusal::None}, // the other registry view
         {kUserStartup, false, "OneDrive", PolicyRefusal::None},
     };
     for (const auto& m : moves)

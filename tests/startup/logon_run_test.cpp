@@ -9,6 +9,7 @@
 
 #include "config/delay_load.h"
 #include "config/impact_file.h"
+#include "config/policies.h"
 #include "config/program_group_file.h"
 #include "platform/registry.h"
 #include "config/app_state.h"
@@ -182,6 +183,8 @@ protected:
     }
     void TearDown() override {
         test::DeleteRegistryTree(RegistryRoot::CurrentUser, kSavedUserRunKey);
+        for (RegistryRoot root : {RegistryRoot::CurrentUser, RegistryRoot::LocalMachine64})
+            test::DeleteRegistryTree(root, kPolicyKey);
     }
     bool IsVisible() const override { return visible; }
     void Unload() override { ++unloads; }
@@ -333,6 +336,41 @@ TEST_F(DelayedRunTest, WaitingForIdleStartsAfterFiveQuietSecondsOrAtTheLatest) {
     EXPECT_EQ(starts, (std::vector<std::string>{"31000 [3 a.exe] " + folder / "a.exe" + "|",
                                                 "39000 [3 b.exe] " + folder / "b.exe" + "|",
                                                 "160000 [3 c.exe] " + folder / "c.exe" + "|"}));
+}
+
+// The administrator's main delay and idle start decide the run over the user's own main delay
+// of 20 s, the machine's over the user's; a value out of range is ignored, and logged.
+TEST_F(DelayedRunTest, PoliciesFixTheMainDelayAndTheIdleStart) {
+    app.model.MainStartupDelay = 20;
+    app.model.ProgramGroups[0].Programs = {Program("a.exe", 0)};
+    load = [](uint64_t) { return LoadSample{0.05, 0.05}; };
+    using enum RegistryRoot;
+    const struct {
+        RegistryRoot root;
+        const char* name;
+        uint32_t value, started; // the policies of the rows before still set
+    } runs[] = {
+        {LocalMachine64, "MainDelay", 3601, 21000},
+        {CurrentUser, "MainDelay", 5, 6000},
+        {LocalMachine64, "MainDelay", 45, 46000},
+        {CurrentUser, "IdleStart", 1, 11000}, // five quiet seconds, then five for the program
+    };
+    for (const auto& run : runs) {
+        SCOPED_TRACE(run.name + std::to_string(run.value));
+        ASSERT_TRUE(
+            CRegistry().SetValue(run.root, kPolicyKey, run.name,
+                                 {REG_DWORD, {uint8_t(run.value), uint8_t(run.value >> 8), 0, 0}}));
+        now = 1000;
+        starts.clear();
+        app.starts = {};
+        Run();
+        ASSERT_FALSE(starts.empty());
+        EXPECT_EQ(starts[0].substr(0, starts[0].find(' ')), std::to_string(run.started));
+    }
+    EXPECT_NE(test::ReadFileBytes(folder / "log.txt")
+                  .find("Policy in HKEY_LOCAL_MACHINE\\SOFTWARE\\Policies\\Hexmoor\\Tolvane: "
+                        "MainDelay is ignored: 3601 is not 0 to 3600"),
+              std::string::npos);
 }
 
 } // namespace

@@ -9,7 +9,6 @@
 #include "items/run_entry.h"
 #include "platform/runtime_libraries.h"
 #include "platform/wide_text.h"
-#include "startup/delayed_run.h"
 #include "text/placeholders.h"
 #include "ui/main_window_fixture.h"
 #include "ui/options/options_dialog.h"
@@ -117,59 +116,12 @@ TEST_F(PolicyTest, ALockedItemAndAnyItemUnderAdminMovesOnlyAreRefusedAndNothingM
     EXPECT_EQ(Inventory(false), before);
 }
 
-// The log-on run's clock, which the test moves, on an idle machine, and its window.
-class RunClockAndWindow : public MainWindowControl, public RunClock {
-public:
-    bool IsVisible() const override { return false; }
-    void Unload() override {}
-    void Open() override {}
-    uint64_t NowMs() override { return now; }
-    void WaitUntil(uint64_t deadline, const std::function<bool()>& stop) override {
-        while (!stop() && now < deadline)
-            now = std::min(deadline, now + 100);
-    }
-    bool CanSampleLoad() override { return true; }
-    std::optional<LoadSample> SampleLoad() override { return LoadSample{0.05, 0.05}; }
-    uint64_t now = 0;
-};
-
-// From the user's own main delay of 20 s, a fixed main delay (the machine's over the user's) and
-// a fixed idle start decide when the run starts the first program; a value out of range is
-// ignored, and logged.
-TEST_F(PolicyTest, FixedSettingsDecideTheRunTheOwnRunValueAndShowGreyedInTheOptions) {
-    test::WriteFileBytes(folder / "log.txt", "");
-    test::WriteFileBytes(folder / "a.exe", "x");
-    app.Store().Change([&](ProgramModel& m) {
-        m.MainStartupDelay = 20;
-        m.AddProgramToGroup(m.StartupGroupIndex, "Execute", folder / "a.exe", "", 0, "");
-    });
-    const struct {
-        RegistryRoot root;
-        const char* name;
-        uint32_t value, started; // the policies of the rows before still set
-    } runs[] = {
-        {machine, "MainDelay", 3601, 20000},
-        {user, "MainDelay", 5, 5000},
-        {machine, "MainDelay", 45, 45000},
-        {user, "IdleStart", 1, 10000}, // five quiet seconds, then five more for the program
-    };
-    for (const auto& run : runs) {
-        Set(run.root, run.name, run.value);
-        RunClockAndWindow clock;
-        uint64_t started = 0;
-        app.starts = {};
-        DelayedRun(RunNeedsOf(app), clock, clock, [&](auto&&...) { started = clock.now; });
-        EXPECT_EQ(started, run.started) << run.name << run.value;
-    }
-    EXPECT_NE(test::ReadFileBytes(folder / "log.txt")
-                  .find("Policy in HKEY_LOCAL_MACHINE\\SOFTWARE\\Policies\\Hexmoor\\Tolvane: "
-                        "MainDelay is ignored: 3601 is not 0 to 3600"),
-              std::string::npos);
-
-    // Started for this user at log-on though the user's own choice is never: the window's
-    // refresh writes the program's own Run value. The options show the fixed settings greyed,
-    // with the policy's values and their tip; OK stores only what the user may change.
-    test::DeleteRegistryTree(user, kPolicyKey);
+// Started for this user at log-on though the user's own choice is never: the window's refresh
+// writes the program's own Run value. The options show the fixed settings greyed, with the
+// policy's values and their tip; OK stores only what the user may change.
+TEST_F(PolicyTest, AFixedStartupTypeDecidesTheOwnRunValueAndFixedSettingsShowGreyed) {
+    app.Store().Change([&](ProgramModel& m) { m.MainStartupDelay = 20; });
+    Set(machine, "MainDelay", 45);
     Set(machine, "StartupType", 2);
     Open();
     EXPECT_EQ(Run(user, kOwnRunValue), app.folders.RunCommand);

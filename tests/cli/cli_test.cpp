@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include "cli/logon_plan.h"
 #include "config/language_files.h"
 #include "items/run_entry.h"
 #include "items/startup_fixture.h"
@@ -119,88 +120,58 @@ TEST_F(Console, CommandsMoveAndListItemsByNameAndSayWhatTheyDid) {
     EXPECT_EQ(reg.EnumValues(user, kRunKey), runValues);
 }
 
-// A plan exported here, as bytes that name the profile's folder by its variable, brings the
-// items and settings back after another plan moved them; --check changes nothing, not even the
-// program's own Run value, and a second apply finds nothing to do. A plan at fault changes
-// nothing at all.
+// A plan that names the profile's folder by its variable moves the real items and settings to
+// it, after --check listed the moves and changed nothing, not even the program's own Run value;
+// a second apply finds nothing to do, and the plan exported over it then is the same bytes. A plan
+// at fault changes nothing at all.
 TEST_F(Console, PlansAreExportedAndAppliedByTheListsMoves) {
     RunValue(user, "Clock", "\"" + ExpandEnvironment("%LOCALAPPDATA%") + "\\My Clock\\c.exe\" -m");
     Shortcut(places.UserFolder, "Tool.lnk");
-    const std::string plan = folder / "plan.json", other = folder / "other.json",
-                      bad = folder / "bad.json";
-    test::WriteFileBytes(other, R"({"tolvanePlan": 1,
-  "settings": {"mainDelay": 12, "idleStart": true, "startupType": 0},
-  "items": [{"location": "user-run", "name": "clock", "state": "active"},
-            {"location": "user-folder", "name": "Tool.lnk", "state": "active"},
-            {"location": "user-run", "name": "Gone", "state": "stopped"}]})");
+    const std::string plan = folder / "plan.json", bad = folder / "bad.json";
+    // The file's layout is the one the plan's own test reads back.
+    const std::string json = FormatPlanJson(
+        {12,
+         true,
+         1,
+         {{{kUserRun, false},
+           "Clock",
+           "\"%LOCALAPPDATA%\\My Clock\\c.exe\" -m",
+           ItemState::Delayed,
+           4},
+          {{kUserStartup, false}, "Tool.lnk", "C:\\windows\\notepad.exe", ItemState::Stopped}}});
+    test::WriteFileBytes(plan, json);
     test::WriteFileBytes(bad, "{\"tolvanePlan\": 1,\n \"items\": [{\"location\": \"user-run\", "
                               "\"name\": \"Clock\", \"state\": \"paused\"}]}");
-    const std::string json = R"({
-  "tolvanePlan": 1,
-  "settings": {
-    "mainDelay": 30,
-    "idleStart": false,
-    "startupType": 1
-  },
-  "items": [
-    {
-      "location": "user-run",
-      "name": "Clock",
-      "command": "\"%LOCALAPPDATA%\\My Clock\\c.exe\" -m",
-      "state": "delayed",
-      "delay": 4
-    },
-    {
-      "location": "user-folder",
-      "name": "Tool.lnk",
-      "command": "C:\\windows\\notepad.exe",
-      "state": "stopped"
-    }
-  ]
-}
-)";
-    const std::string moves = "user-run \"Clock\": active -> delayed (4 s)\n"
+    const std::string moves = "settings: mainDelay 30 -> 12\nsettings: idleStart false -> true\n"
+                              "user-run \"Clock\": active -> delayed (4 s)\n"
                               "user-folder \"Tool.lnk\": active -> stopped\n";
     const std::string matches = "Nothing to change: this user's log-on already matches the plan.";
     const struct {
         std::string command;
         unsigned long code;
         std::string says, held;
-        bool own; // the program's own Run value is there
     } steps[] = {
-        {"delay Clock --delay 4", 0, "", "D Clock", true},
-        {"stop Tool.lnk", 0, "", "D Clock, S Tool.lnk", true},
-        {"export \"" + plan + "\"", 0, "", "D Clock, S Tool.lnk", true},
-        {"export", 0, json, "D Clock, S Tool.lnk", true},
-        {"apply \"" + other + "\"", 0,
-         "settings: mainDelay 30 -> 12\nsettings: idleStart false -> true\n"
-         "settings: startupType 1 -> 0\nuser-run \"clock\": delayed -> active\n"
-         "user-folder \"Tool.lnk\": stopped -> active\nuser-run \"Gone\": not on this machine\n",
-         "", false},
-        {"apply \"" + bad + "\"", 3, "bad.json:2:63: unknown state \"paused\"", "", false},
-        {"apply \"" + plan + "\" --check", 4,
-         "settings: mainDelay 12 -> 30\nsettings: idleStart true -> false\n"
-         "settings: startupType 0 -> 1\n" +
-             moves,
-         "", false},
-        {"apply \"" + plan + "\"", 0, moves, "D Clock, S Tool.lnk", true},
-        {"apply \"" + plan + "\"", 0, matches, "D Clock, S Tool.lnk", true},
-        {"apply \"" + plan + "\" --check", 0, matches, "D Clock, S Tool.lnk", true},
-        {"list", 0, "delayed  user-run        4      Clock=", "D Clock, S Tool.lnk", true},
+        {"apply \"" + bad + "\"", 3, "bad.json:2:63: unknown state \"paused\""},
+        {"apply \"" + plan + "\" --check", 4, moves},
+        {"apply \"" + plan + "\"", 0, moves, "D Clock, S Tool.lnk"},
+        {"apply \"" + plan + "\"", 0, matches, "D Clock, S Tool.lnk"},
+        {"apply \"" + plan + "\" --check", 0, matches, "D Clock, S Tool.lnk"},
+        {"export \"" + plan + "\"", 0, "", "D Clock, S Tool.lnk"},
+        {"list", 0, "delayed  user-run        4      Clock=", "D Clock, S Tool.lnk"},
     };
+    std::string held;
     for (const auto& step : steps) {
         SCOPED_TRACE(step.command);
-        const auto before = std::pair(Inventory(false), Inventory(true));
-        const std::string file = File();
+        const auto before = std::tuple(Inventory(false), Inventory(true), File());
         const auto [code, out] = Cli(step.command);
         EXPECT_EQ(code, step.code) << out;
         EXPECT_NE(out.find(step.says), std::string::npos) << out;
         EXPECT_EQ(Held(), step.held);
-        EXPECT_EQ(Run(user, kOwnRunValue) != "(none)", step.own);
-        if (step.code == 3) { // nothing at all changed
-            EXPECT_EQ(std::pair(Inventory(false), Inventory(true)), before);
-            EXPECT_EQ(File(), file);
-        }
+        // The program's own Run value is there exactly while something is delayed; a step that
+        // moves nothing leaves the items and the file as they were.
+        EXPECT_EQ(Run(user, kOwnRunValue) != "(none)", step.held.starts_with("D "));
+        if (std::exchange(held, step.held) == step.held)
+            EXPECT_EQ(std::tuple(Inventory(false), Inventory(true), File()), before);
     }
     EXPECT_EQ(test::ReadFileBytes(plan), json);
     // A check reads as a list does: the program's own Run value stays missing.

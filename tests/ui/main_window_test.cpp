@@ -7,9 +7,7 @@
 #include <commctrl.h>
 
 #include <functional>
-#include <map>
 #include <memory>
-#include <set>
 
 #include "config/language_files.h"
 #include "config/program_group_file.h"
@@ -18,16 +16,12 @@
 #include "models/menu_model.h"
 #include "platform/wide_text.h"
 #include "resource_ids.h"
-#include "text/language.h"
 #include "text/placeholders.h"
-#include "ui/about/about_dialog.h"
 #include "ui/group_editor/group_editor_dialog.h"
 #include "ui/group_editor/group_editor_ids.h"
 #include "ui/main_window_fixture.h"
 #include "ui/options/options_dialog.h"
 #include "ui/options/options_ids.h"
-#include "ui/tips/tip_dialog.h"
-#include "ui/tips/tip_ids.h"
 
 namespace tolvane {
 namespace {
@@ -294,90 +288,6 @@ TEST_F(MainWindowTest, TheGroupEditorAddsAndRemovesAGroupWithItsProgram) {
     ClickOn(item(IDC_GE_REMOVE));
     EXPECT_EQ(File().find("void tools()"), std::string::npos);
     EXPECT_EQ(File().find("Clock.exe"), std::string::npos);
-}
-
-// Every label, button and list text of a dialog fits its control in the dialog's font, and no
-// access key names two of its controls; what does not is added to the problems.
-void FindDialogMisfits(HWND dialog, std::set<std::string>& problems) {
-    std::map<std::string, std::string> keys;
-    for (HWND control = GetWindow(dialog, GW_CHILD); control;
-         control = GetWindow(control, GW_HWNDNEXT)) {
-        char kind[32] = {};
-        GetClassNameA(control, kind, sizeof kind);
-        const LONG style = GetWindowLongA(control, GWL_STYLE);
-        const bool label = !lstrcmpiA(kind, "Static"), button = !lstrcmpiA(kind, "Button");
-        const LONG type = style & (button ? BS_TYPEMASK : SS_TYPEMASK);
-        std::vector<std::string> texts;
-        int frame = 0; // what the control needs beside its text
-        if (!lstrcmpiA(kind, "ComboBox")) {
-            for (int i = 0; i < SendMessageA(control, CB_GETCOUNT, 0, 0); ++i) {
-                char item[512] = {};
-                SendMessageA(control, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(item));
-                texts.push_back(item);
-            }
-            frame = GetSystemMetrics(SM_CXVSCROLL) + 8;
-        } else if ((label && type <= SS_RIGHT) || button) {
-            texts.push_back(TextOf(control));
-            frame = !button                    ? 0
-                    : type <= BS_DEFPUSHBUTTON ? 8
-                    : type == BS_GROUPBOX      ? 16
-                                               : GetSystemMetrics(SM_CXMENUCHECK) + 4;
-            const std::string key = label && (style & SS_NOPREFIX) ? "" : test::AccessKey(texts[0]);
-            if (!key.empty() && !keys.emplace(key, texts[0]).second)
-                problems.insert(TextOf(dialog) + ": \"" + keys[key] + "\" and \"" + texts[0] +
-                                "\" share one access key");
-        }
-        if (!(style & WS_VISIBLE))
-            continue;
-        RECT client{};
-        GetClientRect(control, &client);
-        const UniqueDc dc(CreateCompatibleDC(nullptr));
-        SelectObject(dc.get(), reinterpret_cast<HFONT>(SendMessageA(control, WM_GETFONT, 0, 0)));
-        for (const std::string& text : texts) {
-            RECT need{0, 0, client.right - frame, 0};
-            DrawTextA(dc.get(), text.c_str(), -1, &need,
-                      DT_CALCRECT | (button || !label ? DT_SINGLELINE : DT_WORDBREAK) |
-                          (label && (style & SS_NOPREFIX) ? DT_NOPREFIX : 0));
-            if (need.right > client.right - frame || need.bottom > client.bottom)
-                problems.insert(TextOf(dialog) + ", control " +
-                                std::to_string(GetDlgCtrlID(control)) + ": \"" + text +
-                                "\" is cut");
-        }
-    }
-}
-
-// Each dialog in each language of the list, with the other texts its controls may show: the
-// editor's Update and the reasons on its message line, every tip of the day.
-TEST_F(MainWindowTest, EveryDialogTextFitsAndNamesItsOwnAccessKeyInEveryLanguage) {
-    const HINSTANCE instance = GetModuleHandleA(nullptr);
-    for (const LanguageEntry& language : app.text.Languages) {
-        app.model.Language = language.Code;
-        LoadLanguageFiles(app.folders.ProgramFolder, language.Code, app.text);
-        OptionsDialog options(app.Store(), app.text, messages, app.log);
-        TipDialog tip(app.Store(), app.text, app.log);
-        AboutDialog about(app.text, app.log);
-        GroupEditorDialog editor(app.Store(), app.text, messages, app.log);
-        ASSERT_TRUE(options.ShowModeless(instance, nullptr) &&
-                    tip.ShowModeless(instance, nullptr) && about.ShowModeless(instance, nullptr) &&
-                    editor.ShowModeless(instance, nullptr));
-        std::vector<std::tuple<HWND, int, std::string>> shown = {
-            {options.Hwnd(), 0, ""},
-            {about.Hwnd(), 0, ""},
-            {editor.Hwnd(), IDC_GE_ADD, app.text.Buttons.at(7)}};
-        for (size_t reason = 31; reason <= 34; ++reason)
-            shown.emplace_back(editor.Hwnd(), IDC_GE_MESSAGE, app.text.Message(reason));
-        for (const std::string& text : SplitTextLines(test::ReadFileBytes(
-                 folder / ("lang\\" + language.Code + "\\tipofday." + language.Code))))
-            shown.emplace_back(tip.Hwnd(), IDC_TIP_TEXT, text);
-        std::set<std::string> problems;
-        for (const auto& [dialog, control, text] : shown) {
-            if (control)
-                SetDlgItemTextA(dialog, control, text.c_str());
-            FindDialogMisfits(dialog, problems);
-        }
-        for (const std::string& problem : problems)
-            ADD_FAILURE() << language.Code << ", " << problem;
-    }
 }
 
 } // namespace

@@ -170,8 +170,9 @@ TEST_F(Console, PlansAreExportedAndAppliedByTheListsMoves) {
         // The program's own Run value is there exactly while something is delayed; a step that
         // moves nothing leaves the items and the file as they were.
         EXPECT_EQ(Run(user, kOwnRunValue) != "(none)", step.held.starts_with("D "));
-        if (std::exchange(held, step.held) == step.held)
+        if (std::exchange(held, step.held) == step.held) {
             EXPECT_EQ(std::tuple(Inventory(false), Inventory(true), File()), before);
+        }
     }
     EXPECT_EQ(test::ReadFileBytes(plan), json);
     // A check reads as a list does: the program's own Run value stays missing.

@@ -14,10 +14,6 @@ namespace {
 
 using Type = JsonValue::Type;
 
-bool SameName(std::string_view a, std::string_view b, NameOrder order) {
-    return order ? order(a, b) == 0 : a == b;
-}
-
 bool SameLocation(const CliLocation& a, int code, bool wow32) {
     return a.Code == code && a.Wow32 == (wow32 && code == kMachineRun);
 }

@@ -121,7 +121,7 @@ ImpactRating RateImpact(uint64_t cpuMs, uint64_t ioBytes) {
 }
 
 bool SameItem(const ImpactKey& a, const ImpactKey& b, NameOrder order) {
-    return a.Location == b.Location && (order ? order(a.Name, b.Name) == 0 : a.Name == b.Name);
+    return a.Location == b.Location && SameName(a.Name, b.Name, order);
 }
 
 std::optional<ImpactKey> ImpactKeyOf(const GroupProgram& program) {

@@ -67,7 +67,7 @@ PolicyRefusal RefusedMove(const Policies& policies, int location, bool wow32, st
     wow32 = wow32 && location == kMachineRun;
     for (const LockedItem& locked : policies.Locked)
         if (locked.Location == location && locked.Wow32 == wow32 &&
-            (order ? order(locked.Name, name) == 0 : locked.Name == name))
+            SameName(locked.Name, name, order))
             return PolicyRefusal::Locked;
     return PolicyRefusal::None;
 }

@@ -78,8 +78,7 @@ int Count(const std::vector<std::string>& list) {
 
 // The value's name as Windows compares names (the key holds no second one of another case).
 bool IsOwn(const ListedValue& value, const ListedValue& own, NameOrder order) {
-    return value.Data == own.Data &&
-           (order ? order(value.Name, own.Name) == 0 : value.Name == own.Name);
+    return value.Data == own.Data && SameName(value.Name, own.Name, order);
 }
 
 // Takes the first value that is the program's own out; true when there was one.

@@ -114,11 +114,18 @@ private:
         return "\"" + std::string(s_.substr(at_, CharacterLength(s_, at_, kUtf8CodePage))) + "\"";
     }
 
-    void Expect(char c, const char* what) {
+    // The character next after blanks, taken when it is that one.
+    bool Take(char c) {
         SkipBlanks();
         if (at_ == s_.size() || s_[at_] != c)
-            throw Fault{std::string("expected ") + what + ", found " + Shown(), at_};
+            return false;
         ++at_;
+        return true;
+    }
+
+    void Expect(char c, const char* what) {
+        if (!Take(c))
+            throw Fault{std::string("expected ") + what + ", found " + Shown(), at_};
     }
 
     JsonValue Value(size_t depth) {
@@ -165,11 +172,8 @@ private:
     void Object(JsonValue& v, size_t depth) {
         v.Kind = JsonValue::Type::Object;
         ++at_;
-        SkipBlanks();
-        if (at_ < s_.size() && s_[at_] == '}') {
-            ++at_;
+        if (Take('}'))
             return;
-        }
         std::set<std::string> keys;
         for (;;) {
             SkipBlanks();
@@ -183,11 +187,8 @@ private:
             Expect(':', "\":\" after the key");
             m.Value = Value(depth);
             v.Members.push_back(std::move(m));
-            SkipBlanks();
-            if (at_ < s_.size() && s_[at_] == ',') {
-                ++at_;
+            if (Take(','))
                 continue;
-            }
             Expect('}', "\",\" or \"}\"");
             return;
         }
@@ -196,18 +197,12 @@ private:
     void Array(JsonValue& v, size_t depth) {
         v.Kind = JsonValue::Type::Array;
         ++at_;
-        SkipBlanks();
-        if (at_ < s_.size() && s_[at_] == ']') {
-            ++at_;
+        if (Take(']'))
             return;
-        }
         for (;;) {
             v.Items.push_back(Value(depth));
-            SkipBlanks();
-            if (at_ < s_.size() && s_[at_] == ',') {
-                ++at_;
+            if (Take(','))
                 continue;
-            }
             Expect(']', "\",\" or \"]\"");
             return;
         }

@@ -29,6 +29,10 @@ size_t FindNoCase(std::string_view haystack, std::string_view needle, size_t fro
 // (CDirStruct::CompareNames): code without the platform is handed this function and never
 // folds names by itself.
 using NameOrder = int (*)(std::string_view a, std::string_view b);
+// The same name in that order; without one, byte for byte.
+inline bool SameName(std::string_view a, std::string_view b, NameOrder order) {
+    return order ? order(a, b) == 0 : a == b;
+}
 
 inline bool Contains(std::string_view s, std::string_view part) {
     return s.find(part) != std::string_view::npos;

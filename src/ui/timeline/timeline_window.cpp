@@ -12,6 +12,11 @@ namespace tolvane {
 namespace {
 
 constexpr int kListId = 100;
+// The list of runs is made once the picture is on screen: a combo box is the dearest part of the
+// window to make, and the picture is what the user opened the window for.
+constexpr UINT kMakeList = WM_APP + 1;
+// The band above the picture that holds the list, in pixels at 96 dots per inch.
+constexpr int kListBand = 24;
 // The window's first size and the list's width, in pixels at 96 dots per inch.
 constexpr int kFirstWidth = 820, kFirstHeight = 480, kListWidth = 320;
 constexpr COLORREF kMainDelayShade = RGB(224, 224, 232);
@@ -25,15 +30,20 @@ RECT Win32Rect(const TimelineRect& r) {
     return {r.Left, r.Top, r.Right, r.Bottom};
 }
 
+// The DC's own brush: no brush is made and deleted for each of the many bars.
 void Fill(HDC dc, const TimelineRect& r, COLORREF colour) {
-    const UniqueGdiObject brush(CreateSolidBrush(colour));
+    SetDCBrushColor(dc, colour);
     RECT rect = Win32Rect(r);
-    FillRect(dc, &rect, static_cast<HBRUSH>(brush.get()));
+    FillRect(dc, &rect, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
 }
 
-void Text(HDC dc, const std::string& text, RECT r, UINT format) {
-    DrawTextA(dc, text.c_str(), static_cast<int>(text.size()), &r,
-              format | DT_SINGLELINE | DT_NOPREFIX | DT_END_ELLIPSIS);
+// One line, cut off at the box's edges, upright in its middle or at its bottom.
+void Text(HDC dc, const std::string& text, const TimelineRect& box, int lineHeight,
+          bool bottom = false) {
+    RECT clip = Win32Rect(box);
+    const int y = bottom ? box.Bottom - lineHeight : (box.Top + box.Bottom - lineHeight) / 2;
+    ExtTextOutA(dc, box.Left, y, ETO_CLIPPED, &clip, text.c_str(), static_cast<UINT>(text.size()),
+                nullptr);
 }
 
 } // namespace
@@ -58,26 +68,28 @@ void PaintTimeline(HDC dc, int width, int height, const TimelineLayout& layout,
                   DT_CENTER | DT_VCENTER | DT_SINGLELINE | DT_NOPREFIX);
         return;
     }
+    TEXTMETRICA font{};
+    GetTextMetricsA(dc, &font);
+    const int line = font.tmHeight;
     if (layout.MainDelay.Right > layout.MainDelay.Left) {
         Fill(dc, layout.MainDelay, kMainDelayShade);
+        const TimelineRect& r = layout.MainDelay;
         Text(dc, TextTables::Entry(texts, kTimelineMainDelay),
-             Win32Rect({layout.MainDelay.Left + 2, layout.MainDelay.Top, layout.MainDelay.Right,
-                        layout.MainDelay.Bottom}),
-             DT_LEFT | DT_BOTTOM);
+             {r.Left + 2, r.Top, r.Right, r.Bottom}, line, true);
     }
     Fill(dc, {layout.Plot.Left, layout.AxisY, layout.Plot.Right + 1, layout.AxisY + 1}, kAxis);
     const int tickLength = layout.AxisLabelTop - layout.AxisY - 1;
+    SetTextAlign(dc, TA_CENTER | TA_TOP);
     for (const TimelineTick& tick : layout.Ticks) {
         Fill(dc, {tick.X, layout.AxisY, tick.X + 1, layout.AxisY + tickLength}, kAxis);
-        SIZE size{};
-        GetTextExtentPoint32A(dc, tick.Label.c_str(), static_cast<int>(tick.Label.size()), &size);
-        TextOutA(dc, tick.X - size.cx / 2, layout.AxisLabelTop, tick.Label.c_str(),
+        TextOutA(dc, tick.X, layout.AxisLabelTop, tick.Label.c_str(),
                  static_cast<int>(tick.Label.size()));
     }
+    SetTextAlign(dc, TA_LEFT | TA_TOP);
     for (const TimelineRow& row : layout.Rows) {
-        Text(dc, row.Label, Win32Rect(row.LabelBox), DT_LEFT | DT_VCENTER);
+        Text(dc, row.Label, row.LabelBox, line);
         Fill(dc, row.Bar, RatingColour(row.Rating));
-        Text(dc, row.Figures, Win32Rect(row.FiguresBox), DT_LEFT | DT_VCENTER);
+        Text(dc, row.Figures, row.FiguresBox, line);
     }
 }
 
@@ -122,11 +134,8 @@ void TimelineWindow::ReadHistory() {
 }
 
 int TimelineWindow::PictureTop() const {
-    RECT r{};
-    if (!list_ || !GetWindowRect(list_, &r))
-        return 0;
-    MapWindowPoints(nullptr, Hwnd(), reinterpret_cast<POINT*>(&r), 2);
-    return r.bottom + TimelineMetricsFor(GetDpiForWindow(Hwnd())).Margin;
+    const UINT dpi = GetDpiForWindow(Hwnd());
+    return 2 * TimelineMetricsFor(dpi).Margin + Scaled(kListBand, dpi);
 }
 
 void TimelineWindow::ChooseRun(int index) {
@@ -162,10 +171,15 @@ LRESULT TimelineWindow::HandleMessage(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp)
         NONCLIENTMETRICSA metrics{sizeof metrics};
         if (SystemParametersInfoForDpi(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0, dpi))
             font_.reset(CreateFontIndirectA(&metrics.lfMessageFont));
-        list_ = CreateWindowExA(0, "COMBOBOX", "",
-                                WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST,
-                                0, 0, 0, 0, hwnd, reinterpret_cast<HMENU>(kListId),
-                                reinterpret_cast<CREATESTRUCTA*>(lp)->hInstance, nullptr);
+        shown_ = runs_.empty() ? -1 : 0;
+        PostMessageA(hwnd, kMakeList, 0, 0);
+        return 0;
+    }
+    case kMakeList: {
+        list_ = CreateWindowExA(
+            0, "COMBOBOX", "", WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST,
+            0, 0, 0, 0, hwnd, reinterpret_cast<HMENU>(kListId),
+            reinterpret_cast<HINSTANCE>(GetWindowLongPtrA(hwnd, GWLP_HINSTANCE)), nullptr);
         if (font_)
             SendMessageA(list_, WM_SETFONT, reinterpret_cast<WPARAM>(font_.get()), FALSE);
         for (const LogonRun& run : runs_) {
@@ -174,8 +188,8 @@ LRESULT TimelineWindow::HandleMessage(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp)
             SendMessageA(list_, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(entry.c_str()));
         }
         EnableWindow(list_, !runs_.empty());
-        SendMessageA(list_, CB_SETCURSEL, 0, 0);
-        shown_ = runs_.empty() ? -1 : 0;
+        SendMessageA(list_, CB_SETCURSEL, static_cast<WPARAM>(shown_), 0);
+        Relayout();
         return 0;
     }
     case WM_SIZE:

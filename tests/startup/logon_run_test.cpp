@@ -211,8 +211,8 @@ protected:
             PROCESS_INFORMATION pi{};
             std::string command = "\"" + kHelper + "\" load \"" + folder / "loads.txt" + "\" x 100";
             if (item && app.watcher &&
-                CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                               nullptr, &si, &pi)) {
+                CreateProcessA(nullptr, command.data(), nullptr, nullptr, 0, 0, nullptr, nullptr,
+                               &si, &pi)) {
                 CloseHandle(pi.hThread);
                 app.watcher->Watch(*item, pi.hProcess, path, tolvane::NowMs());
             }

@@ -244,15 +244,12 @@ void ExpectOwnAccessKeys(const std::vector<MenuItem>& level, const std::string& 
 // names every access key once.
 TEST(ShippedLanguages, EveryLanguageHasEveryTextAndEachMenuLevelItsOwnAccessKeys) {
     const TextTables builtIn;
-    const std::pair<std::string, Lines> tables[] = {{"buttons", builtIn.Buttons},
-                                                    {"menus", builtIn.Menus},
-                                                    {"messages", builtIn.Messages},
-                                                    {"toolbar", builtIn.Toolbar},
-                                                    {"options", BuiltInOptionsTexts()},
-                                                    {"properties", BuiltInGroupEditorTexts()},
-                                                    {"tips", BuiltInTipTexts()},
-                                                    {"timeline", BuiltInTimelineTexts()},
-                                                    {"tipofday", {}}};
+    const std::pair<std::string, Lines> tables[] = {
+        {"buttons", builtIn.Buttons},        {"menus", builtIn.Menus},
+        {"messages", builtIn.Messages},      {"toolbar", builtIn.Toolbar},
+        {"options", BuiltInOptionsTexts()},  {"properties", BuiltInGroupEditorTexts()},
+        {"tips", BuiltInTipTexts()},         {"tipofday", {}},
+        {"timeline", BuiltInTimelineTexts()}};
     const auto languages = ParseLanguageList(ShippedFile("languagefile.dat"));
     ASSERT_EQ(languages.size(), 2u);
     for (size_t t = 0; t < std::size(tables); ++t) {

@@ -21,15 +21,11 @@ using test::MainWindowTest;
 // nothing was measured; with no history at all the window says so.
 TEST_F(MainWindowTest, LastLogonPaintsEachBarInItsRatingsColourAndOpensOnce) {
     const std::string file = HistoryFileBeside(app.Store().File().ImpactFilePath());
-    const RunProgram low{{kUserRun, "Low"}, "low.exe", 9000, 1500, 100, 0, 0, 30000};
+    const RunProgram low{{kUserRun, "Low"}, "x.exe", 9000, 1500, 100, 0, 0, 30000};
     RunProgram medium = low, high = low;
-    medium.Item.Name = "Medium";
     medium.CpuMs = 600;
-    medium.StartMs = 11000;
-    high.Item.Name = "High";
-    high.ReadyMs.reset();
     high.ReadBytes = 8 << 20;
-    high.StartMs = 12000;
+    high.ReadyMs.reset();
     test::WriteFileBytes(
         file, FormatHistoryFile({{"1", "2026-11-23 08:00:00", {}, {}},
                                  {"2", "2026-11-24 08:00:00", 8000, {low, medium, high}}}));

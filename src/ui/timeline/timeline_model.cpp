@@ -95,7 +95,6 @@ TimelineLayout LayoutTimeline(const LogonRun& run, int width, int height, const 
         // A bar as short as a pixel or two still shows.
         row.Bar = {left, top + inset, std::max(x(p.EndMs()), left + 3), top + rowHeight - inset};
         row.Rating = p.Rating();
-        row.Ready = p.ReadyMs.has_value();
         row.Figures = FiguresText(figures, p.CpuMs, p.ReadBytes + p.WriteBytes, decimal);
         row.FiguresBox = {row.Bar.Right + m.Margin / 2, top, width - m.Margin, top + rowHeight};
         layout.Rows.push_back(std::move(row));

@@ -34,7 +34,6 @@ struct TimelineRow {
     TimelineRect LabelBox;
     TimelineRect Bar;
     ImpactRating Rating = ImpactRating::Low;
-    bool Ready = false; // the bar ends when the program was ready, not at the end of its watch
     std::string Figures;
     TimelineRect FiguresBox;
 };

@@ -20,8 +20,10 @@ bool ReadOptional(const std::string& field, std::optional<uint64_t>& value) {
 }
 
 std::optional<LogonRun> RunOf(const std::vector<std::string>& f) {
+    if (f.size() != 4 || f[1].empty())
+        return std::nullopt;
     LogonRun run{f[1], f[2]};
-    if (f.size() != 4 || run.Id.empty() || !ReadOptional(f[3], run.MainDelayMs))
+    if (!ReadOptional(f[3], run.MainDelayMs))
         return std::nullopt;
     return run;
 }
@@ -87,7 +89,7 @@ HistoryFileContent ParseHistoryFile(std::string_view bytes) {
             continue;
         const auto fields = SplitFields(line);
         const std::string kind = fields ? fields->front() : std::string();
-        if (kind == "Run" && fields->size() >= 3) {
+        if (kind == "Run") {
             const std::optional<LogonRun> run = RunOf(*fields);
             inRun = run.has_value();
             if (run)

@@ -53,8 +53,9 @@ public:
     // A measurement is still being taken.
     virtual bool Busy() const = 0;
 
-    // A log-on run begins: what it starts is measured as one run of the history, which is kept
-    // from now on, with no program yet. Starts outside a run (the tray's) join none.
+    // A log-on run begins: what it starts is measured as one run of the history. The run is
+    // written as each measurement joins it and when it ends, even with nothing measured, never
+    // in the way of a start. Starts outside a run (the tray's) join none.
     virtual void BeginRun() {}
     // The run's main wait was over this long after its start.
     virtual void MainWaitOver(uint64_t ms) {}

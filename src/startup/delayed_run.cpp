@@ -239,8 +239,8 @@ void DelayedRun(const RunNeeds& run, MainWindowControl& window, RunClock& clock,
         run.Log.WriteLog("Start Delay was called, but there weren't delayed items!", kLogInfo);
     } else if (std::any_of(programs.begin(), programs.end(),
                            [](const GroupProgram& p) { return !p.Path.empty(); })) {
-        // The run is kept in the history from here on: a run that quits during its wait, or
-        // whose programs were never measured, still shows that it happened.
+        // The run joins the history: one that quits during its wait, or whose programs were
+        // never measured, still shows that it happened.
         if (run.Watcher)
             run.Watcher->BeginRun();
         LogInfo(run.Log, "  Waiting for ", FormatSingle(settings.MainDelay), " seconds.");

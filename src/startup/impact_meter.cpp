@@ -30,8 +30,8 @@ std::string LocalTimeText() {
 } // namespace
 
 ImpactMeter::ImpactMeter(std::string file, const EventLog* log, uint64_t watchMs)
-    : file_(std::move(file)), log_(log), watchMs_(watchMs), history_(HistoryFileBeside(file_)),
-      stop_(CreateEventA(nullptr, TRUE, FALSE, nullptr)) {}
+    : file_(std::move(file)), log_(log), watchMs_(watchMs),
+      stop_(CreateEventA(nullptr, TRUE, FALSE, nullptr)), history_(HistoryFileBeside(file_)) {}
 
 ImpactMeter::~ImpactMeter() {
     SetEvent(stop_.get());
@@ -276,15 +276,12 @@ void ImpactMeter::BeginRun() {
     ScopedLock lock(mutex_);
     run_ = run;
     runStarts_.clear();
-    KeepRun(*run_);
 }
 
 void ImpactMeter::MainWaitOver(uint64_t ms) {
     ScopedLock lock(mutex_);
-    if (!run_)
-        return;
-    run_->MainDelayMs = ms;
-    KeepRun(*run_);
+    if (run_)
+        run_->MainDelayMs = ms;
 }
 
 void ImpactMeter::StartsInRun(const ImpactKey& item, const std::string& path, uint64_t atMs) {
@@ -295,6 +292,8 @@ void ImpactMeter::StartsInRun(const ImpactKey& item, const std::string& path, ui
 
 void ImpactMeter::EndRun() {
     ScopedLock lock(mutex_);
+    if (run_)
+        KeepRun(*run_);
     run_.reset();
     runStarts_.clear();
 }

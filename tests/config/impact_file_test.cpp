@@ -122,7 +122,7 @@ TEST(LogonHistory, RunsReadBackABrokenLineCostsOnlyItselfAndTheLastTwentyStay) {
               "Program,All Users Startup,\"Odd, \"\"x\"\".lnk\",\"Odd, \"\"x\"\".lnk\",43500,,12,0,"
               "0,30000\r\n");
     const std::string edited = "Program,HKCU Run,Orphan,x,1,,1,1,1,1\n" + bytes +
-                               "Run,8-1,2026-11-25 08:00:00,soon\r\n"
+                               "Run,cut\r\n"
                                "Program,User Startup,Lost,x,1,,1,1,1,1\r\n"
                                "Run,9-1,2026-11-26 08:00:00,5000\r\n"
                                "Program,Nowhere,X,x,1,,1,1,1,1\r\n"

@@ -46,6 +46,8 @@ CliParse ParseCliArguments(const std::vector<std::string>& arguments) {
         request.Verb = CliVerb::Export;
     else if (verb == "apply")
         request.Verb = CliVerb::Apply;
+    else if (verb == "history")
+        request.Verb = CliVerb::History;
     else
         return Fail("unknown command \"" + verb + "\"");
 
@@ -62,7 +64,9 @@ CliParse ParseCliArguments(const std::vector<std::string>& arguments) {
             request = CliRequest();
             return {request, ""};
         }
-        if (request.Verb == CliVerb::List && (a == "--json" || a == "--csv")) {
+        if (request.Verb == CliVerb::History && a == "--json") {
+            request.Format = ListFormat::Json;
+        } else if (request.Verb == CliVerb::List && (a == "--json" || a == "--csv")) {
             if (formatGiven)
                 return Fail("choose one of --json and --csv");
             formatGiven = true;
@@ -109,11 +113,14 @@ std::string CliUsage() {
            "                                      or to standard output\n"
            "  apply FILE [--check]                brings this user's log-on to the plan in FILE;\n"
            "                                      --check changes nothing and lists what differs\n"
+           "  history [--json]                    the kept log-on runs, the newest first: the\n"
+           "                                      main wait and what each program cost\n"
            "NAME is the item's text in the list or, for a Run value, its value name.\n"
            "L is user-folder, user-run, common-folder, machine-run or machine-run-32.\n"
            "Exit codes: 0 done, 1 no such item or ambiguous, 2 refused or not done in full,\n"
            "3 bad usage, or a plan that cannot be read or holds a fault (nothing changed),\n"
-           "4 apply --check: the log-on differs from the plan.\n";
+           "4 apply --check: the log-on differs from the plan. history: 2 when lines of the\n"
+           "history file could not be read (the runs that could be are listed).\n";
 }
 
 } // namespace tolvane

@@ -20,7 +20,7 @@ enum CliExit : int {
     kCliDiffers = 4
 };
 
-enum class CliVerb { Help, List, Delay, Stop, Restore, RunStartup, Export, Apply };
+enum class CliVerb { Help, List, Delay, Stop, Restore, RunStartup, Export, Apply, History };
 enum class ListFormat { Table, Json, Csv };
 
 // Where an item lives, as the command line names it: a location code and, for the machine's

@@ -283,6 +283,21 @@ int ApplyPlan(const LogonPlan& plan, const std::vector<ItemRecord>& records, boo
     return ok ? kCliDone : kCliRefused;
 }
 
+// The kept runs; none without a file. Lines that could not be read are said, and the command
+// is not done in full.
+int ShowHistory(const std::string& file, ListFormat format, std::string& out, std::string& err) {
+    HistoryFileContent content;
+    if (const std::optional<std::string> bytes = ReadTextFile(file))
+        content = ParseHistoryFile(*bytes);
+    out = format == ListFormat::Json ? FormatHistoryJson(content.Runs)
+                                     : FormatHistoryTable(content.Runs);
+    if (!content.SkippedLines)
+        return kCliDone;
+    err = file + ": " + std::to_string(content.SkippedLines) +
+          " lines could not be read; the runs listed are the ones that could.\n";
+    return kCliRefused;
+}
+
 } // namespace
 
 int ConsoleMessages::ShowMessage(std::string_view text, std::string_view, unsigned style) {
@@ -292,6 +307,9 @@ int ConsoleMessages::ShowMessage(std::string_view text, std::string_view, unsign
 
 int RunCliRequest(const CliNeeds& needs, ConsoleMessages& messages, const CliRequest& request,
                   std::string& out, std::string& err) {
+    if (request.Verb == CliVerb::History)
+        return ShowHistory(HistoryFileBeside(needs.Store.File().ImpactFilePath()), request.Format,
+                           out, err);
     // A plan is read before anything is looked at: one that is at fault changes nothing.
     std::optional<LogonPlan> plan;
     if (request.Verb == CliVerb::Apply && !(plan = ReadPlanFile(request.File, err)))

@@ -134,4 +134,69 @@ std::string FormatRecordsCsv(const std::vector<ItemRecord>& records) {
     return out;
 }
 
+namespace {
+
+constexpr std::string_view kRatingWords[] = {"Low", "Medium", "High"};
+
+// The value in tenths of the unit, with one decimal and the unit's word: "41.0 s", "3.4 MB".
+std::string Tenths(uint64_t value, uint64_t unit, const char* word) {
+    const uint64_t tenths = (value * 10 + unit / 2) / unit;
+    return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + word;
+}
+std::string Seconds(uint64_t ms) {
+    return Tenths(ms, 1000, " s");
+}
+
+std::string Number(const std::optional<uint64_t>& value) {
+    return value ? std::to_string(*value) : std::string("null");
+}
+
+} // namespace
+
+std::string FormatHistoryTable(const std::vector<LogonRun>& runs) {
+    std::string out;
+    for (auto run = runs.rbegin(); run != runs.rend(); ++run) {
+        out += "Log-on " + run->Started + ", main wait " +
+               (run->MainDelayMs ? Seconds(*run->MainDelayMs) : std::string("not over")) + ", " +
+               std::to_string(run->Programs.size()) + " programs measured\n";
+        if (!run->Programs.empty())
+            out += "  START     READY     CPU       DISK      RATING  LOCATION        NAME\n";
+        for (const RunProgram& p : run->Programs) {
+            auto column = [](std::string text, size_t width) {
+                text.resize(std::max(text.size(), width), ' ');
+                return text + " ";
+            };
+            out += "  " + column(Seconds(p.StartMs), 9) +
+                   column(p.ReadyMs ? Seconds(*p.ReadyMs) : "-", 9) + column(Seconds(p.CpuMs), 9) +
+                   column(Tenths(p.ReadBytes + p.WriteBytes, 1024 * 1024, " MB"), 9) +
+                   column(std::string(kRatingWords[static_cast<int>(p.Rating())]), 7) +
+                   column(CliLocationWord(p.Item.Location, false), 15) + p.Item.Name + "\n";
+        }
+    }
+    return out;
+}
+
+std::string FormatHistoryJson(const std::vector<LogonRun>& runs) {
+    std::string out = "[";
+    for (auto run = runs.rbegin(); run != runs.rend(); ++run) {
+        out += std::string(run == runs.rbegin() ? "" : ",") + "\n  {\"id\": " + JsonText(run->Id) +
+               ", \"started\": " + JsonText(run->Started) +
+               ", \"mainDelayMs\": " + Number(run->MainDelayMs) + ", \"programs\": [";
+        for (size_t i = 0; i < run->Programs.size(); ++i) {
+            const RunProgram& p = run->Programs[i];
+            out +=
+                std::string(i ? "," : "") + "\n    {\"location\": \"" +
+                CliLocationWord(p.Item.Location, false) + "\", \"name\": " + JsonText(p.Item.Name) +
+                ", \"path\": " + JsonText(p.Path) + ", \"startMs\": " + std::to_string(p.StartMs) +
+                ", \"readyMs\": " + Number(p.ReadyMs) + ", \"cpuMs\": " + std::to_string(p.CpuMs) +
+                ", \"readBytes\": " + std::to_string(p.ReadBytes) +
+                ", \"writeBytes\": " + std::to_string(p.WriteBytes) +
+                ", \"watchedMs\": " + std::to_string(p.WatchedMs) + ", \"rating\": \"" +
+                std::string(kRatingWords[static_cast<int>(p.Rating())]) + "\"}";
+        }
+        out += std::string(run->Programs.empty() ? "" : "\n  ") + "]}";
+    }
+    return out + (runs.empty() ? "" : "\n") + "]\n";
+}
+
 } // namespace tolvane

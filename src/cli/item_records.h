@@ -1,5 +1,6 @@
 // Every item of the startup tree as one record, and the three ways the console program prints
-// them: a table for people, JSON and CSV for scripts (both UTF-8, with stable field names).
+// them: a table for people, JSON and CSV for scripts (both UTF-8, with stable field names); and
+// the kept log-on runs, as a table or JSON.
 #pragma once
 
 #include <functional>
@@ -7,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "config/logon_history.h"
 #include "config/safe_list.h"
 #include "config/program_model.h"
 #include "items/startup_tree.h"
@@ -54,5 +56,10 @@ const char* StateWord(ItemState state);
 std::string FormatRecordsTable(const std::vector<ItemRecord>& records);
 std::string FormatRecordsJson(const std::vector<ItemRecord>& records);
 std::string FormatRecordsCsv(const std::vector<ItemRecord>& records);
+
+// The kept log-on runs, the newest first: for people, a line per run and one per program under
+// it; for scripts, a JSON array of runs, each with its programs.
+std::string FormatHistoryTable(const std::vector<LogonRun>& runs);
+std::string FormatHistoryJson(const std::vector<LogonRun>& runs);
 
 } // namespace tolvane

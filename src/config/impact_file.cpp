@@ -14,25 +14,34 @@ constexpr std::string_view kHeader =
     "Location,Name,Measured,Rating,ReadyMs,CpuMs,ReadBytes,WriteBytes,WatchedMs";
 constexpr size_t kFields = 9;
 
-struct LocationWord {
+struct CsvWord {
     int Code;
     std::string_view Word;
 };
-constexpr LocationWord kLocationWords[] = {{kMachineRun, "HKLM Run"},
-                                           {kUserRun, "HKCU Run"},
-                                           {kCommonStartup, "All Users Startup"},
-                                           {kUserStartup, "User Startup"}};
+constexpr CsvWord kLocationWords[] = {{kMachineRun, "HKLM Run"},
+                                      {kUserRun, "HKCU Run"},
+                                      {kCommonStartup, "All Users Startup"},
+                                      {kUserStartup, "User Startup"}};
 constexpr std::string_view kRatingWords[] = {"Low", "Medium", "High"};
 
-std::string_view LocationWordOf(int code) {
-    for (const LocationWord& w : kLocationWords)
+std::string FileNameOf(std::string_view path) {
+    return Trim(PathLastPart(path));
+}
+
+} // namespace
+
+std::string_view CsvLocationWord(int code) {
+    for (const CsvWord& w : kLocationWords)
         if (w.Code == code)
             return w.Word;
     return {};
 }
 
-std::string FileNameOf(std::string_view path) {
-    return Trim(PathLastPart(path));
+std::optional<int> CsvLocationOfWord(std::string_view word) {
+    for (const CsvWord& w : kLocationWords)
+        if (word == w.Word)
+            return w.Code;
+    return std::nullopt;
 }
 
 std::string Quoted(std::string_view field) {
@@ -72,7 +81,7 @@ std::optional<std::vector<std::string>> SplitFields(std::string_view line) {
     return fields;
 }
 
-std::optional<uint64_t> Number(std::string_view text) {
+std::optional<uint64_t> CsvNumber(std::string_view text) {
     uint64_t value = 0;
     const char* end = text.data() + text.size();
     auto [at, error] = std::from_chars(text.data(), end, value);
@@ -81,25 +90,22 @@ std::optional<uint64_t> Number(std::string_view text) {
     return value;
 }
 
+namespace {
+
 std::optional<ImpactRecord> RecordOf(const std::vector<std::string>& f) {
     if (f.size() != kFields || f[1].empty())
         return std::nullopt;
     ImpactRecord r;
-    bool known = false;
-    for (const LocationWord& w : kLocationWords)
-        if (f[0] == w.Word) {
-            r.Key.Location = w.Code;
-            known = true;
-        }
-    const auto cpu = Number(f[5]), read = Number(f[6]), write = Number(f[7]),
-               watched = Number(f[8]);
-    if (!known || !cpu || !read || !write || !watched)
+    const std::optional<int> location = CsvLocationOfWord(f[0]);
+    const auto cpu = CsvNumber(f[5]), read = CsvNumber(f[6]), write = CsvNumber(f[7]),
+               watched = CsvNumber(f[8]);
+    if (!location || !cpu || !read || !write || !watched)
         return std::nullopt;
-    r.Key.Name = f[1];
+    r.Key = {*location, f[1]};
     r.Measured = f[2];
     // The rating column is for people who read the file; the figures decide.
     if (!f[4].empty()) {
-        r.ReadyMs = Number(f[4]);
+        r.ReadyMs = CsvNumber(f[4]);
         if (!r.ReadyMs)
             return std::nullopt;
     }
@@ -163,7 +169,7 @@ std::optional<ImpactKey> ImpactKeyOfStopped(std::string_view entry,
 std::string FormatImpactFile(const std::vector<ImpactRecord>& records) {
     std::string out = std::string(kHeader) + "\r\n";
     for (const ImpactRecord& r : records) {
-        out += Quoted(LocationWordOf(r.Key.Location)) + "," + Quoted(r.Key.Name) + "," +
+        out += Quoted(CsvLocationWord(r.Key.Location)) + "," + Quoted(r.Key.Name) + "," +
                Quoted(r.Measured) + "," + std::string(kRatingWords[static_cast<int>(r.Rating())]) +
                "," + (r.ReadyMs ? std::to_string(*r.ReadyMs) : std::string()) + "," +
                std::to_string(r.CpuMs) + "," + std::to_string(r.ReadBytes) + "," +

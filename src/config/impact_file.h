@@ -63,6 +63,15 @@ struct ImpactFileContent {
 // A later line of the same item replaces an earlier one.
 ImpactFileContent ParseImpactFile(std::string_view bytes, NameOrder order = nullptr);
 
+// The comma-separated fields that the impact and history files share: a location by its word
+// ("HKCU Run"), a field quoted where it must be, one line split back into its fields (nothing
+// when a quote is left open), a number of digits alone.
+std::string_view CsvLocationWord(int code);
+std::optional<int> CsvLocationOfWord(std::string_view word);
+std::string Quoted(std::string_view field);
+std::optional<std::vector<std::string>> SplitFields(std::string_view line);
+std::optional<uint64_t> CsvNumber(std::string_view text);
+
 // Replaces the item's measurement, or adds it.
 void PutImpact(std::vector<ImpactRecord>& records, ImpactRecord record, NameOrder order = nullptr);
 const ImpactRecord* FindImpact(const std::vector<ImpactRecord>& records, const ImpactKey& key,

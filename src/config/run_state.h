@@ -52,6 +52,18 @@ public:
     virtual void Prepare() {}
     // A measurement is still being taken.
     virtual bool Busy() const = 0;
+
+    // A log-on run begins: what it starts is measured as one run of the history. The run is
+    // written as each measurement joins it and when it ends, even with nothing measured, never
+    // in the way of a start. Starts outside a run (the tray's) join none.
+    virtual void BeginRun() {}
+    // The run's main wait was over this long after its start.
+    virtual void MainWaitOver(uint64_t ms) {}
+    // The run is about to start the item's program (path: as the item names it), this long
+    // after its start: the item's next watch joins the run, whenever its measurement ends.
+    virtual void StartsInRun(const ImpactKey& item, const std::string& path, uint64_t atMs) {}
+    // The run starts nothing more; the measurements under way still join it.
+    virtual void EndRun() {}
 };
 
 } // namespace tolvane

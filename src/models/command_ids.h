@@ -12,6 +12,7 @@
 #define ID_CMD_OPTIONS 40007
 #define ID_CMD_HELP 40008
 #define ID_CMD_ABOUT 40009
+#define ID_CMD_LAST_LOGON 40015
 
 // The selected item's moves (the tree's popup).
 #define ID_CMD_DELAY 40010

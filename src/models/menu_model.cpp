@@ -64,6 +64,7 @@ std::vector<MenuItem> BuildMainMenu(const std::vector<std::string>& menus,
                  Separator(), Command(ID_CMD_MINIMIZE_TO_TRAY, menus, 2),
                  Command(ID_CMD_QUIT, menus, 3)}),
         Submenu(menus, 4, {Command(ID_CMD_GROUPS, menus, 5)}),
+        Submenu(menus, 27, {Command(ID_CMD_LAST_LOGON, menus, 28)}),
         Submenu(menus, 6, {Command(ID_CMD_OPTIONS, menus, 7)}),
         Submenu(menus, 8, std::move(languageItems)),
         Submenu(
@@ -91,10 +92,16 @@ std::vector<ToolbarButton> BuildMainToolbar(const std::vector<std::string>& menu
             command, menuEntry < 0 ? "" : WithoutMnemonic(TextTables::Entry(menus, menuEntry)),
             TextTables::Entry(toolbar, tip)};
     };
-    return {button(ID_CMD_SAVE, 1, 0),          ToolbarButton{},
-            button(ID_CMD_REFRESH, -1, 1),      ToolbarButton{},
-            button(ID_CMD_STOP_CHECKED, 18, 2), button(ID_CMD_DELAY_CHECKED, 17, 3),
-            button(ID_CMD_RUN_CHECKED, 19, 4),  button(ID_CMD_GROUPS, 20, 5)};
+    return {button(ID_CMD_SAVE, 1, 0),
+            ToolbarButton{},
+            button(ID_CMD_REFRESH, -1, 1),
+            ToolbarButton{},
+            button(ID_CMD_STOP_CHECKED, 18, 2),
+            button(ID_CMD_DELAY_CHECKED, 17, 3),
+            button(ID_CMD_RUN_CHECKED, 19, 4),
+            button(ID_CMD_GROUPS, 20, 5),
+            ToolbarButton{},
+            button(ID_CMD_LAST_LOGON, -1, 15)};
 }
 
 void ApplyEnabled(std::vector<MenuItem>& items, const CommandTable& commands) {

@@ -49,8 +49,9 @@ struct ToolbarButton {
     std::string ToolTip;
 };
 
-// Save, separator, Refresh, separator, Stop, Delay, Run, Properties: the captions are the menu
-// entries of the same moves, the tooltips the Toolbar table's entries 0 to 5.
+// Save, separator, Refresh, separator, Stop, Delay, Run, Properties, separator, Last Log-on: the
+// captions are the menu entries of the same moves, the tooltips the Toolbar table's entries 0 to
+// 5 and 15.
 std::vector<ToolbarButton> BuildMainToolbar(const std::vector<std::string>& menus,
                                             const std::vector<std::string>& toolbar);
 

@@ -239,6 +239,10 @@ void DelayedRun(const RunNeeds& run, MainWindowControl& window, RunClock& clock,
         run.Log.WriteLog("Start Delay was called, but there weren't delayed items!", kLogInfo);
     } else if (std::any_of(programs.begin(), programs.end(),
                            [](const GroupProgram& p) { return !p.Path.empty(); })) {
+        // The run joins the history: one that quits during its wait, or whose programs were
+        // never measured, still shows that it happened.
+        if (run.Watcher)
+            run.Watcher->BeginRun();
         LogInfo(run.Log, "  Waiting for ", FormatSingle(settings.MainDelay), " seconds.");
         const uint64_t mainDelay = DelayMilliseconds(settings.MainDelay);
         if (waitForIdle || mainDelay > 0)
@@ -249,6 +253,8 @@ void DelayedRun(const RunNeeds& run, MainWindowControl& window, RunClock& clock,
             WaitUntil(run.Wait, run.Log, clock, runStart + mainDelay);
         const uint64_t mainWaitOver = clock.NowMs();
         LogInfo(run.Log, "  Wait over.");
+        if (run.Watcher && !run.Wait.QuitRequested)
+            run.Watcher->MainWaitOver(mainWaitOver - runStart);
 
         for (size_t i = 0; i < programs.size(); ++i) {
             const GroupProgram& program = programs[i];
@@ -277,6 +283,8 @@ void DelayedRun(const RunNeeds& run, MainWindowControl& window, RunClock& clock,
             // All four commands start: an all-users item is delayed for every user who logs
             // on, which is why the program enters itself in the machine's Run key for them.
             LogInfo(run.Log, "  ", program.Path, " ", program.Parameters);
+            if (const std::optional<ImpactKey> item = ImpactKeyOf(program); item && run.Watcher)
+                run.Watcher->StartsInRun(*item, Trim(program.Path), clock.NowMs() - runStart);
             StartDelayedProgram(run.Starts, clock, program, *start, launch);
         }
     }
@@ -288,6 +296,8 @@ void DelayedRun(const RunNeeds& run, MainWindowControl& window, RunClock& clock,
     if (!run.Wait.QuitRequested && ends() && run.Watcher)
         WaitUntil(run.Wait, run.Log, clock, clock.NowMs() + kImpactWatchMs + kSliceMs,
                   MeasuredOrKept{run, window, policies});
+    if (run.Watcher)
+        run.Watcher->EndRun();
     if (!run.Wait.QuitRequested) {
         if (ends())
             window.Unload();

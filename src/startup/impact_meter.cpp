@@ -31,7 +31,7 @@ std::string LocalTimeText() {
 
 ImpactMeter::ImpactMeter(std::string file, const EventLog* log, uint64_t watchMs)
     : file_(std::move(file)), log_(log), watchMs_(watchMs),
-      stop_(CreateEventA(nullptr, TRUE, FALSE, nullptr)) {}
+      stop_(CreateEventA(nullptr, TRUE, FALSE, nullptr)), history_(HistoryFileBeside(file_)) {}
 
 ImpactMeter::~ImpactMeter() {
     SetEvent(stop_.get());
@@ -91,8 +91,7 @@ void ImpactMeter::Work(std::shared_ptr<std::atomic<bool>> done) {
         jobs_.pop_front();
         lock.Unlock();
         try {
-            Measure(job.Item, std::move(job.Process), job.Launched, job.StartedMs,
-                    job.StartedSystemTime, job.MeasuredAt);
+            Measure(std::move(job));
         } catch (const std::exception& e) {
             // One measurement lost, said in the log; the item keeps its last one.
             if (log_)
@@ -115,14 +114,24 @@ void ImpactMeter::Watch(const ImpactKey& item, void* process, const std::string&
     // The system time of the start, for telling a shortcut's new process from older ones.
     const uint64_t elapsed = NowMs() - std::min(startedMs, NowMs());
     const uint64_t since = SystemTimeNow() - (elapsed + 1000) * kSystemTicksPerMs;
-    if (owned) {
+    std::optional<RunPlace> inRun;
+    {
         ScopedLock lock(mutex_);
-        claimed_.push_back(GetProcessId(owned.get()));
+        if (owned)
+            claimed_.push_back(GetProcessId(owned.get()));
+        const auto start =
+            std::find_if(runStarts_.begin(), runStarts_.end(),
+                         [&](const RunStart& s) { return SameItem(s.Item, item, nullptr); });
+        if (start != runStarts_.end()) {
+            inRun = std::move(start->Place);
+            runStarts_.erase(start);
+        }
     }
     ++pending_;
     {
         ScopedLock lock(jobsMutex_);
-        jobs_.push_back({item, std::move(owned), launched, startedMs, since, LocalTimeText()});
+        jobs_.push_back({item, std::move(owned), launched, startedMs, since, LocalTimeText(),
+                         std::move(inRun)});
         try {
             if (idle_ < static_cast<int>(jobs_.size()))
                 AddWorker();
@@ -156,15 +165,16 @@ UniqueHandle ImpactMeter::FindStarted(const std::string& launched, uint64_t sinc
     return UniqueHandle();
 }
 
-void ImpactMeter::Measure(ImpactKey item, UniqueHandle process, std::string launched,
-                          uint64_t startedMs, uint64_t since, std::string measuredAt) {
+void ImpactMeter::Measure(Job job) {
+    UniqueHandle process = std::move(job.Process);
+    const uint64_t startedMs = job.StartedMs;
     // The program's own start comes first: looking at a process while it starts competes with
     // it (under Wine, for the server that both ask). Its figures add up all the same, and its
     // ready time is read at a poll in any case.
     if (Stopping(kPollMs))
         return;
     if (!process)
-        process = FindStarted(launched, since);
+        process = FindStarted(job.Launched, job.StartedSystemTime);
     if (!process)
         return; // nothing of its own to measure: the item keeps its last measurement
     const DWORD id = GetProcessId(process.get());
@@ -173,7 +183,7 @@ void ImpactMeter::Measure(ImpactKey item, UniqueHandle process, std::string laun
         const uint64_t now = NowMs();
         return static_cast<DWORD>(now >= deadline ? 0 : deadline - now);
     };
-    ImpactRecord record{item, measuredAt};
+    ImpactRecord record{job.Item, job.MeasuredAt};
     // The figures are read while it runs too: where the system tells another process's CPU
     // time only by its running threads (Wine), the last reading before it ends is the nearest.
     // The largest reading counts.
@@ -207,13 +217,19 @@ void ImpactMeter::Measure(ImpactKey item, UniqueHandle process, std::string laun
     }
     record.WatchedMs = std::min<uint64_t>(NowMs() - startedMs, watchMs_);
     if (read)
-        Keep(record);
+        Keep(record, job.InRun);
     ScopedLock lock(mutex_);
     claimed_.erase(std::remove(claimed_.begin(), claimed_.end(), id), claimed_.end());
 }
 
-void ImpactMeter::Keep(const ImpactRecord& record) {
+void ImpactMeter::Keep(const ImpactRecord& record, const std::optional<RunPlace>& inRun) {
     ScopedLock lock(mutex_);
+    if (inRun) {
+        inRun->Run->Programs.push_back({record.Key, inRun->Path, inRun->AtMs, record.ReadyMs,
+                                        record.CpuMs, record.ReadBytes, record.WriteBytes,
+                                        record.WatchedMs});
+        KeepRun(*inRun->Run);
+    }
     // Another process (a console run-startup, a second log-on run) may keep its measurements
     // in the same file at the same moment: one read-change-write at a time, or one is lost.
     // A holder that hangs is not waited for: the measurement is kept all the same.
@@ -230,6 +246,56 @@ void ImpactMeter::Keep(const ImpactRecord& record) {
         if (log_)
             log_->WriteLog("Impact of " + record.Key.Name + " not kept: " + e.what(), kLogWarning);
     }
+}
+
+void ImpactMeter::KeepRun(const LogonRun& run) {
+    // One read-change-write at a time across processes, as for the impact file.
+    const SharedLock fileLock(FileLockName("history-", history_), 5000);
+    try {
+        HistoryFileContent content;
+        if (const std::optional<std::string> bytes = ReadTextFile(history_))
+            content = ParseHistoryFile(*bytes);
+        if (content.SkippedLines && log_)
+            log_->WriteLog("History file " + history_ + ": " +
+                               std::to_string(content.SkippedLines) + " broken lines passed over",
+                           kLogWarning);
+        PutRun(content.Runs, run);
+        AtomicFileWriter writer(history_);
+        writer.Write(FormatHistoryFile(content.Runs));
+        writer.Commit();
+    } catch (const std::exception& e) {
+        if (log_)
+            log_->WriteLog(std::string("Log-on history not kept: ") + e.what(), kLogWarning);
+    }
+}
+
+void ImpactMeter::BeginRun() {
+    auto run = std::make_shared<LogonRun>();
+    run->Id = std::to_string(GetCurrentProcessId()) + "-" + std::to_string(NowMs());
+    run->Started = LocalTimeText();
+    ScopedLock lock(mutex_);
+    run_ = run;
+    runStarts_.clear();
+}
+
+void ImpactMeter::MainWaitOver(uint64_t ms) {
+    ScopedLock lock(mutex_);
+    if (run_)
+        run_->MainDelayMs = ms;
+}
+
+void ImpactMeter::StartsInRun(const ImpactKey& item, const std::string& path, uint64_t atMs) {
+    ScopedLock lock(mutex_);
+    if (run_)
+        runStarts_.push_back({item, {run_, path, atMs}});
+}
+
+void ImpactMeter::EndRun() {
+    ScopedLock lock(mutex_);
+    if (run_)
+        KeepRun(*run_);
+    run_.reset();
+    runStarts_.clear();
 }
 
 } // namespace tolvane

@@ -12,6 +12,7 @@
 
 #include <windows.h>
 
+#include "config/logon_history.h"
 #include "config/run_state.h"
 #include "platform/event_log.h"
 #include "platform/handles.h"
@@ -32,8 +33,22 @@ public:
                uint64_t startedMs) override;
     bool Busy() const override { return pending_ > 0; }
     void Prepare() override;
+    void BeginRun() override;
+    void MainWaitOver(uint64_t ms) override;
+    void StartsInRun(const ImpactKey& item, const std::string& path, uint64_t atMs) override;
+    void EndRun() override;
 
 private:
+    // Where a measurement joins the log-on run that started its program.
+    struct RunPlace {
+        std::shared_ptr<LogonRun> Run;
+        std::string Path;
+        uint64_t AtMs = 0;
+    };
+    struct RunStart {
+        ImpactKey Item;
+        RunPlace Place;
+    };
     struct Job {
         ImpactKey Item;
         UniqueHandle Process;
@@ -41,6 +56,7 @@ private:
         uint64_t StartedMs = 0;
         uint64_t StartedSystemTime = 0;
         std::string MeasuredAt;
+        std::optional<RunPlace> InRun;
     };
     struct Worker {
         WorkerThread Thread;
@@ -50,11 +66,12 @@ private:
     void Work(std::shared_ptr<std::atomic<bool>> done);
     // A new worker, and the ended ones joined. Under jobsMutex_.
     void AddWorker();
-    void Measure(ImpactKey item, UniqueHandle process, std::string launched, uint64_t startedMs,
-                 uint64_t startedSystemTime, std::string measuredAt);
+    void Measure(Job job);
     // The new process that a shortcut started, once it shows; none after a few seconds.
     UniqueHandle FindStarted(const std::string& launched, uint64_t since);
-    void Keep(const ImpactRecord& record);
+    void Keep(const ImpactRecord& record, const std::optional<RunPlace>& inRun);
+    // The run as it stands now replaces its earlier self in the history file. Under mutex_.
+    void KeepRun(const LogonRun& run);
     bool Stopping(DWORD waitMs = 0) const;
 
     std::string file_;
@@ -63,6 +80,9 @@ private:
     UniqueHandle stop_;          // set when the meter goes
     SrwMutex mutex_;             // the file and the claimed processes
     std::vector<DWORD> claimed_; // processes being watched, so no shortcut takes another's
+    std::string history_;
+    std::shared_ptr<LogonRun> run_;   // the log-on run under way; its programs change under mutex_
+    std::vector<RunStart> runStarts_; // started by the run, not yet watched
     std::atomic<int> pending_{0};
 
     // The workers. One is made before a start, so that the start of a program, the moment that

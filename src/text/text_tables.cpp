@@ -49,7 +49,9 @@ TextTables::TextTables() : Languages(1) {
                                  "Stopped\0"
                                  "&Open\0"
                                  "&Quit Program\0"
-                                 "&Refresh\0";
+                                 "&Refresh\0"
+                                 "&View\0"
+                                 "&Last Log-on\0";
     Menus = UnpackTexts(kMenus, sizeof kMenus);
     static const char kMessages[] =
         "Tolvane is already running. Please use its open window or the Tolvane icon in the "
@@ -146,7 +148,8 @@ TextTables::TextTables() : Languages(1) {
                                    "Registry Run\0"
                                    "Delayed Items\0"
                                    "Stopped Items\0"
-                                   "Registry\0";
+                                   "Registry\0"
+                                   "How the last log-on went\0";
     Toolbar = UnpackTexts(kToolbar, sizeof kToolbar);
 }
 

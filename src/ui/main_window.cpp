@@ -34,6 +34,7 @@
 #include "ui/group_editor/group_editor_dialog.h"
 #include "ui/menu_view.h"
 #include "ui/options/options_dialog.h"
+#include "ui/timeline/timeline_window.h"
 #include "ui/tips/tip_dialog.h"
 #include "ui/tray_menu_view.h"
 
@@ -90,7 +91,8 @@ const std::map<int, int>& ToolbarIcons() {
                                              {ID_CMD_STOP_CHECKED, IDI_TREE_STOPPED},
                                              {ID_CMD_DELAY_CHECKED, IDI_TREE_DELAY},
                                              {ID_CMD_RUN_CHECKED, IDI_BAR_RUN},
-                                             {ID_CMD_GROUPS, IDI_BAR_PROPERTIES}};
+                                             {ID_CMD_GROUPS, IDI_BAR_PROPERTIES},
+                                             {ID_CMD_LAST_LOGON, IDI_BAR_LAST_LOGON}};
     return icons;
 }
 
@@ -152,6 +154,10 @@ OptionsDialog* MainWindow::Options() const {
     return options_ && options_->Hwnd() ? options_.get() : nullptr;
 }
 
+TimelineWindow* MainWindow::Timeline() const {
+    return timeline_ && timeline_->Hwnd() ? timeline_.get() : nullptr;
+}
+
 TipDialog* MainWindow::Tip() const {
     return tip_ && tip_->Hwnd() ? tip_.get() : nullptr;
 }
@@ -178,6 +184,13 @@ void MainWindow::AddCommands() {
     });
     commands_.Add(ID_CMD_OPTIONS, [this] {
         OpenModeless(options_, instance_, Hwnd(), app_.Store(), app_.text, app_.messages, app_.log);
+    });
+    commands_.Add(ID_CMD_LAST_LOGON, [this] {
+        std::vector<std::string> texts = BuiltInTimelineTexts();
+        LoadLanguageTextFile(app_.folders.ProgramFolder, app_.model.Language, texts, "timeline");
+        OpenModeless(timeline_, instance_, Hwnd(),
+                     HistoryFileBeside(app_.Store().File().ImpactFilePath()), std::move(texts),
+                     LocaleDecimalSeparator(), &app_.log);
     });
     commands_.Add(ID_CMD_TIPS, [this] {
         OpenModeless(tip_, instance_, Hwnd(), app_.Store(), app_.text, app_.log);

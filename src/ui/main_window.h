@@ -34,6 +34,7 @@ namespace tolvane {
 class AppState;
 class OptionsDialog;
 class TipDialog;
+class TimelineWindow;
 
 // The smallest size the user can drag the window to, in twips.
 inline constexpr long kMinimumWidthTwips = 10725, kMinimumHeightTwips = 6285;
@@ -79,6 +80,8 @@ public:
     // The modeless options and tip windows while they are open; nullptr otherwise.
     OptionsDialog* Options() const;
     TipDialog* Tip() const;
+    // The Last Log-on window while it is open; nullptr otherwise.
+    TimelineWindow* Timeline() const;
 
     // How addresses and files are opened: the shell's default action unless set. False when no
     // program opened it (no browser, nothing registered for the kind of file).
@@ -149,6 +152,7 @@ private:
     TrayIcon tray_;
     std::unique_ptr<OptionsDialog> options_;
     std::unique_ptr<TipDialog> tip_;
+    std::unique_ptr<TimelineWindow> timeline_;
     bool isVisible_ = false;
     bool ending_ = false;
     std::unique_ptr<ChangeWatch> watch_;

@@ -43,11 +43,12 @@ TEST(CliArguments, VerbsOptionsAndUsageErrors) {
     EXPECT_EQ(Parsed("export C:\\Plans\\p.json"), "6 0 [] <C:\\Plans\\p.json>");
     EXPECT_EQ(Parsed("apply p.json"), "7 0 [] <p.json>");
     EXPECT_EQ(Parsed("apply --check p.json"), "7 0 [] <p.json> check");
+    EXPECT_EQ(Parsed("history --json"), "8 1 []");
     for (const char* bad :
          {"", "start", "delay", "list --json --csv", "list Clock", "stop x --delay 3",
           "delay x --delay -1", "delay x --delay", "delay x y", "restore x --location user",
           "run-startup --location user-run", "apply --check", "export a b", "export a --check",
-          "apply p --json"})
+          "apply p --json", "history --csv", "history x"})
         EXPECT_EQ(Parsed(bad).rfind("error: ", 0), 0u) << Parsed(bad);
 }
 
@@ -101,6 +102,33 @@ TEST(CliRecords, TheTreesItemsWithTheirCommandsInThreeFormats) {
     EXPECT_NE(
         FormatRecordsTable(records).find("delayed  user-folder     7.5    Later.lnk  (not found)"),
         std::string::npos);
+}
+
+// The kept runs, the newest first: a run still waiting or with nothing measured says so.
+TEST(CliRecords, HistoryRunsAsATableAndAsJson) {
+    const std::vector<LogonRun> runs = {
+        {"1", "2026-11-23 08:00:00", {}, {}},
+        {"2",
+         "2026-11-24 08:00:00",
+         41000,
+         {{{kUserRun, "Clock"}, "C:\\c.exe", 41000, 2150, 400, 3565158, 0, 30000},
+          {{kCommonStartup, "W \"x\".lnk"}, "W.lnk", 43500, {}, 12, 0, 4096, 900}}}};
+    EXPECT_EQ(FormatHistoryTable(runs),
+              "Log-on 2026-11-24 08:00:00, main wait 41.0 s, 2 programs measured\n"
+              "  START     READY     CPU       DISK      RATING  LOCATION        NAME\n"
+              "  41.0 s    2.2 s     0.4 s     3.4 MB    High    user-run        Clock\n"
+              "  43.5 s    -         0.0 s     0.0 MB    Low     common-folder   W \"x\".lnk\n"
+              "Log-on 2026-11-23 08:00:00, main wait not over, 0 programs measured\n");
+    EXPECT_EQ(FormatHistoryJson(runs),
+              "[\n  {\"id\": \"2\", \"started\": \"2026-11-24 08:00:00\", \"mainDelayMs\": 41000, "
+              "\"programs\": [\n    {\"location\": \"user-run\", \"name\": \"Clock\", \"path\": "
+              "\"C:\\\\c.exe\", \"startMs\": 41000, \"readyMs\": 2150, \"cpuMs\": 400, "
+              "\"readBytes\": 3565158, \"writeBytes\": 0, \"watchedMs\": 30000, \"rating\": "
+              "\"High\"},\n    {\"location\": \"common-folder\", \"name\": \"W \\\"x\\\".lnk\", "
+              "\"path\": \"W.lnk\", \"startMs\": 43500, \"readyMs\": null, \"cpuMs\": 12, "
+              "\"readBytes\": 0, \"writeBytes\": 4096, \"watchedMs\": 900, \"rating\": \"Low\"}\n"
+              "  ]},\n  {\"id\": \"1\", \"started\": \"2026-11-23 08:00:00\", \"mainDelayMs\": "
+              "null, \"programs\": []}\n]\n");
 }
 
 } // namespace

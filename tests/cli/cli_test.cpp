@@ -6,6 +6,7 @@
 
 #include "cli/logon_plan.h"
 #include "config/language_files.h"
+#include "config/logon_history.h"
 #include "items/run_entry.h"
 #include "items/startup_fixture.h"
 #include "platform/environment.h"
@@ -179,6 +180,22 @@ TEST_F(Console, PlansAreExportedAndAppliedByTheListsMoves) {
     ASSERT_TRUE(reg.DeleteValue(user, kRunKey, kOwnRunValue));
     EXPECT_EQ(Cli("apply \"" + plan + "\" --check").first, 0u);
     EXPECT_EQ(Run(user, kOwnRunValue), "(none)");
+}
+
+// history lists this user's kept runs in UTF-8: none without a file, and of a file with a broken
+// line what could be read, saying what could not.
+TEST_F(Console, HistoryListsTheKeptRunsAndSaysWhatCouldNotBeRead) {
+    EXPECT_EQ(Cli("history --json"), std::pair(0ul, std::string("[]\n")));
+    EXPECT_EQ(Cli("history"), std::pair(0ul, std::string()));
+    const std::string file = HistoryFileBeside(app.Store().File().ImpactFilePath());
+    const RunProgram clock{{kUserRun, "Clock ☕"}, "C:\\c.exe", 31000, {}, 10, 0, 0, 30000};
+    test::WriteFileBytes(file, FormatHistoryFile({{"1", "t", 30000, {clock}}}) + "Run,cut\r\n");
+    const auto [code, out] = Cli("history --json");
+    EXPECT_EQ(code, 2u);
+    EXPECT_NE(out.find("\"name\": \"Clock ☕\", \"path\": \"C:\\\\c.exe\", \"startMs\": 31000"),
+              std::string::npos)
+        << out;
+    EXPECT_NE(out.find(file + ": 1 lines could not be read"), std::string::npos) << out;
 }
 
 } // namespace

@@ -1,7 +1,9 @@
-// The start-up impact rating and the file that keeps each item's last measurement.
+// The start-up impact rating, the file that keeps each item's last measurement, and the history
+// of the last log-on runs.
 #include <gtest/gtest.h>
 
 #include "config/impact_file.h"
+#include "config/logon_history.h"
 #include "support/test_support.h"
 
 namespace tolvane {
@@ -99,6 +101,48 @@ TEST(ImpactFile, WritesCsvLinesThatReadBackAndPassesOverBrokenOnes) {
         ParseImpactFile(bytes + "HKCU Run,TOOL,t,Low,,7,0,0,900\r\n", test::AsciiNameOrder).Records;
     ASSERT_EQ(twice.size(), 2u);
     EXPECT_EQ(twice[0].CpuMs, 7u);
+}
+
+// Runs written and read back, a run without measurements or main wait kept as such; an edited
+// file loses its broken lines, and the program lines of a broken run line, never another run.
+TEST(LogonHistory, RunsReadBackABrokenLineCostsOnlyItselfAndTheLastTwentyStay) {
+    const std::vector<LogonRun> runs = {
+        {"7-100", "2026-11-23 08:15:02", std::nullopt, {}},
+        {"7-900",
+         "2026-11-24 08:01:10",
+         41000,
+         {{{kUserRun, "Tool"}, "C:\\a\\tool.exe", 41000, 2100, 400, 1 << 20, 0, 30000},
+          {{kCommonStartup, "Odd, \"x\".lnk"}, "Odd, \"x\".lnk", 43500, {}, 12, 0, 0, 30000}}},
+    };
+    const std::string bytes = FormatHistoryFile(runs);
+    EXPECT_EQ(bytes.substr(bytes.find("\r\n") + 2),
+              "Run,7-100,2026-11-23 08:15:02,\r\n"
+              "Run,7-900,2026-11-24 08:01:10,41000\r\n"
+              "Program,HKCU Run,Tool,C:\\a\\tool.exe,41000,2100,400,1048576,0,30000\r\n"
+              "Program,All Users Startup,\"Odd, \"\"x\"\".lnk\",\"Odd, \"\"x\"\".lnk\",43500,,12,0,"
+              "0,30000\r\n");
+    const std::string edited = "Program,HKCU Run,Orphan,x,1,,1,1,1,1\n" + bytes +
+                               "Run,cut\r\n"
+                               "Program,User Startup,Lost,x,1,,1,1,1,1\r\n"
+                               "Run,9-1,2026-11-26 08:00:00,5000\r\n"
+                               "Program,Nowhere,X,x,1,,1,1,1,1\r\n"
+                               "Program,User Startup,Kept.lnk,x,6000,,1,1,1,900";
+    const HistoryFileContent read = ParseHistoryFile(edited);
+    EXPECT_EQ(read.SkippedLines, 4u);
+    ASSERT_EQ(read.Runs.size(), 3u);
+    EXPECT_EQ(FormatHistoryFile({read.Runs[0], read.Runs[1]}), bytes);
+    ASSERT_EQ(read.Runs[2].Programs.size(), 1u);
+    EXPECT_EQ(read.Runs[2].Programs[0].EndMs(), 6900u);
+
+    // A run replaces its earlier self by its id; a new one is the newest; the last 20 stay.
+    std::vector<LogonRun> kept;
+    for (int i = 0; i < 25; ++i)
+        PutRun(kept, {std::to_string(i), "t"});
+    PutRun(kept, {"10", "t", 5000});
+    ASSERT_EQ(kept.size(), kKeptRuns);
+    EXPECT_EQ(kept.front().Id, "5");
+    EXPECT_EQ(kept[5].MainDelayMs, 5000u);
+    EXPECT_EQ(kept.back().Id, "24");
 }
 
 } // namespace

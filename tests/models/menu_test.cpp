@@ -94,21 +94,22 @@ TEST(MainMenu, LanguagesCheckedWhatTheCommandTableDoesNotRunGrayedAndToolbarCapt
     EXPECT_EQ(Outline(BuildMainMenu(menus, {}, "")[0].Entries),
               "40004 &Speichern\tCtrl+S\n40003 &Aktualisieren\tF5\n0 -\n40005 &Minimize to Tray\n"
               "40002 E&xit\n");
-    EXPECT_EQ(Outline({bar[2], bar[3], bar[4].Entries[6]}), "0 &Tools\n  40007 &Options (off)\n"
-                                                            "0 &Language\n"
-                                                            "  41000 English\n"
-                                                            "  41001 Deutsch v\n"
-                                                            "0 &Online\n"
-                                                            "  40031 &Forum\n"
-                                                            "  40032 &Support E-Mail (off)\n"
-                                                            "  40033 &Main Page (off)\n");
+    EXPECT_EQ(Outline({bar[2], bar[3], bar[4], bar[5].Entries[6]}),
+              "0 &View\n  40015 &Last Log-on (off)\n0 &Tools\n  40007 &Options (off)\n"
+              "0 &Language\n"
+              "  41000 English\n"
+              "  41001 Deutsch v\n"
+              "0 &Online\n"
+              "  40031 &Forum\n"
+              "  40032 &Support E-Mail (off)\n"
+              "  40033 &Main Page (off)\n");
     // A grayed or unknown command does not run.
     EXPECT_TRUE(commands.Execute(ID_CMD_FORUMS));
     EXPECT_FALSE(commands.Execute(ID_CMD_MAIN_PAGE));
     EXPECT_FALSE(commands.Execute(ID_CMD_SUPPORT_MAIL));
     EXPECT_EQ(runs, 1);
     // Without a language list the menu has no language to choose.
-    EXPECT_TRUE(BuildMainMenu(menus, {{}}, "en")[3].Entries.empty());
+    EXPECT_TRUE(BuildMainMenu(menus, {{}}, "en")[4].Entries.empty());
 
     EXPECT_EQ(Outline(BuildItemPopup(menus)), "40010 Delay\n0 -\n40011 Stop\n0 -\n40012 Run\n0 -\n"
                                               "40013 Properties\n0 -\n40014 &Search Online\n");
@@ -126,7 +127,9 @@ TEST(MainMenu, LanguagesCheckedWhatTheCommandTableDoesNotRunGrayedAndToolbarCapt
                    "40021 Stop / Don't run at all\n"
                    "40020 Delay / Delay the startup\n"
                    "40022 Run / Run at startup\n"
-                   "40006 Properties / Properties\n");
+                   "40006 Properties / Properties\n"
+                   "0  / \n"
+                   "40015  / How the last log-on went\n");
 }
 
 // A parent the tree does not hold, or a key it holds already, is refused and adds nothing.

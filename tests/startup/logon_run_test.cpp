@@ -9,11 +9,14 @@
 
 #include "config/delay_load.h"
 #include "config/impact_file.h"
+#include "config/logon_history.h"
 #include "config/policies.h"
 #include "config/program_group_file.h"
 #include "platform/registry.h"
 #include "config/app_state.h"
+#include "platform/message_pump.h"
 #include "startup/delayed_run.h"
+#include "startup/impact_meter.h"
 #include "startup/tray_commands.h"
 #include "support/win_test_support.h"
 
@@ -203,6 +206,16 @@ protected:
         return [&](const std::string& path, const std::string& params, const ImpactKey* item) {
             const std::string key = item ? std::to_string(item->Location) + " " + item->Name : "-";
             starts.push_back(std::to_string(now) + " [" + key + "] " + path + "|" + params);
+            // With a meter, a real program is started and handed to it for each item.
+            STARTUPINFOA si{sizeof si};
+            PROCESS_INFORMATION pi{};
+            std::string command = "\"" + kHelper + "\" load \"" + folder / "loads.txt" + "\" x 100";
+            if (item && app.watcher &&
+                CreateProcessA(nullptr, command.data(), nullptr, nullptr, 0, 0, nullptr, nullptr,
+                               &si, &pi)) {
+                CloseHandle(pi.hThread);
+                app.watcher->Watch(*item, pi.hProcess, path, tolvane::NowMs());
+            }
             now += launchMs; // a start takes its time
         };
     }
@@ -371,6 +384,35 @@ TEST_F(DelayedRunTest, PoliciesFixTheMainDelayAndTheIdleStart) {
                   .find("Policy in HKEY_LOCAL_MACHINE\\SOFTWARE\\Policies\\Hexmoor\\Tolvane: "
                         "MainDelay is ignored: 3601 is not 0 to 3600"),
               std::string::npos);
+}
+
+// The run keeps its history as it went: the main wait as long as it lasted (here it woke up
+// late), each program it started and the meter measured at its start in the run, and a run that
+// quit during its wait as one with no main wait and nothing measured.
+TEST_F(DelayedRunTest, TheRunKeepsItsMainWaitAndItsMeasuredStartsInTheHistory) {
+    ImpactMeter meter(folder / "impact.csv", &app.log, 1000);
+    app.watcher = &meter;
+    app.model.MainStartupDelay = 10;
+    app.model.ProgramGroups[0].Programs = {Program("a.exe", 1), Program("b.exe", 2)};
+    whileWaiting = [&](int wait) { now += wait == 1 ? 15000 : 0; };
+    Run();
+    whileWaiting = [&](int) { app.wait.QuitRequested = true; };
+    Run();
+    EXPECT_TRUE(test::PumpUntil([&] { return !meter.Busy(); }, 20000));
+    app.watcher = nullptr;
+    const HistoryFileContent history =
+        ParseHistoryFile(test::ReadFileBytes(folder / "history.csv"));
+    ASSERT_EQ(history.Runs.size(), 2u);
+    EXPECT_EQ(history.Runs[0].MainDelayMs, 15000u);
+    std::vector<std::string> programs;
+    for (const RunProgram& p : history.Runs[0].Programs)
+        programs.push_back(std::to_string(p.Item.Location) + " " + p.Item.Name + " " + p.Path +
+                           " " + std::to_string(p.StartMs) + (p.WatchedMs ? "" : " unwatched"));
+    std::sort(programs.begin(), programs.end());
+    EXPECT_EQ(programs, (std::vector<std::string>{"3 a.exe " + folder / "a.exe" + " 16000",
+                                                  "3 b.exe " + folder / "b.exe" + " 18000"}));
+    EXPECT_FALSE(history.Runs[1].MainDelayMs);
+    EXPECT_TRUE(history.Runs[1].Programs.empty());
 }
 
 } // namespace

@@ -15,6 +15,7 @@
 #include "text/strings.h"
 #include "ui/group_editor/group_editor_model.h"
 #include "ui/options/options_model.h"
+#include "ui/timeline/timeline_model.h"
 #include "ui/tips/tip_model.h"
 
 namespace tolvane {
@@ -244,10 +245,11 @@ void ExpectOwnAccessKeys(const std::vector<MenuItem>& level, const std::string& 
 TEST(ShippedLanguages, EveryLanguageHasEveryTextAndEachMenuLevelItsOwnAccessKeys) {
     const TextTables builtIn;
     const std::pair<std::string, Lines> tables[] = {
-        {"buttons", builtIn.Buttons},       {"menus", builtIn.Menus},
-        {"messages", builtIn.Messages},     {"toolbar", builtIn.Toolbar},
-        {"options", BuiltInOptionsTexts()}, {"properties", BuiltInGroupEditorTexts()},
-        {"tips", BuiltInTipTexts()},        {"tipofday", {}}};
+        {"buttons", builtIn.Buttons},        {"menus", builtIn.Menus},
+        {"messages", builtIn.Messages},      {"toolbar", builtIn.Toolbar},
+        {"options", BuiltInOptionsTexts()},  {"properties", BuiltInGroupEditorTexts()},
+        {"tips", BuiltInTipTexts()},         {"tipofday", {}},
+        {"timeline", BuiltInTimelineTexts()}};
     const auto languages = ParseLanguageList(ShippedFile("languagefile.dat"));
     ASSERT_EQ(languages.size(), 2u);
     for (size_t t = 0; t < std::size(tables); ++t) {

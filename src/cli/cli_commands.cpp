@@ -317,8 +317,17 @@ int RunCliRequest(const CliNeeds& needs, ConsoleMessages& messages, const CliReq
     ProgramFactsCache facts;
     RecordLookups lookups = MachineProgramLookups(facts);
     // Only the list says what each program is: a move need not verify every signature.
-    if (request.Verb != CliVerb::List)
+    if (request.Verb != CliVerb::List) {
         lookups.Facts = nullptr;
+    } else {
+        std::vector<StartupItem> items;
+        for (size_t i = 0; i < tree.Count(); ++i)
+            if (const StartupItem* item = ItemOfNode(tree, listing, static_cast<int>(i)))
+                items.push_back(*item);
+        SYSTEM_INFO system{};
+        GetSystemInfo(&system);
+        ReadFactsAhead(items, lookups, std::min<unsigned>(system.dwNumberOfProcessors, 8));
+    }
     std::vector<ItemRecord> records = ItemRecords(tree, listing, model, needs.SafeList, lookups);
     if (request.Verb == CliVerb::List) {
         out = request.Format == ListFormat::Json  ? FormatRecordsJson(records)

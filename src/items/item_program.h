@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "items/startup_tree.h"
 #include "platform/program_facts_cache.h"
@@ -52,5 +53,11 @@ std::string FactsTipLine(const ProgramFacts& facts, const FactsTexts& texts);
 // The lookups of this machine; a program's facts read through the cache, which only one thread
 // may use at a time (Win32: item_program_files.cpp).
 ProgramLookups MachineProgramLookups(ProgramFactsCache& cache);
+
+// Reads the facts of every program these items start on up to `threads` workers at once, and
+// makes the lookups answer from what was read (a shortcut's target too, read once): checking a
+// signature reads and hashes the whole file, and the console asks for every item's (Win32).
+void ReadFactsAhead(const std::vector<StartupItem>& items, ProgramLookups& lookups,
+                    unsigned threads);
 
 } // namespace tolvane

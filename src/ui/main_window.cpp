@@ -8,6 +8,7 @@
 #include <cstring>
 #include <exception>
 #include <map>
+#include <utility>
 
 #include "config/app_state.h"
 #include "config/delay_load.h"
@@ -71,8 +72,9 @@ constexpr UINT kFirstShown = WM_APP + 2;
 // A folder or key that the tree shows changed; the tree follows after a short while, so that a
 // burst of changes (a move of many items elsewhere) rebuilds it once.
 constexpr UINT kChangedElsewhere = WM_APP + 3;
-// The worker found facts of the items' programs (wParam: its round).
-constexpr UINT kFactsFound = WM_APP + 9;
+// The worker found facts of the items' programs (wParam: its round); the tree has painted, and
+// the worker may start on the facts of its items.
+constexpr UINT kFactsFound = WM_APP + 9, kReadFacts = WM_APP + 10;
 constexpr UINT_PTR kChangedTimer = 1;
 constexpr UINT kChangedWaitMs = 300;
 
@@ -395,12 +397,22 @@ void MainWindow::RefreshForChange() {
 
 void MainWindow::ReadFacts() {
     nodeFacts_.assign(tree_.Count(), std::nullopt);
-    std::vector<FactsReader::Job> jobs;
+    factsRound_ = 0; // what the worker finds for the tree before this one is not this one's
+    pendingFacts_.clear();
     for (size_t i = 0; i < tree_.Count(); ++i)
         if (const StartupItem* item = ItemOfNode(tree_, listing_, static_cast<int>(i)))
-            jobs.push_back({static_cast<int>(i), *item});
+            pendingFacts_.push_back({static_cast<int>(i), *item});
+    // The worker starts once the tree has painted: its first files and libraries would
+    // otherwise take the time of the first paint.
+    PostMessageA(Hwnd(), kReadFacts, 0, 0);
+}
+
+void MainWindow::StartFacts() {
+    if (pendingFacts_.empty() || !facts_)
+        return;
+    UpdateWindow(treeView_->Hwnd());
     try {
-        factsRound_ = facts_->Read(std::move(jobs));
+        factsRound_ = facts_->Read(std::exchange(pendingFacts_, {}));
     } catch (const std::exception& e) {
         // The tree shows all the same, its tips without the programs' facts.
         app_.log.WriteLog(std::string("Program facts: ") + e.what(), kLogWarning);
@@ -815,6 +827,9 @@ LRESULT MainWindow::HandleMessage(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
         return 0;
     case kFactsFound:
         FactsFound(wp);
+        return 0;
+    case kReadFacts:
+        StartFacts();
         return 0;
     case WM_TIMER:
         if (wp == kChangedTimer) {

@@ -135,6 +135,7 @@ private:
     // What each item's program says of itself, read by a worker after the tree shows; the
     // facts found so far go into the tips and the tree's marks.
     void ReadFacts();
+    void StartFacts();
     void FactsFound(WPARAM round);
     std::string FactsLine(int node) const;
 
@@ -162,6 +163,7 @@ private:
     bool notKept_ = false; // the status line says that a choice was not kept
     std::unique_ptr<FactsReader> facts_;
     WPARAM factsRound_ = 0;
+    std::vector<FactsReader::Job> pendingFacts_;         // the tree's, until it has painted
     std::vector<std::optional<ProgramFacts>> nodeFacts_; // by node, as far as read
 };
 

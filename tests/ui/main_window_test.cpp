@@ -6,6 +6,7 @@
 #include <windows.h>
 #include <commctrl.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 
@@ -78,23 +79,7 @@ TEST_F(MainWindowTest, TheTreeShowsTheRealItemsTipsAndTicks) {
         app.Store().File().ImpactFilePath(),
         FormatImpactFile({{{kUserStartup, "RÉSUMÉ.LNK"}, "", 4140, 2260, 45 << 20, 0, 9000}}));
     Open();
-    // The programs' facts come in after the tree shows, in the tree's order.
-    const std::string signedLine = FillIn(app.text.Message(45), {"Hexmoor Clock, Hexmoor Ltd"});
     tree = window->Tree();
-    EXPECT_TRUE(test::PumpUntil([&] {
-        return window->TreeView()
-                   ->ToolTip(Node("CurrentUserRegistry", "Signed=" + signedCopy))
-                   .find(signedLine) != std::string::npos;
-    }));
-    const std::vector<std::string> shown = Shown(TreeHwnd());
-    ASSERT_GE(shown.size(), 11u);
-    EXPECT_EQ(std::vector(shown.begin(), shown.begin() + 11),
-              (std::vector<std::string>{
-                  "Current User (4)", "  Startup Folder (2)", "    Off.lnk grey", "    Tool.lnk",
-                  "  Registry Run (2)", "    Gone=C:\\nowhere\\gone.exe warned",
-                  "    Signed=" + signedCopy, "All Users (1)", "  Startup Folder (1)",
-                  "    Résumé.lnk no box", "  Registry Run (0)"}));
-
     const std::string decimal = LocaleDecimalSeparator();
     const struct {
         std::string container, item;
@@ -109,11 +94,27 @@ TEST_F(MainWindowTest, TheTreeShowsTheRealItemsTipsAndTicks) {
          FillIn(app.text.Message(27), {"del"}) + "\r\n" + app.text.Message(50)},
         {"AllUsersStartup", "Résumé.lnk", app.text.Message(35) + "\r\n" + app.text.Message(50)},
         {"CurrentUserRegistry", "Gone=C:\\nowhere\\gone.exe", app.text.Message(51)},
-        {"CurrentUserRegistry", "Signed=" + signedCopy, signedLine}};
-    for (const auto& c : expected) {
+        {"CurrentUserRegistry", "Signed=" + signedCopy,
+         FillIn(app.text.Message(45), {"Hexmoor Clock, Hexmoor Ltd"})}};
+    auto tipOf = [&](const auto& c) {
         const std::string tip = window->TreeView()->ToolTip(Node(c.container, c.item));
-        EXPECT_EQ(tip.substr(0, tip.rfind("\r\n")), c.tip) << c.item;
-    }
+        return tip.substr(0, tip.rfind("\r\n"));
+    };
+    // The programs' facts come in after the tree shows.
+    EXPECT_TRUE(test::PumpUntil([&] {
+        return std::all_of(std::begin(expected), std::end(expected),
+                           [&](const auto& c) { return tipOf(c) == c.tip; });
+    }));
+    for (const auto& c : expected)
+        EXPECT_EQ(tipOf(c), c.tip) << c.item;
+    const std::vector<std::string> shown = Shown(TreeHwnd());
+    ASSERT_GE(shown.size(), 11u);
+    EXPECT_EQ(std::vector(shown.begin(), shown.begin() + 11),
+              (std::vector<std::string>{
+                  "Current User (4)", "  Startup Folder (2)", "    Off.lnk grey", "    Tool.lnk",
+                  "  Registry Run (2)", "    Gone=C:\\nowhere\\gone.exe warned",
+                  "    Signed=" + signedCopy, "All Users (1)", "  Startup Folder (1)",
+                  "    Résumé.lnk no box", "  Registry Run (0)"}));
 
     const HTREEITEM tool = window->TreeView()->ItemOf(SelectItem("CurrentUserStartup", "Tool.lnk"));
     RECT label{};

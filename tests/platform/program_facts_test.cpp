@@ -1,7 +1,8 @@
 // What a program file says of itself, read from the build's copies of a small program whose
 // version resource names its company: signed by a chain of the test root (trusted here), by a
 // certificate nobody trusts (SHA-1 and SHA-256), not signed, changed after signing, and not there;
-// found as the items name programs (a path without ".exe", a variable); a file read again once it
+// found as the items name programs (a path without ".exe", a variable); one without a version
+// resource goes by its signer's name while the signature holds; a file read again once it
 // changed.
 #include <gtest/gtest.h>
 
@@ -43,6 +44,11 @@ TEST(ProgramFacts, EachSignatureStateWithTheResourcesOwnTexts) {
          false,
          {"Hexmoor Ltd", "Hexmoor Clock", SignatureState::Untrusted}},
         {folder / "gone.exe", false, {"", "", SignatureState::Missing}},
+        // Without a version resource: known by its signer, when the signature holds.
+        {test::SignedCopy("bare-trusted.exe"),
+         false,
+         {"Hexmoor Signing", "", SignatureState::Trusted}},
+        {test::SignedCopy("bare-untrusted.exe"), false, {"", "", SignatureState::Untrusted}},
     };
     for (const auto& c : cases)
         EXPECT_EQ(lookups.Facts(c.program, c.expandable), c.facts) << c.program;

@@ -1,12 +1,14 @@
 #!/bin/sh
-# sign_copies.sh PROGRAM OUT_DIR
+# sign_copies.sh PROGRAM BARE_PROGRAM OUT_DIR
 # Copies of PROGRAM in OUT_DIR: trusted.exe, signed by a certificate that the test root
 # (root.cer) issued; untrusted.exe, signed by a self-signed certificate that nobody trusts;
 # sha256.exe, signed by a SHA-256 self-signed certificate, which Wine's Authenticode step alone
-# takes for trusted; unsigned.exe as built.
+# takes for trusted; unsigned.exe as built. BARE_PROGRAM, which has no version resource, signed
+# by the trusted chain (bare-trusted.exe) and by the untrusted certificate (bare-untrusted.exe).
 set -eu
 program=$1
-out=$2
+bare=$2
+out=$3
 mkdir -p "$out"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -30,5 +32,10 @@ openssl req -x509 -newkey rsa:2048 -nodes -sha256 -days $days -subj "/CN=Nobody 
 osslsigncode sign -certs stray256.pem -key stray256.key -h sha256 -in "$program" -out sha256.exe \
     >/dev/null
 cp "$program" unsigned.exe
+osslsigncode sign -certs signer.pem -key signer.key -h sha1 -in "$bare" -out bare-trusted.exe \
+    >/dev/null
+osslsigncode sign -certs stray.pem -key stray.key -h sha1 -in "$bare" -out bare-untrusted.exe \
+    >/dev/null
 openssl x509 -in root.pem -outform DER -out root.cer
-cp trusted.exe untrusted.exe sha256.exe unsigned.exe root.cer "$out/"
+cp trusted.exe untrusted.exe sha256.exe unsigned.exe bare-trusted.exe bare-untrusted.exe root.cer \
+    "$out/"

@@ -54,7 +54,8 @@ std::string BuiltProgramFolder();
 // A copy of a small program whose version resource names "Hexmoor Ltd" and "Hexmoor Clock",
 // made by the build: "trusted.exe" (signed by a chain of the test root), "untrusted.exe"
 // and "sha256.exe" (signed by certificates nobody trusts, SHA-1 and SHA-256), "unsigned.exe";
-// and the root itself, "root.cer".
+// "bare-trusted.exe" and "bare-untrusted.exe" (the same without a version resource); and the
+// root itself, "root.cer".
 std::string SignedCopy(const char* name);
 // The test root trusted by every program of this prefix from now on.
 bool TrustTestRoot();

@@ -35,20 +35,6 @@ constexpr size_t kOwnRunEntryMessage = 37;
 constexpr size_t kNotForAllUsersMessage = 30;
 constexpr int kForAllUsers = 3;
 
-// What the records ask of the files on this machine.
-RecordLookups FileLookups() {
-    RecordLookups l;
-    l.ShortcutTarget = [](const std::string& link) {
-        const std::string target = ShortcutTarget(link);
-        return target.empty() ? link : target;
-    };
-    l.ProgramThere = [](const std::string& program, bool expandable) {
-        return ProgramFound(program, expandable, SystemCommandLine());
-    };
-    l.FileThere = [](const std::string& file) { return FileThere(file); };
-    return l;
-}
-
 std::string Joined(const std::vector<std::string>& lines, size_t from) {
     std::string text;
     for (size_t i = from; i < lines.size(); ++i)
@@ -346,8 +332,21 @@ int RunCliRequest(const CliNeeds& needs, ConsoleMessages& messages, const CliReq
             needs.RunStartup();
         return finish(kCliDone);
     }
-    std::vector<ItemRecord> records =
-        ItemRecords(tree, listing, model, needs.SafeList, FileLookups());
+    ProgramFactsCache facts;
+    RecordLookups lookups = MachineProgramLookups(facts);
+    // Only the list says what each program is: a move need not verify every signature.
+    if (request.Verb != CliVerb::List) {
+        lookups.Facts = nullptr;
+    } else {
+        std::vector<StartupItem> items;
+        for (size_t i = 0; i < tree.Count(); ++i)
+            if (const StartupItem* item = ItemOfNode(tree, listing, static_cast<int>(i)))
+                items.push_back(*item);
+        SYSTEM_INFO system{};
+        GetSystemInfo(&system);
+        ReadFactsAhead(items, lookups, std::min<unsigned>(system.dwNumberOfProcessors, 8));
+    }
+    std::vector<ItemRecord> records = ItemRecords(tree, listing, model, needs.SafeList, lookups);
     if (request.Verb == CliVerb::List) {
         out = request.Format == ListFormat::Json  ? FormatRecordsJson(records)
               : request.Format == ListFormat::Csv ? FormatRecordsCsv(records)

@@ -23,6 +23,10 @@ std::string DelayText(const ItemRecord& r) {
     return r.Delay ? FormatSingle(*r.Delay) : std::string();
 }
 
+std::string SignatureText(const ItemRecord& r) {
+    return r.Signature ? SignatureWord(*r.Signature) : "";
+}
+
 } // namespace
 
 const char* StateWord(ItemState state) {
@@ -33,6 +37,20 @@ const char* StateWord(ItemState state) {
         return "delayed";
     case ItemState::Stopped:
         return "stopped";
+    }
+    return "";
+}
+
+const char* SignatureWord(SignatureState state) {
+    switch (state) {
+    case SignatureState::Trusted:
+        return "trusted";
+    case SignatureState::Untrusted:
+        return "untrusted";
+    case SignatureState::Unsigned:
+        return "unsigned";
+    case SignatureState::Missing:
+        return "missing";
     }
     return "";
 }
@@ -64,21 +82,16 @@ std::vector<ItemRecord> ItemRecords(const TreeModel& tree, const StartupListing&
         const GroupProgram* delayed = DelayedRecord(model, *item);
         if (delayed)
             r.Delay = delayed->Delay;
-        if (item->Registry()) {
-            r.Path = item->File;
+        const ItemProgram program = ProgramOfItem(*item, lookups);
+        r.Path = program.Path;
+        r.Missing = program.Missing;
+        if (item->Registry())
             r.Parameters = item->Arguments;
-            r.Missing = lookups.ProgramThere && !lookups.ProgramThere(item->File, item->Expandable);
-        } else {
-            const std::string target =
-                lookups.ShortcutTarget && EndsWith(ToLower(item->Name), ".lnk")
-                    ? lookups.ShortcutTarget(item->File)
-                    : std::string();
-            r.Path = target.empty() ? item->File : target;
-            // A shortcut kept in the items folder: missing when the file is gone from there.
-            if (item->State != ItemState::Active)
-                r.Missing = lookups.FileThere && !lookups.FileThere(item->File);
-            if (delayed)
-                r.Parameters = delayed->Parameters;
+        else if (delayed)
+            r.Parameters = delayed->Parameters;
+        if (const std::optional<ProgramFacts> facts = FactsOfItem(program, lookups)) {
+            r.Publisher = facts->Publisher;
+            r.Signature = facts->Signature;
         }
         records.push_back(std::move(r));
     }
@@ -86,20 +99,22 @@ std::vector<ItemRecord> ItemRecords(const TreeModel& tree, const StartupListing&
 }
 
 std::string FormatRecordsTable(const std::vector<ItemRecord>& records) {
-    std::string out = "STATE    LOCATION        DELAY  NAME\n";
+    std::string out = "STATE    LOCATION        DELAY  SIGNATURE NAME\n";
     for (const ItemRecord& r : records) {
         auto column = [](std::string text, size_t width) {
             text.resize(std::max(text.size(), width), ' ');
             return text + " ";
         };
         out += column(StateWord(r.State), 8) + column(CliLocationWord(r.Location, r.Wow32), 15) +
-               column(DelayText(r), 6) + r.Name;
+               column(DelayText(r), 6) + column(SignatureText(r), 9) + r.Name;
         if (r.SwitchedOff)
             out += "  (switched off in Task Manager)";
         if (r.Missing)
             out += "  (not found)";
         if (r.Known)
             out += "  [" + r.Description + "]";
+        if (!r.Publisher.empty())
+            out += "  (by " + r.Publisher + ")";
         out += "\n";
     }
     return out;
@@ -117,20 +132,23 @@ std::string FormatRecordsJson(const std::vector<ItemRecord>& records) {
                ", \"known\": " + (r.Known ? "true" : "false") +
                ", \"description\": " + JsonText(r.Description) +
                ", \"switchedOff\": " + (r.SwitchedOff ? "true" : "false") +
-               ", \"missing\": " + (r.Missing ? "true" : "false") + "}";
+               ", \"missing\": " + (r.Missing ? "true" : "false") +
+               ", \"publisher\": " + JsonText(r.Publisher) + ", \"signature\": " +
+               (r.Signature ? "\"" + SignatureText(r) + "\"" : std::string("null")) + "}";
     }
     return out + (records.empty() ? "]\n" : "\n]\n");
 }
 
 std::string FormatRecordsCsv(const std::vector<ItemRecord>& records) {
     std::string out =
-        "state,location,name,path,parameters,delay,known,description,switchedOff,missing\r\n";
+        "state,location,name,path,parameters,delay,known,description,switchedOff,missing,publisher,"
+        "signature\r\n";
     for (const ItemRecord& r : records)
         out += std::string(StateWord(r.State)) + "," + CliLocationWord(r.Location, r.Wow32) + "," +
                CsvText(r.Name) + "," + CsvText(r.Path) + "," + CsvText(r.Parameters) + "," +
                DelayText(r) + "," + (r.Known ? "true" : "false") + "," + CsvText(r.Description) +
                "," + (r.SwitchedOff ? "true" : "false") + "," + (r.Missing ? "true" : "false") +
-               "\r\n";
+               "," + CsvText(r.Publisher) + "," + SignatureText(r) + "\r\n";
     return out;
 }
 

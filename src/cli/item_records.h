@@ -11,6 +11,7 @@
 #include "config/logon_history.h"
 #include "config/safe_list.h"
 #include "config/program_model.h"
+#include "items/item_program.h"
 #include "items/startup_tree.h"
 #include "models/tree_model.h"
 
@@ -32,16 +33,14 @@ struct ItemRecord {
     bool SwitchedOff = false; // Task Manager keeps it from starting
     bool Movable = false;     // the list offers its moves
     bool Missing = false;     // what it starts is not there: its shortcut or its program file
+    std::string Publisher;    // the program's own, or its signer's
+    std::optional<SignatureState> Signature; // nothing when not asked
 };
 
-// What only the platform can tell: a shortcut's target and which files are there. What an
-// item starts is the item's own File and Arguments, read the same way in every state.
-struct RecordLookups {
-    std::function<std::string(const std::string& shortcut)> ShortcutTarget;
-    // The program is there, its variables filled in when the command is expandable.
-    std::function<bool(const std::string& program, bool expandable)> ProgramThere;
-    std::function<bool(const std::string& file)> FileThere;
-};
+// What only the platform can tell: a shortcut's target, which files are there and what each
+// program says of itself. What an item starts is the item's own File and Arguments, read the same
+// way in every state.
+using RecordLookups = ProgramLookups;
 
 // A record of each item of the tree, in its order.
 std::vector<ItemRecord> ItemRecords(const TreeModel& tree, const StartupListing& listing,
@@ -51,6 +50,8 @@ std::vector<ItemRecord> ItemRecords(const TreeModel& tree, const StartupListing&
 
 // "active", "delayed" or "stopped".
 const char* StateWord(ItemState state);
+// "trusted", "untrusted", "unsigned" or "missing".
+const char* SignatureWord(SignatureState state);
 
 // The fields are passed through as they are: the caller gives them in UTF-8.
 std::string FormatRecordsTable(const std::vector<ItemRecord>& records);

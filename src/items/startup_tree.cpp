@@ -483,7 +483,7 @@ void MarkKnown(TreeModel& tree, const std::vector<SafeEntry>& safeList) {
 
 std::string ItemToolTip(const TreeNode& node, const std::vector<SafeEntry>& safeList,
                         const ItemTipLines& lines, std::string_view impact,
-                        std::string_view program) {
+                        std::string_view program, std::string_view facts) {
     const SafeEntry* known = node.Item >= 0 ? KnownEntry(node, safeList) : nullptr;
     std::string tip = known ? known->Description : std::string();
     auto line = [&](const std::string& text) {
@@ -498,8 +498,10 @@ std::string ItemToolTip(const TreeNode& node, const std::vector<SafeEntry>& safe
     if (node.Data == kWow32Item)
         line(lines.Wow32);
     line(std::string(impact));
-    if (node.Item >= 0)
+    if (node.Item >= 0) {
+        line(std::string(facts));
         line(std::string(program));
+    }
     return tip;
 }
 

@@ -184,10 +184,11 @@ struct ItemTipLines {
     std::string AllUsers; // an active item of all users: why it cannot be ticked or moved
 };
 // `impact` is the line of the item's last measurement; `program`, what the item starts (a
-// shortcut's target, a Run value's program), comes last, so that every item says what it is.
+// shortcut's target, a Run value's program), comes last, so that every item says what it is,
+// after `facts`, the line of who made it and whether its signature holds.
 std::string ItemToolTip(const TreeNode& node, const std::vector<SafeEntry>& safeList,
                         const ItemTipLines& lines, std::string_view impact = {},
-                        std::string_view program = {});
+                        std::string_view program = {}, std::string_view facts = {});
 
 // The item of a delayed leaf, by which its measurement is found; nothing for any other node:
 // an active item's measurement would be of a start that Windows did not make.

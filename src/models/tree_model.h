@@ -19,10 +19,11 @@ struct TreeNode {
     bool Checked = false;
     bool Expanded = false;
     bool Bold = false;
-    bool Cut = false;   // shown dimmed, as the shell shows a cut item
-    int Data = 0;       // the owner's own mark for the node
-    int Item = -1;      // the owner's item that a leaf shows; -1 for none
-    std::string Notice; // a line the node's tip adds: why its item will not start
+    bool Cut = false;     // shown dimmed, as the shell shows a cut item
+    int Data = 0;         // the owner's own mark for the node
+    int Item = -1;        // the owner's item that a leaf shows; -1 for none
+    std::string Notice;   // a line the node's tip adds: why its item will not start
+    bool Missing = false; // what the item starts is not there
     // What an item is, the same in every state: its own name (the shortcut's, the Run value's)
     // and the file whose picture it shows (the shortcut, or the program a Run value starts,
     // variables as written); "" where not known.

@@ -2,6 +2,8 @@
 
 #include <objbase.h>
 
+#include <utility>
+
 namespace tolvane {
 
 namespace {
@@ -17,6 +19,9 @@ template <class F> F CommonControlsFunction(const char* name) {
     return module ? reinterpret_cast<F>(reinterpret_cast<void*>(GetProcAddress(module, name)))
                   : nullptr;
 }
+
+// EnsureCom joined this thread to COM, and LeaveCom is to let go.
+thread_local bool comJoined = false;
 
 } // namespace
 
@@ -40,9 +45,20 @@ bool EnsureCom() {
         if (!init)
             return false;
         const HRESULT hr = init(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
+        comJoined = SUCCEEDED(hr);
         return SUCCEEDED(hr) || hr == RPC_E_CHANGED_MODE;
     }();
     return ready;
+}
+
+void LeaveCom() {
+    if (!std::exchange(comJoined, false))
+        return;
+    using Leave = void(WINAPI*)();
+    if (HMODULE ole = GetModuleHandleA("ole32.dll"))
+        if (auto leave = reinterpret_cast<Leave>(
+                reinterpret_cast<void*>(GetProcAddress(ole, "CoUninitialize"))))
+            leave();
 }
 
 HIMAGELIST ImageListCreate(int cx, int cy, UINT flags, int initial, int grow) {

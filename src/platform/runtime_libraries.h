@@ -12,8 +12,10 @@ namespace tolvane {
 // The common controls (tree view, status bar, toolbar classes) registered for this process.
 bool EnsureCommonControls();
 
-// COM for this thread, as the shell needs it to open shortcuts. Stays until the process ends.
+// COM for this thread, as the shell needs it to open shortcuts. Stays until the process ends,
+// or until a worker thread that is about to end lets go of it.
 bool EnsureCom();
+void LeaveCom();
 
 // The image-list functions, from the common controls.
 HIMAGELIST ImageListCreate(int cx, int cy, UINT flags, int initial, int grow);

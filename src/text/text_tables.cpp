@@ -132,7 +132,16 @@ TextTables::TextTables() : Languages(1) {
         "\"%1\" was not moved: your administrator has locked it with the policy \"Startup items "
         "that users may not move\". It stays where it is.\0"
         "\"%1\" was not moved: your administrator has set the policy \"Only the administrator "
-        "moves startup items\". Tolvane lists every item, but moves none.\0";
+        "moves startup items\". Tolvane lists every item, but moves none.\0"
+        // What an item's program is: signed, not trusted, unsigned, with its publisher (and
+        // description) and without; its file missing.
+        "%1 \xe2\x80\x94 signed\0"
+        "%1 \xe2\x80\x94 signature not trusted\0"
+        "%1 \xe2\x80\x94 no signature\0"
+        "Signed\0"
+        "Signature not trusted\0"
+        "No signature\0"
+        "Program file missing\0";
     Messages = UnpackTexts(kMessages, sizeof kMessages);
     static const char kToolbar[] = "Save Changes\0"
                                    "Refresh the list\0"

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <exception>
 #include <map>
+#include <utility>
 
 #include "config/app_state.h"
 #include "config/delay_load.h"
@@ -15,6 +16,7 @@
 #include "config/program_group_store.h"
 #include "config/language_files.h"
 #include "items/item_moves.h"
+#include "items/item_program.h"
 #include "items/online_search.h"
 #include "items/refresh.h"
 #include "items/run_entry.h"
@@ -58,6 +60,10 @@ constexpr size_t kNotKeptLine = 39;
 constexpr size_t kNextStartMessage = 41;
 // Search Online: no program opened the address; the user may copy it.
 constexpr size_t kNotOpenedMessage = 42;
+// The tip's line of what an item's program is: signed, not trusted, unsigned (with the publisher
+// and without), missing.
+constexpr size_t kSignedLine = 45, kUntrustedLine = 46, kUnsignedLine = 47, kSignedAloneLine = 48,
+                 kUntrustedAloneLine = 49, kUnsignedAloneLine = 50, kMissingLine = 51;
 // The window's title, in its own texts (the Toolbar table).
 constexpr size_t kTitleEntry = 7;
 // Messages 22 to 24: the ratings; 25 and 26: a measurement with and without its ready time.
@@ -67,6 +73,9 @@ constexpr UINT kFirstShown = WM_APP + 2;
 // A folder or key that the tree shows changed; the tree follows after a short while, so that a
 // burst of changes (a move of many items elsewhere) rebuilds it once.
 constexpr UINT kChangedElsewhere = WM_APP + 3;
+// The worker found facts of the items' programs (wParam: its round); the tree has painted, and
+// the worker may start on the facts of its items.
+constexpr UINT kFactsFound = WM_APP + 9, kReadFacts = WM_APP + 10;
 constexpr UINT_PTR kChangedTimer = 1;
 constexpr UINT kChangedWaitMs = 300;
 
@@ -346,8 +355,12 @@ void MainWindow::EnsureContent() {
         return ItemToolTip(tree_.Node(node), app_.SafeList,
                            {app_.text.Message(kSwitchedOffLine), app_.text.Message(kWow32Line),
                             app_.text.Message(kAllUsersLine)},
-                           impact, program);
+                           impact, program, FactsLine(node));
     };
+    facts_ =
+        std::make_unique<FactsReader>(Hwnd(), kFactsFound, [log = &app_.log](const char* what) {
+            log->WriteLog(std::string("Program facts: ") + what, kLogWarning);
+        });
     CheckForOptions();
     Layout();
     WatchForChanges();
@@ -393,6 +406,54 @@ void MainWindow::RefreshForChange() {
     }
     stale_ = false;
     Refresh(true);
+}
+
+void MainWindow::ReadFacts() {
+    nodeFacts_.assign(tree_.Count(), std::nullopt);
+    factsRound_ = 0; // what the worker finds for the tree before this one is not this one's
+    pendingFacts_.clear();
+    for (size_t i = 0; i < tree_.Count(); ++i)
+        if (const StartupItem* item = ItemOfNode(tree_, listing_, static_cast<int>(i)))
+            pendingFacts_.push_back({static_cast<int>(i), *item});
+    // The worker starts once the tree has painted: its first files and libraries would
+    // otherwise take the time of the first paint.
+    PostMessageA(Hwnd(), kReadFacts, 0, 0);
+}
+
+void MainWindow::StartFacts() {
+    if (pendingFacts_.empty() || !facts_)
+        return;
+    UpdateWindow(treeView_->Hwnd());
+    try {
+        factsRound_ = facts_->Read(std::exchange(pendingFacts_, {}));
+    } catch (const std::exception& e) {
+        // The tree shows all the same, its tips without the programs' facts.
+        app_.log.WriteLog(std::string("Program facts: ") + e.what(), kLogWarning);
+    }
+}
+
+void MainWindow::FactsFound(WPARAM round) {
+    if (round != factsRound_ || !facts_)
+        return; // a later refresh reads its own
+    for (const FactsReader::Found& found : facts_->Take()) {
+        if (found.Node < 0 || static_cast<size_t>(found.Node) >= nodeFacts_.size())
+            continue;
+        nodeFacts_[static_cast<size_t>(found.Node)] = found.Facts;
+        if (found.Facts.Signature == SignatureState::Missing) {
+            tree_.Node(found.Node).Missing = true;
+            treeView_->ShowMark(tree_, found.Node);
+        }
+    }
+}
+
+std::string MainWindow::FactsLine(int node) const {
+    if (node < 0 || static_cast<size_t>(node) >= nodeFacts_.size() ||
+        !nodeFacts_[static_cast<size_t>(node)])
+        return {};
+    const auto m = [this](size_t line) { return app_.text.Message(line); };
+    return FactsTipLine(*nodeFacts_[static_cast<size_t>(node)],
+                        {m(kSignedLine), m(kUnsignedLine), m(kUntrustedLine), m(kSignedAloneLine),
+                         m(kUnsignedAloneLine), m(kUntrustedAloneLine), m(kMissingLine)});
 }
 
 void MainWindow::Layout() {
@@ -465,6 +526,7 @@ void MainWindow::Refresh(bool keepPlace) {
         }
     }
     treeView_->Render(tree_);
+    ReadFacts();
     progress_->SetValue(0);
     SetCursor(previous);
     CheckForOptions();
@@ -776,6 +838,12 @@ LRESULT MainWindow::HandleMessage(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
     case kChangedElsewhere:
         ChangedElsewhere();
         return 0;
+    case kFactsFound:
+        FactsFound(wp);
+        return 0;
+    case kReadFacts:
+        StartFacts();
+        return 0;
     case WM_TIMER:
         if (wp == kChangedTimer) {
             RefreshForChange();
@@ -854,6 +922,7 @@ LRESULT MainWindow::HandleMessage(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
     case WM_DESTROY:
         KeepPlace();
         watch_.reset();
+        facts_.reset(); // its worker stops after the file it reads
         tray_.RemoveTrayIcon();
         PostQuitMessage(0);
         return 0;

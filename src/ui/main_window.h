@@ -13,6 +13,7 @@
 #include <string>
 
 #include "items/checked_items.h"
+#include "items/facts_reader.h"
 #include "items/item_moves.h"
 #include "items/startup_tree.h"
 #include "models/command_table.h"
@@ -134,6 +135,12 @@ private:
     // at once if shown, else when the window is next shown.
     void ChangedElsewhere();
     void RefreshForChange();
+    // What each item's program says of itself, read by a worker after the tree shows; the
+    // facts found so far go into the tips and the tree's marks.
+    void ReadFacts();
+    void StartFacts();
+    void FactsFound(WPARAM round);
+    std::string FactsLine(int node) const;
 
     AppState& app_;
     HINSTANCE instance_;
@@ -158,6 +165,10 @@ private:
     std::unique_ptr<ChangeWatch> watch_;
     bool stale_ = false;   // changed elsewhere while the window was hidden
     bool notKept_ = false; // the status line says that a choice was not kept
+    std::unique_ptr<FactsReader> facts_;
+    WPARAM factsRound_ = 0;
+    std::vector<FactsReader::Job> pendingFacts_;         // the tree's, until it has painted
+    std::vector<std::optional<ProgramFacts>> nodeFacts_; // by node, as far as read
 };
 
 } // namespace tolvane

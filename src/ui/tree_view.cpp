@@ -28,6 +28,11 @@ UINT StateImage(const TreeNode& node) {
 constexpr const char* kNotFound = "NotFound";
 constexpr int kWarningOverlay = 1;
 
+// An item that will not start, or whose program is not there, wears the warning sign.
+UINT Overlay(const TreeNode& node) {
+    return node.Notice.empty() && !node.Missing ? 0 : INDEXTOOVERLAYMASK(kWarningOverlay);
+}
+
 // Program icons read per message: a few dozen keep the window answering between them.
 constexpr size_t kIconsPerRound = 24;
 
@@ -290,6 +295,16 @@ void TreeViewControl::LoadIcons(const TreeModel& model, WPARAM round) {
         PostMessageA(parent_, kLoadIcons, iconRound_, 0);
 }
 
+void TreeViewControl::ShowMark(const TreeModel& model, int node) {
+    HTREEITEM handle = ItemOf(node);
+    if (!handle || static_cast<size_t>(node) >= model.Count())
+        return; // not shown yet: it takes the mark when it is
+    TVITEMA item{TVIF_STATE, handle};
+    item.stateMask = TVIS_OVERLAYMASK;
+    item.state = Overlay(model.Node(node));
+    SendMessageA(tree_, TVM_SETITEMA, 0, reinterpret_cast<LPARAM>(&item));
+}
+
 HTREEITEM TreeViewControl::ItemOf(int node) const {
     return node >= 0 && static_cast<size_t>(node) < items_.size() ? items_[node] : nullptr;
 }
@@ -325,8 +340,8 @@ HTREEITEM TreeViewControl::Insert(const TreeModel& model, int index) {
                                         : image == imageIndex_.end()    ? I_IMAGENONE
                                                                         : image->second;
     item.stateMask = TVIS_BOLD | TVIS_CUT | TVIS_STATEIMAGEMASK | TVIS_OVERLAYMASK;
-    item.state = (node.Bold ? TVIS_BOLD : 0) | (node.Cut ? TVIS_CUT : 0) | StateImage(node) |
-                 (node.Notice.empty() ? 0 : INDEXTOOVERLAYMASK(kWarningOverlay));
+    item.state =
+        (node.Bold ? TVIS_BOLD : 0) | (node.Cut ? TVIS_CUT : 0) | StateImage(node) | Overlay(node);
     item.lParam = static_cast<LPARAM>(index);
     item.cChildren = node.Children.empty() ? 0 : 1; // a closed node shows its button
     HTREEITEM handle = reinterpret_cast<HTREEITEM>(

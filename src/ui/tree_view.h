@@ -62,6 +62,9 @@ public:
     static constexpr UINT kLoadIcons = WM_APP + 21;
     void LoadIcons(const TreeModel& model, WPARAM round);
 
+    // Shows the node's warning sign again, after the model learnt that its program is missing.
+    void ShowMark(const TreeModel& model, int node);
+
     // The pictures at the size that suits the parent's screen density.
     void LoadPictures();
 

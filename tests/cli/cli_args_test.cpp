@@ -75,33 +75,41 @@ TEST(CliRecords, TheTreesItemsWithTheirCommandsInThreeFormats) {
     lookups.ShortcutTarget = [](const std::string& link) { return "target of " + link; };
     lookups.ProgramThere = [](const std::string& program, bool) { return program != "C:\\t.exe"; };
     lookups.FileThere = [](const std::string&) { return false; };
+    lookups.Facts = [](const std::string& program, bool) {
+        return program == "C:\\P F\\c.exe"
+                   ? ProgramFacts{"Hexmoor, Ltd", "", SignatureState::Trusted}
+                   : ProgramFacts{};
+    };
     const std::vector<ItemRecord> records =
         ItemRecords(tree, listing, model, {{"Tool", "A clock"}}, lookups);
 
-    // Every state's command read the same way; what is not there is marked missing.
+    // Every state's command read the same way; what is not there is marked missing (a shortcut
+    // whose target is gone too), and only a program that is there has a signature to tell.
     EXPECT_EQ(FormatRecordsCsv(records),
-              "state,location,name,path,parameters,delay,known,description,switchedOff,missing\r\n"
-              "active,user-folder,Word.lnk,target of C:\\Start\\Word.lnk,,,false,,false,false\r\n"
+              "state,location,name,path,parameters,delay,known,description,switchedOff,missing,"
+              "publisher,signature\r\n"
+              "active,user-folder,Word.lnk,target of C:\\Start\\Word.lnk,,,false,,false,true,,"
+              "missing\r\n"
               "active,user-run,\"Caf\xc3\xa9 \"\"q\"\"=\"\"C:\\P F\\c.exe\"\" /a,b\",C:\\P "
-              "F\\c.exe,\"/a,b\",,false,,false,false\r\n"
-              "active,user-run,Tool=C:\\t.exe,C:\\t.exe,,,true,A clock,true,true\r\n"
+              "F\\c.exe,\"/a,b\",,false,,false,false,\"Hexmoor, Ltd\",trusted\r\n"
+              "active,user-run,Tool=C:\\t.exe,C:\\t.exe,,,true,A clock,true,true,,missing\r\n"
               "delayed,user-folder,Later.lnk,target of C:\\Items\\Later.lnk,-x,7.5,false,,false,"
-              "true\r\n"
-              "stopped,user-run,Old=C:\\old.exe,C:\\old.exe,,,false,,false,false\r\n");
+              "true,,missing\r\n"
+              "stopped,user-run,Old=C:\\old.exe,C:\\old.exe,,,false,,false,false,,unsigned\r\n");
     // Known: on the safe list, with its description.
     EXPECT_EQ(FormatRecordsJson({records[2]}),
               "[\n  {\"state\": \"active\", \"location\": \"user-run\", \"name\": "
               "\"Tool=C:\\\\t.exe\", \"path\": \"C:\\\\t.exe\", \"parameters\": \"\", \"delay\": "
               "null, \"known\": true, \"description\": \"A clock\", \"switchedOff\": true, "
-              "\"missing\": true}\n]\n");
+              "\"missing\": true, \"publisher\": \"\", \"signature\": \"missing\"}\n]\n");
     ItemRecord control = records[0];
     control.Name = "a\tb\x01";
     EXPECT_NE(FormatRecordsJson({control}).find("\"a\\u0009b\\u0001\""), std::string::npos);
     EXPECT_EQ(FormatRecordsJson({}), "[]\n");
     EXPECT_EQ(records[0].OwnName + "|" + records[1].OwnName, "Word.lnk|Caf\xc3\xa9 \"q\"");
-    EXPECT_NE(
-        FormatRecordsTable(records).find("delayed  user-folder     7.5    Later.lnk  (not found)"),
-        std::string::npos);
+    EXPECT_NE(FormatRecordsTable(records).find(
+                  "delayed  user-folder     7.5    missing   Later.lnk  (not found)"),
+              std::string::npos);
 }
 
 // The kept runs, the newest first: a run still waiting or with nothing measured says so.

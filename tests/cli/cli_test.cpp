@@ -70,6 +70,8 @@ TEST_F(Console, CommandsMoveAndListItemsByNameAndSayWhatTheyDid) {
     RunValue(user, "Wipe", "cmd.exe /c del C:\\x.tmp");
     RunValue(user, "Dup", "C:\\dup.exe");
     RunValue(RegistryRoot::LocalMachine, "Dup", "C:\\dup64.exe");
+    ASSERT_TRUE(test::TrustTestRoot());
+    RunValue(user, "Signed", test::SignedCopy("trusted.exe"));
     const auto runValues = reg.EnumValues(user, kRunKey);
     // An expandable command with blanks lists the same program and arguments in every state.
     const std::string exp = "\"path\": \"%TOLVANE_CLI_TEST%\\\\Some App\\\\e.exe\", "
@@ -82,7 +84,13 @@ TEST_F(Console, CommandsMoveAndListItemsByNameAndSayWhatTheyDid) {
         {"list --json", 0,
          "{\"state\": \"active\", \"location\": \"user-folder\", \"name\": \"Tool.lnk\", \"path\": "
          "\"C:\\\\windows\\\\notepad.exe\", \"parameters\": \"\", \"delay\": null, \"known\": "
-         "false, \"description\": \"\", \"switchedOff\": false, \"missing\": false}"},
+         "false, \"description\": \"\", \"switchedOff\": false, \"missing\": false, "
+         "\"publisher\": \""},
+        // Who made each program, and whether its signature holds.
+        {"list --json", 0,
+         "trusted.exe\", \"parameters\": \"\", \"delay\": null, \"known\": false, "
+         "\"description\": \"\", \"switchedOff\": false, \"missing\": false, \"publisher\": "
+         "\"Hexmoor Ltd\", \"signature\": \"trusted\"}"},
         {"delay clock", 0, "", "D Clock"},
         {"delay Exp", 0, "", "D Clock, D Exp"},
         {"list --json", 0, exp, "D Clock, D Exp"},
@@ -95,7 +103,7 @@ TEST_F(Console, CommandsMoveAndListItemsByNameAndSayWhatTheyDid) {
         {"restore Exp", 0, ""},
         {"delay Tool.lnk --delay 7.5", 0, "", "D Tool.lnk",
          "Execute (\"Tool.lnk\", \"\", 7.5, \"\");"},
-        {"list", 0, "delayed  user-folder     7.5    Tool.lnk", "D Tool.lnk"},
+        {"list", 0, "delayed  user-folder     7.5    unsigned  Tool.lnk", "D Tool.lnk"},
         {"restore tool.lnk", 0, ""},
         {"delay \"über яндекс ☕\"", 0, "", "D Über Яндекс ☕"},
         {"restore \"Über Яндекс ☕=\\\"C:\\Я S\\u.exe\\\" -q ☕\"", 0, ""},
@@ -158,7 +166,7 @@ TEST_F(Console, PlansAreExportedAndAppliedByTheListsMoves) {
         {"apply \"" + plan + "\"", 0, matches, "D Clock, S Tool.lnk"},
         {"apply \"" + plan + "\" --check", 0, matches, "D Clock, S Tool.lnk"},
         {"export \"" + plan + "\"", 0, "", "D Clock, S Tool.lnk"},
-        {"list", 0, "delayed  user-run        4      Clock=", "D Clock, S Tool.lnk"},
+        {"list", 0, "delayed  user-run        4      missing   Clock=", "D Clock, S Tool.lnk"},
     };
     std::string held;
     for (const auto& step : steps) {

@@ -3,6 +3,7 @@
 #include "platform/file_operation_request.h"
 #include "platform/min_size.h"
 #include "platform/path_rules.h"
+#include "platform/program_facts_cache.h"
 #include "platform/unique_any.h"
 
 namespace tolvane {
@@ -25,6 +26,20 @@ TEST(PathRules, SearchPathsJoinWithOneSeparator) {
     EXPECT_EQ(PathHashText(""), "14650fb0739d0383");
     EXPECT_EQ(PathHashText("C:\\Tolvane"), PathHashText("c:\\tolvane"));
     EXPECT_NE(PathHashText("C:\\Tolvane"), PathHashText("C:\\Tolvane2"));
+}
+
+// A program's facts hold while its file keeps its size and write time, under any letter case.
+TEST(ProgramFactsCache, FactsHoldUntilTheFileChanges) {
+    ProgramFactsCache cache;
+    const ProgramFacts facts{"Hexmoor Ltd", "Clock", SignatureState::Trusted};
+    cache.Keep("C:\\P\\Clock.exe", {100, 7}, facts);
+    EXPECT_EQ(cache.Find("c:\\p\\CLOCK.EXE", {100, 7}), facts);
+    for (const FileStamp changed : {FileStamp{101, 7}, FileStamp{100, 8}})
+        EXPECT_FALSE(cache.Find("C:\\P\\Clock.exe", changed));
+    EXPECT_FALSE(cache.Find("C:\\P\\Clock2.exe", {100, 7}));
+    cache.Keep("C:\\P\\CLOCK.exe", {101, 7}, {});
+    EXPECT_EQ(cache.Find("C:\\P\\Clock.exe", {101, 7}), ProgramFacts{});
+    EXPECT_EQ(cache.Count(), 1u);
 }
 
 TEST(FileOperationRequest, TargetFolderIsWhatHoldsTheTarget) {

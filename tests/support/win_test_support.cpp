@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include <wincrypt.h>
+
 #include <gtest/gtest.h>
 
 #include "platform/message_pump.h"
@@ -133,6 +135,23 @@ std::string ShellFolder(int csidl) {
 
 std::string BuiltProgramFolder() {
     return WinePathOfUnixPath(TOLVANE_BIN_DIR);
+}
+
+std::string SignedCopy(const char* name) {
+    return WinePathOfUnixPath(TOLVANE_SIGNED_DIR) + "\\" + name;
+}
+
+bool TrustTestRoot() {
+    const std::string root = ReadFileBytes(SignedCopy("root.cer"));
+    HCERTSTORE store =
+        CertOpenStore(CERT_STORE_PROV_SYSTEM_A, 0, 0, CERT_SYSTEM_STORE_LOCAL_MACHINE, "Root");
+    const bool added = !root.empty() && store &&
+                       CertAddEncodedCertificateToStore(
+                           store, X509_ASN_ENCODING, reinterpret_cast<const BYTE*>(root.data()),
+                           static_cast<DWORD>(root.size()), CERT_STORE_ADD_USE_EXISTING, nullptr);
+    if (store)
+        CertCloseStore(store, 0);
+    return added;
 }
 
 ChildProcess::ChildProcess(const std::string& commandLine) {

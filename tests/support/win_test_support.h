@@ -42,7 +42,6 @@ private:
 // Deletes a key with all its values and subkeys; a missing key is fine.
 void DeleteRegistryTree(RegistryRoot root, const std::string& path);
 
-
 // A real shell shortcut (.lnk) to a target with arguments, made through IShellLink.
 bool CreateShortcut(const std::string& linkPath, const std::string& target,
                     const std::string& arguments = "");
@@ -51,6 +50,15 @@ std::string ShellFolder(int csidl);
 
 // The folder of the built Tolvane.exe with its lang and data folders.
 std::string BuiltProgramFolder();
+
+// A copy of a small program whose version resource names "Hexmoor Ltd" and "Hexmoor Clock",
+// made by the build: "trusted.exe" (signed by a chain of the test root), "untrusted.exe"
+// and "sha256.exe" (signed by certificates nobody trusts, SHA-1 and SHA-256), "unsigned.exe";
+// "bare-trusted.exe" and "bare-untrusted.exe" (the same without a version resource); and the
+// root itself, "root.cer".
+std::string SignedCopy(const char* name);
+// The test root trusted by every program of this prefix from now on.
+bool TrustTestRoot();
 
 // A text value as the system stores it: UTF-16 with its end NUL.
 RegistryValue WideValue(uint32_t type, std::string_view text);

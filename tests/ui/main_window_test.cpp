@@ -6,6 +6,7 @@
 #include <windows.h>
 #include <commctrl.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 
@@ -29,8 +30,8 @@ namespace {
 using test::MainWindowTest;
 using test::TextOf;
 
-// Every node of the control, indented by depth, greyed or without a box as it shows; the text
-// as the control holds it, in UTF-16.
+// Every node of the control, indented by depth, greyed, without a box or with the warning sign
+// as it shows; the text as the control holds it, in UTF-16.
 std::vector<std::string> Shown(HWND tree) {
     std::vector<std::string> out;
     std::function<void(HTREEITEM, int)> walk = [&](HTREEITEM item, int depth) {
@@ -39,11 +40,12 @@ std::vector<std::string> Shown(HWND tree) {
             TVITEMW data{TVIF_TEXT | TVIF_STATE, item};
             data.pszText = text;
             data.cchTextMax = 512;
-            data.stateMask = TVIS_CUT | TVIS_STATEIMAGEMASK;
+            data.stateMask = TVIS_CUT | TVIS_STATEIMAGEMASK | TVIS_OVERLAYMASK;
             SendMessageW(tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&data));
             out.push_back(std::string(2 * depth, ' ') + Narrow(text, CP_UTF8) +
                           (data.state & TVIS_CUT ? " grey" : "") +
-                          (data.state & TVIS_STATEIMAGEMASK ? "" : " no box"));
+                          (data.state & TVIS_STATEIMAGEMASK ? "" : " no box") +
+                          (data.state & TVIS_OVERLAYMASK ? " warned" : ""));
             walk(TreeView_GetChild(tree, item), depth + 1);
         }
     };
@@ -52,16 +54,20 @@ std::vector<std::string> Shown(HWND tree) {
 }
 
 // The items of both Startup folders and the Run key show with their marks (one switched off
-// in Task Manager is greyed, all users' active ones have no box); resting the pointer on an
-// item shows its tip, which says what keeps an item from starting or moving, and a delayed
-// item's last measurement from the impact file; a click on a box ticks it.
+// in Task Manager is greyed, all users' active ones have no box, one whose program is not there
+// wears the warning sign); resting the pointer on an item shows its tip, which says what keeps an
+// item from starting or moving, a delayed item's last measurement from the impact file, and who
+// made its program and whether its signature holds; a click on a box ticks it.
 TEST_F(MainWindowTest, TheTreeShowsTheRealItemsTipsAndTicks) {
+    ASSERT_TRUE(test::TrustTestRoot());
     Shortcut(places.UserFolder, "Tool.lnk");
     Shortcut(places.UserFolder, "Off.lnk");
     Shortcut(places.CommonFolder, "Résumé.lnk");
     ASSERT_TRUE(reg.SetValue(RegistryRoot::CurrentUser, kApprovedFolderKey, "Off.lnk",
                              {kBinaryType, std::vector<uint8_t>(kApprovedFlagSize, 3)}));
     RunValue(RegistryRoot::CurrentUser, "Gone", "C:\\nowhere\\gone.exe");
+    const std::string signedCopy = test::SignedCopy("trusted.exe");
+    RunValue(RegistryRoot::CurrentUser, "Signed", signedCopy);
     const std::string measured = "Résumé.lnk"; // measured as "RÉSUMÉ.LNK": one name
     app.model.ProgramGroups[0].Programs = {{measured, "", "Execute", 0, ""},
                                            {"Gone.lnk", "", "Execute", 0, ""},
@@ -73,30 +79,42 @@ TEST_F(MainWindowTest, TheTreeShowsTheRealItemsTipsAndTicks) {
         app.Store().File().ImpactFilePath(),
         FormatImpactFile({{{kUserStartup, "RÉSUMÉ.LNK"}, "", 4140, 2260, 45 << 20, 0, 9000}}));
     Open();
-    const std::vector<std::string> shown = Shown(TreeHwnd());
-    ASSERT_GE(shown.size(), 10u);
-    EXPECT_EQ(std::vector(shown.begin(), shown.begin() + 10),
-              (std::vector<std::string>{
-                  "Current User (3)", "  Startup Folder (2)", "    Off.lnk grey", "    Tool.lnk",
-                  "  Registry Run (1)", "    Gone=C:\\nowhere\\gone.exe", "All Users (1)",
-                  "  Startup Folder (1)", "    Résumé.lnk no box", "  Registry Run (0)"}));
-
+    tree = window->Tree();
     const std::string decimal = LocaleDecimalSeparator();
     const struct {
-        const char *container, *item;
+        std::string container, item;
         std::string tip; // before the line of what the item starts
     } expected[] = {
         {"DelayedItemsStartupCurrentUser", "Résumé.lnk",
-         "High: 2" + decimal + "3 s CPU, 45 MB read, ready after 4" + decimal + "1 s"},
-        {"DelayedItemsStartupCurrentUser", "Gone.lnk", FillIn(app.text.Message(29), {"Gone.lnk"})},
+         "High: 2" + decimal + "3 s CPU, 45 MB read, ready after 4" + decimal + "1 s\r\n" +
+             app.text.Message(50)},
+        {"DelayedItemsStartupCurrentUser", "Gone.lnk",
+         FillIn(app.text.Message(29), {"Gone.lnk"}) + "\r\n" + app.text.Message(51)},
         {"DelayedItemsRegistryCurrentUser", "Wipe=cmd.exe /c del C:\\x",
-         FillIn(app.text.Message(27), {"del"})},
-        {"AllUsersStartup", "Résumé.lnk", app.text.Message(35)}};
-    tree = window->Tree();
-    for (const auto& c : expected) {
+         FillIn(app.text.Message(27), {"del"}) + "\r\n" + app.text.Message(50)},
+        {"AllUsersStartup", "Résumé.lnk", app.text.Message(35) + "\r\n" + app.text.Message(50)},
+        {"CurrentUserRegistry", "Gone=C:\\nowhere\\gone.exe", app.text.Message(51)},
+        {"CurrentUserRegistry", "Signed=" + signedCopy,
+         FillIn(app.text.Message(45), {"Hexmoor Clock, Hexmoor Ltd"})}};
+    auto tipOf = [&](const auto& c) {
         const std::string tip = window->TreeView()->ToolTip(Node(c.container, c.item));
-        EXPECT_EQ(tip.substr(0, tip.rfind("\r\n")), c.tip) << c.item;
-    }
+        return tip.substr(0, tip.rfind("\r\n"));
+    };
+    // The programs' facts come in after the tree shows.
+    EXPECT_TRUE(test::PumpUntil([&] {
+        return std::all_of(std::begin(expected), std::end(expected),
+                           [&](const auto& c) { return tipOf(c) == c.tip; });
+    }));
+    for (const auto& c : expected)
+        EXPECT_EQ(tipOf(c), c.tip) << c.item;
+    const std::vector<std::string> shown = Shown(TreeHwnd());
+    ASSERT_GE(shown.size(), 11u);
+    EXPECT_EQ(std::vector(shown.begin(), shown.begin() + 11),
+              (std::vector<std::string>{
+                  "Current User (4)", "  Startup Folder (2)", "    Off.lnk grey", "    Tool.lnk",
+                  "  Registry Run (2)", "    Gone=C:\\nowhere\\gone.exe warned",
+                  "    Signed=" + signedCopy, "All Users (1)", "  Startup Folder (1)",
+                  "    Résumé.lnk no box", "  Registry Run (0)"}));
 
     const HTREEITEM tool = window->TreeView()->ItemOf(SelectItem("CurrentUserStartup", "Tool.lnk"));
     RECT label{};

@@ -4,10 +4,12 @@
 #include <wincrypt.h>
 #include <wintrust.h>
 #include <softpub.h>
+#include <mscat.h>
 
 #include <cwchar>
 #include <vector>
 
+#include "platform/handles.h"
 #include "platform/wide_text.h"
 #include "text/strings.h"
 
@@ -27,6 +29,13 @@ struct FactsApi {
     decltype(&WTHelperGetProvCertFromChain) SignerCertificate = nullptr;
     decltype(&CertVerifyCertificateChainPolicy) ChainPolicy = nullptr;
     decltype(&CertGetNameStringW) CertificateName = nullptr;
+    // The system's catalogs, which sign Windows' own programs.
+    decltype(&CryptCATAdminAcquireContext2) CatalogAdmin = nullptr;
+    decltype(&CryptCATAdminCalcHashFromFileHandle2) CatalogHash = nullptr;
+    decltype(&CryptCATAdminEnumCatalogFromHash) CatalogOfHash = nullptr;
+    decltype(&CryptCATCatalogInfoFromContext) CatalogInfo = nullptr;
+    decltype(&CryptCATAdminReleaseCatalogContext) ReleaseCatalog = nullptr;
+    decltype(&CryptCATAdminReleaseContext) ReleaseAdmin = nullptr;
 };
 
 template <class F> void Take(F& to, HMODULE module, const char* name) {
@@ -51,6 +60,12 @@ const FactsApi& Api() {
         Take(a.SignerCertificate, trust, "WTHelperGetProvCertFromChain");
         Take(a.ChainPolicy, crypt, "CertVerifyCertificateChainPolicy");
         Take(a.CertificateName, crypt, "CertGetNameStringW");
+        Take(a.CatalogAdmin, trust, "CryptCATAdminAcquireContext2");
+        Take(a.CatalogHash, trust, "CryptCATAdminCalcHashFromFileHandle2");
+        Take(a.CatalogOfHash, trust, "CryptCATAdminEnumCatalogFromHash");
+        Take(a.CatalogInfo, trust, "CryptCATCatalogInfoFromContext");
+        Take(a.ReleaseCatalog, trust, "CryptCATAdminReleaseCatalogContext");
+        Take(a.ReleaseAdmin, trust, "CryptCATAdminReleaseContext");
         return a;
     }();
     return api;
@@ -123,6 +138,97 @@ private:
     WINTRUST_DATA& data_;
 };
 
+// Verifies what `data` names; a signature that holds has its signer's chain checked again by
+// its own policy, as some providers (Wine's, with a SHA-256 certificate) answer "trusted"
+// without having judged the chain. 0 when it holds, and the signer's name then.
+LONG Verify(const FactsApi& api, WINTRUST_DATA& data, std::string& signer) {
+    data.cbStruct = sizeof data;
+    data.dwUIChoice = WTD_UI_NONE;
+    data.fdwRevocationChecks = WTD_REVOKE_NONE;
+    data.dwStateAction = WTD_STATEACTION_VERIFY;
+    data.dwProvFlags = WTD_REVOCATION_CHECK_NONE | WTD_CACHE_ONLY_URL_RETRIEVAL;
+    GUID action = WINTRUST_ACTION_GENERIC_VERIFY_V2;
+    const LONG result = api.Verify(static_cast<HWND>(INVALID_HANDLE_VALUE), &action, &data);
+    const VerifiedState state(api, action, data);
+    if (result != ERROR_SUCCESS)
+        return result;
+    CRYPT_PROVIDER_DATA* provider = api.ProviderData(data.hWVTStateData);
+    CRYPT_PROVIDER_SGNR* first = provider ? api.Signer(provider, 0, FALSE, 0) : nullptr;
+    if (!first || !first->pChainContext)
+        return TRUST_E_NO_SIGNER_CERT;
+    CERT_CHAIN_POLICY_PARA para{};
+    para.cbSize = sizeof para;
+    CERT_CHAIN_POLICY_STATUS status{};
+    status.cbSize = sizeof status;
+    if (!api.ChainPolicy(CERT_CHAIN_POLICY_AUTHENTICODE, first->pChainContext, &para, &status))
+        return CERT_E_CHAINING;
+    if (status.dwError != 0)
+        return static_cast<LONG>(status.dwError);
+    CRYPT_PROVIDER_CERT* certificate =
+        api.SignerCertificate ? api.SignerCertificate(first, 0) : nullptr;
+    if (certificate && certificate->pCert && api.CertificateName) {
+        wchar_t name[256] = {};
+        if (api.CertificateName(certificate->pCert, CERT_NAME_SIMPLE_DISPLAY_TYPE, 0, nullptr, name,
+                                256) > 1)
+            signer = Trim(Narrow(name));
+    }
+    return ERROR_SUCCESS;
+}
+
+// Windows' own programs carry no signature of their own: a catalog of the system holds their
+// hash, signed for all of them. The verdict on the catalog's signature for this file; nothing
+// when no catalog holds it (or the system has no catalogs to ask).
+std::optional<LONG> VerifyByCatalog(const FactsApi& api, const std::wstring& path,
+                                    std::string& signer) {
+    if (!api.CatalogAdmin || !api.CatalogHash || !api.CatalogOfHash || !api.CatalogInfo ||
+        !api.ReleaseCatalog || !api.ReleaseAdmin)
+        return std::nullopt;
+    UniqueFile file(CreateFileW(path.c_str(), GENERIC_READ,
+                                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                OPEN_EXISTING, 0, nullptr));
+    if (!file)
+        return std::nullopt;
+    // The system's catalogs hash with SHA-256 since Windows 8.
+    GUID subsystem = DRIVER_ACTION_VERIFY;
+    HCATADMIN admin = nullptr;
+    if (!api.CatalogAdmin(&admin, &subsystem, L"SHA256", nullptr, 0) || !admin)
+        return std::nullopt;
+    std::optional<LONG> verdict;
+    BYTE hash[64] = {};
+    DWORD hashBytes = sizeof hash;
+    if (api.CatalogHash(admin, file.get(), &hashBytes, hash, 0) && hashBytes <= sizeof hash) {
+        if (HCATINFO catalog = api.CatalogOfHash(admin, hash, hashBytes, 0, nullptr)) {
+            CATALOG_INFO info{};
+            info.cbStruct = sizeof info;
+            if (api.CatalogInfo(catalog, &info, 0)) {
+                // The catalog names its members by their hash in capital hexadecimal.
+                static const wchar_t digits[] = L"0123456789ABCDEF";
+                std::wstring tag;
+                for (DWORD i = 0; i < hashBytes; ++i) {
+                    tag += digits[hash[i] >> 4];
+                    tag += digits[hash[i] & 15];
+                }
+                WINTRUST_CATALOG_INFO member{};
+                member.cbStruct = sizeof member;
+                member.pcwszCatalogFilePath = info.wszCatalogFile;
+                member.pcwszMemberTag = tag.c_str();
+                member.pcwszMemberFilePath = path.c_str();
+                member.hMemberFile = file.get();
+                member.pbCalculatedFileHash = hash;
+                member.cbCalculatedFileHash = hashBytes;
+                member.hCatAdmin = admin;
+                WINTRUST_DATA data{};
+                data.dwUnionChoice = WTD_CHOICE_CATALOG;
+                data.pCatalog = &member;
+                verdict = Verify(api, data, signer);
+            }
+            api.ReleaseCatalog(admin, catalog, 0);
+        }
+    }
+    api.ReleaseAdmin(admin, 0);
+    return verdict;
+}
+
 // The signature's state, and who signed it when the signature holds.
 SignatureState ReadSignature(const FactsApi& api, const std::wstring& path, std::string& signer) {
     // Without the trust provider nothing can show that a signature holds.
@@ -132,19 +238,14 @@ SignatureState ReadSignature(const FactsApi& api, const std::wstring& path, std:
     file.cbStruct = sizeof file;
     file.pcwszFilePath = path.c_str();
     WINTRUST_DATA data{};
-    data.cbStruct = sizeof data;
-    data.dwUIChoice = WTD_UI_NONE;
-    data.fdwRevocationChecks = WTD_REVOKE_NONE;
     data.dwUnionChoice = WTD_CHOICE_FILE;
     data.pFile = &file;
-    data.dwStateAction = WTD_STATEACTION_VERIFY;
-    data.dwProvFlags = WTD_REVOCATION_CHECK_NONE | WTD_CACHE_ONLY_URL_RETRIEVAL;
-    GUID action = WINTRUST_ACTION_GENERIC_VERIFY_V2;
-    const LONG result = api.Verify(static_cast<HWND>(INVALID_HANDLE_VALUE), &action, &data);
-    const VerifiedState state(api, action, data);
+    LONG result = Verify(api, data, signer);
+    if (result == TRUST_E_NOSIGNATURE)
+        result = VerifyByCatalog(api, path, signer).value_or(result);
     switch (static_cast<DWORD>(result)) {
     case ERROR_SUCCESS:
-        break;
+        return SignatureState::Trusted;
     // No signature, or a kind of file that carries none.
     case static_cast<DWORD>(TRUST_E_NOSIGNATURE):
     case static_cast<DWORD>(TRUST_E_SUBJECT_FORM_UNKNOWN):
@@ -163,28 +264,6 @@ SignatureState ReadSignature(const FactsApi& api, const std::wstring& path, std:
         // An untrusted root, a distrusted or expired certificate, contents changed since signing.
         return SignatureState::Untrusted;
     }
-    // The signer's chain is checked again by its own policy: some providers (Wine's, with a
-    // SHA-256 certificate) answer "trusted" without having judged the chain.
-    CRYPT_PROVIDER_DATA* provider = api.ProviderData(data.hWVTStateData);
-    CRYPT_PROVIDER_SGNR* first = provider ? api.Signer(provider, 0, FALSE, 0) : nullptr;
-    if (!first || !first->pChainContext)
-        return SignatureState::Untrusted;
-    CERT_CHAIN_POLICY_PARA para{};
-    para.cbSize = sizeof para;
-    CERT_CHAIN_POLICY_STATUS status{};
-    status.cbSize = sizeof status;
-    if (!api.ChainPolicy(CERT_CHAIN_POLICY_AUTHENTICODE, first->pChainContext, &para, &status) ||
-        status.dwError != 0)
-        return SignatureState::Untrusted;
-    CRYPT_PROVIDER_CERT* certificate =
-        api.SignerCertificate ? api.SignerCertificate(first, 0) : nullptr;
-    if (certificate && certificate->pCert && api.CertificateName) {
-        wchar_t name[256] = {};
-        if (api.CertificateName(certificate->pCert, CERT_NAME_SIMPLE_DISPLAY_TYPE, 0, nullptr, name,
-                                256) > 1)
-            signer = Trim(Narrow(name));
-    }
-    return SignatureState::Trusted;
 }
 
 } // namespace

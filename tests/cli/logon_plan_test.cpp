@@ -145,11 +145,13 @@ TEST(LogonPlan, HandWrittenPlansAreReadAndFaultsArePlacedAtTheirToken) {
              {item + "\"state\": \"active\"},\n{\"location\": \"machine-run\", \"name\": \"a\", "
                      "\"state\": \"stopped\"}]}",
               "3:1 machine-run \"a\" is in the plan twice (also on line 2)"},
-             {"\xEF\xBB\xBF{\"items\":[{\"state\":\"delayed\",\"name\":\"\\u00e9\\ud83d\\ude00\\/"
+             {"\xEF\xBB\xBF{\"items\":[{\"state\":\"delayed\",\"name\":"
+              "\"\\u00C9\\u20ac\\ud83d\\ude00\\/"
               "\\\\\",\r\n"
               "\"location\":\"machine-run\"}],\"tolvanePlan\":1.0,\"settings\":{}}",
               "{\n  \"tolvanePlan\": 1,\n  \"settings\": {},\n  \"items\": [\n    {\n      "
-              "\"location\": \"machine-run\",\n      \"name\": \"\xc3\xa9\xf0\x9f\x98\x80/\\\\\",\n"
+              "\"location\": \"machine-run\",\n      \"name\": "
+              "\"\xc3\x89\xe2\x82\xac\xf0\x9f\x98\x80/\\\\\",\n"
               "      \"command\": \"\",\n      \"state\": \"delayed\",\n      \"delay\": 0\n    }\n"
               "  ]\n}\n"},
          }) {

@@ -74,6 +74,9 @@ TEST(ImpactFile, WritesCsvLinesThatReadBackAndPassesOverBrokenOnes) {
               "HKCU Run,Tool,2026-11-23 08:15:02,High,4100,2300,47185920,0,30000\r\n"
               "All Users Startup,\" Odd, \"\"quoted\"\".lnk\",2026-11-23 08:15:40,Low,,12,0,4096,"
               "850\r\n");
+    // A blank at either end alone is kept by the quotes, which the reader does not trim.
+    EXPECT_EQ(Quoted("Tool "), "\"Tool \"");
+    EXPECT_EQ(Quoted(" Tool"), "\" Tool\"");
 
     // An edited file: LF line ends, a cut-off last line, a word and a number that are not.
     const std::string edited = bytes + "HKCU Run,Cut,2026,Low,1,2\n" +

@@ -12,6 +12,7 @@
 #include "support/test_support.h"
 #include "text/code_page.h"
 #include "text/language.h"
+#include "text/placeholders.h"
 #include "text/strings.h"
 #include "ui/group_editor/group_editor_model.h"
 #include "ui/options/options_model.h"
@@ -120,6 +121,12 @@ TEST(Strings, NumbersAcceptBothDecimalSeparatorsAndNothingElse) {
         EXPECT_EQ(ParseInteger16(text), value) << text;
     for (const char* bad : {"32768", "32767.5", "-32769"})
         EXPECT_FALSE(ParseInteger16(bad)) << bad;
+}
+
+// A placeholder takes its value and one with no value given is dropped; a "%" that starts none
+// stays.
+TEST(Placeholders, FillInTakesEachValueAndDropsTheOnesNotGiven) {
+    EXPECT_EQ(FillIn("%2 before %1, %3 gone%", {"a", "b"}), "b before a,  gone%");
 }
 
 // B0 5C is one character in GBK, but a half-width sign and a real "\" in Shift-JIS. The path

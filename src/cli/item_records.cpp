@@ -156,13 +156,8 @@ namespace {
 
 constexpr std::string_view kRatingWords[] = {"Low", "Medium", "High"};
 
-// The value in tenths of the unit, with one decimal and the unit's word: "41.0 s", "3.4 MB".
-std::string Tenths(uint64_t value, uint64_t unit, const char* word) {
-    const uint64_t tenths = (value * 10 + unit / 2) / unit;
-    return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + word;
-}
 std::string Seconds(uint64_t ms) {
-    return Tenths(ms, 1000, " s");
+    return Tenths(ms, 1000, ".") + " s";
 }
 
 std::string Number(const std::optional<uint64_t>& value) {
@@ -186,7 +181,7 @@ std::string FormatHistoryTable(const std::vector<LogonRun>& runs) {
             };
             out += "  " + column(Seconds(p.StartMs), 9) +
                    column(p.ReadyMs ? Seconds(*p.ReadyMs) : "-", 9) + column(Seconds(p.CpuMs), 9) +
-                   column(Tenths(p.ReadBytes + p.WriteBytes, 1024 * 1024, " MB"), 9) +
+                   column(Tenths(p.ReadBytes + p.WriteBytes, 1024 * 1024, ".") + " MB", 9) +
                    column(std::string(kRatingWords[static_cast<int>(p.Rating())]), 7) +
                    column(CliLocationWord(p.Item.Location, false), 15) + p.Item.Name + "\n";
         }

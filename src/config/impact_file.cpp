@@ -56,6 +56,23 @@ std::string Quoted(std::string_view field) {
 }
 
 // One line's fields; nothing when a quote is left open.
+std::vector<std::string_view> CsvLines(std::string_view bytes, std::string_view header) {
+    std::vector<std::string_view> lines;
+    size_t start = 0;
+    while (start < bytes.size()) {
+        size_t end = bytes.find('\n', start);
+        if (end == std::string_view::npos)
+            end = bytes.size();
+        std::string_view line = bytes.substr(start, end - start);
+        start = end + 1;
+        if (!line.empty() && line.back() == '\r')
+            line.remove_suffix(1);
+        if (!line.empty() && line != header)
+            lines.push_back(line);
+    }
+    return lines;
+}
+
 std::optional<std::vector<std::string>> SplitFields(std::string_view line) {
     std::vector<std::string> fields(1);
     bool quoted = false;
@@ -180,17 +197,7 @@ std::string FormatImpactFile(const std::vector<ImpactRecord>& records) {
 
 ImpactFileContent ParseImpactFile(std::string_view bytes, NameOrder order) {
     ImpactFileContent content;
-    size_t start = 0;
-    while (start < bytes.size()) {
-        size_t end = bytes.find('\n', start);
-        if (end == std::string_view::npos)
-            end = bytes.size();
-        std::string_view line = bytes.substr(start, end - start);
-        start = end + 1;
-        if (!line.empty() && line.back() == '\r')
-            line.remove_suffix(1);
-        if (line.empty() || line == kHeader)
-            continue;
+    for (std::string_view line : CsvLines(bytes, kHeader)) {
         const auto fields = SplitFields(line);
         const auto record = fields ? RecordOf(*fields) : std::nullopt;
         if (record)

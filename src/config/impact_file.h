@@ -64,11 +64,13 @@ struct ImpactFileContent {
 ImpactFileContent ParseImpactFile(std::string_view bytes, NameOrder order = nullptr);
 
 // The comma-separated fields that the impact and history files share: a location by its word
-// ("HKCU Run"), a field quoted where it must be, one line split back into its fields (nothing
-// when a quote is left open), a number of digits alone.
+// ("HKCU Run"), a field quoted where it must be, the lines of a file (each ended by LF, a CR
+// before it left off; empty lines and the header line left out), one line split back into its
+// fields (nothing when a quote is left open), a number of digits alone.
 std::string_view CsvLocationWord(int code);
 std::optional<int> CsvLocationOfWord(std::string_view word);
 std::string Quoted(std::string_view field);
+std::vector<std::string_view> CsvLines(std::string_view bytes, std::string_view header);
 std::optional<std::vector<std::string>> SplitFields(std::string_view line);
 std::optional<uint64_t> CsvNumber(std::string_view text);
 

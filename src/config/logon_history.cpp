@@ -76,17 +76,7 @@ HistoryFileContent ParseHistoryFile(std::string_view bytes) {
     // Program lines join the run line before them; after a broken run line they belong to no
     // run that is known, and are passed over rather than given to the run before.
     bool inRun = false;
-    size_t start = 0;
-    while (start < bytes.size()) {
-        size_t end = bytes.find('\n', start);
-        if (end == std::string_view::npos)
-            end = bytes.size();
-        std::string_view line = bytes.substr(start, end - start);
-        start = end + 1;
-        if (!line.empty() && line.back() == '\r')
-            line.remove_suffix(1);
-        if (line.empty() || line == kHeader)
-            continue;
+    for (std::string_view line : CsvLines(bytes, kHeader)) {
         const auto fields = SplitFields(line);
         const std::string kind = fields ? fields->front() : std::string();
         if (kind == "Run") {

@@ -515,13 +515,11 @@ std::optional<ImpactKey> DelayedItemKey(const TreeModel& tree, const StartupList
 
 std::string ImpactTipLine(const ImpactRecord& record, const ImpactTexts& texts) {
     // Tenths, in the user's own decimal separator; whole megabytes once there are ten.
-    auto tenths = [&](uint64_t value) {
-        return std::to_string(value / 10) + texts.Decimal + std::to_string(value % 10);
-    };
-    auto seconds = [&](uint64_t ms) { return tenths((ms + 50) / 100); };
+    auto seconds = [&](uint64_t ms) { return Tenths(ms, 1000, texts.Decimal); };
     const uint64_t mbTenths = (record.ReadBytes * 10 + (1 << 19)) >> 20;
-    const std::string megabytes =
-        mbTenths >= 100 ? std::to_string((mbTenths + 5) / 10) : tenths(mbTenths);
+    const std::string megabytes = mbTenths >= 100
+                                      ? std::to_string((mbTenths + 5) / 10)
+                                      : Tenths(record.ReadBytes, 1 << 20, texts.Decimal);
     const std::string& rating = texts.Ratings[static_cast<int>(record.Rating())];
     if (record.ReadyMs)
         return FillIn(texts.FiguresReady,

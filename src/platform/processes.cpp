@@ -112,8 +112,8 @@ std::string ShortcutTarget(const std::string& link) {
         return {};
     // ole32 is loaded when first needed, as everywhere in the program.
     using Create = HRESULT(WINAPI*)(REFCLSID, LPUNKNOWN, DWORD, REFIID, LPVOID*);
-    static const auto create = reinterpret_cast<Create>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("ole32.dll"), "CoCreateInstance")));
+    static const auto create =
+        ModuleFunction<Create>(GetModuleHandleA("ole32.dll"), "CoCreateInstance");
     if (!create)
         return {};
     // The three ids spelled here: taken from uuid.lib they would bring every id it holds.

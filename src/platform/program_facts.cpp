@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/handles.h"
+#include "platform/runtime_libraries.h"
 #include "platform/wide_text.h"
 #include "text/strings.h"
 
@@ -39,8 +40,7 @@ struct FactsApi {
 };
 
 template <class F> void Take(F& to, HMODULE module, const char* name) {
-    to = module ? reinterpret_cast<F>(reinterpret_cast<void*>(GetProcAddress(module, name)))
-                : nullptr;
+    to = ModuleFunction<F>(module, name);
 }
 
 const FactsApi& Api() {

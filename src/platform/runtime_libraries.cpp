@@ -15,9 +15,7 @@ HMODULE CommonControlsModule() {
 }
 
 template <class F> F CommonControlsFunction(const char* name) {
-    HMODULE module = CommonControlsModule();
-    return module ? reinterpret_cast<F>(reinterpret_cast<void*>(GetProcAddress(module, name)))
-                  : nullptr;
+    return ModuleFunction<F>(CommonControlsModule(), name);
 }
 
 // EnsureCom joined this thread to COM, and LeaveCom is to let go.
@@ -39,9 +37,7 @@ bool EnsureCom() {
     thread_local const bool ready = [] {
         HMODULE ole = LoadLibraryA("ole32.dll");
         using Init = HRESULT(WINAPI*)(void*, DWORD);
-        auto init = ole ? reinterpret_cast<Init>(
-                              reinterpret_cast<void*>(GetProcAddress(ole, "CoInitializeEx")))
-                        : nullptr;
+        auto init = ModuleFunction<Init>(ole, "CoInitializeEx");
         if (!init)
             return false;
         const HRESULT hr = init(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
@@ -55,10 +51,8 @@ void LeaveCom() {
     if (!std::exchange(comJoined, false))
         return;
     using Leave = void(WINAPI*)();
-    if (HMODULE ole = GetModuleHandleA("ole32.dll"))
-        if (auto leave = reinterpret_cast<Leave>(
-                reinterpret_cast<void*>(GetProcAddress(ole, "CoUninitialize"))))
-            leave();
+    if (auto leave = ModuleFunction<Leave>(GetModuleHandleA("ole32.dll"), "CoUninitialize"))
+        leave();
 }
 
 HIMAGELIST ImageListCreate(int cx, int cy, UINT flags, int initial, int grow) {

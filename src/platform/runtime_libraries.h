@@ -9,6 +9,13 @@
 
 namespace tolvane {
 
+// The module's function `name` as the type F; nullptr when the module or the function is not
+// there.
+template <class F> F ModuleFunction(HMODULE module, const char* name) {
+    return module ? reinterpret_cast<F>(reinterpret_cast<void*>(GetProcAddress(module, name)))
+                  : nullptr;
+}
+
 // The common controls (tree view, status bar, toolbar classes) registered for this process.
 bool EnsureCommonControls();
 

@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "platform/processes.h"
+#include "platform/runtime_libraries.h"
 
 namespace tolvane {
 
@@ -28,8 +29,7 @@ const Pdh& PdhFunctions() {
         if (!dll)
             return p;
         auto get = [&](auto& f, const char* name) {
-            f = reinterpret_cast<std::remove_reference_t<decltype(f)>>(
-                reinterpret_cast<void*>(GetProcAddress(dll, name)));
+            f = ModuleFunction<std::remove_reference_t<decltype(f)>>(dll, name);
         };
         get(p.Open, "PdhOpenQueryA");
         get(p.Add, "PdhAddEnglishCounterA");

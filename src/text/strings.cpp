@@ -93,6 +93,11 @@ std::vector<std::string> Split(std::string_view s, char separator) {
     }
 }
 
+std::string Tenths(uint64_t value, uint64_t unit, std::string_view decimal) {
+    const uint64_t tenths = (value * 10 + unit / 2) / unit;
+    return std::to_string(tenths / 10) + std::string(decimal) + std::to_string(tenths % 10);
+}
+
 std::string ZeroPadded(unsigned long long value, size_t width) {
     std::string digits;
     do {

@@ -2,6 +2,7 @@
 // exactly what crosses the Win32 "A" entry points and what the files hold.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -53,6 +54,9 @@ std::string FormatSingle(float value);
 // A whole number in decimal or lower-case hex digits, with zeros in front up to the width.
 std::string ZeroPadded(unsigned long long value, size_t width = 0);
 std::string HexPadded(unsigned long long value, size_t width = 0);
+// The value in units, rounded half up to tenths and written with one decimal after the given
+// separator: (1250, 1000, ".") -> "1.3".
+std::string Tenths(uint64_t value, uint64_t unit, std::string_view decimal);
 
 // A decimal number with "." or "," as the separator (files written under either locale read
 // back), optional sign and exponent, blanks around it allowed. Anything else is no number.

@@ -3,19 +3,12 @@
 #include <algorithm>
 
 #include "text/placeholders.h"
+#include "text/strings.h"
 #include "text/text_tables.h"
 
 namespace tolvane {
 
-namespace {
-
-// Tenths of the value, rounded half up, with one decimal: "1.2".
-std::string OneDecimal(uint64_t value, uint64_t unit, std::string_view decimal) {
-    const uint64_t tenths = (value * 10 + unit / 2) / unit;
-    return std::to_string(tenths / 10) + std::string(decimal) + std::to_string(tenths % 10);
-}
-
-} // namespace
+namespace {} // namespace
 
 std::vector<std::string> BuiltInTimelineTexts() {
     static const char kTexts[] = "Last Log-on\0"
@@ -53,8 +46,7 @@ uint64_t TickStepSeconds(uint64_t spanMs, int plotWidth, int minSpacing) {
 
 std::string FiguresText(std::string_view format, uint64_t cpuMs, uint64_t ioBytes,
                         std::string_view decimal) {
-    return FillIn(format,
-                  {OneDecimal(cpuMs, 1000, decimal), OneDecimal(ioBytes, 1024 * 1024, decimal)});
+    return FillIn(format, {Tenths(cpuMs, 1000, decimal), Tenths(ioBytes, 1024 * 1024, decimal)});
 }
 
 TimelineLayout LayoutTimeline(const LogonRun& run, int width, int height, const TimelineMetrics& m,
